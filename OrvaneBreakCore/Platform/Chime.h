@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+/// The short sounds of the application.
+class Chime
+{
+public:
+    Chime() = default;
+    virtual ~Chime() = default;
+    Chime(const Chime &) = delete;
+    Chime &operator=(const Chime &) = delete;
+
+    /// Plays the sound named `name` ("Glass") once and returns at once. Without such a sound, a sound server or a sound
+    /// card nothing is played and nothing is said.
+    virtual void play(const QString &name) = 0;
+};

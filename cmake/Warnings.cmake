@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# One interface target that every target of ours links privately: warnings and sanitizers stay out of what we include.
+
+add_library(OrvaneCompileOptions INTERFACE)
+target_compile_options(OrvaneCompileOptions INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
+                              -Woverloaded-virtual -Wsuggest-override>
+    $<$<BOOL:${ORVANE_WARNINGS_AS_ERRORS}>:-Werror>
+    $<$<BOOL:${ORVANE_SANITIZE}>:-fsanitize=${ORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all>)
+target_link_options(OrvaneCompileOptions INTERFACE
+    $<$<BOOL:${ORVANE_SANITIZE}>:-fsanitize=${ORVANE_SANITIZE}>)
+target_compile_definitions(OrvaneCompileOptions INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_NO_KEYWORDS
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
