@@ -129,8 +129,8 @@ void BreakEngine::beginBreak()
     m_overlay->show(pauseSeconds);
     if (BreakSettings::soundEnabled(m_preferences))
         m_chime.play(u"Glass"_s);
-    // A break can begin over a running one, when reminders are switched on during it and the clock then jumps past the
-    // next due date. The countdown under way is not interrupted for that; it stops with the break.
+    // A break can begin over a running one, when reminders are switched on during it and the clock then jumps
+    // past the next due date. The countdown under way is not interrupted for that; it stops with the break.
     if (m_ringTimer)
         m_replacedRingTimers.push_back(std::move(m_ringTimer));
     m_ringTimer = m_runLoop.scheduleRepeating(ringInterval, Interval::zero(), [this] { ringTick(); });

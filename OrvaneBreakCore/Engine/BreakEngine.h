@@ -14,8 +14,8 @@ class Chime;
 class Preferences;
 class UserIdle;
 
-/// Decides when breaks happen, runs their countdown and reports every change. Off after construction. All dates are
-/// wall-clock dates. User-interface thread only.
+/// Decides when breaks happen, runs their countdown and reports every change. Off after construction. All
+/// dates are wall-clock dates. User-interface thread only.
 class BreakEngine
 {
 public:
@@ -42,10 +42,12 @@ public:
     /// A break is showing.
     [[nodiscard]] bool isOnBreak() const { return m_isOnBreak; }
 
-    /// When the next break is due; absent while off and, unless `start()` was called meanwhile, during a break.
+    /// When the next break is due; absent while off and, unless `start()` was called meanwhile, during a
+    /// break.
     [[nodiscard]] std::optional<Date> nextBreakDate() const { return m_nextBreakDate; }
 
-    /// Called after every change of state and once a minute while a break is awaited, so that texts can be refreshed.
+    /// Called after every change of state and once a minute while a break is awaited, so that texts can be
+    /// refreshed.
     std::function<void()> onChange;
 
     /// Switches reminders on; the next break is one interval away. Does nothing while they are on.
@@ -54,15 +56,16 @@ public:
     /// Switches reminders off and ends a running break. Calls `onChange` even when nothing was running.
     void stop();
 
-    /// Begins a break at once, also while reminders are off, and leaves them as they are. Does nothing during a break.
+    /// Begins a break at once, also while reminders are off, and leaves them as they are. Does nothing during
+    /// a break.
     void breakNow();
 
-    /// Ends a running break; while reminders are on, the next break comes `minutes` from now. With reminders off
-    /// `onChange` is not called.
+    /// Ends a running break; while reminders are on, the next break comes `minutes` from now. With reminders
+    /// off `onChange` is not called.
     void postpone(int minutes);
 
-    /// Restarts the wait with the interval of the preferences, counted from now. Does nothing while off or on a break: a
-    /// changed interval then counts from the end of the break.
+    /// Restarts the wait with the interval of the preferences, counted from now. Does nothing while off or on
+    /// a break: a changed interval then counts from the end of the break.
     void rescheduleFromSettings();
 
     /// One line of French for the status label.

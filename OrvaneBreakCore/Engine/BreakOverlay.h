@@ -12,11 +12,12 @@ public:
     BreakOverlay(const BreakOverlay &) = delete;
     BreakOverlay &operator=(const BreakOverlay &) = delete;
 
-    /// Covers every screen and shows `pauseSeconds` until the first update. A second call replaces what the first showed.
+    /// Covers every screen and shows `pauseSeconds` until the first update. A second call replaces what the
+    /// first showed.
     virtual void show(int pauseSeconds) = 0;
 
-    /// `secondsLeft` may carry a fractional part and is shown rounded up, at least 0; `fraction` is the part of the break
-    /// still to run, 1 at its start. Does nothing while hidden.
+    /// `secondsLeft` may carry a fractional part and is shown rounded up, at least 0; `fraction` is the part
+    /// of the break still to run, 1 at its start. Does nothing while hidden.
     virtual void update(double secondsLeft, double fraction) = 0;
 
     /// Uncovers every screen; does nothing while hidden.

@@ -7,7 +7,8 @@
 
 class Preferences;
 
-/// The persisted break settings and the choices offered for them. Nothing is cached: every read goes to the preferences.
+/// The persisted break settings and the choices offered for them. Nothing is cached: every read goes to the
+/// preferences.
 struct BreakSettings
 {
     struct IntervalOption
@@ -35,15 +36,15 @@ struct BreakSettings
         {u"60 secondes", 60},
     }};
 
-    /// Minutes between breaks, always one of `intervals`: a missing or other value under "OBIntervalMinutes" reads as 20
-    /// and is left in place.
+    /// Minutes between breaks, always one of `intervals`: a missing or other value under "OBIntervalMinutes"
+    /// reads as 20 and is left in place.
     [[nodiscard]] static int intervalMinutes(const Preferences &preferences);
 
     /// Stores `minutes` under "OBIntervalMinutes" as it is, unchecked.
     static void setIntervalMinutes(Preferences &preferences, int minutes);
 
-    /// Seconds of one break, always one of `pauseDurations`: a missing or other value under "OBPauseSeconds" reads as 20
-    /// and is left in place.
+    /// Seconds of one break, always one of `pauseDurations`: a missing or other value under "OBPauseSeconds"
+    /// reads as 20 and is left in place.
     [[nodiscard]] static int pauseSeconds(const Preferences &preferences);
 
     /// Stores `seconds` under "OBPauseSeconds" as it is, unchecked.

@@ -3,8 +3,8 @@
 
 #include <QtGlobal>
 
-/// Names one instance as the shared one of its type for the life of this object. Naming a second one at the same time, or
-/// asking for one that nobody named, stops the process.
+/// Names one instance as the shared one of its type for the life of this object. Naming a second one at the
+/// same time, or asking for one that nobody named, stops the process.
 template <typename Type>
 class SharedInstance
 {

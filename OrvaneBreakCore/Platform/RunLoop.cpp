@@ -41,7 +41,10 @@ void Timer::invalidate()
         schedule->remove(identifier);
 }
 
-RunLoop::RunLoop() : m_schedule(std::make_shared<TimerSchedule>([this] { scheduleChanged(); })) {}
+RunLoop::RunLoop()
+    : m_schedule(std::make_shared<TimerSchedule>([this] { scheduleChanged(); }))
+{
+}
 
 RunLoop::~RunLoop() = default;
 

@@ -12,8 +12,8 @@ using Interval = std::chrono::microseconds;
 
 class TimerSchedule;
 
-/// A scheduled call. Destroying or overwriting the handle cancels the call; a handle that outlives its run loop is inert.
-/// A one-shot timer that has fired stays valid as a handle but no longer does anything.
+/// A scheduled call. Destroying or overwriting the handle cancels the call; a handle that outlives its run
+/// loop is inert. A one-shot timer that has fired stays valid as a handle but no longer does anything.
 class Timer
 {
 public:
@@ -36,8 +36,8 @@ private:
     std::uint64_t m_identifier = 0;
 };
 
-/// The wall clock and the timers of the user-interface thread. Every member is called on that thread, and every action
-/// runs on it, from its event loop (also while menus are open).
+/// The wall clock and the timers of the user-interface thread. Every member is called on that thread, and
+/// every action runs on it, from its event loop (also while menus are open).
 class RunLoop
 {
 public:
@@ -48,14 +48,16 @@ public:
 
     [[nodiscard]] virtual Date now() const = 0;
 
-    /// Calls `action` once, not before `due` and, while the event loop is free, not later than `due + tolerance`. A date
-    /// in the past is due at once. A clock set forward past `due` makes it due; one set back makes it wait on.
+    /// Calls `action` once, not before `due` and, while the event loop is free, not later than `due +
+    /// tolerance`. A date in the past is due at once. A clock set forward past `due` makes it due; one set
+    /// back makes it wait on.
     [[nodiscard]] Timer scheduleOnce(Date due, Interval tolerance, std::function<void()> action);
 
-    /// Calls `action` every `interval`, first one interval from now. The phase is kept: a late call does not move the
-    /// ones after it, and calls missed meanwhile (a suspend, a busy thread) are made up for by a single one. After the
-    /// clock is set back the next call comes at most one interval later.
-    [[nodiscard]] Timer scheduleRepeating(Interval interval, Interval tolerance, std::function<void()> action);
+    /// Calls `action` every `interval`, first one interval from now. The phase is kept: a late call does not
+    /// move the ones after it, and calls missed meanwhile (a suspend, a busy thread) are made up for by a
+    /// single one. After the clock is set back the next call comes at most one interval later.
+    [[nodiscard]] Timer scheduleRepeating(Interval interval, Interval tolerance,
+                                          std::function<void()> action);
 
 protected:
     /// Called whenever the set of timers has changed and the next wake-up with it.

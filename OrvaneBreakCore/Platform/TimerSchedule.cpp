@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <utility>
 
-TimerSchedule::TimerSchedule(std::function<void()> changed) : m_changed(std::move(changed)) {}
+TimerSchedule::TimerSchedule(std::function<void()> changed)
+    : m_changed(std::move(changed))
+{
+}
 
 std::uint64_t TimerSchedule::add(Entry entry)
 {
@@ -27,7 +30,8 @@ std::optional<Date> TimerSchedule::nextWakeUp() const
     Date deadline = Date::max();
     for (const auto &[identifier, entry] : m_entries)
         deadline = std::min(deadline, entry.due + entry.tolerance);
-    // The latest due date before the first deadline serves every overlapping timer, and a lone timer exactly on time.
+    // The latest due date before the first deadline serves every overlapping timer, and a lone timer exactly
+    // on time.
     Date wakeUp = Date::min();
     for (const auto &[identifier, entry] : m_entries) {
         if (entry.due <= deadline)

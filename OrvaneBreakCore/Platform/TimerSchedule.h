@@ -28,16 +28,18 @@ public:
     /// Does nothing for an unknown identifier, for example that of a one-shot timer that has fired.
     void remove(std::uint64_t identifier);
 
-    /// The next date to wake at: the earliest one that lies inside the tolerance window of the most urgent timer and of
-    /// every other timer whose window that one overlaps, so that they share the wake-up. Absent without timers.
+    /// The next date to wake at: the earliest one that lies inside the tolerance window of the most urgent
+    /// timer and of every other timer whose window that one overlaps, so that they share the wake-up. Absent
+    /// without timers.
     [[nodiscard]] std::optional<Date> nextWakeUp() const;
 
-    /// Runs the actions of all timers due at `now`, in the order of their due dates, and moves repeating timers on by
-    /// whole intervals past `now`. Actions may add and remove timers; timers added meanwhile wait for the next call.
+    /// Runs the actions of all timers due at `now`, in the order of their due dates, and moves repeating
+    /// timers on by whole intervals past `now`. Actions may add and remove timers; timers added meanwhile
+    /// wait for the next call.
     void fireDue(Date now);
 
-    /// Tells that the clock was set or the machine resumed: repeating timers left more than one interval in the future
-    /// by a clock set back come one interval after `now`.
+    /// Tells that the clock was set or the machine resumed: repeating timers left more than one interval in
+    /// the future by a clock set back come one interval after `now`.
     void clockChanged(Date now);
 
     /// All timers in the order of their creation, for inspection.

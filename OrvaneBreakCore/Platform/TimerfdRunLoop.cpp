@@ -3,12 +3,12 @@
 
 #include "Platform/TimerSchedule.h"
 
+#include <sys/timerfd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <utility>
-
-#include <sys/timerfd.h>
-#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -31,7 +31,8 @@ itimerspec specification(std::optional<Date> wakeUp)
     const Interval sinceEpoch = std::max(wakeUp->time_since_epoch(), Interval(1));
     const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
     specification.it_value.tv_sec = static_cast<time_t>(seconds.count());
-    specification.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds(sinceEpoch - seconds).count());
+    specification.it_value.tv_nsec =
+        static_cast<long>(std::chrono::nanoseconds(sinceEpoch - seconds).count());
     return specification;
 }
 
@@ -90,9 +91,11 @@ void TimerfdRunLoop::arm(std::optional<Date> wakeUp)
 {
     m_armed = wakeUp;
     const itimerspec value = specification(wakeUp);
-    const int status = timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &value, nullptr);
-    // After a clock change that nobody has read yet the kernel arms the timer, forgets the change and tells it here
-    // alone. The actions must not run inside whatever call is scheduling just now.
+    const int status =
+        timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &value, nullptr);
+    // After a clock change that nobody has read yet the kernel arms the timer, forgets the change and tells
+    // it here alone. The actions must not run inside whatever call is scheduling just now.
     if (status < 0 && errno == ECANCELED)
-        QMetaObject::invokeMethod(&m_notifier, [this] { clockWasSet(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            &m_notifier, [this] { clockWasSet(); }, Qt::QueuedConnection);
 }

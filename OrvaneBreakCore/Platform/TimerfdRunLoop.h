@@ -7,12 +7,13 @@
 
 #include <optional>
 
-/// The run loop of the program: one CLOCK_REALTIME timerfd on the thread's Qt event loop serves every timer. Without
-/// timers, and between them, it causes no wake-up. Lives and is used on the user-interface thread.
+/// The run loop of the program: one CLOCK_REALTIME timerfd on the thread's Qt event loop serves every timer.
+/// Without timers, and between them, it causes no wake-up. Lives and is used on the user-interface thread.
 class TimerfdRunLoop final : public RunLoop
 {
 public:
-    /// `clock` tells the time that dates are compared with; the system's wall clock unless a test says otherwise.
+    /// `clock` tells the time that dates are compared with; the system's wall clock unless a test says
+    /// otherwise.
     explicit TimerfdRunLoop(std::function<Date()> clock = systemNow);
     ~TimerfdRunLoop() override;
 
@@ -21,7 +22,8 @@ public:
     /// The system's wall clock.
     [[nodiscard]] static Date systemNow();
 
-    /// Runs what is due after the clock was set or the machine resumed. The kernel's report of either leads here.
+    /// Runs what is due after the clock was set or the machine resumed. The kernel's report of either leads
+    /// here.
     void clockWasSet();
 
 protected:

@@ -4,7 +4,8 @@
 #include <array>
 
 /// The kinds of input that count as presence.
-enum class InputKind {
+enum class InputKind
+{
     KeyDown,
     ModifierFlagsChanged,
     LeftMouseDown,
@@ -26,9 +27,9 @@ public:
     UserIdle(const UserIdle &) = delete;
     UserIdle &operator=(const UserIdle &) = delete;
 
-    /// The figures at this moment. A desktop that has one figure for all input gives it for every kind; all are 0 when no
-    /// figure can be had, because an unknown user counts as active. May ask the desktop and wait for at most half a
-    /// second. User-interface thread.
+    /// The figures at this moment. A desktop that has one figure for all input gives it for every kind; all
+    /// are 0 when no figure can be had, because an unknown user counts as active. May ask the desktop and
+    /// wait for at most half a second. User-interface thread.
     [[nodiscard]] virtual InputIdleSeconds secondsSinceLastInput() const = 0;
 };
 

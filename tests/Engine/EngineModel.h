@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/RunLoop.h"
+
+#include <optional>
+#include <vector>
+
+/// Something that an engine did to its surroundings: a call on the overlay or the chime, or its change
+/// callback.
+struct Effect
+{
+    enum class Kind
+    {
+        Show,
+        Update,
+        Hide,
+        Play,
+        Change
+    };
+    Kind kind;
+    double first = 0;
+    double second = 0;
+    bool operator==(const Effect &) const = default;
+};
+
+/// A timer as an observer sees it.
+struct ObservedTimer
+{
+    Date due;
+    Interval interval;
+    Interval tolerance;
+    auto operator<=>(const ObservedTimer &) const = default;
+};
+
+/// The engine once more, as a table of transitions that shares no code with it.
+class EngineModel
+{
+public:
+    enum class State
+    {
+        Off,
+        Waiting,
+        Break,
+        BreakActive,
+        BreakActiveScheduled
+    };
+    enum class Event
+    {
+        Start,
+        Stop,
+        BreakNow,
+        Postpone,
+        Reschedule,
+        DueAway,
+        DuePresent,
+        Skip,
+        Over
+    };
+
+    /// What the outside world holds; the driver changes it.
+    int intervalMinutes = 20;
+    int pauseSeconds = 20;
+    bool soundEnabled = false;
+    double idleSeconds = 0;
+    Date now{};
+
+    std::vector<Effect> effects;
+
+    void apply(Event event, int minutes = 0);
+    void advance(Interval interval);
+    void jump(Interval interval);
+
+    [[nodiscard]] State state() const { return m_state; }
+    [[nodiscard]] bool isActive() const;
+    [[nodiscard]] bool isOnBreak() const;
+    [[nodiscard]] std::optional<Date> nextBreakDate() const { return m_nextDue; }
+
+    /// All timers, sorted.
+    [[nodiscard]] std::vector<ObservedTimer> timers() const;
+
+private:
+    enum class TimerKind
+    {
+        Next,
+        Tick,
+        Ring
+    };
+
+    struct ModelTimer
+    {
+        TimerKind kind;
+        Date due;
+        int serial;
+    };
+
+    void fireOverdue();
+    void fire(int serial);
+    void ringTick();
+    void scheduleNext(int minutes);
+    void add(TimerKind kind, Date due);
+    void remove(TimerKind kind);
+    [[nodiscard]] bool has(TimerKind kind) const;
+
+    State m_state = State::Off;
+    std::optional<Date> m_nextDue;
+    std::optional<Date> m_breakEnd;
+    std::vector<ModelTimer> m_timers;
+    int m_lastSerial = 0;
+};

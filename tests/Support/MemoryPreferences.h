@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Preferences.h"
+
+#include <QJsonObject>
+
+/// Preferences that live as long as the test.
+class MemoryPreferences final : public Preferences
+{
+public:
+    [[nodiscard]] QJsonValue value(const QString &key) const override { return stored.value(key); }
+
+    void setValue(const QString &key, const QJsonValue &value) override
+    {
+        if (value.isUndefined())
+            stored.remove(key);
+        else
+            stored.insert(key, value);
+    }
+
+    QJsonObject stored;
+};
