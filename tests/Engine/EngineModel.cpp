@@ -84,20 +84,39 @@ constexpr Transition transitions[] = {
     {BreakActiveScheduled, Over, Waiting, Overlay::Close, Schedule::Interval, true},
 };
 
-const Transition &transitionFor(State state, Event event)
+std::size_t rowFor(State state, Event event)
 {
-    for (const Transition &transition : transitions) {
-        if (transition.from == state && transition.event == event)
-            return transition;
-    }
-    std::abort(); // an event that cannot happen in this state
+    const auto row =
+        std::find_if(std::begin(transitions), std::end(transitions), [&](const Transition &candidate) {
+            return candidate.from == state && candidate.event == event;
+        });
+    if (row == std::end(transitions))
+        std::abort(); // an event that cannot happen in this state
+    return static_cast<std::size_t>(row - std::begin(transitions));
 }
 
 } // namespace
 
+EngineModel::EngineModel()
+    : m_transitionCounts(std::size(transitions))
+{
+}
+
+std::string EngineModel::transitionName(std::size_t row)
+{
+    static constexpr const char *states[] = {"Off", "Waiting", "Break", "BreakActive",
+                                             "BreakActiveScheduled"};
+    static constexpr const char *events[] = {"Start",   "Stop",       "BreakNow", "Postpone", "Reschedule",
+                                             "DueAway", "DuePresent", "Skip",     "Over"};
+    return std::string(states[static_cast<int>(transitions[row].from)]) + ", " +
+           events[static_cast<int>(transitions[row].event)];
+}
+
 void EngineModel::apply(Event event, int minutes)
 {
-    const Transition &transition = transitionFor(m_state, event);
+    const std::size_t row = rowFor(m_state, event);
+    const Transition &transition = transitions[row];
+    ++m_transitionCounts[row];
     m_state = transition.to;
 
     if (transition.overlay == Overlay::Close) {

@@ -4,6 +4,7 @@
 #include "Platform/RunLoop.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 /// Something that an engine did to its surroundings: a call on the overlay or the chime, or its change
@@ -67,6 +68,8 @@ public:
 
     std::vector<Effect> effects;
 
+    EngineModel();
+
     void apply(Event event, int minutes = 0);
     void advance(Interval interval);
     void jump(Interval interval);
@@ -75,6 +78,12 @@ public:
     [[nodiscard]] bool isActive() const;
     [[nodiscard]] bool isOnBreak() const;
     [[nodiscard]] std::optional<Date> nextBreakDate() const { return m_nextDue; }
+
+    /// How often each row of the table has been followed, in its order.
+    [[nodiscard]] const std::vector<int> &transitionCounts() const { return m_transitionCounts; }
+
+    /// "state, event" of a row of the table.
+    [[nodiscard]] static std::string transitionName(std::size_t row);
 
     /// All timers, sorted.
     [[nodiscard]] std::vector<ObservedTimer> timers() const;
@@ -106,5 +115,6 @@ private:
     std::optional<Date> m_nextDue;
     std::optional<Date> m_breakEnd;
     std::vector<ModelTimer> m_timers;
+    std::vector<int> m_transitionCounts;
     int m_lastSerial = 0;
 };
