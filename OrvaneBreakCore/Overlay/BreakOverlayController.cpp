@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Overlay/BreakOverlayController.h"
+
+#include "Overlay/BreakOverlayPanel.h"
+#include "Overlay/RingView.h"
+#include "Platform/OverlaySurface.h"
+
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+BreakOverlayController::BreakOverlayController(OverlaySurface &surface, Screens screens)
+    : m_surface(surface)
+    , m_screens(std::move(screens))
+{
+}
+
+BreakOverlayController::~BreakOverlayController()
+{
+    hide();
+}
+
+void BreakOverlayController::show(int pauseSeconds)
+{
+    hide();
+    const QList<QScreen *> screens = m_screens();
+    if (screens.isEmpty())
+        return;
+    m_surface.begin();
+    for (QScreen *screen : screens) {
+        std::unique_ptr<BreakOverlayPanel, DeferredDelete> panel(new BreakOverlayPanel(pauseSeconds));
+        panel->onEscape = [self = QPointer(this)] {
+            if (self)
+                self->skipPressed();
+        };
+        connect(panel->skipButton(), &QPushButton::clicked, this, &BreakOverlayController::skipPressed);
+        m_surface.present(*panel, *screen, m_panels.empty());
+        m_rings.push_back(panel->ring());
+        m_panels.push_back(std::move(panel));
+    }
+}
+
+void BreakOverlayController::update(double secondsLeft, double fraction)
+{
+    const double roundedUp = std::ceil(secondsLeft);
+    constexpr double limit = 9223372036854775808.0; // 2^63
+    if (!(roundedUp >= -limit && roundedUp < limit))
+        qFatal("a countdown of %f seconds", secondsLeft);
+    for (RingView *ring : m_rings) {
+        ring->setSecondsLeft(std::max<qint64>(static_cast<qint64>(roundedUp), 0));
+        ring->setFraction(fraction);
+    }
+}
+
+void BreakOverlayController::hide()
+{
+    if (m_panels.empty())
+        return;
+    m_surface.end();
+    for (const auto &panel : m_panels)
+        panel->hide();
+    m_panels.clear();
+    m_rings.clear();
+}
+
+void BreakOverlayController::skipPressed()
+{
+    if (onSkip)
+        onSkip();
+}

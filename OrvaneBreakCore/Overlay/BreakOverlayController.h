@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/BreakOverlay.h"
+
+#include <QList>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class BreakOverlayPanel;
+class OverlaySurface;
+class QScreen;
+class RingView;
+
+/// Covers every screen with a break panel and feeds their rings. Knows nothing of time. The panels keep the
+/// screens of the moment of `show()`: a screen that comes later stays free, one that goes takes nothing else
+/// with it.
+class BreakOverlayController final : public QObject, public BreakOverlay
+{
+    Q_OBJECT
+
+public:
+    using Screens = std::function<QList<QScreen *>()>;
+
+    /// `surface` outlives the controller. `screens` lists the screens at the moment of the call.
+    BreakOverlayController(OverlaySurface &surface, Screens screens);
+    ~BreakOverlayController() override;
+
+    /// One panel per screen, the first with the keyboard. Without screens nothing is shown.
+    void show(int pauseSeconds) override;
+
+    /// A number of seconds that is not finite or beyond 64 bits stops the process.
+    void update(double secondsLeft, double fraction) override;
+
+    void hide() override;
+
+    /// True while there are panels.
+    [[nodiscard]] bool isVisible() const { return !m_panels.empty(); }
+
+    /// Calls `onSkip` if set; what the skip button of every panel does.
+    void skipPressed();
+
+private:
+    /// A panel is hidden from inside its own key and mouse events, so it goes when those are done.
+    struct DeferredDelete
+    {
+        void operator()(QObject *object) const { object->deleteLater(); }
+    };
+
+    OverlaySurface &m_surface;
+    Screens m_screens;
+    std::vector<std::unique_ptr<BreakOverlayPanel, DeferredDelete>> m_panels;
+    std::vector<RingView *> m_rings;
+};

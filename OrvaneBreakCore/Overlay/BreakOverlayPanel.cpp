@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Overlay/BreakOverlayPanel.h"
+
+#include "Overlay/RingView.h"
+#include "Visuals/Palette.h"
+#include "Visuals/TextButton.h"
+
+#include <QKeyEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QColor white(float alpha)
+{
+    return QColor::fromRgbF(1, 1, 1, alpha);
+}
+
+constexpr int ringSize = 150;
+constexpr int gapAfterTitle = 10;
+constexpr int gapAfterSubtitle = 28;
+constexpr int gapAfterRing = 30;
+constexpr int gapAfterButton = 4;
+
+} // namespace
+
+BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
+    : m_ring(new RingView)
+    , m_skipButton(new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), white(0.55F)))
+{
+    setObjectName(u"breakOverlayPanel"_s);
+    setWindowTitle(u"OrvaneBreak"_s);
+    setFocusPolicy(Qt::NoFocus);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_QuitOnClose, false);
+
+    m_ring->setFixedSize(ringSize, ringSize);
+    m_ring->setSecondsLeft(pauseSeconds);
+    m_ring->setFraction(1.0);
+    m_skipButton->setObjectName(u"skipButton"_s);
+    m_skipButton->setFocusPolicy(Qt::NoFocus);
+
+    auto *title = makeLabel(u"Regarde au loin, à 6 mètres"_s, 30, QFont::Bold, QColor(Qt::white));
+    auto *subtitle = makeLabel(u"Laisse tes yeux se reposer un instant."_s, 16, QFont::Normal, white(0.7F));
+    auto *hint = makeLabel(u"ou appuie sur Échap"_s, 11, QFont::Normal, white(0.35F));
+    title->setObjectName(u"title"_s);
+    subtitle->setObjectName(u"subtitle"_s);
+    hint->setObjectName(u"hint"_s);
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addStretch();
+    column->addWidget(title, 0, Qt::AlignHCenter);
+    column->addSpacing(gapAfterTitle);
+    column->addWidget(subtitle, 0, Qt::AlignHCenter);
+    column->addSpacing(gapAfterSubtitle);
+    column->addWidget(m_ring, 0, Qt::AlignHCenter);
+    column->addSpacing(gapAfterRing);
+    column->addWidget(m_skipButton, 0, Qt::AlignHCenter);
+    column->addSpacing(gapAfterButton);
+    column->addWidget(hint, 0, Qt::AlignHCenter);
+    column->addStretch();
+}
+
+void BreakOverlayPanel::cancelOperation()
+{
+    if (onEscape)
+        onEscape();
+}
+
+void BreakOverlayPanel::keyPressEvent(QKeyEvent *event)
+{
+    const bool isCancel = event->key() == Qt::Key_Period && event->modifiers() == Qt::ControlModifier;
+    if (event->key() != Qt::Key_Escape && !isCancel) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    cancelOperation();
+}
+
+void BreakOverlayPanel::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(this);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(event->rect(), QColor::fromRgbF(0, 0, 0, 0.75F));
+}

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+
+class QPushButton;
+class RingView;
+
+/// The break screen on one screen: everything darkened, and in the middle the message, the ring and the skip
+/// button. Nothing in it ever has the keyboard focus, so that a user who is typing when the break begins
+/// presses nothing.
+class BreakOverlayPanel final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit BreakOverlayPanel(int pauseSeconds);
+
+    /// Called for Escape and for the cancel command; Escape is swallowed also when this is not set.
+    std::function<void()> onEscape;
+
+    /// Calls `onEscape` if set.
+    void cancelOperation();
+
+    [[nodiscard]] RingView *ring() const { return m_ring; }
+    [[nodiscard]] QPushButton *skipButton() const { return m_skipButton; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    RingView *m_ring;
+    QPushButton *m_skipButton;
+};

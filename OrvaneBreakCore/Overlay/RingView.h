@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+/// The countdown of a break: a faint circle, a teal arc over it for what is left, and the seconds at its
+/// centre. Setting either value repaints this widget and nothing else.
+class RingView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit RingView(QWidget *parent = nullptr);
+
+    /// Part of the break still to run, 1 for all of it; drawn as at most 1, and not at all from 0 down.
+    [[nodiscard]] double fraction() const { return m_fraction; }
+    void setFraction(double fraction);
+
+    /// Whole seconds shown at the centre.
+    [[nodiscard]] qint64 secondsLeft() const { return m_secondsLeft; }
+    void setSecondsLeft(qint64 secondsLeft);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void paintNumber(QPainter &painter) const;
+
+    double m_fraction = 1.0;
+    qint64 m_secondsLeft = 20;
+};

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/OverlaySurface.h"
+
+/// Ordinary full-screen windows, for platforms that offer nothing better: the window manager may keep its
+/// panels above them and list them in the task bar.
+class FullScreenOverlaySurface final : public OverlaySurface
+{
+public:
+    void begin() override {}
+    void present(QWidget &panel, QScreen &screen, bool takesKeyboard) override;
+    void end() override {}
+};

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Overlay/OverlaySurfaceFactory.h"
+
+#include "Platform/Overlay/FullScreenOverlaySurface.h"
+#include "Platform/Overlay/X11OverlaySurface.h"
+
+#include <QGuiApplication>
+
+std::unique_ptr<OverlaySurface> makeOverlaySurface()
+{
+    if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+        return std::make_unique<X11OverlaySurface>(x11->connection());
+    return std::make_unique<FullScreenOverlaySurface>();
+}

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+/// How this desktop puts a window over everything else. User-interface thread only.
+class OverlaySurface
+{
+public:
+    OverlaySurface() = default;
+    virtual ~OverlaySurface() = default;
+    OverlaySurface(const OverlaySurface &) = delete;
+    OverlaySurface &operator=(const OverlaySurface &) = delete;
+
+    /// Called once before the panels of a break are presented.
+    virtual void begin() = 0;
+
+    /// Shows `panel`, a top-level widget that has not been shown yet, over everything on `screen`, whose
+    /// whole area it covers, on every workspace, without a task-bar entry and without activating the
+    /// application. The panel with `takesKeyboard` receives what is typed until `end()`.
+    virtual void present(QWidget &panel, QScreen &screen, bool takesKeyboard) = 0;
+
+    /// Called once before the panels are hidden: the keyboard goes back to where it was, unless somebody else
+    /// has it.
+    virtual void end() = 0;
+};

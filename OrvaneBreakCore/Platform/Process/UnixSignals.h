@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QSocketNotifier>
+
+#include <functional>
+
+/// Turns the first SIGTERM, SIGINT or SIGHUP into a call on the user-interface thread. A second one ends the
+/// process at once, as it would without this class. One instance at a time.
+class UnixSignals
+{
+public:
+    explicit UnixSignals(std::function<void()> onTerminate);
+    ~UnixSignals();
+    UnixSignals(const UnixSignals &) = delete;
+    UnixSignals &operator=(const UnixSignals &) = delete;
+
+private:
+    struct Pipe
+    {
+        Pipe();
+        ~Pipe();
+        Pipe(const Pipe &) = delete;
+        Pipe &operator=(const Pipe &) = delete;
+        int ends[2];
+    };
+
+    Pipe m_pipe;
+    QSocketNotifier m_notifier;
+};

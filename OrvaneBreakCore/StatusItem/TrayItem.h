@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QColor>
+#include <QMenu>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+/// One icon with a menu in the desktop's tray, from construction to destruction. Where no tray is running it
+/// waits for one and appears by itself. User-interface thread only.
+class TrayItem
+{
+public:
+    TrayItem() = default;
+    virtual ~TrayItem() = default;
+    TrayItem(const TrayItem &) = delete;
+    TrayItem &operator=(const TrayItem &) = delete;
+
+    /// Shows the symbol named `symbol` in `tint`; without a tint in a colour that suits any panel. An unknown
+    /// symbol leaves the icon empty.
+    virtual void setSymbol(const QString &symbol, const std::optional<QColor> &tint) = 0;
+
+    /// Attaches `menu` in place of any earlier one, also while that one is open. Every action has an object
+    /// name of its own, by which entries are recognised from one menu to the next.
+    virtual void setMenu(std::unique_ptr<QMenu> menu) = 0;
+};

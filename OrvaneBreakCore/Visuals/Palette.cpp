@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Visuals/Palette.h"
+
+#include <QEvent>
+#include <QFontDatabase>
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+
+const QColor &AppearanceColor::resolved(const QPalette &palette) const
+{
+    return isDarkAppearance(palette) ? dark : light;
+}
+
+bool isDarkAppearance(const QPalette &palette)
+{
+    return palette.color(QPalette::Window).lightnessF() < 0.5F;
+}
+
+AppearanceColor breakTeal()
+{
+    return {QColor::fromRgbF(0.051F, 0.58F, 0.533F), QColor::fromRgbF(0.176F, 0.831F, 0.749F)};
+}
+
+AppearanceColor orvaneMauve()
+{
+    return {QColor::fromRgbF(0.486F, 0.227F, 0.929F), QColor::fromRgbF(0.686F, 0.573F, 0.992F)};
+}
+
+QFont systemFont(qreal size, QFont::Weight weight)
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(std::max(1, qRound(size)));
+    font.setWeight(weight);
+    return font;
+}
+
+AppearanceLabel::AppearanceLabel(const QString &text, const AppearanceColor &color)
+    : m_color(color)
+{
+    setTextFormat(Qt::PlainText);
+    setText(text);
+    applyColor();
+}
+
+void AppearanceLabel::setTextColor(const AppearanceColor &color)
+{
+    m_color = color;
+    applyColor();
+}
+
+void AppearanceLabel::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        applyColor();
+    QLabel::changeEvent(event);
+}
+
+void AppearanceLabel::applyColor()
+{
+    QPalette changed = palette();
+    const QColor &color = m_color.resolved(changed);
+    // Setting a palette reports a palette change again.
+    if (changed.color(QPalette::WindowText) == color)
+        return;
+    changed.setColor(QPalette::WindowText, color);
+    setPalette(changed);
+}
+
+AppearanceLabel *makeLabel(const QString &text, qreal size, QFont::Weight weight,
+                           const AppearanceColor &color)
+{
+    auto *label = new AppearanceLabel(text, color);
+    label->setFont(systemFont(size, weight));
+    label->setAlignment(Qt::AlignCenter);
+    return label;
+}
+
+BadgeImageView::BadgeImageView(QWidget *parent)
+    : QLabel(parent)
+{
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setScaledContents(true);
+}
+
+QImage quotaBadgeImage(int count, qreal diameter, qreal devicePixelRatio)
+{
+    const int pixels = qCeil(diameter * devicePixelRatio);
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::transparent);
+
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(255, 59, 48));
+    painter.drawEllipse(QRectF(0, 0, diameter, diameter));
+
+    // Pixel sizes are whole numbers: a large font scaled down gives the exact size.
+    const QFont font = systemFont(100, QFont::Bold);
+    const QString text = QString::number(std::max(count, 1));
+    const QFontMetricsF metrics(font);
+    const qreal scale = diameter * 0.68 / 100;
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    painter.translate(diameter / 2, diameter / 2);
+    painter.scale(scale, scale);
+    painter.drawText(QPointF(-metrics.horizontalAdvance(text) / 2, -metrics.height() / 2 + metrics.ascent()),
+                     text);
+    return image;
+}

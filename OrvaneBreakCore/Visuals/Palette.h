@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QImage>
+#include <QLabel>
+#include <QPalette>
+
+/// A colour that follows the light or dark appearance. Resolve it when painting and again after a palette
+/// change.
+struct AppearanceColor
+{
+    QColor light;
+    QColor dark;
+
+    AppearanceColor(const QColor &lightColor, const QColor &darkColor)
+        : light(lightColor)
+        , dark(darkColor)
+    {
+    }
+
+    /// The same colour in both appearances.
+    AppearanceColor(const QColor &color)
+        : AppearanceColor(color, color)
+    {
+    }
+
+    [[nodiscard]] const QColor &resolved(const QPalette &palette) const;
+};
+
+/// Whether `palette` has light text on a dark window.
+[[nodiscard]] bool isDarkAppearance(const QPalette &palette);
+
+/// The accent of the break feature.
+[[nodiscard]] AppearanceColor breakTeal();
+
+/// The accent of the makers' own elements.
+[[nodiscard]] AppearanceColor orvaneMauve();
+
+/// The accents where they do not follow the appearance.
+inline const QColor breakTealFixed = QColor::fromRgbF(0.078F, 0.722F, 0.651F);
+inline const QColor orvaneMauveFixed = QColor::fromRgbF(0.486F, 0.227F, 0.929F);
+
+/// The desktop's own sans-serif font at `size` device-independent pixels.
+[[nodiscard]] QFont systemFont(qreal size, QFont::Weight weight);
+
+/// A label of plain text, whatever the text looks like, in a colour that follows the appearance.
+class AppearanceLabel final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    AppearanceLabel(const QString &text, const AppearanceColor &color);
+    void setTextColor(const AppearanceColor &color);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void applyColor();
+
+    AppearanceColor m_color;
+};
+
+/// A new label, centred, without a parent; `size` is in device-independent pixels.
+[[nodiscard]] AppearanceLabel *makeLabel(const QString &text, qreal size, QFont::Weight weight,
+                                         const AppearanceColor &color);
+
+/// A view whose y grows downwards, as Qt's widgets do.
+using FlippedView = QWidget;
+
+/// Shows an image and lets every click through to what lies below it.
+class BadgeImageView final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit BadgeImageView(QWidget *parent = nullptr);
+};
+
+/// A red disc of `diameter` device-independent pixels with the larger of `count` and 1 in white; longer
+/// numbers may run over the disc and are cut off at the image's edge.
+[[nodiscard]] QImage quotaBadgeImage(int count, qreal diameter, qreal devicePixelRatio);

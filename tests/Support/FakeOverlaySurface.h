@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/OverlaySurface.h"
+
+#include <QScreen>
+#include <QStringList>
+
+#include <vector>
+
+/// Shows the panels as plain windows and writes down what it was asked for.
+class FakeOverlaySurface final : public OverlaySurface
+{
+public:
+    void begin() override { log.append(QStringLiteral("begin")); }
+
+    void present(QWidget &panel, QScreen &screen, bool takesKeyboard) override
+    {
+        log.append(QStringLiteral("present %1%2")
+                       .arg(screen.name(), QString::fromLatin1(takesKeyboard ? " keyboard" : "")));
+        panel.setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+        panel.setGeometry(screen.geometry());
+        panel.show();
+        panels.push_back(&panel);
+    }
+
+    void end() override
+    {
+        log.append(QStringLiteral("end"));
+        panels.clear();
+    }
+
+    QStringList log;
+    std::vector<QWidget *> panels; ///< Those of the break that is showing.
+};

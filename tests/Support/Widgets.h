@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QRegularExpression>
+#include <QTest>
+#include <QWidget>
+
+#include <cstdlib>
+
+/// Makes every warning fail the current test function, but for what the offscreen platform says of itself.
+/// For `init()`.
+inline void failOnUnexpectedWarnings()
+{
+    QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!This plugin does not support)")));
+}
+
+/// What the widget paints, on `background`.
+inline QImage painted(QWidget &widget, const QColor &background = Qt::black, qreal devicePixelRatio = 1)
+{
+    QImage image(widget.size() * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(background);
+    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+    return image;
+}
+
+/// Whether two colours differ by at most `tolerance` in every channel.
+inline bool isNear(const QColor &left, const QColor &right, int tolerance = 3)
+{
+    return std::abs(left.red() - right.red()) <= tolerance &&
+           std::abs(left.green() - right.green()) <= tolerance &&
+           std::abs(left.blue() - right.blue()) <= tolerance &&
+           std::abs(left.alpha() - right.alpha()) <= tolerance;
+}
