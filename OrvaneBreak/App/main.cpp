@@ -9,6 +9,7 @@
 #include "Platform/Preferences/JsonPreferences.h"
 #include "Platform/Process/Bundle.h"
 #include "Platform/Process/DisplayProbe.h"
+#include "Platform/Process/MessageFilter.h"
 #include "Platform/Process/SessionBus.h"
 #include "Platform/Process/UnixSignals.h"
 #include "Platform/Sound/CanberraChime.h"
@@ -26,6 +27,7 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char **argv)
 {
+    installMessageFilter();
     if (const std::optional<QString> problem = missingDisplay()) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;

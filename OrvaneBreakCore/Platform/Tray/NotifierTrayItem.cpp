@@ -10,7 +10,7 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
-#include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -49,8 +49,7 @@ void NotifierTrayItem::setSymbol(const QString &symbol, const std::optional<QCol
 
 void NotifierTrayItem::setMenu(std::unique_ptr<QMenu> menu)
 {
-    m_menu.reset(menu.release());
-    mirrorMenu();
+    m_menu.setMenu(std::move(menu));
 }
 
 void NotifierTrayItem::lookForHost()
@@ -81,52 +80,6 @@ void NotifierTrayItem::showIcon()
     if (m_trayIcon)
         return;
     m_trayIcon = std::make_unique<QSystemTrayIcon>(m_icon);
-    m_trayIcon->setContextMenu(&m_shownMenu);
+    m_trayIcon->setContextMenu(m_menu.shownMenu());
     m_trayIcon->show();
-}
-
-void NotifierTrayItem::mirrorMenu()
-{
-    // Tray hosts keep the entries of the menu that they were given first and refuse a second menu whose
-    // layout is not newer. So one menu stays with the icon and takes over the entries of each menu in turn;
-    // those with the same name keep their identity, and a click that was on its way to one of them still does
-    // what it says.
-    const QList<QAction *> previous = m_shownMenu.actions();
-    QList<QAction *> kept;
-    for (const QAction *entry : m_menu->actions())
-        kept.append(mirror(*entry, previous));
-    for (QAction *action : previous) {
-        if (!kept.contains(action)) {
-            m_shownMenu.removeAction(action);
-            action->deleteLater();
-        }
-    }
-    for (qsizetype index = 0; index < kept.size(); ++index) {
-        const QAction *present = m_shownMenu.actions().value(index);
-        if (present == kept.at(index))
-            continue;
-        m_shownMenu.removeAction(kept.at(index));
-        m_shownMenu.insertAction(m_shownMenu.actions().value(index), kept.at(index));
-    }
-}
-
-QAction *NotifierTrayItem::mirror(const QAction &entry, const QList<QAction *> &previous)
-{
-    const auto found = std::find_if(previous.begin(), previous.end(), [&](const QAction *action) {
-        return action->objectName() == entry.objectName();
-    });
-    QAction *action = found == previous.end() ? new QAction(&m_shownMenu) : *found;
-    if (found == previous.end()) {
-        action->setObjectName(entry.objectName());
-        action->setSeparator(entry.isSeparator());
-        connect(action, &QAction::triggered, this, [this, name = entry.objectName()] {
-            if (auto *current = m_menu->findChild<QAction *>(name))
-                current->trigger();
-        });
-    }
-    action->setText(entry.text());
-    action->setIcon(entry.icon());
-    action->setEnabled(entry.isEnabled());
-    action->setVisible(entry.isVisible());
-    return action;
 }

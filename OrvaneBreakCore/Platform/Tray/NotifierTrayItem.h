@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Tray/MenuMirror.h"
 #include "StatusItem/TrayItem.h"
 
 #include <QIcon>
@@ -28,19 +29,10 @@ private Q_SLOTS:
     void lookForHost();
 
 private:
-    /// A menu goes by itself after the entry that was clicked in it has done its work.
-    struct DeferredDelete
-    {
-        void operator()(QObject *object) const { object->deleteLater(); }
-    };
-
     void hostAnswered(const QDBusPendingCallWatcher &call);
     void showIcon();
-    void mirrorMenu();
-    QAction *mirror(const QAction &entry, const QList<QAction *> &previous);
 
     QIcon m_icon;
-    std::unique_ptr<QMenu, DeferredDelete> m_menu;
-    QMenu m_shownMenu;
+    MenuMirror m_menu;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
 };

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Process/MessageFilter.h"
+
+#include <wayland-client-core.h>
+
+#include <cstdio>
+#include <cstring>
+
+Q_LOGGING_CATEGORY(orvaneLog, "orvanebreak")
+
+namespace {
+
+void filterMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    const bool isOurs = context.category && std::strcmp(context.category, orvaneLog().categoryName()) == 0;
+    if (isOurs || type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+void dropMessage(const char * /*format*/, va_list /*arguments*/) {}
+
+} // namespace
+
+void installMessageFilter()
+{
+    if (qgetenv("ORVANE_DEBUG_LOG") == "1")
+        return;
+    qInstallMessageHandler(filterMessage);
+    wl_log_set_handler_client(dropMessage);
+}

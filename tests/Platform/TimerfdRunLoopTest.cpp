@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/TimerfdRunLoop.h"
+
+#include <QEventLoop>
+#include <QTest>
+
+using namespace std::chrono_literals;
+
+/// The run loop on the kernel's timer. Only the shortest of waits are real; a clock that is set is a clock of
+/// the test's.
+class TimerfdRunLoopTest : public QObject
+{
+    Q_OBJECT
+
+    struct Settable
+    {
+        Interval offset{};
+        TimerfdRunLoop runLoop{[this] { return TimerfdRunLoop::systemNow() + offset; }};
+    };
+
+private Q_SLOTS:
+    void aDateInThePastFiresFromTheEventLoopAndNotBefore()
+    {
+        TimerfdRunLoop runLoop;
+        int calls = 0;
+        const Timer timer = runLoop.scheduleOnce(Date{}, 0s, [&] { ++calls; });
+        QCOMPARE(calls, 0);
+        QTRY_COMPARE(calls, 1);
+    }
+
+    void neverBeforeItsDate()
+    {
+        TimerfdRunLoop runLoop;
+        const Date due = runLoop.now() + 20ms;
+        Date fired;
+        const Timer timer = runLoop.scheduleOnce(due, 0s, [&] { fired = runLoop.now(); });
+        QTRY_VERIFY(fired != Date());
+        QVERIFY(fired >= due);
+    }
+
+    void repeatingUntilCancelled()
+    {
+        TimerfdRunLoop runLoop;
+        int calls = 0;
+        Timer timer;
+        timer = runLoop.scheduleRepeating(1ms, 0s, [&] {
+            if (++calls == 5)
+                timer.invalidate();
+        });
+        int other = 0;
+        const Timer later = runLoop.scheduleRepeating(1ms, 0s, [&] { ++other; });
+        QTRY_VERIFY(other > 20);
+        QCOMPARE(calls, 5);
+    }
+
+    void firesInANestedEventLoop()
+    {
+        TimerfdRunLoop runLoop;
+        QEventLoop nested;
+        const Timer timer = runLoop.scheduleOnce(runLoop.now() + 1ms, 0s, [&] { nested.quit(); });
+        nested.exec();
+    }
+
+    void clockSetForwardFiresWhatHasBecomeDue()
+    {
+        Settable f;
+        int calls = 0;
+        const Timer timer = f.runLoop.scheduleOnce(f.runLoop.now() + 20min, 10s, [&] { ++calls; });
+        f.runLoop.clockWasSet();
+        QCOMPARE(calls, 0);
+        f.offset = 20min;
+        f.runLoop.clockWasSet();
+        QCOMPARE(calls, 1);
+    }
+
+    void clockSetBackWaitsOnButARepeatingTimerDoesNot()
+    {
+        Settable f;
+        int once = 0;
+        int repeated = 0;
+        const Timer oneShot = f.runLoop.scheduleOnce(f.runLoop.now() + 1ms, 0s, [&] { ++once; });
+        const Timer repeating = f.runLoop.scheduleRepeating(1ms, 0s, [&] { ++repeated; });
+        f.offset = -1h;
+        f.runLoop.clockWasSet();
+        // The kernel's clock has not been set: by its time the repeating timer is due at once.
+        QTRY_VERIFY(repeated > 0);
+        QCOMPARE(once, 0);
+    }
+
+    void timersThatOutliveTheRunLoop()
+    {
+        Timer timer;
+        {
+            TimerfdRunLoop runLoop;
+            timer = runLoop.scheduleOnce(runLoop.now() + 1h, 0s, [] {});
+        }
+        timer.invalidate();
+    }
+};
+
+QTEST_GUILESS_MAIN(TimerfdRunLoopTest)
+#include "TimerfdRunLoopTest.moc"
