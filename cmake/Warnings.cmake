@@ -5,11 +5,16 @@
 add_library(OrvaneCompileOptions INTERFACE)
 target_compile_options(OrvaneCompileOptions INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
-                              -Woverloaded-virtual -Wsuggest-override>
-    $<$<BOOL:${ORVANE_WARNINGS_AS_ERRORS}>:-Werror>
-    $<$<BOOL:${ORVANE_SANITIZE}>:-fsanitize=${ORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all>)
-target_link_options(OrvaneCompileOptions INTERFACE
-    $<$<BOOL:${ORVANE_SANITIZE}>:-fsanitize=${ORVANE_SANITIZE}>)
+                              -Woverloaded-virtual -Wsuggest-override>)
 target_compile_definitions(OrvaneCompileOptions INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+if(ORVANE_WARNINGS_AS_ERRORS)
+    target_compile_options(OrvaneCompileOptions INTERFACE -Werror)
+endif()
+if(ORVANE_SANITIZE)
+    target_compile_options(OrvaneCompileOptions INTERFACE
+        -fsanitize=${ORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(OrvaneCompileOptions INTERFACE -fsanitize=${ORVANE_SANITIZE})
+endif()
