@@ -18,6 +18,7 @@
 #include "Visuals/Symbols.h"
 
 #include <QApplication>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <cstdio>
@@ -39,6 +40,9 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Symbols::applicationIcon());
+    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as many would,
+    // and wakes up less.
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
     const Bundle bundle = Bundle::main();
 
     TimerfdRunLoop runLoop;
