@@ -47,7 +47,7 @@ int main(int argc, char **argv)
 
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(JsonPreferences::defaultFile());
-    const UserIdleSource idle = makeUserIdle(runLoop);
+    const ChosenUserIdle idle = makeUserIdle(runLoop);
     CanberraChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     BreakEngine engine({runLoop, preferences, *idle.userIdle, chime,

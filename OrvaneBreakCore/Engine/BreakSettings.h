@@ -14,13 +14,13 @@ struct BreakSettings
     struct IntervalOption
     {
         QStringView titre;
-        int minutes;
+        int minutes = 0;
     };
 
     struct PauseOption
     {
         QStringView titre;
-        int secondes;
+        int secondes = 0;
     };
 
     static constexpr std::array<IntervalOption, 4> intervals{{

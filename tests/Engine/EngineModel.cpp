@@ -37,8 +37,8 @@ struct Transition
     bool callback;
 };
 
-using enum State;
-using enum Event;
+using enum EngineModel::State;
+using enum EngineModel::Event;
 
 constexpr Transition transitions[] = {
     {Off, Start, Waiting, Overlay::Keep, Schedule::Interval, true},

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 /// Something that an engine did to its surroundings: a call on the overlay or the chime, or its change
@@ -19,7 +20,7 @@ struct Effect
         Play,
         Change
     };
-    Kind kind;
+    Kind kind = Kind::Change;
     double first = 0;
     double second = 0;
     bool operator==(const Effect &) const = default;
@@ -31,7 +32,11 @@ struct ObservedTimer
     Date due;
     Interval interval;
     Interval tolerance;
-    auto operator<=>(const ObservedTimer &) const = default;
+    bool operator==(const ObservedTimer &) const = default;
+    bool operator<(const ObservedTimer &other) const
+    {
+        return std::tie(due, interval, tolerance) < std::tie(other.due, other.interval, other.tolerance);
+    }
 };
 
 /// The engine once more, as a table of transitions that shares no code with it.
@@ -98,9 +103,9 @@ private:
 
     struct ModelTimer
     {
-        TimerKind kind;
+        TimerKind kind = TimerKind::Next;
         Date due;
-        int serial;
+        int serial = 0;
     };
 
     void fireOverdue();
