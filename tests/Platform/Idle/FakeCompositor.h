@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct wl_display;
+struct wl_global;
+struct wl_resource;
+
+/// A compositor that has only seats and the idle protocols, and does nothing unless it is pumped.
+class FakeCompositor
+{
+public:
+    struct Notification
+    {
+        wl_resource *resource;
+        std::uint32_t timeout; ///< In milliseconds, as the client asked for it.
+        bool isExtIdleNotify;
+    };
+
+    FakeCompositor();
+    ~FakeCompositor();
+    FakeCompositor(const FakeCompositor &) = delete;
+    FakeCompositor &operator=(const FakeCompositor &) = delete;
+
+    /// The client's end of a new connection.
+    [[nodiscard]] int connectClient();
+
+    /// Listens at a free name in XDG_RUNTIME_DIR and returns it.
+    [[nodiscard]] std::string listen();
+
+    /// Each returns the object to withdraw later.
+    wl_global *offerSeat(int version = 7);
+    wl_global *offerExtIdleNotify();
+    wl_global *offerKdeIdle();
+    void withdraw(wl_global *global);
+
+    /// Handles what clients have sent and sends what is to be sent; never waits.
+    void pump();
+
+    /// Tells every notification.
+    void sendIdled();
+    void sendResumed();
+
+    /// Closes all connections, as a compositor that crashes does.
+    void die();
+
+    [[nodiscard]] const std::vector<Notification> &notifications() const { return m_notifications; }
+    [[nodiscard]] int registries() const { return m_registries; }
+    [[nodiscard]] int seatBindings() const { return m_seatBindings; }
+    [[nodiscard]] bool hasClient() const;
+
+private:
+    struct Requests;
+    friend struct Requests;
+
+    wl_display *m_display;
+    std::vector<Notification> m_notifications;
+    int m_registries = 0;
+    int m_seatBindings = 0;
+};

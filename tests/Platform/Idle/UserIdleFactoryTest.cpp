@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Idle/UserIdleFactory.h"
+
+#include "Platform/Idle/FakeCompositor.h"
+#include "Platform/Idle/FakeIdleMonitor.h"
+#include "Platform/Idle/SessionBusDaemon.h"
+
+#include <QTest>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace {
+
+class StoppedClock final : public RunLoop
+{
+public:
+    [[nodiscard]] Date now() const override { return Date(std::chrono::seconds(1'000'000)); }
+
+protected:
+    void scheduleChanged() override {}
+};
+
+/// A compositor that answers on its own at WAYLAND_DISPLAY, because the program waits for it.
+class RunningCompositor
+{
+public:
+    explicit RunningCompositor(const std::function<void(FakeCompositor &)> &prepare)
+    {
+        prepare(m_compositor);
+        qputenv("WAYLAND_DISPLAY", QByteArray::fromStdString(m_compositor.listen()));
+        m_thread = std::thread([this] {
+            while (!m_isStopping) {
+                m_compositor.pump();
+                std::this_thread::yield();
+            }
+        });
+    }
+
+    ~RunningCompositor()
+    {
+        m_isStopping = true;
+        m_thread.join();
+        qunsetenv("WAYLAND_DISPLAY");
+    }
+
+    RunningCompositor(const RunningCompositor &) = delete;
+    RunningCompositor &operator=(const RunningCompositor &) = delete;
+
+private:
+    FakeCompositor m_compositor;
+    std::atomic<bool> m_isStopping = false;
+    std::thread m_thread;
+};
+
+} // namespace
+
+/// Which source is chosen: first by the facts alone, then by the facts found on a desktop of the test's.
+class UserIdleFactoryTest : public QObject
+{
+    Q_OBJECT
+
+    SessionBusDaemon m_daemon;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(!m_daemon.address().isEmpty());
+        // Before anything has connected to the session bus.
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.address().toLatin1());
+    }
+
+    void choice_data()
+    {
+        QTest::addColumn<bool>("wayland");
+        QTest::addColumn<bool>("ext");
+        QTest::addColumn<bool>("kde");
+        QTest::addColumn<bool>("mutter");
+        QTest::addColumn<bool>("x11");
+        QTest::addColumn<QByteArray>("name");
+        constexpr bool no = false;
+        constexpr bool yes = true;
+        using Name = QByteArray;
+        QTest::newRow("KDE Wayland") << yes << yes << yes << no << no << Name("ext-idle-notify-v1");
+        QTest::newRow("newer") << yes << yes << no << no << no << Name("ext-idle-notify-v1");
+        QTest::newRow("older") << yes << no << yes << no << no << Name("org_kde_kwin_idle");
+        QTest::newRow("GNOME Wayland")
+            << yes << no << no << yes << no << Name("org.gnome.Mutter.IdleMonitor");
+        QTest::newRow("XWayland") << yes << no << no << no << yes << Name("none");
+        QTest::newRow("XWayland on GNOME")
+            << yes << no << no << yes << yes << Name("org.gnome.Mutter.IdleMonitor");
+        QTest::newRow("all on Wayland") << yes << yes << yes << yes << yes << Name("ext-idle-notify-v1");
+        QTest::newRow("older with all") << yes << no << yes << yes << yes << Name("org_kde_kwin_idle");
+        QTest::newRow("bare Wayland") << yes << no << no << no << no << Name("none");
+        QTest::newRow("X11") << no << no << no << no << yes << Name("XScreenSaver extension");
+        QTest::newRow("GNOME X11") << no << no << no << yes << yes << Name("XScreenSaver extension");
+        QTest::newRow("bare GNOME X11")
+            << no << no << no << yes << no << Name("org.gnome.Mutter.IdleMonitor");
+        QTest::newRow("bare X11") << no << no << no << no << no << Name("none");
+    }
+
+    void choice()
+    {
+        QFETCH(bool, wayland);
+        QFETCH(bool, ext);
+        QFETCH(bool, kde);
+        QFETCH(bool, mutter);
+        QFETCH(bool, x11);
+        const UserIdleSource source = chooseUserIdleSource({wayland, ext, kde, mutter, x11});
+        QTEST(QByteArray(userIdleSourceName(source)), "name");
+    }
+
+    void withoutAnyDesktop()
+    {
+        const StoppedClock clock;
+        const ChosenUserIdle chosen = makeUserIdle(clock);
+        QCOMPARE(chosen.source, UserIdleSource::None);
+        QVERIFY(chosen.userIdle->secondsSinceLastInput() == InputIdleSeconds{});
+    }
+
+    void onACompositor_data()
+    {
+        QTest::addColumn<bool>("ext");
+        QTest::addColumn<bool>("kde");
+        QTest::addColumn<bool>("mutter");
+        QTest::addColumn<UserIdleSource>("source");
+        QTest::newRow("both") << true << true << true << UserIdleSource::ExtIdleNotify;
+        QTest::newRow("kde") << false << true << true << UserIdleSource::KdeIdle;
+        QTest::newRow("mutter") << false << false << true << UserIdleSource::MutterIdleMonitor;
+        QTest::newRow("nothing") << false << false << false << UserIdleSource::None;
+    }
+
+    void onACompositor()
+    {
+        QFETCH(bool, ext);
+        QFETCH(bool, kde);
+        QFETCH(bool, mutter);
+        const RunningCompositor compositor([&](FakeCompositor &fake) {
+            fake.offerSeat();
+            if (kde)
+                fake.offerKdeIdle();
+            if (ext)
+                fake.offerExtIdleNotify();
+        });
+        std::unique_ptr<FakeIdleMonitor> monitor;
+        if (mutter) {
+            monitor = std::make_unique<FakeIdleMonitor>(m_daemon.address());
+            QVERIFY(monitor->isRegistered);
+            monitor->object.milliseconds = 7'000;
+        }
+        const StoppedClock clock;
+        const ChosenUserIdle chosen = makeUserIdle(clock);
+        QTEST(chosen.source, "source");
+        const double expected = chosen.source == UserIdleSource::MutterIdleMonitor ? 7.0 : 0.0;
+        QCOMPARE(chosen.userIdle->secondsSinceLastInput().front(), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(UserIdleFactoryTest)
+#include "UserIdleFactoryTest.moc"
