@@ -67,7 +67,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addStretch();
 }
 
-void BreakOverlayPanel::cancelOperation()
+void BreakOverlayPanel::cancelOperation() const
 {
     if (onEscape)
         onEscape();

@@ -22,7 +22,7 @@ public:
     std::function<void()> onEscape;
 
     /// Calls `onEscape` if set.
-    void cancelOperation();
+    void cancelOperation() const;
 
     [[nodiscard]] RingView *ring() const { return m_ring; }
     [[nodiscard]] QPushButton *skipButton() const { return m_skipButton; }
