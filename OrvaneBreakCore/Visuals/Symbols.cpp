@@ -20,7 +20,7 @@ static void registerPictures()
 namespace {
 
 constexpr std::array symbolSizes{14, 16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
-constexpr std::array applicationIconSizes{16, 22, 24, 32, 48, 64, 128, 256, 512};
+constexpr std::array applicationIconSizes{16, 22, 24, 32, 48, 64, 128, 256};
 
 /// The embedded vector file `path`; nothing for an unknown one.
 QByteArray picture(const QString &path)

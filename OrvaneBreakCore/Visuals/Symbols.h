@@ -18,7 +18,7 @@ namespace Symbols {
 /// 14 to 64 pixels. A null icon for an unknown name. Needs the application object.
 [[nodiscard]] QIcon icon(const QString &name, const QColor &tint);
 
-/// The icon of the application's windows, from 16 to 512 pixels. Needs the application object.
+/// The icon of the application's windows, from 16 to 256 pixels. Needs the application object.
 [[nodiscard]] QIcon applicationIcon();
 
 } // namespace Symbols

@@ -185,14 +185,14 @@ private Q_SLOTS:
     void theApplicationIconHasEachSize()
     {
         const QIcon icon = Symbols::applicationIcon();
-        for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512}) {
+        for (const int size : {16, 22, 24, 32, 48, 64, 128, 256}) {
             QVERIFY(icon.availableSizes().contains(QSize(size, size)));
             const QImage image = icon.pixmap(QSize(size, size), 1).toImage();
             QCOMPARE(image.size(), QSize(size, size));
             QVERIFY(image.pixelColor(0, 0).alpha() < 128);
             QVERIFY(isNear(image.pixelColor(size / 5, size / 2), Qt::white, 40));
         }
-        const QImage image = icon.pixmap(QSize(512, 512), 1).toImage();
+        const QImage image = icon.pixmap(QSize(256, 256), 1).toImage();
         QVERIFY(isNear(image.pixelColor(256, 20), QColor(0x2D, 0xD4, 0xBF)));
         QVERIFY(isNear(image.pixelColor(256, 492), QColor(0x0D, 0x94, 0x88)));
         // The countdown: three quarters of the iris, clockwise from above.

@@ -1,25 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Sound/CanberraChime.h"
 
-#include <QDir>
 #include <QFile>
+#include <QGuiApplication>
+
+#include <canberra.h>
+#include <glob.h>
+#include <unistd.h>
 
 #include <chrono>
-#include <future>
-#include <memory>
+#include <condition_variable>
+#include <mutex>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
 
-#include <canberra.h>
-
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
-/// Longer than any sound of ours; a server that never tells the end is not waited for.
-constexpr auto patience = 10s;
+/// A server that stops playing in the middle of a sound is given up after this time.
+constexpr std::chrono::seconds longestSound{15};
+
+/// All that the playing thread needs, without a reference to anything that ends before the process does.
+struct Sound
+{
+    std::string name;
+    std::string file;
+    std::string applicationName;
+    std::string applicationId;
+};
 
 struct ContextDeleter
 {
@@ -28,64 +39,111 @@ struct ContextDeleter
 
 using Context = std::unique_ptr<ca_context, ContextDeleter>;
 
-/// A context that is connected to `driver`, or nothing.
-Context connectedContext(const char *driver)
+/// The moment at which the library has no more use for a sound.
+class PlaybackEnd
+{
+public:
+    void reach()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isReached = true;
+        m_changed.notify_one();
+    }
+
+    void wait()
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, longestSound, [this] { return m_isReached; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isReached = false;
+};
+
+void playbackFinished(ca_context * /*context*/, std::uint32_t /*id*/, int /*error*/, void *end)
+{
+    static_cast<PlaybackEnd *>(end)->reach();
+}
+
+/// Whether this user may use a sound card. The sound library of the cards complains on standard error when it
+/// is asked without one.
+bool hasSoundCard()
+{
+    glob_t nodes = {};
+    bool isUsable = false;
+    if (glob("/dev/snd/pcm*p", 0, nullptr, &nodes) == 0) {
+        for (std::size_t index = 0; index < nodes.gl_pathc; ++index)
+            isUsable = isUsable || access(nodes.gl_pathv[index], R_OK | W_OK) == 0;
+    }
+    globfree(&nodes);
+    return isUsable;
+}
+
+/// A connection to the sound server or card behind `driver`; null when there is none.
+Context openContext(const char *driver, const Sound &sound)
 {
     ca_context *created = nullptr;
     if (ca_context_create(&created) != CA_SUCCESS)
         return nullptr;
     Context context(created);
-    const bool isReady = ca_context_set_driver(created, driver) == CA_SUCCESS &&
-                         ca_context_change_props(created, CA_PROP_APPLICATION_NAME, "OrvaneBreak",
-                                                 CA_PROP_APPLICATION_ID, ORVANE_APP_ID, nullptr) == CA_SUCCESS &&
-                         ca_context_open(created) == CA_SUCCESS;
-    return isReady ? std::move(context) : nullptr;
+    if (ca_context_set_driver(created, driver) != CA_SUCCESS ||
+        ca_context_change_props(created, CA_PROP_APPLICATION_NAME, sound.applicationName.c_str(),
+                                CA_PROP_APPLICATION_ID, sound.applicationId.c_str(), nullptr) != CA_SUCCESS ||
+        ca_context_open(created) != CA_SUCCESS)
+        return nullptr;
+    return context;
 }
 
-/// Without a card the ALSA library complains on the standard error, so it is not even tried.
-bool hasSoundCard()
+bool startPlaying(ca_context *context, const Sound &sound, PlaybackEnd &end)
 {
-    return !QDir(u"/dev/snd"_s).entryList({u"pcm*p"_s}, QDir::System).isEmpty();
+    ca_proplist *properties = nullptr;
+    if (ca_proplist_create(&properties) != CA_SUCCESS)
+        return false;
+    ca_proplist_sets(properties, CA_PROP_MEDIA_NAME, sound.name.c_str());
+    ca_proplist_sets(properties, CA_PROP_MEDIA_FILENAME, sound.file.c_str());
+    ca_proplist_sets(properties, CA_PROP_MEDIA_ROLE, "event");
+    ca_proplist_sets(properties, CA_PROP_CANBERRA_CACHE_CONTROL, "never");
+    const int result = ca_context_play_full(context, 0, properties, &playbackFinished, &end);
+    ca_proplist_destroy(properties);
+    return result == CA_SUCCESS;
 }
 
-void soundEnded(ca_context * /*context*/, std::uint32_t /*identifier*/, int /*status*/, void *ended)
+void playToTheEnd(const Sound &sound)
 {
-    static_cast<std::promise<void> *>(ended)->set_value();
-}
-
-/// Plays `file` and returns when it has ended or cannot be played.
-void playToTheEnd(const QByteArray &file)
-{
-    // Declared before the context: destroying the context reports what is still playing as ended.
-    std::promise<void> ended;
-    Context context = connectedContext("pulse");
-    if (!context && hasSoundCard())
-        context = connectedContext("alsa");
-    ca_proplist *created = nullptr;
-    if (!context || ca_proplist_create(&created) != CA_SUCCESS)
+    if (access(sound.file.c_str(), R_OK) != 0)
         return;
-    const std::unique_ptr<ca_proplist, decltype(&ca_proplist_destroy)> properties(created, &ca_proplist_destroy);
-    ca_proplist_sets(created, CA_PROP_MEDIA_FILENAME, file.constData());
-    ca_proplist_sets(created, CA_PROP_MEDIA_ROLE, "event");
-    ca_proplist_sets(created, CA_PROP_EVENT_DESCRIPTION, "OrvaneBreak");
-    ca_proplist_sets(created, CA_PROP_CANBERRA_CACHE_CONTROL, "never");
-    if (ca_context_play_full(context.get(), 0, created, soundEnded, &ended) == CA_SUCCESS)
-        ended.get_future().wait_for(patience);
+    // Goes after the context, which may report the end until it is gone.
+    PlaybackEnd end;
+    Context context = openContext("pulse", sound);
+    if (!context && hasSoundCard())
+        context = openContext("alsa", sound);
+    if (context && startPlaying(context.get(), sound, end))
+        end.wait();
 }
 
 } // namespace
 
-CanberraChime::CanberraChime(QString soundsFolder) : m_soundsFolder(std::move(soundsFolder)) {}
+CanberraChime::CanberraChime(const QString &soundsFolder)
+    : m_soundsFolder(soundsFolder)
+{
+}
 
 void CanberraChime::play(const QString &name)
 {
-    const QString file = m_soundsFolder + u'/' + name + u".wav"_s;
-    if (!QFile::exists(file))
+    if (m_isPlaying->exchange(true))
         return;
+    Sound sound{name.toStdString(), QFile::encodeName(m_soundsFolder + u'/' + name + u".wav"_s).toStdString(),
+                QCoreApplication::applicationName().toStdString(),
+                QGuiApplication::desktopFileName().toStdString()};
     try {
-        // Detached: a server that hangs must not keep the program from ending.
-        std::thread(playToTheEnd, QFile::encodeName(file)).detach();
+        // Joining it could take as long as the server hangs.
+        std::thread([sound = std::move(sound), isPlaying = m_isPlaying] {
+            playToTheEnd(sound);
+            *isPlaying = false;
+        }).detach();
     } catch (const std::system_error &) {
-        // No thread to be had: no sound.
+        *m_isPlaying = false;
     }
 }

@@ -1,91 +1,170 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Sound/CanberraChime.h"
 
-#include <QElapsedTimer>
+#include <QCoreApplication>
+#include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <iostream>
+#include <memory>
+#include <string>
+
 using namespace Qt::StringLiterals;
 
-/// Each case runs in a process of its own, whose output and end are watched: this program started again with an argument.
+namespace {
+
+constexpr int patience = 10'000;
+
+qsizetype threadCount()
+{
+    return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+}
+
+/// A program that obeys one command per line and repeats each when it has been carried out. It leaves at the
+/// end of its input, whatever is still under way.
+int obeyCommands(const QString &soundsFolder)
+{
+    const qsizetype threadsAtRest = threadCount();
+    auto chime = std::make_unique<CanberraChime>(soundsFolder);
+    for (std::string command; std::getline(std::cin, command);) {
+        if (command == "play")
+            chime->play(u"Glass"_s);
+        else if (command == "destroy")
+            chime.reset();
+        else if (command == "rest" &&
+                 !QTest::qWaitFor([=] { return threadCount() == threadsAtRest; }, patience))
+            return EXIT_FAILURE;
+        std::cout << command << std::endl;
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+/// Plays in a process of its own, so that its end and its standard error can be watched.
 class CanberraChimeTest : public QObject
 {
     Q_OBJECT
 
-    struct Run
+private:
+    void start(const QString &soundsFolder = QStringLiteral(SOUNDS_FOLDER))
     {
-        bool hasEnded = false;
-        int exitCode = -1;
-        QByteArray output;
-    };
-
-    static Run playInAnotherProcess(const QString &sound, const QString &server)
-    {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"PULSE_SERVER"_s, server);
-        process.setProcessEnvironment(environment);
-        process.start(QCoreApplication::applicationFilePath(), {u"--play"_s, sound});
-        Run run;
-        run.hasEnded = process.waitForFinished(20000);
-        run.exitCode = process.exitCode();
-        run.output = process.readAll();
-        if (!run.hasEnded)
-            process.kill();
-        process.waitForFinished();
-        return run;
+        environment.insert(u"PULSE_SERVER"_s, u"unix:"_s + m_serverFile);
+        m_player->setProcessEnvironment(environment);
+        m_player->start(QCoreApplication::applicationFilePath(), {u"--obey"_s, soundsFolder});
     }
+
+    /// Whether the player has carried out `command`.
+    bool tell(const QByteArray &command)
+    {
+        m_player->write(command + '\n');
+        while (!m_player->canReadLine() && m_player->waitForReadyRead(patience)) {
+        }
+        return m_player->readLine() == command + '\n';
+    }
+
+    /// Whether the player has left by itself, without a failure.
+    bool leave()
+    {
+        m_player->closeWriteChannel();
+        return m_player->waitForFinished(patience) && m_player->exitStatus() == QProcess::NormalExit &&
+               m_player->exitCode() == EXIT_SUCCESS;
+    }
+
+    bool waitForConnection()
+    {
+        return m_server->hasPendingConnections() || m_server->waitForNewConnection(patience);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_serverFile;
+    std::unique_ptr<QLocalServer> m_server;
+    std::unique_ptr<QProcess> m_player;
 
 private Q_SLOTS:
-    void silentWithoutAServer()
+    void init()
     {
-        const Run run = playInAnotherProcess(u"Glass"_s, u"unix:/nonexistent/pulse"_s);
-        QVERIFY(run.hasEnded);
-        QCOMPARE(run.exitCode, 0);
-        QCOMPARE(run.output, QByteArray());
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_serverFile = m_folder->filePath(u"server"_s);
+        m_server = std::make_unique<QLocalServer>();
+        m_player = std::make_unique<QProcess>();
+        QVERIFY(m_server->listen(m_serverFile));
     }
 
-    void silentWithoutTheSound()
+    void cleanup()
     {
-        const Run run = playInAnotherProcess(u"Nothing"_s, u"unix:/nonexistent/pulse"_s);
-        QVERIFY(run.hasEnded);
-        QCOMPARE(run.exitCode, 0);
-        QCOMPARE(run.output, QByteArray());
+        m_player->kill();
+        m_player->waitForFinished(patience);
+        QCOMPARE(m_player->readAllStandardError(), QByteArray());
     }
 
-    void aServerThatNeverAnswersDelaysNothing()
+    void withoutAServerNothingIsSaid()
     {
-        const QTemporaryDir folder;
-        QLocalServer server;
-        QVERIFY(server.listen(folder.filePath(u"pulse"_s)));
-        const Run run = playInAnotherProcess(u"Glass"_s, u"unix:"_s + server.fullServerName());
-        QVERIFY(run.hasEnded);
-        QCOMPARE(run.exitCode, 0);
-        QCOMPARE(run.output, QByteArray());
-        // The process did connect: it ended although nobody answered it.
-        QVERIFY(server.waitForNewConnection(1000));
+        m_server->close();
+        QVERIFY(!QFile::exists(m_serverFile));
+        start();
+        QVERIFY(tell("play"));
+        QVERIFY(tell("rest"));
+        QVERIFY(leave());
+    }
+
+    void withoutASoundTheServerIsNotTroubled()
+    {
+        start(m_folder->path());
+        QVERIFY(tell("play"));
+        QVERIFY(tell("rest"));
+        QVERIFY(leave());
+        QVERIFY(!m_server->waitForNewConnection(0));
+    }
+
+    void aHangingServerHoldsUpNobody()
+    {
+        start();
+        QVERIFY(tell("play"));
+        QVERIFY(waitForConnection());
+        QVERIFY(tell("destroy"));
+        QVERIFY(leave());
+    }
+
+    void leavingAtOnceIsSafe()
+    {
+        start();
+        QVERIFY(tell("play"));
+        QVERIFY(leave());
+    }
+
+    void oneSoundAtATime()
+    {
+        start();
+        QVERIFY(tell("play"));
+        QVERIFY(waitForConnection());
+        QVERIFY(tell("play"));
+        m_server->nextPendingConnection()->abort();
+        QVERIFY(tell("rest"));
+        QVERIFY(!m_server->waitForNewConnection(0));
+
+        QVERIFY(tell("play"));
+        QVERIFY(waitForConnection());
+        QVERIFY(tell("destroy"));
+        m_server->nextPendingConnection()->abort();
+        QVERIFY(tell("rest"));
+        QVERIFY(leave());
     }
 };
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
-    if (application.arguments().value(1) != "--play"_L1) {
-        CanberraChimeTest test;
-        return QTest::qExec(&test, argc, argv);
-    }
-    CanberraChime chime(QStringLiteral(SOUNDS_FOLDER));
-    QElapsedTimer timer;
-    timer.start();
-    chime.play(application.arguments().value(2));
-    const bool isQuick = timer.elapsed() < 500;
-    // Time for the other thread to get as far as it can.
-    QTest::qWait(300);
-    return isQuick ? 0 : 1;
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() == 3 && arguments[1] == u"--obey"_s)
+        return obeyCommands(arguments[2]);
+    CanberraChimeTest test;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "CanberraChimeTest.moc"
