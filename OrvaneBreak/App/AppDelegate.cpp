@@ -3,6 +3,8 @@
 
 #include "Engine/BreakEngine.h"
 
+#include <QCoreApplication>
+
 #include <utility>
 
 namespace {
@@ -39,6 +41,13 @@ void AppDelegate::applicationDidFinishLaunching()
 void AppDelegate::applicationWillTerminate()
 {
     m_engine.stop();
+}
+
+void AppDelegate::terminate()
+{
+    // The toolkit's own way to quit closes every window first, the break's as well, before the keyboard has been given back.
+    m_engine.stop();
+    QCoreApplication::exit();
 }
 
 void AppDelegate::refreshBreakUI()

@@ -34,6 +34,9 @@ public:
     /// Ends a running break and stops every timer of the engine; called once, before the process ends.
     void applicationWillTerminate();
 
+    /// Ends the application.
+    void terminate();
+
     /// Switches reminders off when they are on, and on when they are off.
     void breakToggled();
 

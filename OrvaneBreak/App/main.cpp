@@ -55,7 +55,7 @@ int main(int argc, char **argv)
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     AppDelegate delegate({engine, [] { return std::make_unique<NotifierTrayItem>(); }});
-    const UnixSignals signalHandling(&QCoreApplication::quit);
+    const UnixSignals signalHandling([&delegate] { delegate.terminate(); });
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);

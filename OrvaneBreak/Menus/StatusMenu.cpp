@@ -2,7 +2,6 @@
 #include "App/AppDelegate.h"
 #include "Engine/BreakEngine.h"
 
-#include <QCoreApplication>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +29,6 @@ std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()
     // Always selectable: the engine accepts a postponement while reminders are off, and does nothing then.
     addEntry(*menu, u"postpone"_s, u"Reporter de 10 minutes"_s, this, &AppDelegate::postponePressed);
     menu->addSeparator()->setObjectName(u"separatorBeforeQuit"_s);
-    addEntry(*menu, u"quit"_s, u"Quitter OrvaneBreak"_s, qApp, &QCoreApplication::quit);
+    addEntry(*menu, u"quit"_s, u"Quitter OrvaneBreak"_s, this, &AppDelegate::terminate);
     return menu;
 }

@@ -33,8 +33,11 @@ QAction *MenuMirror::mirrored(const QAction &entry, const QList<QAction *> &prev
         return action->objectName() == entry.objectName();
     });
     QAction *action = found == previous.end() ? newMirror(entry) : *found;
-    action->setText(entry.text());
-    action->setIcon(entry.icon());
+    // Most of the time nothing has changed since the last menu, and then no tray host needs to be woken.
+    if (action->text() != entry.text())
+        action->setText(entry.text());
+    if (action->icon().cacheKey() != entry.icon().cacheKey())
+        action->setIcon(entry.icon());
     action->setEnabled(entry.isEnabled());
     action->setVisible(entry.isVisible());
     return action;

@@ -42,7 +42,12 @@ NotifierTrayItem::~NotifierTrayItem() = default;
 
 void NotifierTrayItem::setSymbol(const QString &symbol, const std::optional<QColor> &tint)
 {
-    m_icon = Symbols::icon(symbol, tint.value_or(untinted));
+    const QColor color = tint.value_or(untinted);
+    if (symbol == m_symbol && color == m_color)
+        return;
+    m_symbol = symbol;
+    m_color = color;
+    m_icon = Symbols::icon(symbol, color);
     if (m_trayIcon)
         m_trayIcon->setIcon(m_icon);
 }

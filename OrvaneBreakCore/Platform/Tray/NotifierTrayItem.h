@@ -32,6 +32,8 @@ private:
     void hostAnswered(const QDBusPendingCallWatcher &call);
     void showIcon();
 
+    QString m_symbol;
+    QColor m_color;
     QIcon m_icon;
     MenuMirror m_menu;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
