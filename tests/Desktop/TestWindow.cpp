@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// "Another program": a window of one colour with a text field. Prints a line for every key press and click
+// that reaches it, and where it is when it is painted. Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT
+// [full-screen] [take-focus]
+#include "XcbReply.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+struct Description
+{
+    std::string title;
+    std::uint32_t colour = 0;
+    PixelRectangle place;
+    bool isFullScreen = false;
+    bool takesFocus = false;
+};
+
+constexpr PixelRectangle textField{20, 20, 180, 28};
+
+xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name)
+{
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+        connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+class TestWindow
+{
+public:
+    TestWindow(xcb_connection_t *connection, const Description &description)
+        : m_connection(connection)
+        , m_window(xcb_generate_id(connection))
+        , m_paint(xcb_generate_id(connection))
+        , m_takesFocus(description.takesFocus)
+    {
+        create(description);
+        setProperties(description);
+        xcb_map_window(m_connection, m_window);
+        xcb_flush(m_connection);
+    }
+
+    /// Handles events until the connection ends.
+    void run()
+    {
+        while (const XcbReply<xcb_generic_event_t> event{xcb_wait_for_event(m_connection)}) {
+            handle(*event);
+            std::fflush(stdout);
+            xcb_flush(m_connection);
+        }
+    }
+
+private:
+    void create(const Description &description)
+    {
+        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+        const std::uint32_t values[] = {description.colour,
+                                        XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_EXPOSURE |
+                                            XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_FOCUS_CHANGE |
+                                            XCB_EVENT_MASK_BUTTON_PRESS};
+        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, screen->root, description.place.x,
+                          description.place.y, description.place.width, description.place.height, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
+                          XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+        const xcb_font_t font = xcb_generate_id(m_connection);
+        constexpr std::string_view fontName = "fixed";
+        xcb_open_font(m_connection, font, static_cast<std::uint16_t>(fontName.size()), fontName.data());
+        const std::uint32_t paintValues[] = {screen->black_pixel, screen->white_pixel, font};
+        xcb_create_gc(m_connection, m_paint, m_window, XCB_GC_FOREGROUND | XCB_GC_BACKGROUND | XCB_GC_FONT,
+                      paintValues);
+        xcb_close_font(m_connection, font);
+    }
+
+    void setProperties(const Description &description)
+    {
+        constexpr std::string_view className("test-window\0test-window\0", 24);
+        setText(XCB_ATOM_WM_NAME, description.title);
+        setText(XCB_ATOM_WM_CLASS, className);
+        constexpr std::uint32_t userPositionAndSize = 3;
+        const std::uint32_t hints[18] = {userPositionAndSize, static_cast<std::uint32_t>(description.place.x),
+                                         static_cast<std::uint32_t>(description.place.y),
+                                         description.place.width, description.place.height};
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
+                            XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
+        if (description.isFullScreen) {
+            const xcb_atom_t fullScreen = atomNamed(m_connection, "_NET_WM_STATE_FULLSCREEN");
+            xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window,
+                                atomNamed(m_connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1, &fullScreen);
+        }
+    }
+
+    void setText(xcb_atom_t property, std::string_view text)
+    {
+        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, property, XCB_ATOM_STRING, 8,
+                            static_cast<std::uint32_t>(text.size()), text.data());
+    }
+
+    void handle(const xcb_generic_event_t &event)
+    {
+        switch (event.response_type & 0x7fU) {
+        case XCB_MAP_NOTIFY:
+            if (m_takesFocus)
+                xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, m_window, XCB_CURRENT_TIME);
+            std::printf("window %u\n", m_window);
+            break;
+        case XCB_EXPOSE:
+            printPlace();
+            paintField();
+            break;
+        case XCB_BUTTON_PRESS:
+            std::puts("click");
+            break;
+        case XCB_KEY_PRESS:
+            keyPressed(reinterpret_cast<const xcb_key_press_event_t &>(event).detail);
+            break;
+        default:
+            break;
+        }
+    }
+
+    void printPlace()
+    {
+        const XcbReply<xcb_translate_coordinates_reply_t> reply(xcb_translate_coordinates_reply(
+            m_connection,
+            xcb_translate_coordinates(m_connection, m_window,
+                                      xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root, 0, 0),
+            nullptr));
+        if (reply)
+            std::printf("at %d %d\n", reply->dst_x, reply->dst_y);
+    }
+
+    void keyPressed(xcb_keycode_t code)
+    {
+        const XcbReply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
+            m_connection, xcb_get_keyboard_mapping(m_connection, code, 1), nullptr));
+        if (!mapping || xcb_get_keyboard_mapping_keysyms_length(mapping.get()) == 0)
+            return;
+        const xcb_keysym_t symbol = *xcb_get_keyboard_mapping_keysyms(mapping.get());
+        std::printf("key %x\n", symbol);
+        if (symbol >= ' ' && symbol <= '~')
+            m_text += static_cast<char>(symbol);
+        paintField();
+    }
+
+    void paintField()
+    {
+        const std::uint32_t white = 0xffffff;
+        const std::uint32_t black = 0;
+        const xcb_rectangle_t field{textField.x, textField.y, textField.width, textField.height};
+        xcb_change_gc(m_connection, m_paint, XCB_GC_FOREGROUND, &white);
+        xcb_poly_fill_rectangle(m_connection, m_window, m_paint, 1, &field);
+        xcb_change_gc(m_connection, m_paint, XCB_GC_FOREGROUND, &black);
+        constexpr std::size_t maximumShown = 26;
+        const auto length = static_cast<std::uint8_t>(std::min(m_text.size(), maximumShown));
+        xcb_image_text_8(m_connection, length, m_window, m_paint, textField.x + 6, textField.y + 18,
+                         m_text.data());
+    }
+
+    xcb_connection_t *m_connection;
+    xcb_window_t m_window;
+    xcb_gcontext_t m_paint;
+    bool m_takesFocus;
+    std::string m_text;
+};
+
+Description parseArguments(const std::vector<std::string> &words)
+{
+    Description description;
+    description.title = words.at(0);
+    description.colour = static_cast<std::uint32_t>(std::stoul(words.at(1), nullptr, 16));
+    int x = 0;
+    int y = 0;
+    unsigned width = 0;
+    unsigned height = 0;
+    if (std::sscanf(words.at(2).c_str(), "%d,%d,%u,%u", &x, &y, &width, &height) != 4)
+        std::exit(2);
+    description.place = {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
+                         static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height)};
+    description.isFullScreen = std::find(words.begin(), words.end(), "full-screen") != words.end();
+    description.takesFocus = std::find(words.begin(), words.end(), "take-focus") != words.end();
+    return description;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc < 4) {
+        std::fputs("usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus]\n", stderr);
+        return 2;
+    }
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(connection) == 0)
+        TestWindow(connection, parseArguments({argv + 1, argv + argc})).run();
+    xcb_disconnect(connection);
+    return 0;
+}

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+/// Frees what the X library allocated with malloc.
+struct FreeReply
+{
+    void operator()(void *reply) const { std::free(reply); }
+};
+
+template <typename Reply>
+using XcbReply = std::unique_ptr<Reply, FreeReply>;
+
+/// A rectangle on the root window or inside a window, in pixels.
+struct PixelRectangle
+{
+    std::int16_t x = 0;
+    std::int16_t y = 0;
+    std::uint16_t width = 1;
+    std::uint16_t height = 1;
+};
+
+/// Nanoseconds of the monotonic clock, comparable between processes.
+[[nodiscard]] std::int64_t monotonicNanoseconds();
+
+/// The root window of the first screen.
+[[nodiscard]] xcb_window_t rootWindow(xcb_connection_t *connection);

@@ -1,0 +1,92 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Tries the program on virtual desktops and prints which promises it keeps on each. Status 0: all kept; 1: one is broken;
+77: none of the desktops can run here, and the reason is printed."""
+
+import argparse
+import pathlib
+import sys
+
+from driver.bed import CannotStart
+from driver.x11 import LARGE, X11Bed
+from driver.xorg_dummy import XorgDummyBed
+from scenario import ending_part, hotplug_part, keyboard_part, look_part, pace_part, service_part, tray_part
+from scenario.desk import Desk
+from scenario.promises import Report, table, write_json
+
+NOT_RUN = 77
+
+
+def managed(window_manager):
+    return lambda: X11Bed(window_manager, compositor=True, panel=True)
+
+
+BEDS = {"x11-openbox": managed("openbox"), "x11-xfwm4": managed("xfwm4"), "x11-i3": managed("i3"), "x11-bare": X11Bed,
+        "x11-hotplug": lambda: XorgDummyBed("openbox", compositor=True)}
+
+
+def everyday(desk, report):
+    """A day with the program on one desktop."""
+    report.run(tray_part.tray, desk, report)
+    for part in (look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints, pace_part.opening,
+                 ending_part.leaving):
+        desk.tidy_up(program_runs=True)
+        report.run(part, desk, report)
+    desk.tidy_up(program_runs=False)
+    report.run(service_part.preferences, desk, report)
+    desk.tray.stop()
+    desk.tray = None
+    for part in (ending_part.signals, service_part.absent_services, look_part.scales, ending_part.server_killed):
+        desk.tidy_up(program_runs=False)
+        report.run(part, desk, report)
+
+
+def measure(program, helpers, report):
+    """Measurements on two large screens."""
+    with X11Bed("openbox", compositor=True, panel=True, monitors=LARGE) as bed:
+        desk = Desk(bed, program, helpers)
+        desk.start_with_tray()
+        pace_part.latency(desk, report)
+
+
+def try_on(name, program, helpers, pictures):
+    """Runs the scenario on one desktop; returns the report. `pictures` is a folder, or None."""
+    report = Report(name)
+    with BEDS[name]() as bed:
+        desk = Desk(bed, program, helpers, pictures)
+        if name == "x11-hotplug":
+            report.run(hotplug_part.hotplug, desk, report)
+        else:
+            everyday(desk, report)
+    report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
+    if name == "x11-openbox":
+        report.run(measure, program, helpers, report)
+    return report
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--bed", choices=[*BEDS, "all"], default="all")
+    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of screen-probe and test-window")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON; pictures are put beside it")
+    arguments = parser.parse_args()
+    reports = []
+    for name in BEDS if arguments.bed == "all" else [arguments.bed]:
+        try:
+            reports.append(try_on(name, arguments.program.resolve(), arguments.helpers.resolve(),
+                                  arguments.results and arguments.results.parent))
+        except CannotStart as reason:
+            print(f"{name}: {reason}")
+            if not reason.is_by_design:
+                return 1
+    if not reports:
+        return NOT_RUN
+    print(table(reports))
+    if arguments.results:
+        write_json(reports, arguments.results)
+    return 1 if any(report.broken for report in reports) else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

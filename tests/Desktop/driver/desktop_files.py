@@ -1,0 +1,97 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Configuration files that let window managers and panels start without asking anything."""
+
+SESSION_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+
+OPENBOX = """<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <placement><policy>Smart</policy><monitor>Primary</monitor></placement>
+  <theme>
+    <name>{theme}</name><titleLayout>NLIMC</titleLayout>
+    <font place="ActiveWindow"><name>sans</name><size>10</size><weight>bold</weight></font>
+    <font place="InactiveWindow"><name>sans</name><size>10</size></font>
+  </theme>
+  <desktops><number>2</number><popupTime>0</popupTime></desktops>
+  <mouse>
+    <context name="Titlebar"><mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/>
+    </mousebind></context>
+    <context name="Client"><mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/>
+    </mousebind></context>
+  </mouse>
+</openbox_config>
+"""
+
+I3 = """font pango:DejaVu Sans 10
+workspace_layout default
+focus_follows_mouse no
+for_window [class="test-window"] floating enable
+workspace 1 output {first}
+workspace 3 output {second}
+"""
+
+_PANEL = """<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="dark-mode" type="bool" value="{dark}"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="{position}"/>
+      <property name="output-name" type="string" value="{output}"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="{size}"/>
+      <property name="icon-size" type="uint" value="{icon_size}"/>
+      <property name="background-style" type="uint" value="1"/>
+      <property name="background-rgba" type="array">
+        {background}
+      </property>
+      <property name="plugin-ids" type="array">
+        {identifiers}
+      </property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    {plugins}
+  </property>
+</channel>
+"""
+
+_SEPARATOR = ('<property name="plugin-{id}" type="string" value="separator"><property name="expand" type="bool" '
+              'value="{expand}"/><property name="style" type="uint" value="0"/></property>')
+_TASK_LIST = ('<property name="plugin-{id}" type="string" value="tasklist"><property name="grouping" type="uint" '
+              'value="0"/><property name="show-handle" type="bool" value="false"/></property>')
+_TRAY = ('<property name="plugin-{id}" type="string" value="systray"><property name="square-icons" type="bool" '
+         'value="true"/><property name="icon-size" type="int" value="{icon_size}"/></property>')
+_CLOCK = ('<property name="plugin-{id}" type="string" value="clock"><property name="digital-layout" type="uint" '
+          'value="3"/><property name="digital-time-font" type="string" value="DejaVu Sans 11"/>'
+          '<property name="digital-time-format" type="string" value="{clock_format}"/></property>')
+
+
+def panel_file(output, bottom=True, size=30, icon_size=18, background=(0.9, 0.9, 0.92, 1.0), dark=False, tray=False,
+               clock_format="%A"):
+    """A task bar along one edge of one monitor: open windows, on demand a tray, and a clock that shows the day only,
+    so that two pictures of the panel are the same."""
+    plugins = [_TASK_LIST, _SEPARATOR, _TRAY, _SEPARATOR, _CLOCK] if tray else [_TASK_LIST, _SEPARATOR, _CLOCK]
+    expand = iter(["true", "false"])
+    lines = [plugin.format(id=index, icon_size=icon_size, clock_format=clock_format,
+                           expand=next(expand) if plugin is _SEPARATOR else "")
+             for index, plugin in enumerate(plugins, 1)]
+    return _PANEL.format(
+        position="p=8;x=0;y=0" if bottom else "p=6;x=0;y=0", output=output, size=size, icon_size=icon_size,
+        dark=str(dark).lower(), plugins="\n    ".join(lines),
+        background="\n        ".join(f'<value type="double" value="{part}"/>' for part in background),
+        identifiers="\n        ".join(f'<value type="int" value="{index}"/>' for index in range(1, len(plugins) + 1)))

@@ -1,0 +1,104 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The two helper programs of the tests: looking at an X screen many times a second, and being another program."""
+
+import collections
+import json
+import os
+import pathlib
+import subprocess
+
+from .bed import CannotStart
+from .waiting import wait_until
+
+Change = collections.namedtuple("Change", "time area value")
+Damage = collections.namedtuple("Damage", "time window x y width height")
+
+
+class Watch:
+    """A running screen-probe; `results` waits for its end."""
+
+    def __init__(self, process, convert):
+        self._process = process
+        self._convert = convert
+        self._lines = []
+        for line in process.stdout:
+            if line == "ready\n":
+                break
+            self._lines.append(line)
+
+    def results(self):
+        self._lines += self._process.stdout.readlines()
+        return [self._convert(line.split()) for line in self._lines if line != "ready\n"]
+
+
+class Probe:
+    """Starts the helpers from the folder where they were built."""
+
+    def __init__(self, bed, folder):
+        self._bed = bed
+        self._folder = pathlib.Path(folder)
+        if not (self._folder / "screen-probe").exists():
+            raise CannotStart(f"no screen-probe in {folder}: install libxcb-damage0-dev, configure and build again")
+
+    def state(self):
+        """Focus, active window, client list, workspace, compositor and all windows of the X server."""
+        process = self._run("screen-probe", "state")
+        text = process.stdout.read()
+        self._bed.stop(process)
+        return json.loads(text)
+
+    def sample(self, areas, milliseconds, interval=3):
+        """Watches points (x, y) and areas (x, y, width, height); its results are `Change`s, times in nanoseconds. The
+        value is the colour as a tuple for a point and a hash for an area."""
+        def convert(words):
+            is_point = len(areas[int(words[1])]) == 2
+            value = tuple(bytes.fromhex(words[2])) if is_point else words[2]
+            return Change(int(words[0]), int(words[1]), value)
+        places = [",".join(str(number) for number in area) for area in areas]
+        return Watch(self._run("screen-probe", "sample", milliseconds, interval, *places), convert)
+
+    def damage(self, windows, milliseconds):
+        """Watches what is painted into windows; its results are `Damage`s."""
+        return Watch(self._run("screen-probe", "damage", milliseconds, *windows),
+                     lambda words: Damage(*(int(word) for word in words)))
+
+    def window(self, title, colour, place, *options):
+        """Opens another program's window: place is x, y, width, height; options "full-screen" and "take-focus"."""
+        return TestWindow(self._bed, self._run("test-window", title, "%02x%02x%02x" % colour,
+                                               ",".join(str(number) for number in place), *options))
+
+    def _run(self, program, *arguments):
+        return self._bed.run([self._folder / program, *arguments], stdout=subprocess.PIPE, text=True)
+
+
+class TestWindow:
+    """Another program; remembers what it was told."""
+
+    def __init__(self, bed, process):
+        self._bed = bed
+        self._process = process
+        self._text = ""
+        os.set_blocking(process.stdout.fileno(), False)
+        wait_until(lambda: "window " in self.output(), "the window of another program")
+        self.identifier = int(self.output().split("window ", 1)[1].split("\n", 1)[0])
+
+    def output(self):
+        """Everything that it has printed so far."""
+        try:
+            self._text += os.read(self._process.stdout.fileno(), 65536).decode()
+        except BlockingIOError:
+            pass
+        return self._text
+
+    def place_to_click(self):
+        """A place on the picture in the upper left part of the window."""
+        left, top = [line.split()[1:] for line in self.output().split("\n") if line.startswith("at ")][-1]
+        return (int(left) + 60, int(top) + 60)
+
+    def keys(self):
+        """The key symbols that reached it, as hexadecimal numbers."""
+        return [line.split()[1] for line in self.output().split("\n") if line.startswith("key ")]
+
+    def close(self):
+        """Ends the other program; does nothing the second time."""
+        self._bed.stop(self._process)

@@ -1,0 +1,247 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Desktops on a virtual X server."""
+
+import glob
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+from PIL import Image, ImageGrab
+
+from . import desktop_files
+from .bed import Bed, CannotStart, NotPossibleHere, Output
+from .children import Children
+from .waiting import wait_until
+
+#: Two monitors of different size, and two for measurements.
+SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
+LARGE = (Output("LEFT", 0, 0, 1920, 1080), Output("RIGHT", 1920, 0, 1920, 1080))
+
+_PACKAGE_OF = {"Xvfb": "xvfb", "xrandr": "x11-xserver-utils", "xdotool": "xdotool", "xprop": "x11-utils",
+               "dbus-daemon": "dbus", "hsetroot": "hsetroot", "picom": "picom", "xfce4-panel": "xfce4-panel",
+               "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm"}
+_KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
+
+
+class X11Bed(Bed):
+    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom of
+    the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
+
+    wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80))
+
+    def __init__(self, window_manager=None, compositor=False, panel=False, monitors=SMALL, wallpaper=None,
+                 panel_options=None, theme="Clearlooks"):
+        self.name = "x11-" + (window_manager or "bare")
+        self.window_manager = window_manager
+        self.compositor = compositor
+        self.panel = panel
+        self.server = None
+        self.panel_process = None
+        self.wallpaper = None
+        self._monitors = list(monitors)
+        self._wallpaper = wallpaper
+        self._panel_options = panel_options or {}
+        self._theme = theme
+        self._children = Children()
+        self._home = None
+        self._display = None
+        self._bus_address = None
+
+    # -- coming and going
+
+    def start(self):
+        self._require_programs()
+        self._home = pathlib.Path(tempfile.mkdtemp(prefix="orvanebreak-bed-"))
+        for folder in ("config", "data", "cache", "state", "runtime"):
+            (self._home / folder).mkdir(mode=0o700)
+        self._start_server()
+        self._start_bus()
+        if self.panel or self.window_manager == "xfwm4":
+            self._start_settings()
+        if self.window_manager:
+            self._start_window_manager()
+        if self.compositor:
+            self.run(["picom", "--backend", "xrender", "--config", self._write("picom.conf", "")])
+            wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
+        self.show_wallpaper()
+        if self.panel:
+            self.panel_process = self.run(["xfce4-panel", "--disable-wm-check"])
+            wait_until(self._panel_is_up, "the panel", 20)
+
+    def end(self):
+        self._children.end_all()
+        if self._home:
+            shutil.rmtree(self._home, ignore_errors=True)
+
+    def leftovers(self):
+        """Processes of this bed that are running."""
+        return self._children.descendants()
+
+    @property
+    def home(self):
+        return self._home
+
+    # -- programs
+
+    def environment(self):
+        kept = {name: os.environ[name] for name in _KEPT_VARIABLES if name in os.environ}
+        home = self._home
+        return {**kept, "HOME": str(home), "XDG_CONFIG_HOME": f"{home}/config", "XDG_DATA_HOME": f"{home}/data",
+                "XDG_CACHE_HOME": f"{home}/cache", "XDG_STATE_HOME": f"{home}/state",
+                "XDG_RUNTIME_DIR": f"{home}/runtime", "DISPLAY": self._display or "",
+                "DBUS_SESSION_BUS_ADDRESS": self._bus_address or "", "LANG": "C.UTF-8", "TZ": "UTC",
+                "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "memory", "GIO_USE_VFS": "local"}
+
+    def run(self, arguments, environment=None, **options):
+        variables = self.environment()
+        variables.update(environment or {})
+        return self._children.start(arguments, {name: value for name, value in variables.items() if value is not None},
+                                    **options)
+
+    def stop(self, process):
+        self._children.end(process)
+
+    # -- what a person sees and does
+
+    def outputs(self):
+        return sorted(self._monitors, key=lambda output: output.x)
+
+    def picture(self):
+        return ImageGrab.grab(xdisplay=self._display)
+
+    def type(self, text):
+        self._call(["xdotool", "type", "--delay", "5", text])
+
+    def press(self, key):
+        self._call(["xdotool", "key", key])
+
+    def move_pointer(self, x, y):
+        self._call(["xdotool", "mousemove", str(round(x)), str(round(y))])
+
+    def click(self, x, y, button=1):
+        self._call(["xdotool", "mousemove", str(round(x)), str(round(y)), "click", str(button)])
+
+    def switch_workspace(self, index):
+        if self.window_manager is None:
+            raise NotPossibleHere("there are no workspaces without a window manager")
+        if self.window_manager == "i3":
+            socket = self._call(["i3", "--get-socketpath"]).strip()
+            self._call(["i3-msg", "-s", socket, "workspace", str(index + 1)])
+        else:
+            self._call(["xdotool", "set_desktop", str(index)])
+
+    def show_wallpaper(self, is_visible=True):
+        """Paints the wallpaper anew, as after a change of monitors; waits until it is seen where it is visible."""
+        path = self._wallpaper or self._home / "wallpaper.png"
+        if not self._wallpaper:
+            size = (max(output.box[2] for output in self._monitors), max(output.box[3] for output in self._monitors))
+            image = Image.new("RGB", size)
+            for output, colour in zip(self.outputs(), self.wallpaper_colours):
+                image.paste(colour, output.box)
+            image.save(path, compress_level=1)
+        self.wallpaper = Image.open(path).convert("RGB")
+        self._call(["hsetroot", "-root", "-full", str(path)])
+        if is_visible:
+            wait_until(lambda: self.picture().getpixel((5, 5)) == self.wallpaper.getpixel((5, 5)), "the wallpaper")
+
+    # -- parts of the start
+
+    def _required_programs(self):
+        programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot"]
+        programs += [self.window_manager] if self.window_manager else []
+        programs += ["picom"] if self.compositor else []
+        return programs + (["xfce4-panel"] if self.panel else [])
+
+    def _require_programs(self):
+        missing = [program for program in self._required_programs() if not shutil.which(program)]
+        if missing:
+            packages = " ".join(_PACKAGE_OF.get(program, program) for program in missing)
+            raise CannotStart(f"not installed: {' '.join(missing)} (Debian packages: {packages})")
+
+    def _start_server(self):
+        width = max(output.box[2] for output in self._monitors)
+        height = max(output.box[3] for output in self._monitors)
+        self._run_server(["Xvfb", "-screen", "0", f"{width}x{height}x24", "-dpi", "96", "-noreset", "-nolisten", "tcp",
+                          "-ac"])
+        for index, output in enumerate(self._monitors):
+            millimetres = (round(output.width * 25.4 / 96), round(output.height * 25.4 / 96))
+            self._call(["xrandr", "--setmonitor", output.name,
+                        f"{output.width}/{millimetres[0]}x{output.height}/{millimetres[1]}+{output.x}+{output.y}",
+                        "screen" if index == 0 else "none"])
+
+    def _run_server(self, arguments):
+        """Starts the X server on a free display; CannotStart with its last lines when it does not come up."""
+        reading, writing = os.pipe()
+        log = self._home / "server.log"
+        with open(log, "wb") as output:
+            self.server = self.run([*arguments, "-displayfd", writing], {"DISPLAY": None}, pass_fds=[writing],
+                                   stdout=output, stderr=output)
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise CannotStart(f"{arguments[0]} did not start: " + " | ".join(log.read_text("utf-8", "replace")
+                                                                              .split("\n")[-12:]))
+        self._display = ":" + number
+
+    def _start_bus(self):
+        address = f"unix:path={self._home}/runtime/session-bus"
+        config = self._write("session-bus.conf", desktop_files.SESSION_BUS.format(socket=address.split("=")[1]))
+        reading, writing = os.pipe()
+        self.run(["dbus-daemon", f"--config-file={config}", "--nofork", f"--print-address={writing}"],
+                 pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            if not answer.readline():
+                raise CannotStart("dbus-daemon did not start")
+        self._bus_address = address
+
+    def _start_settings(self):
+        programs = glob.glob("/usr/lib/*/xfce4/xfconf/xfconfd") + glob.glob("/usr/lib*/xfce4/xfconf/xfconfd")
+        if not programs:
+            raise CannotStart("not installed: xfconfd (Debian package: xfconf)")
+        if self.panel:
+            options = {"output": "Primary", **self._panel_options}
+            self._write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
+        self.run([programs[0]])
+
+        def answers():
+            return "org.xfce.Xfconf" in self._call(
+                ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                 "org.freedesktop.DBus.ListNames"])
+        wait_until(answers, "the settings service")
+
+    def _start_window_manager(self):
+        if self.window_manager == "openbox":
+            config = self._write("openbox.xml", desktop_files.OPENBOX.format(theme=self._theme))
+            self.run(["openbox", "--sm-disable", "--config-file", config])
+        elif self.window_manager == "xfwm4":
+            self.run(["xfwm4", "--compositor=off"])
+        else:
+            first, second = self._monitors[0].name, self._monitors[-1].name
+            self.run(["i3", "-c", self._write("i3.conf", desktop_files.I3.format(first=first, second=second))])
+        wait_until(lambda: "window id" in self._call(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
+                   "the window manager")
+
+    def _panel_is_up(self):
+        first = self._monitors[0]
+        bottom = self._panel_options.get("bottom", True)
+        place = (first.x + first.width // 2, first.box[3] - 5 if bottom else first.y + 5)
+        background = self._panel_options.get("background", (0.9, 0.9, 0.92, 1.0))
+        wanted = [round(part * 255) for part in background[:3]]
+        seen = self.picture().getpixel(place)
+        return background[3] < 1 or all(abs(a - b) <= 3 for a, b in zip(seen, wanted))
+
+    def _write(self, name, text):
+        path = self._home / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, "utf-8")
+        return path
+
+    def _call(self, arguments):
+        """Runs a short command on the desktop; returns what it printed, also when it failed."""
+        done = subprocess.run(arguments, env=self.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True, timeout=20, check=False)
+        return done.stdout

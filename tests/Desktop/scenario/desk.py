@@ -1,0 +1,146 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""One bed with the program on it, and what the parts of the scenario have in common."""
+
+from driver.probe import Probe
+from driver.tray import Tray
+from driver.waiting import wait_until
+
+from . import layout
+
+BREAK_NOW = "Faire une pause maintenant"
+SWITCH_ON = "Protéger mes yeux"
+SWITCH_OFF = "Arrêter les rappels"
+POSTPONE = "Reporter de 10 minutes"
+QUIT = "Quitter OrvaneBreak"
+
+#: A place where the pointer is over nothing that changes when it is pointed at.
+_RESTING_PLACE = (1200, 40)
+
+
+class Desk:
+    """The program's executable and helpers on a started bed."""
+
+    def __init__(self, bed, program, helpers, pictures=None):
+        self.bed = bed
+        self._pictures = pictures
+        self.probe = Probe(bed, helpers)
+        self.process = None
+        self.tray = None
+        self._program = program
+        self._runs = 0
+        self._windows = []
+
+    # -- the program
+
+    def start_program(self, environment=None):
+        """Starts the program; what it says on standard error is kept."""
+        self._runs += 1
+        self._error_file = self.bed.home / f"stderr-{self._runs}"
+        with open(self._error_file, "wb") as errors:
+            self.process = self.bed.run([self._program], environment, stderr=errors)
+
+    def start_with_tray(self):
+        """Starts the program beside a running tray, and waits for its icon."""
+        self.tray = self.tray or Tray(self.bed)
+        self.start_program()
+        wait_until(self.tray.items, "the icon in the tray")
+
+    def start_in_break(self, environment=None, scale=1.0):
+        """Starts the program with a break at launch, and waits for its picture."""
+        self.start_program({"ORVANE_DEBUG_BREAK": "1", **(environment or {})})
+        self.wait_for_break(scale)
+
+    def stop_program(self):
+        self.bed.stop(self.process)
+        wait_until(lambda: not self.overlays(), "no break window after the end of the program")
+
+    def said(self):
+        """The lines of the present run on standard error."""
+        return self._error_file.read_text("utf-8", "replace").splitlines()
+
+    def tidy_up(self, program_runs):
+        """Undoes what a part of the scenario left behind, so that its trouble is not the next one's: other programs'
+        windows, a break, and a program that runs or does not run."""
+        for window in self._windows:
+            window.close()
+        self._windows.clear()
+        if self.process and self.process.poll() is not None:
+            self.bed.stop(self.process)
+            self.process = None
+        if self.process and not program_runs:
+            self.stop_program()
+            self.process = None
+        if program_runs and not self.process:
+            self.start_with_tray()
+        if self.process and self.overlays():
+            self.stop_program()
+            self.start_with_tray()
+
+    # -- a break
+
+    def overlays(self, state=None):
+        """The program's windows that are on the screen, from bottom to top."""
+        return [window for window in (state or self.probe.state())["windows"]
+                if window["processId"] == self.process.pid and window["viewable"]]
+
+    def begin_break(self):
+        """Begins a break from the tray's menu and waits for its picture; returns the moment of the click."""
+        moment = self.tray.click(BREAK_NOW)
+        self.wait_for_break()
+        return moment
+
+    def wait_for_break(self, scale=1.0):
+        outputs = self.bed.outputs()
+        wait_until(lambda: len(self.overlays()) == len(outputs), "a break window on every screen")
+        wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
+
+    def wait_for_end(self, timeout=3):
+        wait_until(lambda: not self.overlays(), "the end of the break", timeout)
+
+    def end_break(self):
+        self.bed.press("Escape")
+        self.wait_for_end()
+
+    def parts(self, scale=1.0):
+        """For every output where its parts are; None where they are not complete."""
+        picture = self.bed.picture()
+        return [layout.find_parts(picture, output, scale) for output in self.bed.outputs()]
+
+    def settled_picture(self):
+        """The picture of a desktop that has finished drawing: it has been the same for a while."""
+        known = []
+
+        def is_settled():
+            known.append(self.bed.picture())
+            return len(known) > 5 and len({picture.tobytes() for picture in known[-6:]}) == 1
+        wait_until(is_settled, "a picture that stays", interval=0.03)
+        return known[-1]
+
+    def keep_picture(self, name):
+        """Saves what the monitors show for people to look at, where a folder for pictures was given."""
+        if self._pictures:
+            self._pictures.mkdir(parents=True, exist_ok=True)
+            self.bed.picture().save(self._pictures / f"{self.bed.name}-{name}.png", compress_level=1)
+
+    def rest_pointer(self):
+        self.bed.move_pointer(*_RESTING_PLACE)
+
+    def dimmed(self, colour):
+        """What a colour looks like under a break."""
+        return tuple(round(part * 0.25) for part in colour) if self.bed.compositor else (0, 0, 0)
+
+    def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
+        """Another program's window with the keyboard."""
+        # Window managers date their focus requests by the last input that they saw; a person has just clicked somewhere.
+        self.bed.click(*_RESTING_PLACE)
+        if self.bed.window_manager is None:
+            options += ("take-focus",)
+        window = self.probe.window(title, colour, place, *options)
+        self._windows.append(window)
+        wait_until(lambda: self.probe.state()["focus"] == window.identifier, f"the focus in the window {title}")
+        return window
+
+
+def near(first, second, tolerance=2):
+    """True when two colours differ by at most `tolerance` in every part."""
+    return all(abs(a - b) <= tolerance for a, b in zip(first, second))

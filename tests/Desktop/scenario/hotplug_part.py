@@ -1,0 +1,89 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+from driver.waiting import comes_true, stays_true, wait_until
+
+from . import layout
+from .desk import near
+
+
+def hotplug(desk, report):
+    """Monitors that come and go."""
+    desk.start_with_tray()
+    _unplug_in_break(desk, report)
+    _plug_in_break(desk, report)
+    _unplug_first_in_break(desk, report)
+    report.promise("silent on standard error while monitors come and go", not desk.said(), desk.said())
+    desk.stop_program()
+    report.promise("ends by itself after all that", desk.process.returncode == 0, desk.process.returncode)
+
+
+def _is_covered(desk, output):
+    """True when an output shows a whole break screen, darkened once."""
+    picture = desk.bed.picture()
+    places = [(output.x + 5, output.y + 5), (output.box[2] - 6, output.y + 5), (output.x + 5, output.box[3] - 6),
+              (output.box[2] - 6, output.box[3] - 6)]
+    return all(near(picture.getpixel(place), desk.dimmed(desk.bed.wallpaper.getpixel(place))) for place in places) \
+        and layout.find_parts(picture, output) is not None
+
+
+
+def _break_covers(desk, report, text):
+    """Begins a break on the present monitors and ends it."""
+    desk.bed.show_wallpaper()
+    desk.begin_break()
+    report.promise(text, all(_is_covered(desk, output) for output in desk.bed.outputs())
+                   and len(desk.overlays()) == len(desk.bed.outputs()), desk.overlays())
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    if desk.overlays():
+        desk.tidy_up(program_runs=True)
+
+
+def _unplug_in_break(desk, report):
+    desk.begin_break()
+    desk.bed.unplug("DUMMY1")
+    left = desk.bed.outputs()[0]
+    report.promise("the break goes on where a monitor stays when another is unplugged",
+                   comes_true(lambda: _is_covered(desk, left), 2)
+                   and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    desk.tidy_up(program_runs=True)
+    _break_covers(desk, report, "the next break covers the one monitor that is left")
+
+
+def _plug_in_break(desk, report):
+    desk.begin_break()
+    desk.bed.plug("DUMMY1")
+    desk.bed.show_wallpaper(is_visible=False)
+    first, new = desk.bed.outputs()
+    report.promise("the break goes on when a monitor is plugged in",
+                   stays_true(lambda: layout.find_parts(desk.bed.picture(), first), 0.5)
+                   and desk.process.poll() is None)
+    report.promise("a monitor that is plugged in during a break stays free",
+                   len(desk.overlays()) == 1 and layout.find_parts(desk.bed.picture(), new) is None, desk.overlays())
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    desk.tidy_up(program_runs=True)
+    _break_covers(desk, report, "the next break covers the monitor that came")
+
+
+def _unplug_first_in_break(desk, report):
+    desk.begin_break()
+    desk.bed.unplug("DUMMY0")
+    desk.bed.show_wallpaper(is_visible=False)
+    left = desk.bed.outputs()[0]
+    report.promise("the break goes on when the first monitor is unplugged",
+                   comes_true(lambda: _is_covered(desk, left), 2)
+                   and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    desk.tidy_up(program_runs=True)
+    desk.bed.plug("DUMMY0")
+    wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")
+    _break_covers(desk, report, "the next break covers all monitors again")
+
+
+def _describe(desk, output):
+    picture, place = desk.bed.picture(), (output.x + 5, output.y + 5)
+    windows = [tuple(window[key] for key in ("x", "y", "width", "height")) for window in desk.overlays()]
+    return f"corner {desk.bed.wallpaper.getpixel(place)} became {picture.getpixel(place)}, break windows {windows}"

@@ -1,0 +1,80 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import time
+
+from driver.waiting import comes_true, wait_until
+
+from . import layout
+from .desk import BREAK_NOW, near
+
+_MEASURED_SECONDS = 2
+_MEASUREMENTS = 5
+_WATCHED_MILLISECONDS = 1000
+_OPENING_LIMIT = 100
+
+
+def repaints(desk, report):
+    """What is repainted during a break, and how often."""
+    desk.begin_break()
+    rings = {window["id"]: window for window in desk.overlays()}
+    # The first second has the late repaints of the opening in it.
+    damages = desk.probe.damage(list(rings), 1000 * (_MEASURED_SECONDS + 1)).results()
+    desk.end_break()
+    start = damages[0].time + 10**9 if damages else 0
+    damages = [damage for damage in damages if start <= damage.time < start + _MEASURED_SECONDS * 10**9]
+    rates = [len({damage.time // 20_000_000 for damage in damages if damage.window == window}) / _MEASURED_SECONDS
+             for window in rings]
+    report.promise("the ring is repainted ten times a second", all(9 <= rate <= 11 for rate in rates), rates)
+    sizes = sorted({(damage.width, damage.height) for damage in damages})
+    report.promise("nothing but the ring is repainted", bool(sizes) and
+                   all(width <= layout.RING_SIZE and height <= layout.RING_SIZE for width, height in sizes), sizes)
+
+
+def opening(desk, report):
+    """How the break opens and closes."""
+    points, picture = _background_points(desk), desk.settled_picture()
+    _, changes = _open_and_close(desk, points)
+    wrong = []
+    for index, point in enumerate(points):
+        seen = [change.value for change in changes if change.area == index]
+        light = picture.getpixel(point)
+        if len(seen) != 3 or not (near(seen[0], light, 0) and near(seen[1], desk.dimmed(light))
+                                  and near(seen[2], light, 0)):
+            wrong.append((point, seen))
+    report.promise("opens and closes in one step, without a flash", not wrong, wrong[:3])
+
+
+def latency(desk, report):
+    """How long the picture takes, from the click in the menu."""
+    desk.begin_break()
+    texts = [(box.left, box.top, *box.size) for boxes in desk.parts() for name, box in boxes.items() if name != "ring"]
+    desk.end_break()
+    areas = _background_points(desk) + texts
+    figures = []
+    for _ in range(_MEASUREMENTS):
+        moment, changes = _open_and_close(desk, areas)
+        first = [min((change.time for change in changes if change.area == index and change.time > moment),
+                     default=float("inf")) for index in range(len(areas))]
+        figures.append((max(first) - moment) / 1e6)
+    # A busy machine makes single openings slow; a slow program makes all of them slow.
+    report.promise(f"picture complete within {_OPENING_LIMIT} ms on two screens of 1920x1080",
+                   min(figures) <= _OPENING_LIMIT, f"{min(figures):.0f} ms")
+    report.figures["milliseconds until the picture is complete"] = [round(figure) for figure in figures]
+
+
+def _background_points(desk):
+    """Places on each screen that are away from the texts: its edges, and beside them."""
+    return [(output.x + round(output.width * x), output.y + round(output.height * y)) for output in desk.bed.outputs()
+            for x, y in ((0.05, 0.04), (0.5, 0.04), (0.95, 0.04), (0.05, 0.97), (0.5, 0.97), (0.95, 0.97), (0.15, 0.5))]
+
+
+def _open_and_close(desk, areas):
+    """Watches the areas while a break comes and goes; returns the moment of the click and the changes."""
+    desk.rest_pointer()
+    watch = desk.probe.sample(areas, _WATCHED_MILLISECONDS, 2)
+    moment = desk.tray.click(BREAK_NOW)
+    wait_until(desk.overlays, "the break windows")
+    comes_true(lambda: time.monotonic_ns() - moment > _WATCHED_MILLISECONDS * 1e6 / 2, 2)
+    desk.bed.press("Escape")
+    changes = watch.results()
+    desk.wait_for_end()
+    return moment, changes

@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Collects what was kept and what was broken."""
+
+import json
+import time
+import traceback
+
+KEPT, BROKEN, NOT_POSSIBLE = "yes", "no", "not possible there"
+
+
+class Report:
+    """The promises of one desktop, in the order in which they were looked at."""
+
+    def __init__(self, desktop):
+        self.desktop = desktop
+        self.results = {}
+        self.figures = {}
+
+    def promise(self, text, kept, detail=""):
+        """Notes a promise; looked at several times, it counts as broken when it was broken once."""
+        if self.results.get(text, {}).get("result") != BROKEN:
+            self.results[text] = {"result": KEPT if kept else BROKEN, "detail": str(detail)}
+        return kept
+
+    def not_possible(self, text, reason):
+        self.results.setdefault(text, {"result": NOT_POSSIBLE, "detail": str(reason)})
+
+    def run(self, part, *arguments):
+        """Runs one part of a scenario. Trouble in it is a broken promise, and the next part gets its turn."""
+        title = part.__doc__.split("\n")[0].rstrip(".")
+        began = time.monotonic()
+        try:
+            part(*arguments)
+        except Exception as problem:  # noqa: BLE001 - whatever it is, it belongs in the report
+            line = traceback.extract_tb(problem.__traceback__)[-1]
+            where = traceback.extract_tb(problem.__traceback__)[1:2] or [line]
+            self.promise(f"no trouble with: {title}", False,
+                         f"{type(problem).__name__}: {problem} ({where[0].name}, line {where[0].lineno})")
+        print(f"{self.desktop}: {title}: {time.monotonic() - began:.1f} s", flush=True)
+
+    @property
+    def broken(self):
+        return [text for text, entry in self.results.items() if entry["result"] == BROKEN]
+
+
+def table(reports):
+    """One line for each promise, one column for each desktop, and below it the details of what is broken."""
+    texts = []
+    for report in reports:
+        texts += [text for text in report.results if text not in texts]
+    width = max(map(len, texts), default=0)
+    lines = [" " * width + "".join(f"  {report.desktop:>12}" for report in reports)]
+    for text in texts:
+        cells = [report.results.get(text, {"result": ""})["result"] for report in reports]
+        short = {NOT_POSSIBLE: "-", BROKEN: "NO"}
+        lines.append(text.ljust(width) + "".join(f"  {short.get(cell, cell):>12}" for cell in cells))
+    for report in reports:
+        lines += [f"{report.desktop}: {text}: {figure}" for text, figure in report.figures.items()]
+        for text in report.broken:
+            lines.append(f"BROKEN on {report.desktop}: {text}: {report.results[text]['detail']}")
+    return "\n".join(lines)
+
+
+def write_json(reports, path):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(json.dumps({report.desktop: {"promises": report.results, "figures": report.figures} for report in reports}, indent=1, ensure_ascii=False)
+                    + "\n", "utf-8")

@@ -1,0 +1,58 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import json
+
+from driver.waiting import comes_true
+
+from .desk import SWITCH_OFF, SWITCH_ON
+
+
+def absent_services(desk, report):
+    """Services that are not there."""
+    empty = desk.bed.home / "no-bus"
+    empty.mkdir(mode=0o700)
+    without_bus = {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)}
+    _break_works(desk, report, "without D-Bus", without_bus)
+    _break_works(desk, report, "without a tray", {})
+    _break_works(desk, report, "with a folder for its preferences that nobody can write to",
+                 {"XDG_CONFIG_HOME": "/sys/kernel"})
+    _break_works(desk, report, "with a file in place of its preferences folder", {"XDG_CONFIG_HOME": "/dev/null"})
+    _no_display(desk, report)
+
+
+def _break_works(desk, report, where, environment):
+    text = f"starts and shows a break {where}"
+    desk.start_in_break(environment)
+    desk.bed.press("Escape")
+    report.promise(text, comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
+    report.promise(f"says at most one line {where}", len(desk.said()) <= 1, desk.said())
+    desk.stop_program()
+
+
+def _no_display(desk, report):
+    for where, environment in (("without a display", {"DISPLAY": None}),
+                               ("with a display that does not answer", {"DISPLAY": ":9876"})):
+        desk.start_program(environment)
+        ended = comes_true(lambda: desk.process.poll() is not None, 5)
+        report.promise(f"one line and a status {where}", ended and desk.process.returncode > 0
+                       and len(desk.said()) == 1, (desk.process.returncode, desk.said()))
+        desk.bed.stop(desk.process)
+
+
+def preferences(desk, report):
+    """Preferences in a folder that does not exist yet."""
+    folder = desk.bed.home / "fresh" / "config"
+    desk.start_program({"XDG_CONFIG_HOME": str(folder)})
+    comes_true(desk.tray.items, 5)
+    desk.tray.click(SWITCH_ON)
+    report.promise("reminders go on with a preferences folder that does not exist yet",
+                   comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
+    desk.stop_program()
+
+    folder = folder / "OrvaneBreak"
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "preferences.json").write_text(json.dumps({"OBPauseSeconds": 60}))
+    desk.start_in_break({"XDG_CONFIG_HOME": str(folder.parent)})
+    wide = desk.parts()[0]["ring"]
+    report.promise("a break of 60 s shows the same layout", abs(wide.size[0] - 140) <= 2, wide)
+    desk.end_break()
+    desk.stop_program()
