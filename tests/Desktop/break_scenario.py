@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Tries the program on virtual desktops and prints which promises it keeps on each. Status 0: all kept; 1: one is broken;
-77: none of the desktops can run here, and the reason is printed."""
+"""Tries the program on virtual desktops and prints which promises it keeps on each. Status 0: all kept; 1: one is
+broken; 77: none of the desktops can run here, and the reason is printed."""
 
 import argparse
 import pathlib
+import signal
 import sys
 
 from driver.bed import CannotStart
@@ -68,9 +69,10 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--bed", choices=[*BEDS, "all"], default="all")
     parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of screen-probe and test-window")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
     parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON; pictures are put beside it")
     arguments = parser.parse_args()
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     reports = []
     for name in BEDS if arguments.bed == "all" else [arguments.bed]:
         try:

@@ -10,8 +10,8 @@ class NotPossibleHere(Exception):
 
 
 class CannotStart(Exception):
-    """The desktop cannot run on this machine; the text says why. By design: the machine is as it should be, and lacks for
-    example the rights; otherwise something is missing that should be there."""
+    """The desktop cannot run on this machine; the text says why. By design: the machine is as it should be, and lacks
+    for example the rights; otherwise something is missing that should be there."""
 
     def __init__(self, text, is_by_design=False):
         super().__init__(text)

@@ -26,8 +26,8 @@ _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSA
 
 
 class X11Bed(Bed):
-    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom of
-    the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
+    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom
+    of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
 
     wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80))
 

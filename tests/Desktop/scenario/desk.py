@@ -131,7 +131,7 @@ class Desk:
 
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
         """Another program's window with the keyboard."""
-        # Window managers date their focus requests by the last input that they saw; a person has just clicked somewhere.
+        # Window managers date their focus requests by the last input that they saw: a person has clicked somewhere.
         self.bed.click(*_RESTING_PLACE)
         if self.bed.window_manager is None:
             options += ("take-focus",)

@@ -72,9 +72,10 @@ def _unplug_first_in_break(desk, report):
     desk.bed.unplug("DUMMY0")
     desk.bed.show_wallpaper(is_visible=False)
     left = desk.bed.outputs()[0]
+    # The server moves the monitor that is left; the panels keep the places that they had when the break began.
     report.promise("the break goes on when the first monitor is unplugged",
-                   comes_true(lambda: _is_covered(desk, left), 2)
-                   and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
+                   stays_true(lambda: layout.find_parts(desk.bed.picture(), left), 1) and desk.process.poll() is None,
+                   _describe(desk, left))
     desk.bed.press("Escape")
     report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
     desk.tidy_up(program_runs=True)

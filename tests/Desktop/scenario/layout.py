@@ -70,8 +70,8 @@ def _bands(rows, gap):
 
 
 def expected_ring_offset():
-    """How far below the middle of the monitor the middle of the ring lies, in unscaled pixels: the column is centred as a
-    whole, and more text stands above the ring than below it."""
+    """How far below the middle of the monitor the middle of the ring lies, in unscaled pixels: the column is centred as
+    a whole, and more text stands above the ring than below it."""
     design = _font("title", 1000).getmetrics()
     heights = {part: sum(round(size * height / 1000) for height in design) for part, size in _FONT_SIZES.items()}
     above = heights["title"] + _GAPS["title"] + heights["subtitle"] + _GAPS["subtitle"]

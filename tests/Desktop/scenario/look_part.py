@@ -76,8 +76,8 @@ def _panel_box(desk):
 
 
 def _compare_panel(desk, report, before, during):
-    """Its task list shows another active window during the break, so it is no darkened copy of itself; but nothing of it
-    is brighter than darkened white."""
+    """Its task list shows another active window during the break, so it is no darkened copy of itself; but nothing of
+    it is brighter than darkened white."""
     if not desk.bed.panel:
         report.not_possible("covers the panel", "there is no panel")
         return

@@ -63,5 +63,5 @@ def table(reports):
 
 def write_json(reports, path):
     path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_text(json.dumps({report.desktop: {"promises": report.results, "figures": report.figures} for report in reports}, indent=1, ensure_ascii=False)
-                    + "\n", "utf-8")
+    content = {report.desktop: {"promises": report.results, "figures": report.figures} for report in reports}
+    path.write_text(json.dumps(content, indent=1, ensure_ascii=False) + "\n", "utf-8")
