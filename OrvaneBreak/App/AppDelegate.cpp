@@ -45,7 +45,8 @@ void AppDelegate::applicationWillTerminate()
 
 void AppDelegate::terminate()
 {
-    // The toolkit's own way to quit closes every window first, the break's as well, before the keyboard has been given back.
+    // The toolkit's own way to quit closes every window first, the break's as well, before the keyboard has
+    // been given back.
     m_engine.stop();
     QCoreApplication::exit();
 }

@@ -40,8 +40,8 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Symbols::applicationIcon());
-    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as many would,
-    // and wakes up less.
+    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as
+    // many would, and wakes up less.
     QThreadPool::globalInstance()->setMaxThreadCount(1);
     const Bundle bundle = Bundle::main();
 
@@ -59,5 +59,6 @@ int main(int argc, char **argv)
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
+    QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
     return QApplication::exec();
 }

@@ -5,6 +5,7 @@
 #include "Overlay/RingView.h"
 #include "Platform/OverlaySurface.h"
 
+#include <QPixmap>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
@@ -22,6 +23,13 @@ BreakOverlayController::BreakOverlayController(OverlaySurface &surface, Screens 
 BreakOverlayController::~BreakOverlayController()
 {
     hide();
+}
+
+void BreakOverlayController::warmUp()
+{
+    BreakOverlayPanel panel(20);
+    panel.adjustSize();
+    panel.grab();
 }
 
 void BreakOverlayController::show(int pauseSeconds)

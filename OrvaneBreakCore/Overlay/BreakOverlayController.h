@@ -29,6 +29,10 @@ public:
     BreakOverlayController(OverlaySurface &surface, Screens screens);
     ~BreakOverlayController() override;
 
+    /// Draws a break that nobody sees, so that fonts and glyphs are loaded before the first one. Call when
+    /// the program has nothing better to do; does nothing else.
+    static void warmUp();
+
     /// One panel per screen, the first with the keyboard. Without screens nothing is shown.
     void show(int pauseSeconds) override;
 

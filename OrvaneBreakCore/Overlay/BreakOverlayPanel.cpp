@@ -38,8 +38,8 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
-    // No task bar shows this window; without an icon of its own, all sizes of the application's would be sent to the display
-    // server for every panel while the user waits for the picture.
+    // No task bar shows this window; without an icon of its own, all sizes of the application's would be sent
+    // to the display server for every panel while the user waits for the picture.
     setWindowIcon(QPixmap(1, 1));
 
     m_ring->setFixedSize(ringSize, ringSize);

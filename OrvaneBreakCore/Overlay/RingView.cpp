@@ -55,7 +55,8 @@ void RingView::paintEvent(QPaintEvent * /*event*/)
     painter.drawEllipse(circle);
     if (m_fraction > 0) {
         painter.setPen(QPen(breakTeal().dark, lineWidth, Qt::SolidLine, Qt::RoundCap));
-        // The same picture for an opaque colour, but the raster engine paints it right here instead of waking its threads.
+        // The same picture for an opaque colour, but the raster engine paints it right here instead of waking
+        // its threads.
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         // Sixteenths of a degree, anticlockwise from three o'clock: from twelve o'clock on, clockwise.
         painter.drawArc(circle, 90 * 16, qRound(-360 * 16 * std::min(m_fraction, 1.0)));

@@ -6,7 +6,7 @@
 #include "Support/FakeOverlaySurface.h"
 #include "Support/Widgets.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -70,6 +70,13 @@ private Q_SLOTS:
         QVERIFY(!f.controller.isVisible());
         QCOMPARE(f.surface.log.count(u"end"_s), 1);
         QTRY_VERIFY(panel.isNull());
+    }
+
+    void warmingUpShowsNothing()
+    {
+        BreakOverlayController::warmUp();
+        for (const QWidget *window : QApplication::topLevelWidgets())
+            QVERIFY(!window->isVisible());
     }
 
     void withoutScreensNothingIsShown()
