@@ -55,6 +55,9 @@ private:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"PULSE_SERVER"_s, u"unix:"_s + m_serverFile);
+        // A player that leaves while the sound library writes its cookie leaves half of one to the next.
+        environment.insert(u"HOME"_s, m_folder->path());
+        environment.insert(u"XDG_CONFIG_HOME"_s, m_folder->path());
         m_player->setProcessEnvironment(environment);
         m_player->start(QCoreApplication::applicationFilePath(), {u"--obey"_s, soundsFolder});
     }
