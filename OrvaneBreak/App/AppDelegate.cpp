@@ -2,14 +2,23 @@
 #include "App/AppDelegate.h"
 
 #include "Engine/BreakEngine.h"
+#include "Platform/Windowing/WindowPresence.h"
+#include "Updates/StandardUpdaterController.h"
+#include "Visuals/Palette.h"
+#include "Visuals/SymbolButton.h"
+#include "Windows/MainWindow.h"
 
 #include <QCoreApplication>
+#include <QMenuBar>
 
 #include <utility>
 
+using namespace std::chrono_literals;
+
 namespace {
 
-constexpr int postponementMinutes = 10;
+/// How long a tray that starts with the session may take before the user is shown the main window instead.
+constexpr Interval trayPatience = 5s;
 
 bool isDebugSwitchOn(const char *variable)
 {
@@ -20,6 +29,12 @@ bool isDebugSwitchOn(const char *variable)
 
 AppDelegate::AppDelegate(Services services)
     : m_engine(services.engine)
+    , m_runLoop(services.runLoop)
+    , m_preferences(services.preferences)
+    , m_loginItem(services.loginItem)
+    , m_updaterController(services.updaterController)
+    , m_presence(services.presence)
+    , m_bundle(services.bundle)
     , m_statusController(std::move(services.makeTrayItem))
 {
 }
@@ -31,9 +46,24 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    m_presence.setAccessory(isMenuBarMode());
+    buildMenu();
+    buildMainWindow();
     m_engine.onChange = [this] { refreshBreakUI(); };
-    m_statusController.enable(buildStatusMenu());
+    if (isMenuBarMode()) {
+        m_statusController.enable(buildStatusMenu());
+        m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
+            if (m_statusController.isEnabled() && !m_statusController.isHosted())
+                showMainWindow();
+        });
+    } else {
+        activate();
+    }
+    showOnboardingIfNeeded();
     refreshBreakUI();
+    m_updaterController.updater().setUpdateCheckInterval(1h);
+    if (isDebugSwitchOn("ORVANE_DEBUG_SETTINGS"))
+        showSettings();
     if (isDebugSwitchOn("ORVANE_DEBUG_BREAK"))
         m_engine.breakNow();
 }
@@ -49,29 +79,4 @@ void AppDelegate::terminate()
     // been given back.
     m_engine.stop();
     QCoreApplication::exit();
-}
-
-void AppDelegate::refreshBreakUI()
-{
-    m_statusController.setActive(m_engine.isActive());
-    if (m_statusController.isEnabled())
-        m_statusController.enable(buildStatusMenu());
-}
-
-void AppDelegate::breakToggled()
-{
-    if (m_engine.isActive())
-        m_engine.stop();
-    else
-        m_engine.start();
-}
-
-void AppDelegate::breakNowPressed()
-{
-    m_engine.breakNow();
-}
-
-void AppDelegate::postponePressed()
-{
-    m_engine.postpone(postponementMinutes);
 }

@@ -1,17 +1,33 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/RunLoop.h"
 #include "StatusItem/StatusItemController.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
+class AppearanceLabel;
+class BadgeImageView;
 class BreakEngine;
+class Bundle;
+class LoginItem;
+class MainWindow;
+class Preferences;
+class QAction;
+class QCheckBox;
+class QComboBox;
 class QMenu;
+class QMenuBar;
+class QPushButton;
+class SPUStandardUpdaterController;
+class SymbolButton;
+class WindowPresence;
 
-/// The one object that wires everything the user sees to the engine. Lives from before the event loop starts
-/// until after it has ended. User-interface thread only.
+/// The one object that owns every window and menu and wires them to the engine. Lives from before the event
+/// loop starts until after it has ended. User-interface thread only.
 class AppDelegate final : public QObject
 {
     Q_OBJECT
@@ -21,14 +37,21 @@ public:
     struct Services
     {
         BreakEngine &engine;
+        RunLoop &runLoop;
+        Preferences &preferences;
+        LoginItem &loginItem;
+        SPUStandardUpdaterController &updaterController;
+        WindowPresence &presence;
+        const Bundle &bundle;
         StatusItemController::MakeTrayItem makeTrayItem;
     };
 
     explicit AppDelegate(Services services);
     ~AppDelegate() override;
 
-    /// Brings the application up; called once, when the event loop is about to start. Reminders stay off.
-    /// With the environment variable ORVANE_DEBUG_BREAK set to exactly "1" a break begins at once.
+    /// Brings the application up in its fixed order; called once, when the event loop is about to start.
+    /// Reminders stay off. With ORVANE_DEBUG_SETTINGS set to exactly "1" in the environment the settings page
+    /// is chosen, with ORVANE_DEBUG_BREAK a break begins at once.
     void applicationDidFinishLaunching();
 
     /// Ends a running break and stops every timer of the engine; called once, before the process ends.
@@ -36,6 +59,10 @@ public:
 
     /// Ends the application.
     void terminate();
+
+    /// Whether closing the last window ends the application: in the Dock it does, in the menu bar it does
+    /// not.
+    [[nodiscard]] bool applicationShouldTerminateAfterLastWindowClosed() const;
 
     /// Switches reminders off when they are on, and on when they are off.
     void breakToggled();
@@ -46,10 +73,82 @@ public:
     /// Puts the next break off by ten minutes; ends a running one.
     void postponePressed();
 
+    /// Stores the chosen number of minutes under "OBIntervalMinutes" and restarts the wait with it.
+    void intervalChanged(const QComboBox &sender);
+
+    /// Stores the chosen number of seconds under "OBPauseSeconds"; a running break keeps its end.
+    void pauseDurationChanged(const QComboBox &sender);
+
+    /// Stores the state of the box under "OBSoundEnabled".
+    void toggleSound(const QCheckBox &sender);
+
+    /// Switches the main window to its settings page, without showing the window.
+    void showSettings();
+
+    /// Switches the main window to its main page.
+    void showMain();
+
+    /// Stores the state of the box under "OBMenuBarMode" and applies it.
+    void toggleMenuBarMode(const QCheckBox &sender);
+
+    /// Brings the main window to the front, on the page it was left on.
+    void showMainWindow();
+
+    /// Registers or unregisters the application to be opened at login. A failure is logged and corrected in
+    /// the box.
+    void toggleLoginItem(QCheckBox &sender);
+
+    /// Sets both automatic checks and automatic downloads of updates to the state of the box.
+    void toggleAutoUpdates(const QCheckBox &sender);
+
+    /// Opens the makers' web site in the browser; does nothing when its configured address is none.
+    void openOrvaneLabs();
+
+    /// Opens the window with the messages from the makers.
+    void showMessages();
+
+    /// Lets the user write to the makers about a problem.
+    void reportProblemPressed();
+
 private:
+    void buildMenu();
+    [[nodiscard]] static QMenu *editMenuItem(QWidget &parent);
     [[nodiscard]] std::unique_ptr<QMenu> buildStatusMenu();
+    void buildMainWindow();
+    [[nodiscard]] QWidget *buildMainView();
+    [[nodiscard]] QWidget *buildSettingsView();
+    void buildRhythmCards(QWidget &root);
+    void buildSystemCard(QWidget &root);
+    void buildFooter(QWidget &root);
+    void showOnboardingIfNeeded();
+    void applyDisplayMode();
     void refreshBreakUI();
+    void refreshMessageBadges();
+    void activate();
+    void lastWindowMayHaveClosed();
+    [[nodiscard]] bool isMenuBarMode() const;
 
     BreakEngine &m_engine;
+    RunLoop &m_runLoop;
+    Preferences &m_preferences;
+    LoginItem &m_loginItem;
+    SPUStandardUpdaterController &m_updaterController;
+    WindowPresence &m_presence;
+    const Bundle &m_bundle;
     StatusItemController m_statusController;
+
+    std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
+    std::unique_ptr<MainWindow> m_mainWindow;
+    QPointer<QWidget> m_messagesWindow;
+    QPushButton *m_breakButton = nullptr;
+    AppearanceLabel *m_breakStatusLabel = nullptr;
+    AppearanceLabel *m_hintLabel = nullptr;
+    QCheckBox *m_loginCheckbox = nullptr;
+    QCheckBox *m_menuBarCheckbox = nullptr;
+    QPointer<SymbolButton> m_messagesButton;
+    QPointer<BadgeImageView> m_messagesBadge;
+    QPointer<QAction> m_appMessagesItem;
+    QWidget *m_mainView = nullptr;
+    QWidget *m_settingsView = nullptr;
+    Timer m_trayDeadline;
 };

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/AppDelegate.h"
+#include "App/CommandLine.h"
 #include "Engine/BreakEngine.h"
 #include "Engine/SharedInstance.h"
+#include "Instance/ApplicationService.h"
+#include "LoginItem/AutostartEntry.h"
 #include "Overlay/BreakOverlayController.h"
+#include "Platform/Appearance/PortalAppearance.h"
 #include "Platform/Idle/UserIdleFactory.h"
 #include "Platform/Overlay/OverlaySurfaceFactory.h"
 #include "Platform/OverlaySurface.h"
@@ -15,6 +19,8 @@
 #include "Platform/Sound/CanberraChime.h"
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
+#include "Platform/Windowing/WindowPresence.h"
+#include "Updates/StandardUpdaterController.h"
 #include "Visuals/Symbols.h"
 
 #include <QApplication>
@@ -26,8 +32,52 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Runs the application as the first of its name until it quits.
+int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine)
+{
+    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as
+    // many would, and wakes up less.
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
+    const Bundle bundle = Bundle::main();
+    const std::filesystem::path preferencesFile = JsonPreferences::defaultFile();
+
+    TimerfdRunLoop runLoop;
+    JsonPreferences preferences(preferencesFile);
+    const ChosenUserIdle idle = makeUserIdle(runLoop);
+    CanberraChime chime(bundle.soundsFolder());
+    const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
+    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime,
+                        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens)});
+    const SharedInstance<BreakEngine> sharedEngine(engine);
+
+    const PortalAppearance appearance;
+    AutostartEntry loginItem(AutostartEntry::standardParameters(QStringLiteral(ORVANE_APP_ID)));
+    JsonPreferences updaterSettings(preferencesFile.parent_path() / "updater.json");
+    SPUStandardUpdaterController updaterController(updaterSettings);
+    const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
+    AppDelegate delegate({engine, runLoop, preferences, loginItem, updaterController, *presence, bundle,
+                          [] { return std::make_unique<NotifierTrayItem>(); }});
+
+    service.onActivate = [&delegate] { delegate.showMainWindow(); };
+    service.onBreakNow = [&delegate] { delegate.breakNowPressed(); };
+    const UnixSignals signalHandling([&delegate] { delegate.terminate(); });
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
+                     &AppDelegate::applicationWillTerminate);
+    QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
+    if (commandLine.isBreakNow)
+        QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
+    return QApplication::exec();
+}
+
+} // namespace
+
 int main(int argc, char **argv)
 {
+    const CommandLine commandLine = CommandLine::parse(argc, argv);
+    if (commandLine.exitStatus)
+        return *commandLine.exitStatus;
     installMessageFilter();
     if (const std::optional<QString> problem = missingDisplay()) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
@@ -40,25 +90,16 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Symbols::applicationIcon());
-    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as
-    // many would, and wakes up less.
-    QThreadPool::globalInstance()->setMaxThreadCount(1);
-    const Bundle bundle = Bundle::main();
 
-    TimerfdRunLoop runLoop;
-    JsonPreferences preferences(JsonPreferences::defaultFile());
-    const ChosenUserIdle idle = makeUserIdle(runLoop);
-    CanberraChime chime(bundle.soundsFolder());
-    const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
-    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime,
-                        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens)});
-    const SharedInstance<BreakEngine> sharedEngine(engine);
-
-    AppDelegate delegate({engine, [] { return std::make_unique<NotifierTrayItem>(); }});
-    const UnixSignals signalHandling([&delegate] { delegate.terminate(); });
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
-                     &AppDelegate::applicationWillTerminate);
-    QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
-    QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
-    return QApplication::exec();
+    ApplicationService service(QStringLiteral(ORVANE_APP_ID));
+    switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {
+    case ApplicationService::Start::First:
+        return runApplication(application, service, commandLine);
+    case ApplicationService::Start::Second:
+        return EXIT_SUCCESS;
+    case ApplicationService::Start::Failed:
+        break;
+    }
+    std::fprintf(stderr, "orvanebreak: it is running already and does not answer\n");
+    return EXIT_FAILURE;
 }

@@ -1,23 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/AppDelegate.h"
 #include "Engine/BreakEngine.h"
+#include "Menus/Entries.h"
+#include "Updates/StandardUpdaterController.h"
 
-#include <QMenu>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Adds an entry named `name`; the name tells the tray which entries of two menus are the same.
-template <typename Receiver, typename Slot>
-QAction *addEntry(QMenu &menu, const QString &name, const QString &title, Receiver *receiver, Slot slot)
-{
-    QAction *entry = menu.addAction(title, receiver, slot);
-    entry->setObjectName(name);
-    return entry;
-}
-
-} // namespace
 
 std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()
 {
@@ -28,7 +16,14 @@ std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()
     addEntry(*menu, u"breakNow"_s, u"Faire une pause maintenant"_s, this, &AppDelegate::breakNowPressed);
     // Always selectable: the engine accepts a postponement while reminders are off, and does nothing then.
     addEntry(*menu, u"postpone"_s, u"Reporter de 10 minutes"_s, this, &AppDelegate::postponePressed);
+    menu->addSeparator()->setObjectName(u"separatorAfterBreaks"_s);
+    addEntry(*menu, u"showMainWindow"_s, u"Ouvrir OrvaneBreak…"_s, this, &AppDelegate::showMainWindow);
+    menu->addSeparator()->setObjectName(u"separatorAfterWindow"_s);
+    addEntry(*menu, u"checkForUpdates"_s, u"Rechercher des mises à jour…"_s, &m_updaterController,
+             &SPUStandardUpdaterController::checkForUpdates);
+    addEntry(*menu, u"reportProblem"_s, u"Signaler un problème…"_s, this, &AppDelegate::reportProblemPressed);
     menu->addSeparator()->setObjectName(u"separatorBeforeQuit"_s);
-    addEntry(*menu, u"quit"_s, u"Quitter OrvaneBreak"_s, this, &AppDelegate::terminate);
+    addEntry(*menu, u"quit"_s, u"Quitter OrvaneBreak"_s, this, &AppDelegate::terminate,
+             QKeySequence(Qt::CTRL | Qt::Key_Q));
     return menu;
 }

@@ -21,6 +21,9 @@ QColor white(float alpha)
 }
 
 constexpr int ringSize = 150;
+/// A text alone is a small target.
+constexpr int skipButtonPadding = 12;
+
 constexpr int gapAfterTitle = 10;
 constexpr int gapAfterSubtitle = 28;
 constexpr int gapAfterRing = 30;
@@ -30,7 +33,7 @@ constexpr int gapAfterButton = 4;
 
 BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     : m_ring(new RingView)
-    , m_skipButton(new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), white(0.55F)))
+    , m_skipButton(new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), white(0.55F), skipButtonPadding))
 {
     setObjectName(u"breakOverlayPanel"_s);
     setWindowTitle(u"OrvaneBreak"_s);

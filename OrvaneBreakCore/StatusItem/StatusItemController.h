@@ -18,6 +18,9 @@ public:
     /// True from `enable()` to `disable()`.
     [[nodiscard]] bool isEnabled() const { return m_statusItem != nullptr; }
 
+    /// Whether a tray shows the icon; false while hidden.
+    [[nodiscard]] bool isHosted() const { return m_statusItem && m_statusItem->isHosted(); }
+
     /// Shows the icon unless it is shown already, and attaches `menu`, replacing any earlier one.
     void enable(std::unique_ptr<QMenu> menu);
 

@@ -18,6 +18,9 @@ public:
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;
 
+    /// Whether a tray has been there to show the icon.
+    [[nodiscard]] virtual bool isHosted() const = 0;
+
     /// Shows the symbol named `symbol` in `tint`; without a tint in a colour that suits any panel. An unknown
     /// symbol leaves the icon empty.
     virtual void setSymbol(const QString &symbol, const std::optional<QColor> &tint) = 0;

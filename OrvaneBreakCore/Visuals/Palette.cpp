@@ -8,6 +8,16 @@
 
 #include <algorithm>
 
+namespace {
+
+/// Black in the light appearance and white in the dark one, as opaque as said.
+AppearanceColor gray(float lightAlpha, float darkAlpha)
+{
+    return {QColor::fromRgbF(0, 0, 0, lightAlpha), QColor::fromRgbF(1, 1, 1, darkAlpha)};
+}
+
+} // namespace
+
 const QColor &AppearanceColor::resolved(const QPalette &palette) const
 {
     return isDarkAppearance(palette) ? dark : light;
@@ -26,6 +36,33 @@ AppearanceColor breakTeal()
 AppearanceColor orvaneMauve()
 {
     return {QColor::fromRgbF(0.486F, 0.227F, 0.929F), QColor::fromRgbF(0.686F, 0.573F, 0.992F)};
+}
+
+AppearanceColor labelColor()
+{
+    return gray(0.88F, 0.92F);
+}
+
+AppearanceColor secondaryLabelColor()
+{
+    return gray(0.68F, 0.72F);
+}
+
+AppearanceColor tertiaryLabelColor()
+{
+    return gray(0.6F, 0.6F);
+}
+
+QColor shade(const QPalette &palette, float alpha)
+{
+    QColor color = labelColor().resolved(palette);
+    color.setAlphaF(alpha);
+    return color;
+}
+
+bool showsFocus(const QWidget &widget)
+{
+    return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
 }
 
 QFont systemFont(qreal size, QFont::Weight weight)

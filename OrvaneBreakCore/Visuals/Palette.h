@@ -42,6 +42,19 @@ struct AppearanceColor
 inline const QColor breakTealFixed = QColor::fromRgbF(0.078F, 0.722F, 0.651F);
 inline const QColor orvaneMauveFixed = QColor::fromRgbF(0.486F, 0.227F, 0.929F);
 
+/// Text colours from the most to the least prominent; each is at least 4.5 times as bright or dark as the
+/// windows it stands on.
+[[nodiscard]] AppearanceColor labelColor();
+[[nodiscard]] AppearanceColor secondaryLabelColor();
+[[nodiscard]] AppearanceColor tertiaryLabelColor();
+
+/// The label colour of `palette`'s appearance at the opacity `alpha`, for faint surfaces.
+[[nodiscard]] QColor shade(const QPalette &palette, float alpha);
+
+/// Whether `widget` should show that it has the focus: only once the user has moved the focus with the
+/// keyboard.
+[[nodiscard]] bool showsFocus(const QWidget &widget);
+
 /// The desktop's own sans-serif font at `size` device-independent pixels.
 [[nodiscard]] QFont systemFont(qreal size, QFont::Weight weight);
 

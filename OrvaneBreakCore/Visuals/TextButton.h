@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Visuals/Palette.h"
+
 #include <QPushButton>
 
-/// A button that looks like a link: its text alone, brighter under the pointer, with a pointing hand.
+/// A button that looks like a link: its text alone, clearer under the pointer, with a pointing hand.
 class TextButton final : public QPushButton
 {
     Q_OBJECT
 
 public:
-    TextButton(const QString &text, const QFont &font, const QColor &color);
+    /// `horizontalPadding` to the left and right of the text belongs to the button as well.
+    TextButton(const QString &text, const QFont &font, const AppearanceColor &color, int horizontalPadding);
+
     [[nodiscard]] QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    bool event(QEvent *event) override;
 
 private:
-    QColor m_color;
+    AppearanceColor m_color;
+    int m_horizontalPadding;
 };

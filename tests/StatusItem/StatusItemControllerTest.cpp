@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StatusItem/StatusItemController.h"
 
+#include "Support/FakeTray.h"
 #include "Visuals/Palette.h"
 
 #include <QTest>
@@ -8,44 +9,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What a tray would show.
-struct Tray
-{
-    int items = 0;
-    int itemsEverMade = 0;
-    QString symbol;
-    std::optional<QColor> tint;
-    std::unique_ptr<QMenu> menu;
-};
-
-class FakeTrayItem final : public TrayItem
-{
-public:
-    explicit FakeTrayItem(Tray &tray)
-        : m_tray(tray)
-    {
-        ++m_tray.items;
-        ++m_tray.itemsEverMade;
-    }
-
-    ~FakeTrayItem() override
-    {
-        --m_tray.items;
-        m_tray.menu.reset();
-    }
-
-    void setSymbol(const QString &symbol, const std::optional<QColor> &tint) override
-    {
-        m_tray.symbol = symbol;
-        m_tray.tint = tint;
-    }
-
-    void setMenu(std::unique_ptr<QMenu> menu) override { m_tray.menu = std::move(menu); }
-
-private:
-    Tray &m_tray;
-};
 
 std::unique_ptr<QMenu> namedMenu(const QString &name)
 {

@@ -120,7 +120,7 @@ private Q_SLOTS:
 
     void textButtonBrightensUnderThePointer()
     {
-        TextButton button(u"Passer"_s, systemFont(13, QFont::Medium), QColor::fromRgbF(1, 1, 1, 0.55F));
+        TextButton button(u"Passer"_s, systemFont(13, QFont::Medium), QColor::fromRgbF(1, 1, 1, 0.55F), 12);
         button.resize(button.sizeHint());
         const auto brightest = [&] {
             const QImage image = painted(button);

@@ -22,6 +22,7 @@ public:
     NotifierTrayItem();
     ~NotifierTrayItem() override;
 
+    [[nodiscard]] bool isHosted() const override { return m_trayIcon != nullptr; }
     void setSymbol(const QString &symbol, const std::optional<QColor> &tint) override;
     void setMenu(std::unique_ptr<QMenu> menu) override;
 

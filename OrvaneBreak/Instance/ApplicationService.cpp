@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Instance/ApplicationService.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int timeoutMilliseconds = 5000;
+
+/// What the desktop gave this process to prove that the user asked for it.
+QVariantMap platformDataOfThisStart()
+{
+    QVariantMap data;
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    const QString startupId = qEnvironmentVariable("DESKTOP_STARTUP_ID");
+    if (!token.isEmpty())
+        data.insert(u"activation-token"_s, token);
+    if (!startupId.isEmpty())
+        data.insert(u"desktop-startup-id"_s, startupId);
+    return data;
+}
+
+/// The toolkit reads the token from the environment when it activates a window the next time.
+void rememberToken(const QVariantMap &platformData)
+{
+    const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token);
+}
+
+} // namespace
+
+ApplicationService::ApplicationService(const QString &applicationId)
+    : m_applicationId(applicationId)
+    , m_objectPath(u'/' + QString(applicationId).replace(u'.', u'/').replace(u'-', u'_'))
+{
+    new ApplicationAdaptor(this);
+}
+
+ApplicationService::Start ApplicationService::start(const QString &action)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return Start::First;
+    // The object comes first: whoever finds the name taken calls it at once.
+    bus.registerObject(m_objectPath, this, QDBusConnection::ExportAdaptors);
+    const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
+        bus.interface()->registerService(m_applicationId, QDBusConnectionInterface::DontQueueService,
+                                         QDBusConnectionInterface::DontAllowReplacement);
+    if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceNotRegistered)
+        return handOver(action);
+    return Start::First;
+}
+
+ApplicationService::Start ApplicationService::handOver(const QString &action) const
+{
+    const bool isActivation = action.isEmpty();
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(m_applicationId, m_objectPath, u"org.freedesktop.Application"_s,
+                                       isActivation ? u"Activate"_s : u"ActivateAction"_s);
+    if (!isActivation)
+        message << action << QVariantList();
+    message << platformDataOfThisStart();
+    const QDBusMessage answer =
+        QDBusConnection::sessionBus().call(message, QDBus::Block, timeoutMilliseconds);
+    return answer.type() == QDBusMessage::ReplyMessage ? Start::Second : Start::Failed;
+}
+
+void ApplicationService::activate(const QVariantMap &platformData)
+{
+    rememberToken(platformData);
+    if (onActivate)
+        onActivate();
+}
+
+void ApplicationService::activateAction(const QString &name, const QVariantMap &platformData)
+{
+    rememberToken(platformData);
+    if (name == "break-now"_L1 && onBreakNow)
+        onBreakNow();
+}
+
+ApplicationAdaptor::ApplicationAdaptor(ApplicationService *service)
+    : QDBusAbstractAdaptor(service)
+    , m_service(*service)
+{
+}
+
+void ApplicationAdaptor::Activate(const QVariantMap &platform_data)
+{
+    m_service.activate(platform_data);
+}
+
+void ApplicationAdaptor::Open(const QStringList & /*uris*/, const QVariantMap &platform_data)
+{
+    m_service.activate(platform_data);
+}
+
+void ApplicationAdaptor::ActivateAction(const QString &action_name, const QVariantList & /*parameter*/,
+                                        const QVariantMap &platform_data)
+{
+    m_service.activateAction(action_name, platform_data);
+}

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "LoginItem/AutostartEntry.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// An entry is a few lines; whatever is larger is none.
+constexpr qint64 sizeLimit = 65536;
+
+/// The keys of the group "Desktop Entry", without the localised ones.
+QHash<QString, QString> entryKeys(const QString &path)
+{
+    QHash<QString, QString> keys;
+    const QFileInfo information(path);
+    QFile file(path);
+    if (!information.isFile() || !file.open(QIODevice::ReadOnly))
+        return keys;
+    bool isInGroup = false;
+    const QStringList lines = QString::fromUtf8(file.read(sizeLimit)).split(u'\n');
+    for (const QString &line : lines) {
+        const QString text = line.trimmed();
+        if (text.startsWith(u'['))
+            isInGroup = text == "[Desktop Entry]"_L1;
+        else if (isInGroup && text.contains(u'=') && !text.startsWith(u'#'))
+            keys.insert(text.section(u'=', 0, 0).trimmed(), text.section(u'=', 1).trimmed());
+    }
+    return keys;
+}
+
+bool namesOneOf(const QString &list, const QStringList &desktops)
+{
+    const QStringList names = list.split(u';', Qt::SkipEmptyParts);
+    return std::any_of(names.begin(), names.end(),
+                       [&](const QString &name) { return desktops.contains(name); });
+}
+
+/// A command line argument as the Exec key wants it: quoted, first by the rules of quoting, then by those of
+/// texts.
+QString quoted(const QString &argument)
+{
+    static const QRegularExpression reserved(uR"(["`$\\])"_s);
+    QString result = argument;
+    result.replace(reserved, uR"(\\0)"_s);
+    result.replace(u'\\', uR"(\\)"_s);
+    result.replace(u'%', u"%%"_s);
+    return u'"' + result + u'"';
+}
+
+QString configFolder()
+{
+    const QString configured = qEnvironmentVariable("XDG_CONFIG_HOME");
+    return QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + u"/.config"_s;
+}
+
+} // namespace
+
+AutostartEntry::AutostartEntry(Parameters parameters)
+    : m_parameters(std::move(parameters))
+{
+}
+
+AutostartEntry::Parameters AutostartEntry::standardParameters(const QString &applicationId)
+{
+    return {configFolder() + u"/autostart/"_s + applicationId + u".desktop"_s,
+            stableExecutable(QCoreApplication::applicationFilePath()),
+            qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts)};
+}
+
+QString AutostartEntry::stableExecutable(const QString &executable)
+{
+    static const QRegularExpression versioned(u"^(.*)/versions/[^/]+/(.*)$"_s);
+    const QRegularExpressionMatch match = versioned.match(executable);
+    const QString stable = match.captured(1) + u"/current/"_s + match.captured(2);
+    const bool isSameFile =
+        match.hasMatch() && !QFileInfo(stable).canonicalFilePath().isEmpty() &&
+        QFileInfo(stable).canonicalFilePath() == QFileInfo(executable).canonicalFilePath();
+    return isSameFile ? stable : executable;
+}
+
+bool AutostartEntry::isEnabled() const
+{
+    const QHash<QString, QString> keys = entryKeys(m_parameters.file);
+    const bool isApplication = keys.value(u"Type"_s) == "Application"_L1 && !keys.value(u"Exec"_s).isEmpty();
+    const bool isSwitchedOff =
+        keys.value(u"Hidden"_s) == "true"_L1 || keys.value(u"X-GNOME-Autostart-enabled"_s) == "false"_L1;
+    const bool isForOthers =
+        (keys.contains(u"OnlyShowIn"_s) && !namesOneOf(keys.value(u"OnlyShowIn"_s), m_parameters.desktops)) ||
+        namesOneOf(keys.value(u"NotShowIn"_s), m_parameters.desktops);
+    return isApplication && !isSwitchedOff && !isForOthers;
+}
+
+std::optional<QString> AutostartEntry::setEnabled(bool enabled)
+{
+    if (!enabled) {
+        QFile file(m_parameters.file);
+        const bool isThere = QFileInfo(m_parameters.file).isSymLink() || file.exists();
+        const bool isGone = !isThere || file.remove();
+        return isGone ? std::nullopt : std::optional(m_parameters.file + u": "_s + file.errorString());
+    }
+    const QString folder = QFileInfo(m_parameters.file).path();
+    if (!QDir().mkpath(folder))
+        return folder + u": the folder cannot be made"_s;
+    QSaveFile file(m_parameters.file);
+    const bool isWritten =
+        file.open(QIODevice::WriteOnly) && file.write(content().toUtf8()) >= 0 && file.commit();
+    return isWritten ? std::nullopt : std::optional(m_parameters.file + u": "_s + file.errorString());
+}
+
+QString AutostartEntry::content() const
+{
+    return u"[Desktop Entry]\nType=Application\nName=OrvaneBreak\nExec=%1\nIcon=orvanebreak\nTerminal=false\n"
+           "X-GNOME-Autostart-enabled=true\n"_s.arg(quoted(m_parameters.executable));
+}

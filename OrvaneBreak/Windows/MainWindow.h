@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+class QMenuBar;
+
+/// The one window of the application: its menu bar, unless the desktop shows that elsewhere, above a content
+/// of fixed size with one of two pages. It is hidden and shown, never rebuilt.
+class MainWindow final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// Takes the menu bar over.
+    explicit MainWindow(std::unique_ptr<QMenuBar> menuBar);
+
+    /// Adds a page that fills the content; the window owns it.
+    void addPage(QWidget *page);
+
+    /// Called after the user has closed the window; it is hidden then.
+    std::function<void()> onClose;
+
+    /// Called when Return is pressed and no button has the focus.
+    std::function<void()> onReturn;
+
+    /// Called for Escape and Alt+Left.
+    std::function<void()> onBack;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QWidget *m_content;
+};

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Visuals/AccentButton.h"
+
+#include "Visuals/Palette.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+
+namespace {
+
+constexpr int bezelHeight = 32;
+constexpr int horizontalPadding = 20;
+constexpr qreal cornerRadius = 7;
+
+/// Dark or light, whichever reads better on the bezel.
+QColor titleColor(const QColor &bezel)
+{
+    return qGray(bezel.rgb()) > 110 ? QColor(4, 47, 46) : QColor(Qt::white);
+}
+
+} // namespace
+
+AccentButton::AccentButton(const QString &title, const QColor &bezel)
+    : QPushButton(title)
+    , m_bezel(bezel)
+{
+    setFont(systemFont(14, QFont::DemiBold));
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+QSize AccentButton::sizeHint() const
+{
+    return {QFontMetrics(font()).horizontalAdvance(text()) + 2 * horizontalPadding, bezelHeight};
+}
+
+void AccentButton::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF area = QRectF(rect()).adjusted(2, 2, -2, -2);
+    QColor fill = m_bezel;
+    if (isDown())
+        fill = m_bezel.darker(118);
+    else if (underMouse())
+        fill = m_bezel.lighter(110);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(area, cornerRadius, cornerRadius);
+    if (showsFocus(*this)) {
+        painter.setPen(QPen(labelColor().resolved(palette()), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius + 1, cornerRadius + 1);
+    }
+    painter.setPen(titleColor(m_bezel));
+    painter.setFont(font());
+    painter.drawText(rect(), Qt::AlignCenter, text());
+}

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/ApplicationFixture.h"
+#include "Support/Widgets.h"
+
+#include <QCheckBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class DisplayModeTest : public QObject
+{
+    Q_OBJECT
+
+    /// Does something with the first-launch question as soon as it is on the screen.
+    template <typename Action>
+    static void whenAsked(Action action)
+    {
+        QTimer::singleShot(0, qApp, [action] {
+            auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!question)
+                qFatal("the question is not there");
+            action(*question);
+        });
+    }
+
+    static void answer(const QString &title)
+    {
+        whenAsked([title](QMessageBox &question) {
+            for (QAbstractButton *button : question.buttons()) {
+                if (button->text() == title)
+                    button->click();
+            }
+        });
+    }
+
+    struct FirstLaunch : ApplicationFixture
+    {
+        FirstLaunch() { preferences.stored = {}; }
+    };
+
+private Q_SLOTS:
+    void initTestCase() { QApplication::setWindowIcon(QPixmap(64, 64)); }
+    void init() { failOnUnexpectedWarnings(); }
+
+    void dockModeShowsTheWindowAndNoTrayIcon()
+    {
+        ApplicationFixture f;
+        f.launch();
+        QVERIFY(f.window()->isVisible());
+        QCOMPARE(f.tray.itemsEverMade, 0);
+        QVERIFY(!f.presence.isAccessory);
+        QVERIFY(f.delegate.applicationShouldTerminateAfterLastWindowClosed());
+    }
+
+    void menuBarModeHidesTheWindowBehindTheEye()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        QVERIFY(!f.window()->isVisible());
+        QCOMPARE(f.tray.items, 1);
+        QCOMPARE(f.tray.symbol, u"eye"_s);
+        // Decided before any window exists, so that none can flash up in the task bar.
+        QCOMPARE(f.presence.log, QStringList{u"accessory"_s});
+        QVERIFY(!f.delegate.applicationShouldTerminateAfterLastWindowClosed());
+    }
+
+    void withoutAnyTrayTheWindowIsTheDoor()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.tray.isHosted = false;
+        f.launch();
+        QVERIFY(!f.window()->isVisible());
+        f.runLoop.advance(10s);
+        QVERIFY(f.window()->isVisible());
+    }
+
+    void withATrayTheWindowStaysHidden()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        f.runLoop.advance(1min);
+        QVERIFY(!f.window()->isVisible());
+    }
+
+    void firstLaunchAsksOnce()
+    {
+        FirstLaunch f;
+        bool isStoredWhileAsking = false;
+        whenAsked([&](QMessageBox &question) {
+            isStoredWhileAsking = f.preferences.boolean(u"OBOnboarded"_s).value_or(false);
+            QCOMPARE(question.text(), u"Bienvenue dans OrvaneBreak 👁"_s);
+            QCOMPARE(question.informativeText(),
+                     u"Où veux-tu que l'app vive ?\n\n"
+                     "Dans le Dock : une app classique avec sa fenêtre.\n"
+                     "Dans la barre de menus : un petit oeil discret en haut de l'écran, toujours à portée de clic.\n\n"
+                     "Tu pourras changer d'avis à tout moment dans la fenêtre de l'app."_s);
+            QCOMPARE(question.textFormat(), Qt::PlainText);
+            QCOMPARE(question.defaultButton()->text(), u"Dans le Dock"_s);
+            QVERIFY(f.window()->isVisible());
+            question.defaultButton()->click();
+        });
+        f.launch();
+        QVERIFY(isStoredWhileAsking);
+        QCOMPARE(f.preferences.stored.value("OBMenuBarMode"_L1), QJsonValue(false));
+
+        ApplicationFixture second;
+        second.preferences.stored = f.preferences.stored;
+        second.launch();
+        QVERIFY(!QApplication::activeModalWidget());
+    }
+
+    void answeringMenuBarSwitchesAtOnceAndLeavesTheWindowOpen()
+    {
+        FirstLaunch f;
+        answer(u"Dans la barre de menus"_s);
+        f.launch();
+        QCOMPARE(f.preferences.stored.value("OBMenuBarMode"_L1), QJsonValue(true));
+        QVERIFY(f.presence.isAccessory);
+        QCOMPARE(f.tray.items, 1);
+        QVERIFY(f.window()->isVisible());
+        QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
+    }
+
+    void escapeAndTheCloseButtonAreAnyOtherAnswer()
+    {
+        FirstLaunch escape;
+        whenAsked([](QMessageBox &question) { QTest::keyClick(&question, Qt::Key_Escape); });
+        escape.launch();
+        QCOMPARE(escape.preferences.stored.value("OBMenuBarMode"_L1), QJsonValue(false));
+
+        FirstLaunch closed;
+        whenAsked([](QMessageBox &question) { question.close(); });
+        closed.launch();
+        QCOMPARE(closed.preferences.stored.value("OBMenuBarMode"_L1), QJsonValue(false));
+        QCOMPARE(closed.tray.itemsEverMade, 0);
+    }
+
+    void switchingToTheMenuBarWhileRemindersAreOn()
+    {
+        ApplicationFixture f;
+        f.launch();
+        f.engine.start();
+        f.find<QCheckBox>(u"menuBarCheckbox"_s)->click();
+        QCOMPARE(f.tray.items, 1);
+        QCOMPARE(f.tray.symbol, u"eye.fill"_s);
+        QVERIFY(f.tray.tint);
+        QVERIFY(f.window()->isVisible());
+    }
+
+    void switchingToTheDockBringsTheWindowForwardOnItsPage()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        f.delegate.showSettings();
+        f.presence.log.clear();
+        f.find<QCheckBox>(u"menuBarCheckbox"_s)->click();
+        QCOMPARE(f.tray.items, 0);
+        QCOMPARE(f.presence.log, QStringList{u"regular"_s});
+        QTRY_VERIFY(f.window()->isVisible());
+        // Hidden windows are not activated; then the window is shown, and the second activation reaches it.
+        QCOMPARE(f.presence.log, (QStringList{u"regular"_s, u"front mainWindow"_s, u"front mainWindow"_s}));
+        QVERIFY(f.find<QWidget>(u"settingsView"_s)->isVisible());
+    }
+
+    void closingInTheDockQuits()
+    {
+        ApplicationFixture f;
+        f.launch();
+        QSignalSpy aboutToQuit(qApp, &QCoreApplication::aboutToQuit);
+        QTimer::singleShot(0, f.window(), &QWidget::close);
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(aboutToQuit.count(), 1);
+    }
+
+    void closingInTheDockDuringABreakQuitsToo()
+    {
+        ApplicationFixture f;
+        f.launch();
+        f.engine.breakNow();
+        QTimer::singleShot(0, f.window(), &QWidget::close);
+        QCOMPARE(QApplication::exec(), 0);
+        f.delegate.applicationWillTerminate();
+        QVERIFY(!f.engine.isOnBreak());
+        QVERIFY(!f.overlay->isShown);
+    }
+
+    void closingInTheDockWithAnotherWindowOpenGoesOn()
+    {
+        ApplicationFixture f;
+        f.launch();
+        f.delegate.showMessages();
+        QTimer::singleShot(0, f.window(), &QWidget::close);
+        QTimer::singleShot(50, qApp, [] { QCoreApplication::exit(7); });
+        QCOMPARE(QApplication::exec(), 7);
+        QTimer::singleShot(0, f.window(u"messagesWindow"_s), &QWidget::close);
+        f.window(u"messagesWindow"_s)->close();
+    }
+
+    void closingInTheMenuBarHidesTheSameWindow()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        f.delegate.showMainWindow();
+        f.delegate.showSettings();
+        const QWidget *window = f.window();
+        QTimer::singleShot(0, f.window(), &QWidget::close);
+        QTimer::singleShot(50, qApp, [] { QCoreApplication::exit(7); });
+        QCOMPARE(QApplication::exec(), 7);
+        QVERIFY(!window->isVisible());
+        f.tray.choose(u"Ouvrir OrvaneBreak…"_s);
+        QCOMPARE(f.window(), window);
+        QVERIFY(window->isVisible());
+        QVERIFY(f.find<QWidget>(u"settingsView"_s)->isVisible());
+    }
+
+    void quittingDuringABreakUncoversTheScreens()
+    {
+        ApplicationFixture f;
+        f.launch();
+        f.engine.start();
+        f.engine.breakNow();
+        f.delegate.applicationWillTerminate();
+        QVERIFY(!f.overlay->isShown);
+        QVERIFY(f.runLoop.timers().empty());
+    }
+
+    void damagedModeReadsAsTheDock()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, u"true"_s);
+        f.launch();
+        QVERIFY(f.window()->isVisible());
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        QVERIFY(!f.delegate.applicationShouldTerminateAfterLastWindowClosed());
+    }
+};
+
+QTEST_MAIN(DisplayModeTest)
+#include "DisplayModeTest.moc"

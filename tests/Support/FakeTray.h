@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "StatusItem/TrayItem.h"
+
+#include <QStringList>
+
+/// What a tray would show.
+struct Tray
+{
+    int items = 0;
+    int itemsEverMade = 0;
+    QString symbol;
+    std::optional<QColor> tint;
+    std::unique_ptr<QMenu> menu;
+    bool isHosted = true;
+
+    /// The texts of the menu, "-" for a separator.
+    [[nodiscard]] QStringList menuTexts() const
+    {
+        QStringList texts;
+        for (const QAction *action : menu->actions())
+            texts << (action->isSeparator() ? QStringLiteral("-") : action->text());
+        return texts;
+    }
+
+    /// Chooses the entry with this text.
+    void choose(const QString &text) const
+    {
+        for (QAction *action : menu->actions()) {
+            if (action->text() == text) {
+                action->trigger();
+                return;
+            }
+        }
+        qFatal("no such menu entry");
+    }
+};
+
+class FakeTrayItem final : public TrayItem
+{
+public:
+    explicit FakeTrayItem(Tray &tray)
+        : m_tray(tray)
+    {
+        ++m_tray.items;
+        ++m_tray.itemsEverMade;
+    }
+
+    ~FakeTrayItem() override
+    {
+        --m_tray.items;
+        m_tray.menu.reset();
+    }
+
+    [[nodiscard]] bool isHosted() const override { return m_tray.isHosted; }
+
+    void setSymbol(const QString &symbol, const std::optional<QColor> &tint) override
+    {
+        m_tray.symbol = symbol;
+        m_tray.tint = tint;
+    }
+
+    void setMenu(std::unique_ptr<QMenu> menu) override
+    {
+        // The entry that was chosen in the earlier menu may be at work still.
+        if (m_tray.menu)
+            m_tray.menu.release()->deleteLater();
+        m_tray.menu = std::move(menu);
+    }
+
+private:
+    Tray &m_tray;
+};
