@@ -110,6 +110,10 @@ public:
     /// Lets the user write to the makers about a problem.
     void reportProblemPressed();
 
+protected:
+    /// Notices the closing of windows.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void buildMenu();
     [[nodiscard]] static QMenu *editMenuItem(QWidget &parent);
@@ -139,7 +143,7 @@ private:
 
     std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
     std::unique_ptr<MainWindow> m_mainWindow;
-    QPointer<QWidget> m_messagesWindow;
+    std::unique_ptr<QWidget> m_messagesWindow;
     QPushButton *m_breakButton = nullptr;
     AppearanceLabel *m_breakStatusLabel = nullptr;
     AppearanceLabel *m_hintLabel = nullptr;

@@ -50,9 +50,9 @@ bool namesOneOf(const QString &list, const QStringList &desktops)
 /// texts.
 QString quoted(const QString &argument)
 {
-    static const QRegularExpression reserved(uR"(["`$\\])"_s);
+    static const QRegularExpression reserved(uR"((["`$\\]))"_s);
     QString result = argument;
-    result.replace(reserved, uR"(\\0)"_s);
+    result.replace(reserved, uR"(\\1)"_s);
     result.replace(u'\\', uR"(\\)"_s);
     result.replace(u'%', u"%%"_s);
     return u'"' + result + u'"';

@@ -37,7 +37,7 @@ void AppDelegate::buildMainWindow()
     m_settingsView->hide();
     m_mainWindow->addPage(m_mainView);
     m_mainWindow->addPage(m_settingsView);
-    m_mainWindow->onClose = [this] { lastWindowMayHaveClosed(); };
+    m_mainWindow->installEventFilter(this);
     m_mainWindow->onReturn = [this] {
         if (!m_mainView->isHidden())
             m_breakButton->click();
@@ -130,6 +130,14 @@ void AppDelegate::activate()
 bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() const
 {
     return !isMenuBarMode();
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    // The window is hidden after this event; whether the application goes on is decided then.
+    if (event->type() == QEvent::Close)
+        QMetaObject::invokeMethod(this, &AppDelegate::lastWindowMayHaveClosed, Qt::QueuedConnection);
+    return QObject::eventFilter(watched, event);
 }
 
 void AppDelegate::lastWindowMayHaveClosed()

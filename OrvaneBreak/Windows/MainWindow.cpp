@@ -2,7 +2,6 @@
 #include "Windows/MainWindow.h"
 
 #include <QAction>
-#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenuBar>
@@ -45,15 +44,6 @@ void MainWindow::addPage(QWidget *page)
 {
     page->setParent(m_content);
     page->setGeometry(m_content->rect());
-}
-
-void MainWindow::closeEvent(QCloseEvent *event)
-{
-    event->accept();
-    // The window is hidden after this event; whether the application goes on is decided then.
-    if (onClose)
-        QMetaObject::invokeMethod(
-            this, [this] { onClose(); }, Qt::QueuedConnection);
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)

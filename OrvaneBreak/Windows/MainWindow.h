@@ -21,9 +21,6 @@ public:
     /// Adds a page that fills the content; the window owns it.
     void addPage(QWidget *page);
 
-    /// Called after the user has closed the window; it is hidden then.
-    std::function<void()> onClose;
-
     /// Called when Return is pressed and no button has the focus.
     std::function<void()> onReturn;
 
@@ -31,7 +28,6 @@ public:
     std::function<void()> onBack;
 
 protected:
-    void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

@@ -33,11 +33,12 @@ void AppDelegate::refreshMessageBadges()
 void AppDelegate::showMessages()
 {
     if (!m_messagesWindow) {
-        m_messagesWindow = new QWidget;
+        m_messagesWindow = std::make_unique<QWidget>();
+        m_messagesWindow->installEventFilter(this);
         m_messagesWindow->setObjectName(u"messagesWindow"_s);
         m_messagesWindow->setWindowTitle(u"Messages de Orvane Labs"_s);
         m_messagesWindow->setFixedSize(messagesWindowSize);
-        auto *layout = new QVBoxLayout(m_messagesWindow);
+        auto *layout = new QVBoxLayout(m_messagesWindow.get());
         layout->setContentsMargins(0, emptyTextTop, 0, 0);
         layout->addWidget(
             makeLabel(u"Aucun message pour l'instant.\nLes réponses de Orvane Labs apparaîtront ici."_s, 13,

@@ -202,7 +202,7 @@ private Q_SLOTS:
         QTimer::singleShot(50, qApp, [] { QCoreApplication::exit(7); });
         QCOMPARE(QApplication::exec(), 7);
         QTimer::singleShot(0, f.window(u"messagesWindow"_s), &QWidget::close);
-        f.window(u"messagesWindow"_s)->close();
+        QCOMPARE(QApplication::exec(), 0);
     }
 
     void closingInTheMenuBarHidesTheSameWindow()

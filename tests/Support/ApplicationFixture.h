@@ -57,7 +57,11 @@ public:
 struct ApplicationFixture : EngineFixture
 {
     /// The question of the first launch counts as answered unless a test takes that back.
-    ApplicationFixture() { preferences.setValue(QStringLiteral("OBOnboarded"), true); }
+    ApplicationFixture()
+    {
+        QApplication::setQuitOnLastWindowClosed(false);
+        preferences.setValue(QStringLiteral("OBOnboarded"), true);
+    }
 
     void launch() { delegate.applicationDidFinishLaunching(); }
 

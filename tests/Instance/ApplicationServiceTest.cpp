@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Instance/ApplicationService.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QProcess>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString applicationId = u"ch.example.Eyes-Test"_s;
+const QString objectPath = u"/ch/example/Eyes_Test"_s;
+
+} // namespace
+
+/// The first instance lives in this process, the second starts are this program again, on a session bus of their own.
+class ApplicationServiceTest : public QObject
+{
+    Q_OBJECT
+
+    QProcess m_bus;
+
+    static QProcess *startSecond(const QString &action)
+    {
+        auto *process = new QProcess(qApp);
+        process->start(QCoreApplication::applicationFilePath(), {u"--second"_s, action});
+        return process;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+        QVERIFY(m_bus.waitForReadyRead());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.readLine().trimmed());
+    }
+
+    void cleanupTestCase()
+    {
+        QDBusConnection::disconnectFromBus(QDBusConnection::sessionBus().name());
+        m_bus.terminate();
+        m_bus.waitForFinished();
+    }
+
+    void theFirstLivesAndTheSecondActivatesIt()
+    {
+        ApplicationService service(applicationId);
+        int activations = 0;
+        int breaks = 0;
+        service.onActivate = [&] { ++activations; };
+        service.onBreakNow = [&] { ++breaks; };
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+
+        QProcess *second = startSecond({});
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(second->exitCode(), static_cast<int>(ApplicationService::Start::Second));
+        QCOMPARE(activations, 1);
+        QProcess *third = startSecond(u"break-now"_s);
+        QTRY_COMPARE(third->state(), QProcess::NotRunning);
+        QCOMPARE(activations, 1);
+        QCOMPARE(breaks, 1);
+    }
+
+    void theActivationTokenIsKeptForTheToolkit()
+    {
+        ApplicationService service(applicationId);
+        service.activate({{u"activation-token"_s, u"token-7"_s}});
+        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-7"));
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+        // Nobody listens, and what is unknown is left alone.
+        service.activateAction(u"something-else"_s, {{u"activation-token"_s, 7.5}});
+    }
+
+    void theInterfaceIsTheStandardOne()
+    {
+        ApplicationService service(applicationId);
+        int activations = 0;
+        service.onActivate = [&] { ++activations; };
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        bus.registerObject(objectPath, &service, QDBusConnection::ExportAdaptors);
+        QDBusMessage open = QDBusMessage::createMethodCall(bus.baseService(), objectPath,
+                                                           u"org.freedesktop.Application"_s, u"Open"_s);
+        open << QStringList{u"file:///x"_s} << QVariantMap();
+        QCOMPARE(bus.call(open).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(activations, 1);
+        bus.unregisterObject(objectPath);
+    }
+};
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    if (application.arguments().value(1) == "--second"_L1) {
+        ApplicationService service(applicationId);
+        return static_cast<int>(service.start(application.arguments().value(2)));
+    }
+    ApplicationServiceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "ApplicationServiceTest.moc"
