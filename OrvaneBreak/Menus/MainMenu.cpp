@@ -48,7 +48,7 @@ void AppDelegate::buildMenu()
     addEntry(application, u"reportProblem"_s, u"Signaler un problème…"_s, this,
              &AppDelegate::reportProblemPressed);
     application.addSeparator();
-    addEntry(application, u"quit"_s, u"Quitter OrvaneBreak"_s, qApp, &QCoreApplication::quit,
+    addEntry(application, u"quit"_s, u"Quitter OrvaneBreak"_s, this, &AppDelegate::terminate,
              QKeySequence(Qt::CTRL | Qt::Key_Q));
     m_menuBar->addMenu(editMenuItem(*m_menuBar));
 }

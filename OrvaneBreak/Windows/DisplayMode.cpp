@@ -150,5 +150,5 @@ void AppDelegate::lastWindowMayHaveClosed()
                window->testAttribute(Qt::WA_QuitOnClose);
     });
     if (!isOneLeft && applicationShouldTerminateAfterLastWindowClosed())
-        QCoreApplication::quit();
+        terminate();
 }
