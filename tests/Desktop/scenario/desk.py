@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """One bed with the program on it, and what the parts of the scenario have in common."""
 
+import json
+import pathlib
+
 from driver.probe import Probe
 from driver.tray import Tray
 from driver.waiting import wait_until
@@ -12,6 +15,12 @@ SWITCH_ON = "Protéger mes yeux"
 SWITCH_OFF = "Arrêter les rappels"
 POSTPONE = "Reporter de 10 minutes"
 QUIT = "Quitter OrvaneBreak"
+OPEN = "Ouvrir OrvaneBreak…"
+UPDATES = "Rechercher des mises à jour…"
+REPORT = "Signaler un problème…"
+
+#: The preferences of somebody who lives in the menu bar.
+IN_MENU_BAR = {"OBMenuBarMode": True, "OBOnboarded": True}
 
 #: A place where the pointer is over nothing that changes when it is pointed at.
 _RESTING_PLACE = (1200, 40)
@@ -33,8 +42,12 @@ class Desk:
     # -- the program
 
     def start_program(self, environment=None):
-        """Starts the program; what it says on standard error is kept."""
+        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it gets
+        those of somebody who lives in the menu bar."""
         self._runs += 1
+        file = pathlib.Path(self.bed.environment()["XDG_CONFIG_HOME"]) / "OrvaneBreak" / "preferences.json"
+        if not file.exists():
+            self.write_preferences(file.parent.parent)
         self._error_file = self.bed.home / f"stderr-{self._runs}"
         with open(self._error_file, "wb") as errors:
             self.process = self.bed.run([self._program], environment, stderr=errors)
@@ -49,6 +62,12 @@ class Desk:
         """Starts the program with a break at launch, and waits for its picture."""
         self.start_program({"ORVANE_DEBUG_BREAK": "1", **(environment or {})})
         self.wait_for_break(scale)
+
+    @staticmethod
+    def write_preferences(config_folder, **changes):
+        folder = config_folder / "OrvaneBreak"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / "preferences.json").write_text(json.dumps({**IN_MENU_BAR, **changes}))
 
     def stop_program(self):
         self.bed.stop(self.process)
@@ -79,7 +98,11 @@ class Desk:
     # -- a break
 
     def overlays(self, state=None):
-        """The program's windows that are on the screen, from bottom to top."""
+        """The program's break windows that are on the screen, from bottom to top."""
+        return [window for window in self.windows(state) if window["overrideRedirect"]]
+
+    def windows(self, state=None):
+        """All windows of the program that are on the screen, from bottom to top."""
         return [window for window in (state or self.probe.state())["windows"]
                 if window["processId"] == self.process.pid and window["viewable"]]
 

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 import json
 
-from driver.waiting import comes_true
+from driver.waiting import comes_true, wait_until
 
 from .desk import SWITCH_OFF, SWITCH_ON
 
@@ -13,9 +13,8 @@ def absent_services(desk, report):
     without_bus = {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)}
     _break_works(desk, report, "without D-Bus", without_bus)
     _break_works(desk, report, "without a tray", {})
-    _break_works(desk, report, "with a folder for its preferences that nobody can write to",
-                 {"XDG_CONFIG_HOME": "/sys/kernel"})
-    _break_works(desk, report, "with a file in place of its preferences folder", {"XDG_CONFIG_HOME": "/dev/null"})
+    _first_launch_works(desk, report, "with a folder for its preferences that nobody can write to", "/sys/kernel")
+    _first_launch_works(desk, report, "with a file in place of its preferences folder", "/dev/null")
     _no_display(desk, report)
 
 
@@ -26,6 +25,28 @@ def _break_works(desk, report, where, environment):
     report.promise(text, comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
     report.promise(f"says at most one line {where}", len(desk.said()) <= 1, desk.said())
     desk.stop_program()
+
+
+def _first_launch_works(desk, report, where, config_folder):
+    """Where nothing can be stored, every launch is the first: the question comes before the break."""
+    desk.start_program({"XDG_CONFIG_HOME": config_folder, "ORVANE_DEBUG_BREAK": "1"})
+    answer_first_question(desk)
+    desk.wait_for_break()
+    desk.bed.press("Escape")
+    report.promise(f"starts and shows a break {where}",
+                   comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
+    report.promise(f"says at most one line {where}", len(desk.said()) <= 1, desk.said())
+    desk.stop_program()
+
+
+def answer_first_question(desk, *keys):
+    """Waits for the question of the first launch and answers it: the keys, then Return."""
+    wait_until(lambda: len(desk.windows()) >= 2, "the window and the question over it")
+    question = desk.windows()[-1]
+    wait_until(lambda: desk.probe.state()["focus"] != 1, "a window with the keyboard")
+    for key in (*keys, "Return"):
+        desk.bed.press(key)
+    wait_until(lambda: question["id"] not in [window["id"] for window in desk.windows()], "the end of the question")
 
 
 def _no_display(desk, report):
@@ -42,16 +63,17 @@ def preferences(desk, report):
     """Preferences in a folder that does not exist yet."""
     folder = desk.bed.home / "fresh" / "config"
     desk.start_program({"XDG_CONFIG_HOME": str(folder)})
-    comes_true(desk.tray.items, 5)
+    answer_first_question(desk, "Tab")
+    report.promise("the eye comes when the menu bar is chosen at first launch", comes_true(desk.tray.items, 5))
+    report.promise("the answer is kept", json.loads((folder / "OrvaneBreak" / "preferences.json").read_text())
+                   == {"OBMenuBarMode": True, "OBOnboarded": True})
     desk.tray.click(SWITCH_ON)
     report.promise("reminders go on with a preferences folder that does not exist yet",
                    comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
     desk.stop_program()
 
-    folder = folder / "OrvaneBreak"
-    folder.mkdir(parents=True, exist_ok=True)
-    (folder / "preferences.json").write_text(json.dumps({"OBPauseSeconds": 60}))
-    desk.start_in_break({"XDG_CONFIG_HOME": str(folder.parent)})
+    desk.write_preferences(folder, OBPauseSeconds=60)
+    desk.start_in_break({"XDG_CONFIG_HOME": str(folder)})
     wide = desk.parts()[0]["ring"]
     report.promise("a break of 60 s shows the same layout", abs(wide.size[0] - 140) <= 2, wide)
     desk.end_break()

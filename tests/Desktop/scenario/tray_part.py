@@ -2,14 +2,16 @@
 from driver.tray import Tray
 from driver.waiting import comes_true, wait_until
 
-from .desk import BREAK_NOW, POSTPONE, QUIT, SWITCH_OFF, SWITCH_ON
+from .desk import BREAK_NOW, OPEN, POSTPONE, QUIT, REPORT, SWITCH_OFF, SWITCH_ON, UPDATES
+
+_ENTRIES = [SWITCH_ON, BREAK_NOW, POSTPONE, "-", OPEN, "-", UPDATES, REPORT, "-", QUIT]
 
 
 def tray(desk, report):
     """Icon and menu in the tray."""
     desk.start_program()
     wait_until(lambda: "Qt Selection Owner for orvanebreak" in str(desk.probe.state()), "the start of the program")
-    report.promise("starts without any window", not desk.overlays())
+    report.promise("starts without any window", not desk.windows())
     desk.tray = Tray(desk.bed)
     report.promise("tray icon comes when the tray comes late", comes_true(desk.tray.items, 5))
     _icon(desk, report)
@@ -17,7 +19,7 @@ def tray(desk, report):
     desk.tray.stop()
     desk.tray = Tray(desk.bed)
     report.promise("tray icon is back after the tray restarted", comes_true(desk.tray.items, 5))
-    report.promise("menu is whole after the tray restarted", desk.tray.labels()[1:] == [BREAK_NOW, POSTPONE, "-", QUIT])
+    report.promise("menu is whole after the tray restarted", desk.tray.labels() == _ENTRIES)
 
 
 def _icon(desk, report):
@@ -29,7 +31,7 @@ def _icon(desk, report):
 
 def _menu(desk, report):
     labels = desk.tray.labels()
-    report.promise("menu has its entries", labels == [SWITCH_ON, BREAK_NOW, POSTPONE, "-", QUIT], labels)
+    report.promise("menu has its entries", labels == _ENTRIES, labels)
     report.promise("every entry can be chosen", all(entry["enabled"] for entry in desk.tray.menu()))
     desk.tray.open()
     icon_off, entry = desk.tray.icon(), desk.tray.menu()[0]
