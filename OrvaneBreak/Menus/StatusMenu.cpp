@@ -4,7 +4,6 @@
 #include "Menus/Entries.h"
 #include "Updates/StandardUpdaterController.h"
 
-
 using namespace Qt::StringLiterals;
 
 std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()

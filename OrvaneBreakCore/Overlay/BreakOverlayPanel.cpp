@@ -33,7 +33,8 @@ constexpr int gapAfterButton = 4;
 
 BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     : m_ring(new RingView)
-    , m_skipButton(new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), white(0.55F), skipButtonPadding))
+    , m_skipButton(
+          new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), white(0.55F), skipButtonPadding))
 {
     setObjectName(u"breakOverlayPanel"_s);
     setWindowTitle(u"OrvaneBreak"_s);

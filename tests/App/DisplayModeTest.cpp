@@ -100,7 +100,8 @@ private Q_SLOTS:
             QCOMPARE(question.informativeText(),
                      u"Où veux-tu que l'app vive ?\n\n"
                      "Dans le Dock : une app classique avec sa fenêtre.\n"
-                     "Dans la barre de menus : un petit oeil discret en haut de l'écran, toujours à portée de clic.\n\n"
+                     "Dans la barre de menus : un petit oeil discret en haut de l'écran, toujours à portée "
+                     "de clic.\n\n"
                      "Tu pourras changer d'avis à tout moment dans la fenêtre de l'app."_s);
             QCOMPARE(question.textFormat(), Qt::PlainText);
             QCOMPARE(question.defaultButton()->text(), u"Dans le Dock"_s);

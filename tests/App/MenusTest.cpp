@@ -57,8 +57,9 @@ private Q_SLOTS:
         f.launch();
         const QMenu &menu = mainMenu(0);
         QCOMPARE(menu.title(), u"OrvaneBreak"_s);
-        QCOMPARE(visibleTexts(menu), (QStringList{u"Rechercher des mises à jour…"_s, u"Signaler un problème…"_s, u"-"_s,
-                                                  u"Quitter OrvaneBreak"_s}));
+        QCOMPARE(visibleTexts(menu),
+                 (QStringList{u"Rechercher des mises à jour…"_s, u"Signaler un problème…"_s, u"-"_s,
+                              u"Quitter OrvaneBreak"_s}));
         QVERIFY(!entry(menu, u"Message de Orvane Labs"_s).isVisible());
         QCOMPARE(menu.actions().at(1), &entry(menu, u"Message de Orvane Labs"_s));
         QCOMPARE(entry(menu, u"Quitter OrvaneBreak"_s).shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -70,8 +71,8 @@ private Q_SLOTS:
         f.launch();
         const QMenu &menu = mainMenu(1);
         QCOMPARE(menu.title(), u"Édition"_s);
-        QCOMPARE(visibleTexts(menu), (QStringList{u"Annuler"_s, u"Rétablir"_s, u"-"_s, u"Couper"_s, u"Copier"_s,
-                                                  u"Coller"_s, u"Tout sélectionner"_s}));
+        QCOMPARE(visibleTexts(menu), (QStringList{u"Annuler"_s, u"Rétablir"_s, u"-"_s, u"Couper"_s,
+                                                  u"Copier"_s, u"Coller"_s, u"Tout sélectionner"_s}));
         f.window()->setFocus();
         for (const QAction *action : menu.actions())
             QVERIFY2(action->isSeparator() || !action->isEnabled(), qPrintable(action->text()));

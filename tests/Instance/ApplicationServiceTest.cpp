@@ -16,7 +16,8 @@ const QString objectPath = u"/ch/example/Eyes_Test"_s;
 
 } // namespace
 
-/// The first instance lives in this process, the second starts are this program again, on a session bus of their own.
+/// The first instance lives in this process, the second starts are this program again, on a session bus of
+/// their own.
 class ApplicationServiceTest : public QObject
 {
     Q_OBJECT

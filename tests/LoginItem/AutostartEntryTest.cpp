@@ -63,8 +63,8 @@ private Q_SLOTS:
         QTest::newRow("for no desktop") << start + "OnlyShowIn=\n" << false;
         QTest::newRow("not for this desktop") << start + "NotShowIn=GNOME;\n" << false;
         QTest::newRow("not for another desktop") << start + "NotShowIn=KDE;\n" << true;
-        QTest::newRow("windows line ends") << QByteArray("[Desktop Entry]\r\nType=Application\r\nExec=x\r\nHidden=true\r\n")
-                                           << false;
+        QTest::newRow("windows line ends")
+            << QByteArray("[Desktop Entry]\r\nType=Application\r\nExec=x\r\nHidden=true\r\n") << false;
         QTest::newRow("no command") << QByteArray("[Desktop Entry]\nType=Application\n") << false;
         QTest::newRow("no group") << QByteArray("Type=Application\nExec=x\n") << false;
         QTest::newRow("empty") << QByteArray() << false;
@@ -125,7 +125,8 @@ private Q_SLOTS:
         QVERIFY(program.open(QIODevice::WriteOnly));
         QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), program.fileName());
         QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), folder.filePath(u"current/bin/orvanebreak"_s));
+        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()),
+                 folder.filePath(u"current/bin/orvanebreak"_s));
         QCOMPARE(AutostartEntry::stableExecutable(u"/usr/bin/orvanebreak"_s), u"/usr/bin/orvanebreak"_s);
     }
 
@@ -137,7 +138,8 @@ private Q_SLOTS:
         QCOMPARE(absolute.file, u"/somewhere/autostart/ch.example.Eyes.desktop"_s);
         QCOMPARE(absolute.desktops, (QStringList{u"ubuntu"_s, u"GNOME"_s}));
         qputenv("XDG_CONFIG_HOME", "relative");
-        QCOMPARE(AutostartEntry::standardParameters(u"e"_s).file, QDir::homePath() + u"/.config/autostart/e.desktop"_s);
+        QCOMPARE(AutostartEntry::standardParameters(u"e"_s).file,
+                 QDir::homePath() + u"/.config/autostart/e.desktop"_s);
     }
 };
 

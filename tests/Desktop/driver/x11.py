@@ -114,6 +114,11 @@ class X11Bed(Bed):
     def type(self, text):
         self._call(["xdotool", "type", "--delay", "5", text])
 
+    def windows_titled(self, title):
+        """The windows with this title that are on the screen, in frames of a window manager as well."""
+        found = self._call(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"])
+        return {int(identifier) for identifier in found.split()}
+
     def press(self, key):
         self._call(["xdotool", "key", key])
 

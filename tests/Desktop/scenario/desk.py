@@ -99,12 +99,8 @@ class Desk:
 
     def overlays(self, state=None):
         """The program's break windows that are on the screen, from bottom to top."""
-        return [window for window in self.windows(state) if window["overrideRedirect"]]
-
-    def windows(self, state=None):
-        """All windows of the program that are on the screen, from bottom to top."""
         return [window for window in (state or self.probe.state())["windows"]
-                if window["processId"] == self.process.pid and window["viewable"]]
+                if window["processId"] == self.process.pid and window["viewable"] and window["overrideRedirect"]]
 
     def begin_break(self):
         """Begins a break from the tray's menu and waits for its picture; returns the moment of the click."""
