@@ -68,6 +68,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
+    QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
     return QApplication::exec();
 }
 
