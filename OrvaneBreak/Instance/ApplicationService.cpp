@@ -71,14 +71,14 @@ ApplicationService::Start ApplicationService::handOver(const QString &action) co
     return answer.type() == QDBusMessage::ReplyMessage ? Start::Second : Start::Failed;
 }
 
-void ApplicationService::activate(const QVariantMap &platformData)
+void ApplicationService::activate(const QVariantMap &platformData) const
 {
     rememberToken(platformData);
     if (onActivate)
         onActivate();
 }
 
-void ApplicationService::activateAction(const QString &name, const QVariantMap &platformData)
+void ApplicationService::activateAction(const QString &name, const QVariantMap &platformData) const
 {
     rememberToken(platformData);
     if (name == "break-now"_L1 && onBreakNow)

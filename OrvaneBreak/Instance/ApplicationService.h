@@ -37,8 +37,8 @@ public:
     std::function<void()> onBreakNow;
 
     /// What the bus calls; `platformData` may carry an activation token.
-    void activate(const QVariantMap &platformData);
-    void activateAction(const QString &name, const QVariantMap &platformData);
+    void activate(const QVariantMap &platformData) const;
+    void activateAction(const QString &name, const QVariantMap &platformData) const;
 
 private:
     [[nodiscard]] Start handOver(const QString &action) const;
