@@ -11,7 +11,8 @@ import sys
 from driver.bed import CannotStart
 from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
-from scenario import ending_part, hotplug_part, keyboard_part, look_part, pace_part, service_part, tray_part
+from scenario import (ending_part, hotplug_part, keyboard_part, look_part, pace_part, service_part, shell_part,
+                      tray_part)
 from scenario.desk import Desk
 from scenario.promises import Report, table, write_json
 
@@ -29,8 +30,8 @@ BEDS = {"x11-openbox": managed("openbox"), "x11-xfwm4": managed("xfwm4"), "x11-i
 def everyday(desk, report):
     """A day with the program on one desktop."""
     report.run(tray_part.tray, desk, report)
-    for part in (look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints, pace_part.opening,
-                 ending_part.leaving):
+    for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
+                 pace_part.opening, ending_part.leaving):
         desk.tidy_up(program_runs=True)
         report.run(part, desk, report)
     desk.tidy_up(program_runs=False)

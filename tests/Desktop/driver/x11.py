@@ -4,6 +4,7 @@
 import glob
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -118,6 +119,10 @@ class X11Bed(Bed):
         """The windows with this title that are on the screen, in frames of a window manager as well."""
         found = self._call(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"])
         return {int(identifier) for identifier in found.split()}
+
+    def window_states(self, identifier):
+        """The names of the states that the window manager keeps for a window."""
+        return set(re.findall(r"_NET_WM_STATE_\w+", self._call(["xprop", "-id", str(identifier), "_NET_WM_STATE"])))
 
     def press(self, key):
         self._call(["xdotool", "key", key])

@@ -52,6 +52,10 @@ class Desk:
         with open(self._error_file, "wb") as errors:
             self.process = self.bed.run([self._program], environment, stderr=errors)
 
+    def start_again(self):
+        """Starts the program a second time; returns its process."""
+        return self.bed.run([self._program])
+
     def start_with_tray(self):
         """Starts the program beside a running tray, and waits for its icon."""
         self.tray = self.tray or Tray(self.bed)
