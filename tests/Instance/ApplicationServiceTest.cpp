@@ -26,7 +26,7 @@ class ApplicationServiceTest : public QObject
 
     static QProcess *startSecond(const QString &action)
     {
-        auto *process = new QProcess(qApp);
+        auto *process = new QProcess(QCoreApplication::instance());
         process->start(QCoreApplication::applicationFilePath(), {u"--second"_s, action});
         return process;
     }
