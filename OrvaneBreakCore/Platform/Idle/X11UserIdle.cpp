@@ -28,8 +28,7 @@ using MessagePointer = std::unique_ptr<Message, FreeDeleter>;
 
 xcb_window_t rootWindowOfServerWithExtension(xcb_connection_t *connection)
 {
-    if (xcb_connection_has_error(connection) != 0)
-        return XCB_WINDOW_NONE;
+    // Also nullptr for a connection in error.
     const xcb_query_extension_reply_t *extension = xcb_get_extension_data(connection, &xcb_screensaver_id);
     if (!extension || extension->present == 0)
         return XCB_WINDOW_NONE;

@@ -19,7 +19,7 @@ public:
     enum class Answer
     {
         Figure,
-        Error,
+        Error, ///< With the figure in it.
         Text,
         Silence,
     };
@@ -35,8 +35,11 @@ public Q_SLOTS:
         if (answer == Answer::Figure)
             return milliseconds;
         setDelayedReply(true);
-        if (answer == Answer::Error)
-            connection().send(message().createErrorReply(QDBusError::Failed, QStringLiteral("broken")));
+        if (answer == Answer::Error) {
+            QDBusMessage error = message().createErrorReply(QDBusError::Failed, {});
+            error.setArguments({milliseconds.load()});
+            connection().send(error);
+        }
         if (answer == Answer::Text)
             connection().send(message().createReply(QStringLiteral("1000")));
         return 0;

@@ -4,6 +4,7 @@
 #include "Platform/Idle/FakeCompositor.h"
 #include "Platform/Idle/FakeIdleMonitor.h"
 #include "Platform/Idle/SessionBusDaemon.h"
+#include "Platform/Idle/SettableClock.h"
 
 #include <QTest>
 
@@ -12,15 +13,6 @@
 #include <thread>
 
 namespace {
-
-class StoppedClock final : public RunLoop
-{
-public:
-    [[nodiscard]] Date now() const override { return Date(std::chrono::seconds(1'000'000)); }
-
-protected:
-    void scheduleChanged() override {}
-};
 
 /// A compositor that answers on its own at WAYLAND_DISPLAY, because the program waits for it.
 class RunningCompositor
@@ -97,6 +89,8 @@ private Q_SLOTS:
         QTest::newRow("GNOME X11") << no << no << no << yes << yes << Name("XScreenSaver extension");
         QTest::newRow("bare GNOME X11")
             << no << no << no << yes << no << Name("org.gnome.Mutter.IdleMonitor");
+        QTest::newRow("protocols without a session")
+            << no << yes << yes << no << yes << Name("XScreenSaver extension");
         QTest::newRow("bare X11") << no << no << no << no << no << Name("none");
     }
 
@@ -113,7 +107,7 @@ private Q_SLOTS:
 
     void withoutAnyDesktop()
     {
-        const StoppedClock clock;
+        const SettableClock clock;
         const ChosenUserIdle chosen = makeUserIdle(clock);
         QCOMPARE(chosen.source, UserIdleSource::None);
         QVERIFY(chosen.userIdle->secondsSinceLastInput() == InputIdleSeconds{});
@@ -142,6 +136,8 @@ private Q_SLOTS:
                 fake.offerKdeIdle();
             if (ext)
                 fake.offerExtIdleNotify();
+            // Something else comes last.
+            fake.offerSeat();
         });
         std::unique_ptr<FakeIdleMonitor> monitor;
         if (mutter) {
@@ -149,7 +145,7 @@ private Q_SLOTS:
             QVERIFY(monitor->isRegistered);
             monitor->object.milliseconds = 7'000;
         }
-        const StoppedClock clock;
+        const SettableClock clock;
         const ChosenUserIdle chosen = makeUserIdle(clock);
         QTEST(chosen.source, "source");
         const double expected = chosen.source == UserIdleSource::MutterIdleMonitor ? 7.0 : 0.0;

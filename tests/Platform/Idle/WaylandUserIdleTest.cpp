@@ -2,32 +2,21 @@
 #include "Platform/Idle/WaylandUserIdle.h"
 
 #include "Platform/Idle/FakeCompositor.h"
+#include "Platform/Idle/SettableClock.h"
 
 #include <QAbstractEventDispatcher>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <wayland-client-core.h>
 
 #include <cstdarg>
-#include <vector>
+#include <functional>
+#include <memory>
 
 using namespace std::chrono_literals;
 
 namespace {
-
-/// A clock that the test sets; no timer is ever scheduled.
-class SettableClock final : public RunLoop
-{
-public:
-    [[nodiscard]] Date now() const override { return m_now; }
-    void pass(Interval interval) { m_now += interval; }
-
-protected:
-    void scheduleChanged() override {}
-
-private:
-    Date m_now{1'000'000s};
-};
 
 int clientLogLines = 0;
 
@@ -188,10 +177,44 @@ private Q_SLOTS:
         QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
         QCoreApplication::processEvents();
         QCOMPARE(f.compositor.notifications().size(), 0U);
-        f.compositor.offerSeat(1);
+        f.compositor.offerSeat();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
         QVERIFY(f.hasFigure(60));
+    }
+
+    void aSecondSeatLeavesTheWatchOfTheFirstAlone()
+    {
+        Fixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+        const wl_resource *watched = f.compositor.notifications().front().resource;
+
+        f.compositor.offerSeat();
+        f.compositor.pump();
+        QCoreApplication::processEvents();
+        f.compositor.pump();
+        QCOMPARE(f.figure(), 60.0);
+        QCOMPARE(f.compositor.notifications().size(), 1U);
+        QVERIFY(f.compositor.notifications().front().resource == watched);
+    }
+
+    void aSeatOfAVersionThatCannotBeReleased()
+    {
+        Fixture f;
+        wl_global *seat = f.compositor.offerSeat(1);
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.withdraw(seat);
+        QVERIFY(f.hasNotifications(0));
+        // A release that the seat does not know would have cost the connection.
+        f.compositor.offerSeat(1);
+        QVERIFY(f.hasNotifications(1));
     }
 
     void onlyTheFirstSeatIsWatchedAndTheNextOneTakesOver()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Idle/SettableClock.h"
 #include "Platform/Idle/UserIdleFactory.h"
 #include "Platform/Idle/X11UserIdle.h"
 
@@ -45,15 +46,6 @@ private:
     QProcess m_process;
 };
 
-class StoppedClock final : public RunLoop
-{
-public:
-    [[nodiscard]] Date now() const override { return Date(std::chrono::seconds(1'000'000)); }
-
-protected:
-    void scheduleChanged() override {}
-};
-
 } // namespace
 
 /// The idle time on a real X server, with real input.
@@ -91,7 +83,7 @@ private Q_SLOTS:
         const VirtualXServer server;
         QVERIFY(server.isRunning);
         qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-        const StoppedClock clock;
+        const SettableClock clock;
         const ChosenUserIdle chosen = makeUserIdle(clock);
         QCOMPARE(chosen.source, UserIdleSource::XScreenSaver);
         QTRY_VERIFY(chosen.userIdle->secondsSinceLastInput().front() > 0);
