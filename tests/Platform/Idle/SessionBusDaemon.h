@@ -4,6 +4,9 @@
 #include <QProcess>
 #include <QString>
 
+#include <signal.h>
+#include <sys/prctl.h>
+
 /// A session bus of the test's own, which ends with this object.
 class SessionBusDaemon
 {
@@ -12,6 +15,8 @@ public:
     {
         using namespace Qt::StringLiterals;
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        // It ends with a test that crashes, too.
+        m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_process.start(u"dbus-daemon"_s, {u"--session"_s, u"--print-address"_s, u"--nofork"_s});
         while (!m_process.canReadLine() && m_process.waitForReadyRead(10'000)) {
         }

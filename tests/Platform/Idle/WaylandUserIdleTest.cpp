@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Platform/Idle/WaylandUserIdle.h"
-
-#include "Platform/Idle/FakeCompositor.h"
-#include "Platform/Idle/SettableClock.h"
+#include "Platform/Idle/WaylandIdleFixture.h"
 
 #include <QAbstractEventDispatcher>
 #include <QRegularExpression>
@@ -11,61 +8,12 @@
 #include <wayland-client-core.h>
 
 #include <cstdarg>
-#include <functional>
-#include <memory>
 
 using namespace std::chrono_literals;
 
 namespace {
 
 int clientLogLines = 0;
-
-struct Fixture
-{
-    explicit Fixture(WaylandIdleProtocol wanted = WaylandIdleProtocol::ExtIdleNotify)
-        : protocol(wanted)
-    {
-    }
-
-    /// The idle time of a new client of the compositor.
-    void start(std::chrono::milliseconds timeout = WaylandUserIdle::usualTimeout)
-    {
-        userIdle = std::make_unique<WaylandUserIdle>(
-            clock, WaylandDisplayPointer(wl_display_connect_to_fd(compositor.connectClient())), protocol,
-            timeout);
-    }
-
-    wl_global *offerProtocol()
-    {
-        return protocol == WaylandIdleProtocol::ExtIdleNotify ? compositor.offerExtIdleNotify()
-                                                              : compositor.offerKdeIdle();
-    }
-
-    [[nodiscard]] bool settles(const std::function<bool()> &condition)
-    {
-        return QTest::qWaitFor([&] {
-            compositor.pump();
-            return condition();
-        });
-    }
-
-    [[nodiscard]] bool hasNotifications(std::size_t count)
-    {
-        return settles([&] { return compositor.notifications().size() == count; });
-    }
-
-    [[nodiscard]] bool hasFigure(double expected)
-    {
-        return settles([&] { return figure() == expected; });
-    }
-
-    [[nodiscard]] double figure() const { return userIdle->secondsSinceLastInput().front(); }
-
-    SettableClock clock;
-    FakeCompositor compositor;
-    WaylandIdleProtocol protocol;
-    std::unique_ptr<WaylandUserIdle> userIdle;
-};
 
 } // namespace
 
@@ -98,7 +46,7 @@ private Q_SLOTS:
     void idledAndResumed()
     {
         QFETCH(WaylandIdleProtocol, protocol);
-        Fixture f(protocol);
+        WaylandIdleFixture f(protocol);
         f.compositor.offerSeat();
         f.compositor.offerKdeIdle();
         f.compositor.offerExtIdleNotify();
@@ -128,7 +76,7 @@ private Q_SLOTS:
 
     void theTimeoutIsThatOfTheConstructor()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.offerProtocol();
         f.start(5s);
@@ -140,7 +88,7 @@ private Q_SLOTS:
 
     void aClockSetBackGivesNoNegativeFigure()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.offerProtocol();
         f.start();
@@ -153,7 +101,7 @@ private Q_SLOTS:
 
     void noProtocolCountsAsActiveUntilOneAppears()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.compositor.offerKdeIdle();
         f.start();
@@ -171,7 +119,7 @@ private Q_SLOTS:
 
     void aSeatThatComesLater()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.offerProtocol();
         f.start();
         QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
@@ -185,7 +133,7 @@ private Q_SLOTS:
 
     void aSecondSeatLeavesTheWatchOfTheFirstAlone()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.offerProtocol();
         f.start();
@@ -205,7 +153,7 @@ private Q_SLOTS:
 
     void aSeatOfAVersionThatCannotBeReleased()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         wl_global *seat = f.compositor.offerSeat(1);
         f.offerProtocol();
         f.start();
@@ -219,7 +167,7 @@ private Q_SLOTS:
 
     void onlyTheFirstSeatIsWatchedAndTheNextOneTakesOver()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         wl_global *first = f.compositor.offerSeat();
         f.compositor.offerSeat();
         f.offerProtocol();
@@ -241,7 +189,7 @@ private Q_SLOTS:
 
     void aSeatThatGoesAndComesBack()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         wl_global *seat = f.compositor.offerSeat();
         f.offerProtocol();
         f.start();
@@ -265,7 +213,7 @@ private Q_SLOTS:
     void aProtocolThatIsWithdrawn()
     {
         QFETCH(WaylandIdleProtocol, protocol);
-        Fixture f(protocol);
+        WaylandIdleFixture f(protocol);
         f.compositor.offerSeat();
         wl_global *global = f.offerProtocol();
         f.start();
@@ -281,7 +229,7 @@ private Q_SLOTS:
 
     void aCompositorThatDies()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.offerProtocol();
         f.start();
@@ -302,7 +250,7 @@ private Q_SLOTS:
 
     void aCompositorThatDiesBeforeItAnswers()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         const int socket = f.compositor.connectClient();
         f.compositor.die();
         WaylandUserIdle userIdle(f.clock, WaylandDisplayPointer(wl_display_connect_to_fd(socket)),
@@ -320,7 +268,7 @@ private Q_SLOTS:
 
     void theEndClosesTheConnection()
     {
-        Fixture f;
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
         f.offerProtocol();
         f.start();

@@ -6,7 +6,8 @@
 #include <QProcess>
 #include <QTest>
 
-#include <xcb/xcb.h>
+#include <signal.h>
+#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +20,8 @@ public:
     explicit VirtualXServer(const QStringList &arguments = {})
     {
         m_process.setStandardErrorFile(QProcess::nullDevice());
+        // It ends with a test that crashes, too.
+        m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_process.start(u"Xvfb"_s, QStringList{u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"640x480x24"_s,
                                                u"-nolisten"_s, u"tcp"_s, u"-noreset"_s, u"-ac"_s} +
                                        arguments);
