@@ -2,7 +2,6 @@
 #include "Platform/Appearance/PortalAppearance.h"
 
 #include <QApplication>
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QPalette>
 
@@ -63,11 +62,12 @@ QPalette lightPalette()
 
 } // namespace
 
-PortalAppearance::PortalAppearance()
+PortalAppearance::PortalAppearance(QDBusConnection bus)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
+    // Without this the connection is refused, silently: the bus looks the slot's types up by their names.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
 
@@ -19,9 +20,9 @@ public:
         Light = 2
     };
 
-    /// Asks once, for at most a quarter of a second, so that the first window has the right colours from the
-    /// start.
-    PortalAppearance();
+    /// Asks once on `bus`, for at most a quarter of a second, so that the first window has the right colours
+    /// from the start. A bus that is not connected is a desktop without a portal.
+    explicit PortalAppearance(QDBusConnection bus = QDBusConnection::sessionBus());
 
     /// The palette of a scheme.
     static void apply(Scheme scheme);
