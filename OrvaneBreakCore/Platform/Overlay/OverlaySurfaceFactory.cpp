@@ -8,7 +8,9 @@
 
 std::unique_ptr<OverlaySurface> makeOverlaySurface()
 {
-    if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+    // The platform plugin without screens of its own claims to be X11 as well, and has no connection.
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 && x11->connection())
         return std::make_unique<X11OverlaySurface>(x11->connection());
     return std::make_unique<FullScreenOverlaySurface>();
 }

@@ -28,7 +28,9 @@ public:
 
 std::unique_ptr<WindowPresence> makeWindowPresence()
 {
-    if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+    // The platform plugin without screens of its own claims to be X11 as well, and has no connection.
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 && x11->connection())
         return std::make_unique<X11WindowPresence>(x11->connection());
     return std::make_unique<PlainWindowPresence>();
 }
