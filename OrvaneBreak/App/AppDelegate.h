@@ -6,6 +6,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QSize>
 
 #include <memory>
 
@@ -33,6 +34,9 @@ class AppDelegate final : public QObject
     Q_OBJECT
 
 public:
+    /// Size of the main window's content in device-independent pixels; both pages are laid out in it.
+    static constexpr QSize winSize{430, 500};
+
     /// What the delegate works with; the references outlive it.
     struct Services
     {

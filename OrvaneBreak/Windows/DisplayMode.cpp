@@ -30,7 +30,7 @@ bool AppDelegate::isMenuBarMode() const
 
 void AppDelegate::buildMainWindow()
 {
-    m_mainWindow = std::make_unique<MainWindow>(std::move(m_menuBar));
+    m_mainWindow = std::make_unique<MainWindow>(std::move(m_menuBar), winSize);
     m_presence.adopt(*m_mainWindow);
     m_mainView = buildMainView();
     m_settingsView = buildSettingsView();

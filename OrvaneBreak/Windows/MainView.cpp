@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize pageSize(430, 500);
 constexpr int iconSize = 92;
 constexpr int cornerMargin = 14;
 constexpr int cornerButtonSize = 30;
@@ -31,6 +30,7 @@ QLabel *applicationIconView()
     view->setFixedSize(iconSize, iconSize);
     view->setPixmap(icon.pixmap(QSize(iconSize, iconSize), qApp->devicePixelRatio()));
     view->setObjectName(u"applicationIcon"_s);
+    view->setAccessibleName(u"OrvaneBreak"_s);
     return view;
 }
 
@@ -40,7 +40,7 @@ QWidget *AppDelegate::buildMainView()
 {
     auto *root = new QWidget;
     root->setObjectName(u"mainView"_s);
-    root->resize(pageSize);
+    root->resize(winSize);
 
     auto *title = makeLabel(u"OrvaneBreak"_s, 24, QFont::Bold, labelColor());
     title->setObjectName(u"title"_s);

@@ -4,19 +4,13 @@
 #include <QAction>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMenuBar>
 #include <QScreen>
-#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr QSize contentSize(430, 500);
-
-} // namespace
-
-MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar)
+MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize)
     : m_content(new QWidget)
 {
     setObjectName(u"mainWindow"_s);
@@ -25,13 +19,10 @@ MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar)
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     m_content->setObjectName(u"content"_s);
     m_content->setFixedSize(contentSize);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->setMenuBar(menuBar.release());
-    layout->addWidget(m_content);
-    layout->activate();
+    setMenuBar(menuBar.release());
+    setCentralWidget(m_content);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+    layout()->activate();
     auto *close = new QAction(this);
     close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     connect(close, &QAction::triggered, this, &QWidget::close);
@@ -55,5 +46,5 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
     else if (isBack && onBack)
         onBack();
     else
-        QWidget::keyPressEvent(event);
+        QMainWindow::keyPressEvent(event);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QWidget>
+#include <QMainWindow>
 
 #include <functional>
 #include <memory>
@@ -10,13 +10,13 @@ class QMenuBar;
 
 /// The one window of the application: its menu bar, unless the desktop shows that elsewhere, above a content
 /// of fixed size with one of two pages. It is hidden and shown, never rebuilt.
-class MainWindow final : public QWidget
+class MainWindow final : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Takes the menu bar over.
-    explicit MainWindow(std::unique_ptr<QMenuBar> menuBar);
+    /// Takes the menu bar over; `contentSize` is in device-independent pixels, without menu bar and frame.
+    MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize);
 
     /// Adds a page that fills the content; the window owns it.
     void addPage(QWidget *page);

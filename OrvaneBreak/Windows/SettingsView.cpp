@@ -19,7 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize pageSize(430, 500);
 constexpr int margin = 24;
 constexpr int contentRight = 406;
 constexpr int cardLeft = 40;
@@ -80,7 +79,8 @@ public:
         caption->move(cardLeft, middle - caption->height() / 2);
         auto *popUp = add(new QComboBox, name);
         popUp->setFont(systemFont(controlFontSize, QFont::Normal));
-        popUp->setAccessibleName(title);
+        // Screen readers read a pop-up button's value, and take its name from the label that belongs to it.
+        caption->setBuddy(popUp);
         popUp->setGeometry(popUpLeft, middle - 13, 120, 26);
         for (const auto &option : options)
             popUp->addItem(option.titre.toString(), option.*number);
@@ -132,7 +132,7 @@ QWidget *AppDelegate::buildSettingsView()
 {
     auto *root = new FlippedView;
     root->setObjectName(u"settingsView"_s);
-    root->resize(pageSize);
+    root->resize(winSize);
     PageBuilder page(root);
 
     auto *back = page.add(new SymbolButton(u"chevron.left"_s, 15, u"Retour"_s), u"backButton"_s);
