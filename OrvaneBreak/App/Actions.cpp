@@ -6,6 +6,7 @@
 #include "Platform/Process/MessageFilter.h"
 #include "Updates/StandardUpdaterController.h"
 #include "Visuals/Palette.h"
+#include "Windows/CheckBoxes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -81,7 +82,7 @@ void AppDelegate::showSettings()
 {
     m_mainView->hide();
     m_settingsView->show();
-    m_loginCheckbox->setChecked(m_loginItem.isEnabled());
+    setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled());
 }
 
 void AppDelegate::showMain()
@@ -96,7 +97,7 @@ void AppDelegate::toggleLoginItem(QCheckBox &sender)
     if (!problem)
         return;
     qCInfo(orvaneLog).noquote() << u"OrvaneBreak: ouverture à la connexion: "_s + *problem;
-    sender.setChecked(m_loginItem.isEnabled());
+    setCheckedQuietly(sender, m_loginItem.isEnabled());
 }
 
 void AppDelegate::toggleAutoUpdates(const QCheckBox &sender)

@@ -3,6 +3,7 @@
 #include "Engine/BreakEngine.h"
 #include "Platform/Preferences.h"
 #include "Platform/Windowing/WindowPresence.h"
+#include "Windows/CheckBoxes.h"
 #include "Windows/MainWindow.h"
 
 #include <QApplication>
@@ -79,7 +80,7 @@ void AppDelegate::showOnboardingIfNeeded()
 
     m_preferences.setValue(menuBarModeKey, question.clickedButton() == menuBar);
     if (m_menuBarCheckbox)
-        m_menuBarCheckbox->setChecked(isMenuBarMode());
+        setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
     applyDisplayMode();
 }
 

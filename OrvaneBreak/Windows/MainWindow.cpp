@@ -23,10 +23,9 @@ MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize)
     setCentralWidget(m_content);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     layout()->activate();
-    auto *close = new QAction(this);
-    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    addAction(close);
+    addShortcut(Qt::CTRL | Qt::Key_W, [this] { close(); });
+    // No key for keyPressEvent: a button with the focus takes every arrow key for itself.
+    addShortcut(Qt::ALT | Qt::Key_Left, [this] { goBack(); });
     if (const QScreen *screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
 }
@@ -40,11 +39,24 @@ void MainWindow::addPage(QWidget *page)
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool isBack = event->key() == Qt::Key_Escape || event->matches(QKeySequence::Back);
     if (isReturn && onReturn)
         onReturn();
-    else if (isBack && onBack)
-        onBack();
+    else if (event->key() == Qt::Key_Escape)
+        goBack();
     else
         QMainWindow::keyPressEvent(event);
+}
+
+void MainWindow::addShortcut(const QKeySequence &keys, const std::function<void()> &call)
+{
+    auto *action = new QAction(this);
+    action->setShortcut(keys);
+    connect(action, &QAction::triggered, this, call);
+    addAction(action);
+}
+
+void MainWindow::goBack()
+{
+    if (onBack)
+        onBack();
 }

@@ -31,5 +31,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void addShortcut(const QKeySequence &keys, const std::function<void()> &call);
+    void goBack();
+
     QWidget *m_content;
 };

@@ -173,7 +173,7 @@ void AppDelegate::buildRhythmCards(QWidget &root)
     page.card({margin, 184, 382, 38});
     QCheckBox *sound = page.checkBox(u"Jouer un son doux au début de la pause"_s, u"soundCheckbox"_s, 193,
                                      BreakSettings::soundEnabled(m_preferences));
-    connect(sound, &QCheckBox::clicked, this, [this, sound] { toggleSound(*sound); });
+    connect(sound, &QCheckBox::toggled, this, [this, sound] { toggleSound(*sound); });
 }
 
 void AppDelegate::buildSystemCard(QWidget &root)
@@ -184,13 +184,13 @@ void AppDelegate::buildSystemCard(QWidget &root)
     QCheckBox *updates =
         page.checkBox(u"Installer les mises à jour automatiquement"_s, u"autoUpdatesCheckbox"_s, 242,
                       updater.automaticallyChecksForUpdates() && updater.automaticallyDownloadsUpdates());
-    connect(updates, &QCheckBox::clicked, this, [this, updates] { toggleAutoUpdates(*updates); });
+    connect(updates, &QCheckBox::toggled, this, [this, updates] { toggleAutoUpdates(*updates); });
     m_menuBarCheckbox = page.checkBox(u"Icône dans la barre de menus (au lieu du Dock)"_s,
                                       u"menuBarCheckbox"_s, 269, isMenuBarMode());
-    connect(m_menuBarCheckbox, &QCheckBox::clicked, this, [this] { toggleMenuBarMode(*m_menuBarCheckbox); });
+    connect(m_menuBarCheckbox, &QCheckBox::toggled, this, [this] { toggleMenuBarMode(*m_menuBarCheckbox); });
     m_loginCheckbox =
         page.checkBox(u"Ouvrir à la connexion"_s, u"loginCheckbox"_s, 296, m_loginItem.isEnabled());
-    connect(m_loginCheckbox, &QCheckBox::clicked, this, [this] { toggleLoginItem(*m_loginCheckbox); });
+    connect(m_loginCheckbox, &QCheckBox::toggled, this, [this] { toggleLoginItem(*m_loginCheckbox); });
 }
 
 void AppDelegate::buildFooter(QWidget &root)

@@ -221,6 +221,18 @@ private Q_SLOTS:
         QCOMPARE(unknown.find<QLabel>(u"versionLabel"_s)->text(), u"OrvaneBreak v?"_s);
     }
 
+    void boxesActHoweverTheyAreChanged()
+    {
+        OnSettings f;
+        // As a screen reader does: no click is involved.
+        f.find<QCheckBox>(u"soundCheckbox"_s)->toggle();
+        QVERIFY(BreakSettings::soundEnabled(f.preferences));
+        f.find<QCheckBox>(u"loginCheckbox"_s)->toggle();
+        QVERIFY(f.loginItem.isOn);
+        f.find<QCheckBox>(u"menuBarCheckbox"_s)->toggle();
+        QVERIFY(f.presence.isAccessory);
+    }
+
     void pagesAreSwitchedByTheirButtonsAndByTheKeyboard()
     {
         ApplicationFixture f;
@@ -236,7 +248,9 @@ private Q_SLOTS:
         QTest::keyClick(f.window(), Qt::Key_Escape);
         QVERIFY(main->isVisible());
         f.delegate.showSettings();
-        QTest::keyClick(f.window(), Qt::Key_Left, Qt::AltModifier);
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        f.find<QWidget>(u"soundCheckbox"_s)->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Left, Qt::AltModifier);
         QVERIFY(main->isVisible());
     }
 

@@ -11,8 +11,10 @@ import sys
 from driver.bed import CannotStart
 from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
-from scenario import (ending_part, hotplug_part, keyboard_part, look_part, pace_part, service_part, shell_part,
-                      tray_part)
+from driver.tray import Tray
+from scenario import (accessibility_part, ending_part, first_launch_part, hotplug_part, keyboard_part, look_part, modes_part,
+                      pace_part, service_part, session_part, shell_part, switches_part, tray_part, trouble_part)
+from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, table, write_json
 
@@ -23,8 +25,6 @@ def managed(window_manager):
     return lambda: X11Bed(window_manager, compositor=True, panel=True)
 
 
-BEDS = {"x11-openbox": managed("openbox"), "x11-xfwm4": managed("xfwm4"), "x11-i3": managed("i3"), "x11-bare": X11Bed,
-        "x11-hotplug": lambda: XorgDummyBed("openbox", compositor=True)}
 
 
 def everyday(desk, report):
@@ -43,6 +43,32 @@ def everyday(desk, report):
         report.run(part, desk, report)
 
 
+def application(desk, report):
+    """The application around the break."""
+    desk.tray = Tray(desk.bed)
+    for part in (first_launch_part.answers, first_launch_part.interrupted, modes_part.closing, modes_part.switching,
+                 switches_part.debug_switches, switches_part.command_line, accessibility_part.tree,
+                 accessibility_part.keyboard_only, accessibility_part.scales, session_part.appearance,
+                 session_part.global_menu, session_part.launcher, trouble_part.starts_at_once, trouble_part.bus_dies,
+                 trouble_part.login_item, trouble_part.edited_preferences):
+        desk.tidy_up(program_runs=False)
+        report.run(part, desk, report)
+    desk.tidy_up(program_runs=False)
+    desk.tray.stop()
+    report.run(modes_part.without_tray, desk, report)
+
+
+def hotplug(desk, report):
+    """Monitors that come and go."""
+    report.run(hotplug_part.hotplug, desk, report)
+
+
+BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
+        "x11-i3": (managed("i3"), Desk, everyday), "x11-bare": (X11Bed, Desk, everyday),
+        "x11-hotplug": (lambda: XorgDummyBed("openbox", compositor=True), Desk, hotplug),
+        "x11-application": (managed("openbox"), ApplicationDesk, application)}
+
+
 def measure(program, helpers, report):
     """Measurements on two large screens."""
     with X11Bed("openbox", compositor=True, panel=True, monitors=LARGE) as bed:
@@ -54,12 +80,9 @@ def measure(program, helpers, report):
 def try_on(name, program, helpers, pictures):
     """Runs the scenario on one desktop; returns the report. `pictures` is a folder, or None."""
     report = Report(name)
-    with BEDS[name]() as bed:
-        desk = Desk(bed, program, helpers, pictures)
-        if name == "x11-hotplug":
-            report.run(hotplug_part.hotplug, desk, report)
-        else:
-            everyday(desk, report)
+    make_bed, make_desk, scenario = BEDS[name]
+    with make_bed() as bed:
+        scenario(make_desk(bed, program, helpers, pictures), report)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
     if name == "x11-openbox":
         report.run(measure, program, helpers, report)

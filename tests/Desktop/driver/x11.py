@@ -22,7 +22,7 @@ LARGE = (Output("LEFT", 0, 0, 1920, 1080), Output("RIGHT", 1920, 0, 1920, 1080))
 
 _PACKAGE_OF = {"Xvfb": "xvfb", "xrandr": "x11-xserver-utils", "xdotool": "xdotool", "xprop": "x11-utils",
                "dbus-daemon": "dbus", "hsetroot": "hsetroot", "picom": "picom", "xfce4-panel": "xfce4-panel",
-               "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm"}
+               "wmctrl": "wmctrl", "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm"}
 _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
 
 
@@ -58,7 +58,7 @@ class X11Bed(Bed):
         for folder in ("config", "data", "cache", "state", "runtime"):
             (self._home / folder).mkdir(mode=0o700)
         self._start_server()
-        self._start_bus()
+        _, self._bus_address = self.start_bus("session-bus")
         if self.panel or self.window_manager == "xfwm4":
             self._start_settings()
         if self.window_manager:
@@ -124,6 +124,10 @@ class X11Bed(Bed):
         """The names of the states that the window manager keeps for a window."""
         return set(re.findall(r"_NET_WM_STATE_\w+", self._call(["xprop", "-id", str(identifier), "_NET_WM_STATE"])))
 
+    def close_window(self, identifier):
+        """Asks a window to close, as the button in its frame does."""
+        self._call(["wmctrl", "-i", "-c", str(identifier)])
+
     def press(self, key):
         self._call(["xdotool", "key", key])
 
@@ -159,7 +163,7 @@ class X11Bed(Bed):
     # -- parts of the start
 
     def _required_programs(self):
-        programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot"]
+        programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot", "wmctrl"]
         programs += [self.window_manager] if self.window_manager else []
         programs += ["picom"] if self.compositor else []
         return programs + (["xfce4-panel"] if self.panel else [])
@@ -196,17 +200,20 @@ class X11Bed(Bed):
                                                                               .split("\n")[-12:]))
         self._display = ":" + number
 
-    def _start_bus(self):
-        address = f"unix:path={self._home}/runtime/session-bus"
-        config = self._write("session-bus.conf", desktop_files.SESSION_BUS.format(socket=address.split("=")[1]))
+    def start_bus(self, name):
+        """Starts a session bus; returns its process and its address."""
+        socket = f"{self._home}/runtime/{name}"
+        services = self._home / "data" / "dbus-1" / "services"
+        services.mkdir(parents=True, exist_ok=True)
+        config = self._write(f"{name}.conf", desktop_files.SESSION_BUS.format(socket=socket, services=services))
         reading, writing = os.pipe()
-        self.run(["dbus-daemon", f"--config-file={config}", "--nofork", f"--print-address={writing}"],
-                 pass_fds=[writing])
+        process = self.run(["dbus-daemon", f"--config-file={config}", "--nofork", f"--print-address={writing}"],
+                           {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}"}, pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as answer:
             if not answer.readline():
                 raise CannotStart("dbus-daemon did not start")
-        self._bus_address = address
+        return process, f"unix:path={socket}"
 
     def _start_settings(self):
         programs = glob.glob("/usr/lib/*/xfce4/xfconf/xfconfd") + glob.glob("/usr/lib*/xfce4/xfconf/xfconfd")

@@ -35,7 +35,7 @@ class Desk:
         self.probe = Probe(bed, helpers)
         self.process = None
         self.tray = None
-        self._program = program
+        self.program = program
         self._runs = 0
         self._windows = []
 
@@ -50,11 +50,11 @@ class Desk:
             self.write_preferences(file.parent.parent)
         self._error_file = self.bed.home / f"stderr-{self._runs}"
         with open(self._error_file, "wb") as errors:
-            self.process = self.bed.run([self._program], environment, stderr=errors)
+            self.process = self.bed.run([self.program], environment, stderr=errors)
 
     def start_again(self):
         """Starts the program a second time; returns its process."""
-        return self.bed.run([self._program])
+        return self.bed.run([self.program])
 
     def start_with_tray(self):
         """Starts the program beside a running tray, and waits for its icon."""

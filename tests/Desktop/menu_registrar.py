@@ -1,0 +1,69 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A stand-in for a desktop with a global menu: takes menu bars over, and answers every line of standard input with what is
+in them, as one line of JSON."""
+
+import json
+import sys
+
+import dbus
+import dbus.mainloop.glib
+import dbus.service
+from gi.repository import GLib
+
+REGISTRAR = "com.canonical.AppMenu.Registrar"
+MENU = "com.canonical.dbusmenu"
+
+
+class Registrar(dbus.service.Object):
+    """Remembers where the menu bars are."""
+
+    def __init__(self, bus):
+        self._bus = bus
+        self._menus = {}
+        self._ownership = dbus.service.BusName(REGISTRAR, bus)
+        super().__init__(bus, "/" + REGISTRAR.replace(".", "/"))
+
+    @dbus.service.method(REGISTRAR, in_signature="uo", sender_keyword="sender")
+    def RegisterWindow(self, window, path, sender=None):
+        self._menus[window] = (sender, path)
+
+    @dbus.service.method(REGISTRAR, in_signature="u")
+    def UnregisterWindow(self, window):
+        self._menus.pop(window, None)
+
+    def contents(self):
+        return [self._menus_of(service, path) for service, path in self._menus.values()]
+
+    def _menus_of(self, service, path):
+        menu = dbus.Interface(self._bus.get_object(service, path, introspect=False), MENU)
+        menu.AboutToShow(dbus.Int32(0), timeout=5)
+        _revision, (_root, _properties, titles) = menu.GetLayout(dbus.Int32(0), dbus.Int32(-1),
+                                                                 dbus.Array([], signature="s"), timeout=5)
+        return [(_text(values), [_text(entry) for _, entry, _ in children if entry.get("visible", True)])
+                for _, values, children in titles]
+
+
+def _text(values):
+    return "-" if values.get("type", "") == "separator" else str(values.get("label", "")).replace("_", "")
+
+
+def main():
+    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
+    loop = GLib.MainLoop()
+    registrar = Registrar(dbus.SessionBus())
+
+    def answer(stream, _condition):
+        if not stream.readline():
+            loop.quit()
+            return False
+        print(json.dumps(registrar.contents()), flush=True)
+        return True
+
+    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, answer)
+    print("ready", flush=True)
+    loop.run()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,108 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+from driver.waiting import comes_true, wait_until
+
+from .application_desk import BACK, LOGIN_BOX, MENU_BAR_BOX, SETTINGS
+from .desk import REPORT, SWITCH_OFF, SWITCH_ON, UPDATES
+
+_MAIN = {("push button", SWITCH_ON), ("push button", "Messages"), ("push button", SETTINGS), ("menu item", "Édition"),
+         ("label", "Rappels désactivés"), ("image", "OrvaneBreak"), ("frame", "OrvaneBreak")}
+_SETTINGS = {("push button", BACK), ("label", SETTINGS), ("label", "Intervalle entre les pauses"),
+             ("combo box", "20 minutes"), ("label", "Durée d'une pause"), ("combo box", "20 secondes"),
+             ("check box", "Jouer un son doux au début de la pause"),
+             ("check box", "Installer les mises à jour automatiquement"), ("check box", MENU_BAR_BOX),
+             ("check box", LOGIN_BOX), ("push button", UPDATES), ("push button", REPORT)}
+_MAIN_ORDER = [SWITCH_ON, "Messages", SETTINGS]
+_SETTINGS_ORDER = [BACK, "20 minutes", "20 secondes", "Jouer un son doux au début de la pause",
+                   "Installer les mises à jour automatiquement", MENU_BAR_BOX, LOGIN_BOX, UPDATES, REPORT]
+#: What holds other controls needs no name.
+_CONTAINERS = ("filler", "menu bar", "separator")
+
+
+def tree(desk, report):
+    """What a screen reader sees, and what it can do."""
+    desk.start_in_dock()
+    desk.reader.control(SWITCH_ON)
+    _has_all(desk, report, "main", _MAIN)
+    report.promise("the button says that it has the keyboard",
+                   {"focused", "focusable", "enabled"} <= desk.reader.control(SWITCH_ON).states)
+    desk.reader.press(SWITCH_ON)
+    report.promise("a screen reader presses the button: the reminders are on", desk.shows(SWITCH_OFF)
+                   and not desk.shows_now("Rappels désactivés"))
+    desk.reader.press(SETTINGS)
+    desk.reader.control(BACK)
+    _has_all(desk, report, "settings", _SETTINGS)
+    box = "Jouer un son doux au début de la pause"
+    desk.reader.press(box)
+    report.promise("a check box tells its state", comes_true(lambda: desk.is_checked(box), 3))
+    report.promise("a pressed check box is stored", desk.preferences().get("OBSoundEnabled") is True)
+    report.promise("silent when it is read", not desk.said(), desk.said())
+    desk.finish()
+
+
+def _has_all(desk, report, page, wanted):
+    controls = desk.reader.controls()
+    found = {(control.role, control.name) for control in controls}
+    report.promise(f"every control of the {page} page has its role and name", wanted <= found, wanted - found)
+    nameless = [control for control in controls if not control.name and control.role not in _CONTAINERS]
+    report.promise("no control is without a name", not nameless, nameless)
+
+
+def keyboard_only(desk, report):
+    """Both pages without a mouse."""
+    desk.start_in_dock()
+    desk.reader.control(SWITCH_ON)
+    report.promise("Tab goes through the main page from top to bottom", _walk(desk, _MAIN_ORDER), _focused(desk))
+    desk.bed.press("space")
+    desk.reader.control(BACK)
+    report.promise("Tab goes through the settings page from top to bottom",
+                   _walk(desk, _SETTINGS_ORDER, is_first_focused=_focused(desk) == BACK), _focused(desk))
+    desk.bed.press("alt+Left")
+    report.promise("Alt+Left leaves the settings page", desk.shows(SWITCH_ON))
+    desk.finish()
+
+
+def _walk(desk, names, is_first_focused=True):
+    """Presses Tab from control to control; True when they had the keyboard in this order."""
+    if not is_first_focused:
+        desk.bed.press("Tab")
+    for index, name in enumerate(names):
+        if index:
+            desk.bed.press("Tab")
+        if not comes_true(lambda wanted=name: _focused(desk) == wanted, 2):
+            return False
+    return True
+
+
+def _focused(desk):
+    return next((control.name for control in desk.reader.controls() if "focused" in control.states), None)
+
+
+def scales(desk, report):
+    """Both pages at the scales that people use."""
+    for scale in ("1", "1.25", "1.5", "2"):
+        desk.start_in_dock({"QT_SCALE_FACTOR": scale})
+        desk.reader.control(SWITCH_ON)
+        _fits(desk, report, f"the main page at scale {scale}")
+        desk.reader.press(SETTINGS)
+        desk.reader.control(BACK)
+        _fits(desk, report, f"the settings page at scale {scale}")
+        desk.finish()
+
+
+def _fits(desk, report, what):
+    controls = [control for control in desk.reader.controls() if control.name and control.role in
+                ("label", "push button", "check box", "combo box", "image")]
+    page = wait_until(lambda: next((control for control in desk.reader.controls() if control.role == "frame"), None),
+                      "the window")
+    left, top, width, height = page.box
+    outside = [control.name for control in controls if control.box[0] < left or control.box[1] < top
+               or control.box[0] + control.box[2] > left + width or control.box[1] + control.box[3] > top + height]
+    crossing = [(first.name, second.name) for index, first in enumerate(controls) for second in controls[index + 1:]
+                if _overlap(first.box, second.box)]
+    report.promise("no control leaves the window or covers another, at any scale", not outside and not crossing,
+                   (what, outside, crossing))
+
+
+def _overlap(first, second):
+    return (first[0] < second[0] + second[2] and second[0] < first[0] + first[2]
+            and first[1] < second[1] + second[3] and second[1] < first[1] + first[3])

@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import os
+import signal
+
+from driver.waiting import comes_true, stays_true, wait_until
+
+from .application_desk import TO_DOCK, TO_MENU_BAR
+
+_QUESTION = "Bienvenue dans OrvaneBreak 👁"
+
+
+def answers(desk, report):
+    """The question of the first launch, with each of its answers."""
+    def click(name):
+        return lambda: desk.click_control(name)
+    _answer(desk, report, "a click on the Dock", click(TO_DOCK), False)
+    _answer(desk, report, "Return", lambda: desk.bed.press("Return"), False)
+    _answer(desk, report, "Escape", lambda: desk.bed.press("Escape"), False)
+    _answer(desk, report, "the close button of the question", desk.close_by_window_manager, False)
+    _answer(desk, report, "a click on the menu bar", click(TO_MENU_BAR), True)
+
+
+def _answer(desk, report, how, give_answer, in_menu_bar):
+    _ask(desk)
+    if desk.config.name.endswith("-1"):
+        report.promise("the question names the application and lies over its window",
+                       desk.shows(_QUESTION) and len(desk.windows()) == 2)
+        desk.keep_picture("question")
+    report.promise("the first launch is noted before it is answered", desk.preferences() == {"OBOnboarded": True},
+                   desk.preferences())
+    give_answer()
+    report.promise(f"{how} ends the question, and the window stays", comes_true(lambda: len(desk.windows()) == 1, 3))
+    report.promise(f"{how} is stored", comes_true(lambda: desk.preferences() == {
+        "OBOnboarded": True, "OBMenuBarMode": in_menu_bar}, 3), desk.preferences())
+    report.promise(f"{how}: an eye in the tray only in the menu bar",
+                   comes_true(desk.tray.items, 3) if in_menu_bar else stays_true(lambda: not desk.tray.items(), 0.3))
+    report.promise(f"{how}: an entry in the task bar only in the Dock",
+                   comes_true(lambda: desk.is_listed() != in_menu_bar, 3))
+    report.promise("silent at its first launch", not desk.said(), desk.said())
+    desk.finish()
+
+
+def _ask(desk):
+    desk.start()
+    wait_until(lambda: len(desk.windows()) == 2 and desk.has_keyboard(), "the question over the window")
+    desk.reader.control(TO_DOCK)
+
+
+def interrupted(desk, report):
+    """The program ends while it asks."""
+    for number in (signal.SIGKILL, signal.SIGTERM):
+        _ask(desk)
+        os.kill(desk.process.pid, number)
+        report.promise(f"{number.name} ends it while it asks",
+                       desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
+        report.promise("silent when it is ended while it asks", not desk.said(), desk.said())
+        desk.bed.stop(desk.process)
+        desk.start_over()
+        desk.wait_for_window()
+        report.promise("it asks once only, also when it was ended while it asked",
+                       stays_true(lambda: len(desk.windows()) == 1, 0.5))
+        report.promise("it lives in the Dock until it is answered", desk.is_listed() and not desk.tray.items())
+        desk.finish()

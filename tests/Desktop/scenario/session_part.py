@@ -1,0 +1,111 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What the program has from the session: its launcher, its menu bar, its colours."""
+
+import pathlib
+import subprocess
+
+from driver.menu_registrar import MenuRegistrar
+from driver.settings_portal import SettingsPortal
+from driver.waiting import comes_true, stays_true, wait_until
+
+from .application_desk import BACK, SETTINGS
+from .desk import BREAK_NOW, QUIT, REPORT, SWITCH_ON, UPDATES
+
+_SOURCES = pathlib.Path(__file__).resolve().parents[3]
+_APPLICATION_ID = "ch.orvanelabs.OrvaneBreak"
+_LAUNCH = """
+import sys
+from gi.repository import Gio, GLib
+entry = Gio.DesktopAppInfo.new_from_filename(sys.argv[1])
+entry.launch_action(sys.argv[2], None) if len(sys.argv) > 2 else entry.launch([], None)
+loop = GLib.MainLoop()
+GLib.timeout_add(1500, loop.quit)
+loop.run()
+"""
+
+
+def global_menu(desk, report):
+    """A desktop that shows menu bars itself."""
+    registrar = MenuRegistrar(desk.bed)
+    desk.start_in_dock()
+    wanted = [["OrvaneBreak", [UPDATES, REPORT, "-", QUIT]],
+              ["Édition", ["Annuler", "Rétablir", "-", "Couper", "Copier", "Coller", "Tout sélectionner"]]]
+    report.promise("a desktop with a global menu gets the menu bar", comes_true(lambda: wanted in registrar.menus(), 5),
+                   registrar.menus())
+    height = next(control.box[3] for control in desk.reader.controls() if control.role == "frame")
+    report.promise("the content keeps its size when the menu bar is elsewhere", height == 500, height)
+    report.promise("silent when the menu bar is elsewhere", not desk.said(), desk.said())
+    desk.finish()
+    registrar.stop()
+
+
+def appearance(desk, report):
+    """Light and dark as the desktop says, also when it changes its mind."""
+    portal = SettingsPortal(desk.bed, "dark")
+    desk.start_in_dock()
+
+    def lightness():
+        box = next(control.box for control in desk.reader.controls() if control.role == "frame")
+        return sum(desk.bed.picture().getpixel((box[0] + 20, box[1] + 120))) / 3
+    report.promise("dark from the start where the desktop is dark", lightness() < 70, lightness())
+    portal.set_scheme("light")
+    report.promise("it turns light with the desktop", comes_true(lambda: lightness() > 200, 3), lightness())
+    portal.set_scheme("foreign")
+    report.promise("another setting of the same name changes nothing", stays_true(lambda: lightness() > 200, 0.3))
+    portal.set_scheme("dark")
+    report.promise("it turns dark with the desktop", comes_true(lambda: lightness() < 70, 3), lightness())
+    portal.set_scheme("none")
+    report.promise("a desktop without a wish gets the usual colours", comes_true(lambda: lightness() > 200, 3))
+    report.promise("silent when the colours change", not desk.said(), desk.said())
+    desk.finish()
+    portal.stop()
+
+
+def launcher(desk, report):
+    """A launcher starts the program through the session bus."""
+    entry = _install(desk)
+    desk.process = _launch(desk, entry)
+    desk.wait_for_window()
+    report.promise("a launcher starts the program and shows its window", desk.shows(SWITCH_ON))
+    desk.click_control(SETTINGS)
+    desk.reader.control(BACK)
+    other = desk.other_window()
+    _launch(desk, entry).wait()
+    report.promise("a second launch brings the same window to the front",
+                   comes_true(desk.has_keyboard, 5) and len(desk.windows()) == 1 and desk.shows(BACK))
+    other.close()
+    action = _launch(desk, entry, "break-now")
+    report.promise(f"the entry's action “{BREAK_NOW}” begins a break", comes_true(
+        lambda: len([window for window in desk.probe.state()["windows"]
+                     if window["viewable"] and window["overrideRedirect"] and window["width"] >= 1024]) == 2, 5))
+    desk.bed.press("Escape")
+    desk.bed.stop(action)
+    wait_until(desk.has_keyboard, "the keyboard in the window after the break")
+    desk.bed.press("ctrl+q")
+    report.promise("it ends by its menu's key when the bus has started it", comes_true(lambda: not desk.windows(), 5))
+    desk.bed.stop(desk.process)
+
+
+def _install(desk):
+    """Puts the desktop entry and the D-Bus service where an installation puts them; returns the entry."""
+    data = desk.bed.home / "data"
+    services, entries = data / "dbus-1" / "services", data / "applications"
+    for folder in (services, entries):
+        folder.mkdir(parents=True, exist_ok=True)
+    script = desk.bed.home / "orvanebreak"
+    script.write_text(f'#!/bin/sh\nXDG_CONFIG_HOME="{desk.bed.home}/config-launcher" exec "{desk.program}" "$@"\n')
+    script.chmod(0o700)
+    preferences = desk.bed.home / "config-launcher" / "OrvaneBreak"
+    preferences.mkdir(parents=True)
+    (preferences / "preferences.json").write_text('{"OBOnboarded": true}')
+    (services / f"{_APPLICATION_ID}.service").write_text(f"[D-BUS Service]\nName={_APPLICATION_ID}\nExec={script}\n")
+    entry = entries / f"{_APPLICATION_ID}.desktop"
+    template = _SOURCES / "packaging" / "application.desktop.in"
+    entry.write_text(template.read_text("utf-8").replace("Exec=orvanebreak", f"Exec={script}"), "utf-8")
+    subprocess.run(["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                    "org.freedesktop.DBus.ReloadConfig"], env=desk.bed.environment(), check=True, capture_output=True)
+    return entry
+
+
+def _launch(desk, entry, *action):
+    return desk.bed.run(["/usr/bin/python3", "-c", _LAUNCH, entry, *action])

@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import subprocess
+
+from driver.waiting import comes_true, stays_true
+
+from .application_desk import BACK
+from .desk import SWITCH_ON
+
+
+def debug_switches(desk, report):
+    """The two switches for debugging."""
+    for value in ("1", "true", ""):
+        is_on = value == "1"
+        desk.start_in_dock({"ORVANE_DEBUG_SETTINGS": value})
+        report.promise(f"ORVANE_DEBUG_SETTINGS={value} {'shows' if is_on else 'does not show'} the settings page",
+                       desk.shows(BACK if is_on else SWITCH_ON))
+        desk.finish()
+        desk.start({"OBOnboarded": True}, {"ORVANE_DEBUG_BREAK": value})
+        shown = comes_true(lambda: len(desk.overlays()) == 2, 5) if is_on else \
+            not (desk.wait_for_window() or stays_true(lambda: not desk.overlays(), 0.7))
+        report.promise(f"ORVANE_DEBUG_BREAK={value} {'begins' if is_on else 'does not begin'} a break", shown == is_on)
+        report.promise("the break of the switch leaves reminders off", desk.shows(SWITCH_ON))
+        desk.finish()
+    desk.start({"OBOnboarded": True}, {"ORVANE_DEBUG_BREAK": "1", "ORVANE_DEBUG_SETTINGS": "1"})
+    report.promise("both switches together", comes_true(lambda: len(desk.overlays()) == 2, 5) and desk.shows(BACK))
+    desk.finish()
+
+
+def command_line(desk, report):
+    """The command line, where there is neither a display nor a session bus."""
+    def run(*arguments):
+        environment = {**desk.bed.environment(), "DISPLAY": "", "DBUS_SESSION_BUS_ADDRESS": ""}
+        return subprocess.run([desk.program, *arguments], env=environment, capture_output=True, text=True, timeout=10,
+                              check=False)
+    version, usage = run("--version"), run("--help")
+    report.promise("--version is one line", version.returncode == 0 and version.stdout.startswith("OrvaneBreak ")
+                   and version.stdout.count("\n") == 1 and not version.stderr, version)
+    report.promise("--help fits one screen", usage.returncode == 0 and not usage.stderr and "--break-now" in usage.stdout
+                   and usage.stdout.count("\n") <= 24, usage)
+    for arguments in (["--frobnicate"], ["file.txt"], ["--break-now", "-x"], [""]):
+        refused = run(*arguments)
+        report.promise("an unknown argument is refused with one line and status 2", refused.returncode == 2
+                       and not refused.stdout and refused.stderr.count("\n") == 1, refused)

@@ -1,0 +1,82 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A screen reader without a voice: reads the windows of OrvaneBreak over AT-SPI.
+
+Reads commands from standard input and answers each with one line of JSON:
+  tree TITLE        the visible controls of the windows with that title: role, name, description, states, box
+  press NAME        does the first action of the control with that name"""
+
+import json
+import sys
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, Gio, GLib  # noqa: E402
+
+APPLICATION = "OrvaneBreak"
+
+
+def announce():
+    """Tells the programs of the session that somebody reads them."""
+    bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+    bus.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
+                  GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))), None,
+                  Gio.DBusCallFlags.NONE, 10000)
+
+
+def children(item):
+    for index in range(item.get_child_count()):
+        child = item.get_child_at_index(index)
+        if child is not None:
+            yield child
+
+
+def windows():
+    for application in children(Atspi.get_desktop(0)):
+        if application.get_name() == APPLICATION:
+            yield from children(application)
+
+
+def descendants(item):
+    yield item
+    for child in children(item):
+        yield from descendants(child)
+
+
+def visible_controls(title=None):
+    for window in windows():
+        if title in (None, window.get_name()):
+            yield from (control for control in descendants(window)
+                        if control.get_state_set().contains(Atspi.StateType.SHOWING))
+
+
+def described(control):
+    box = control.get_extents(Atspi.CoordType.SCREEN)
+    states = [state.value_nick for state in control.get_state_set().get_states()]
+    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(),
+            "states": states, "box": [box.x, box.y, box.width, box.height]}
+
+
+def press(name):
+    for control in visible_controls():
+        if control.get_name() == name and control.get_n_actions() > 0:
+            control.do_action(0)
+            return
+    sys.exit(f"nothing named {name} can be pressed")
+
+
+def main():
+    command, *arguments = sys.argv[1:]
+    if command == "announce":
+        return announce()
+    Atspi.init()
+    if command == "tree":
+        print(json.dumps([described(control) for control in visible_controls(*arguments)]))
+    elif command == "press":
+        press(*arguments)
+    return None
+
+
+if __name__ == "__main__":
+    sys.exit(main())
