@@ -3,11 +3,13 @@
 #include "Engine/BreakEngine.h"
 #include "Platform/Preferences.h"
 #include "Platform/Windowing/WindowPresence.h"
+#include "Visuals/Palette.h"
 #include "Windows/CheckBoxes.h"
 #include "Windows/MainWindow.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -63,6 +65,8 @@ void AppDelegate::showOnboardingIfNeeded()
     question.setWindowTitle(u"OrvaneBreak"_s);
     question.setWindowModality(Qt::ApplicationModal);
     question.setTextFormat(Qt::PlainText);
+    if (auto *welcome = question.findChild<QLabel *>(u"qt_msgbox_label"_s))
+        welcome->setFont(systemFont(15, QFont::DemiBold));
     question.setIconPixmap(QApplication::windowIcon().pixmap(QSize(64, 64), qApp->devicePixelRatio()));
     question.setText(u"Bienvenue dans OrvaneBreak 👁"_s);
     question.setInformativeText(

@@ -5,6 +5,7 @@
 #include "Platform/Preferences.h"
 #include "Platform/Process/Bundle.h"
 #include "Updates/StandardUpdaterController.h"
+#include "Visuals/AccentCheckBox.h"
 #include "Visuals/Card.h"
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
@@ -14,6 +15,8 @@
 #include <QComboBox>
 #include <QFontMetrics>
 #include <QPushButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +29,7 @@ constexpr int cardRight = 390;
 constexpr int popUpLeft = 270;
 constexpr int controlFontSize = 13;
 constexpr int smallestFontSize = 9;
+constexpr int titlePadding = 11;
 
 /// Gives `view` the size of its content at the latest where it reaches `right`: a font of the desktop that is
 /// wider than usual is made smaller until the text fits.
@@ -39,6 +43,13 @@ void fit(QWidget &view, QPoint origin, int right)
         view.adjustSize();
     }
     view.move(origin);
+}
+
+/// Some styles leave a title no room at the sides of its button.
+void fitWithPadding(QPushButton &button)
+{
+    const int width = QFontMetrics(button.font()).horizontalAdvance(button.text()) + 2 * titlePadding;
+    button.resize(std::max(button.sizeHint().width(), width), button.sizeHint().height());
 }
 
 /// Places controls on the page; every control is a child of the page and named for what it is.
@@ -90,7 +101,7 @@ public:
 
     QCheckBox *checkBox(const QString &title, const QString &name, int top, bool isOn)
     {
-        auto *box = add(new QCheckBox(title), name);
+        auto *box = add(new AccentCheckBox(title), name);
         box->setFont(systemFont(controlFontSize, QFont::Normal));
         box->setChecked(isOn);
         fit(*box, {cardLeft, top}, cardRight);
@@ -101,7 +112,7 @@ public:
     {
         auto *button = add(new QPushButton(title), name);
         button->setFont(systemFont(controlFontSize, QFont::Normal));
-        button->adjustSize();
+        fitWithPadding(*button);
         return button;
     }
 
@@ -119,7 +130,7 @@ void placeButtonRow(QPushButton &first, QPushButton &second, int top)
         font.setPixelSize(font.pixelSize() - 1);
         for (QPushButton *button : {&first, &second}) {
             button->setFont(font);
-            button->adjustSize();
+            fitWithPadding(*button);
         }
     }
     first.move(margin, top);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Engine/BreakSettings.h"
 #include "Support/ApplicationFixture.h"
 #include "Support/Widgets.h"
 

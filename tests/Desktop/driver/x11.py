@@ -120,6 +120,13 @@ class X11Bed(Bed):
         found = self._call(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"])
         return {int(identifier) for identifier in found.split()}
 
+    def window_box(self, identifier):
+        """Left, top, right and bottom of a window on the picture, without the frame of the window manager."""
+        text = self._call(["xwininfo", "-id", str(identifier)])
+        x, y, width, height = (int(re.search(rf"{name}: +(-?\d+)", text)[1]) for name in
+                               ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+        return (x, y, x + width, y + height)
+
     def window_states(self, identifier):
         """The names of the states that the window manager keeps for a window."""
         return set(re.findall(r"_NET_WM_STATE_\w+", self._call(["xprop", "-id", str(identifier), "_NET_WM_STATE"])))

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Visuals/AccentCheckBox.h"
+
+#include "Visuals/Palette.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <QPainterPath>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int indicatorSize = 15;
+constexpr int gap = 7;
+constexpr qreal cornerRadius = 4;
+
+/// The tick, in a square of side 1.
+QPainterPath tick()
+{
+    QPainterPath path({0.24, 0.53});
+    path.lineTo(0.43, 0.71);
+    path.lineTo(0.77, 0.31);
+    return path;
+}
+
+} // namespace
+
+AccentCheckBox::AccentCheckBox(const QString &title)
+    : QCheckBox(title)
+{
+    setAttribute(Qt::WA_Hover);
+}
+
+QSize AccentCheckBox::sizeHint() const
+{
+    const QFontMetrics metrics(font());
+    return {indicatorSize + gap + metrics.horizontalAdvance(text()) + 3,
+            std::max(indicatorSize, metrics.height()) + 4};
+}
+
+bool AccentCheckBox::hitButton(const QPoint &place) const
+{
+    return rect().contains(place);
+}
+
+QRectF AccentCheckBox::indicator() const
+{
+    return {0.5, (height() - indicatorSize) / 2 + 0.5, indicatorSize - 1, indicatorSize - 1};
+}
+
+void AccentCheckBox::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintIndicator(painter);
+    const QRect textArea = rect().adjusted(indicatorSize + gap, 0, 0, 0);
+    if (showsFocus(*this)) {
+        painter.setPen(QPen(breakTeal().resolved(palette()), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(textArea).adjusted(-4, 1, -1, -1), cornerRadius, cornerRadius);
+    }
+    painter.setPen(labelColor().resolved(palette()));
+    painter.setFont(font());
+    painter.drawText(textArea, Qt::AlignLeft | Qt::AlignVCenter, text());
+}
+
+void AccentCheckBox::paintIndicator(QPainter &painter) const
+{
+    const QRectF square = indicator();
+    const bool isHot = isDown() || underMouse();
+    if (!isChecked()) {
+        painter.setPen(QPen(shade(palette(), isHot ? 0.8F : 0.55F), 1));
+        painter.setBrush(shade(palette(), isDown() ? 0.15F : 0.04F));
+        painter.drawRoundedRect(square, cornerRadius, cornerRadius);
+        return;
+    }
+    const QColor fill = AppearanceColor(QColor(0x0d, 0x80, 0x76), breakTealFixed).resolved(palette());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isDown() ? fill.darker(115) : fill);
+    painter.drawRoundedRect(square.adjusted(-0.5, -0.5, 0.5, 0.5), cornerRadius, cornerRadius);
+    const QColor ink = AppearanceColor(QColor(Qt::white), QColor(4, 47, 46)).resolved(palette());
+    painter.setPen(QPen(ink, 2 / square.width(), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.translate(square.topLeft());
+    painter.scale(square.width(), square.height());
+    painter.drawPath(tick());
+    painter.resetTransform();
+}
