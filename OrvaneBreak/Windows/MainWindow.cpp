@@ -55,7 +55,7 @@ void MainWindow::addShortcut(const QKeySequence &keys, const std::function<void(
     addAction(action);
 }
 
-void MainWindow::goBack()
+void MainWindow::goBack() const
 {
     if (onBack)
         onBack();

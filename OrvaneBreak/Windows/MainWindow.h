@@ -32,7 +32,7 @@ protected:
 
 private:
     void addShortcut(const QKeySequence &keys, const std::function<void()> &call);
-    void goBack();
+    void goBack() const;
 
     QWidget *m_content;
 };

@@ -46,7 +46,9 @@ bool AccentCheckBox::hitButton(const QPoint &place) const
 
 QRectF AccentCheckBox::indicator() const
 {
-    return {0.5, (height() - indicatorSize) / 2 + 0.5, indicatorSize - 1, indicatorSize - 1};
+    // On whole pixels and a half: a line of one pixel is sharp there.
+    const int top = (height() - indicatorSize) / 2;
+    return {0.5, top + 0.5, indicatorSize - 1, indicatorSize - 1};
 }
 
 void AccentCheckBox::paintEvent(QPaintEvent * /*event*/)
