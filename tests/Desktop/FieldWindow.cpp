@@ -50,7 +50,7 @@ protected:
     {
         QPainter(this).fillRect(rect(), m_colour);
         if (!m_isPainted)
-            say(u"window 0"_s);
+            say(u"window"_s);
         m_isPainted = true;
     }
 
