@@ -11,6 +11,7 @@ import sys
 import time
 
 from driver.bed import CannotStart
+from driver.kwin import KWinBed
 from driver.sway import SwayBed
 from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
@@ -29,7 +30,7 @@ def managed(window_manager):
 
 BEDS = {"x11-openbox": managed("openbox"), "x11-xfwm4": managed("xfwm4"), "x11-i3": managed("i3"), "x11-bare": X11Bed,
         "x11-hotplug": lambda: XorgDummyBed("openbox", compositor=True)}
-WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed,)}
+WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed)}
 
 
 def everyday(desk, report):

@@ -69,6 +69,20 @@ SWAY_OUTPUT = """output {name} resolution {width}x{height} position {x} {y} bg {
 workspace {number} output {name}
 """
 
+KDE_GLOBALS = """[KDE]
+AnimationDurationFactor=0
+"""
+
+KWIN = """[Windows]
+Placement=ZeroCornered
+"""
+
+WAYBAR = {"layer": "top", "position": "bottom", "height": 30, "modules-right": ["custom/day"],
+          "custom/day": {"exec": "echo working day", "interval": 3600}}
+WAYBAR_STYLE = """* { font: 13px sans-serif; border: none; }
+window#waybar { background: #e6e6eb; color: #202020; }
+"""
+
 _PANEL = """<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
