@@ -11,6 +11,7 @@ import sys
 import time
 
 from driver.bed import CannotStart
+from driver.gnome import GnomeBed
 from driver.kwin import KWinBed
 from driver.sway import SwayBed
 from driver.x11 import LARGE, X11Bed
@@ -30,7 +31,7 @@ def managed(window_manager):
 
 BEDS = {"x11-openbox": managed("openbox"), "x11-xfwm4": managed("xfwm4"), "x11-i3": managed("i3"), "x11-bare": X11Bed,
         "x11-hotplug": lambda: XorgDummyBed("openbox", compositor=True)}
-WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed)}
+WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed, GnomeBed)}
 
 
 def everyday(desk, report):

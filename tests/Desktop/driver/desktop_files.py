@@ -77,6 +77,23 @@ KWIN = """[Windows]
 Placement=ZeroCornered
 """
 
+GNOME_SETTINGS = """[org/gnome/desktop/interface]
+enable-hot-corners=false
+enable-animations=false
+[org/gnome/desktop/background]
+picture-options='none'
+color-shading-type='solid'
+primary-color='{colour}'
+[org/gnome/desktop/notifications]
+show-banners=false
+[org/gnome/shell]
+welcome-dialog-last-shown-version='99'
+[org/gnome/desktop/session]
+idle-delay=uint32 0
+[org/gnome/desktop/screensaver]
+lock-enabled=false
+"""
+
 WAYBAR = {"layer": "top", "position": "bottom", "height": 30, "modules-right": ["custom/day"],
           "custom/day": {"exec": "echo working day", "interval": 3600}}
 WAYBAR_STYLE = """* { font: 13px sans-serif; border: none; }

@@ -13,7 +13,7 @@ def cover(desk, report):
     """What the break covers, and how it looks."""
     bed = desk.bed
     desk.rest_pointer()
-    before, during, parts = _pictures(desk, report)
+    before, during, parts = _pictures(desk, report, "break")
     deviations = _deviations(desk, before, during, parts)
     report.promise("covers every screen", max(deviations) <= 2, deviations)
     text = "a quarter of what lies below shines through (±2)"
@@ -28,18 +28,18 @@ def cover(desk, report):
     desk.other_window("Full", _FULL_SCREEN_COLOUR, (covered.x, covered.y, covered.width, covered.height), "full-screen")
     # The window manager chooses the monitor.
     wait_until(lambda: _covered_output(desk, bed.picture()), "another program's full-screen window")
-    before, during, parts = _pictures(desk, report)
+    before, during, parts = _pictures(desk, report, "break-full-screen")
     index = bed.outputs().index(_covered_output(desk, before))
     deviation = _deviations(desk, before, during, parts)[index]
     report.promise("covers another program's full-screen window", deviation <= 2, deviation)
 
 
-def _pictures(desk, report):
+def _pictures(desk, report, name):
     """Pictures before and during a break, and where the parts are."""
     before = desk.settled_picture()
     desk.begin_break()
     during, parts = desk.bed.picture(), desk.parts()
-    desk.keep_picture("break")
+    desk.keep_picture(name)
     desk.end_break()
     report.promise("nothing is left on the screen after the break",
                    comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 2))
