@@ -93,7 +93,7 @@ class GnomeBed(WaylandBed):
         self._hands.Start()
         # Programs learn of a keyboard and a pointer when they are first used, too late for what is used first.
         self.press("shift")
-        self._move(*self.sizes[0])
+        self._move(self.sizes[0][0] / 2, self.sizes[0][1] / 2)
 
     def _dress(self):
         places = [(output.x + 5, output.box[3] - 5) for output in self.outputs()]
@@ -162,7 +162,9 @@ class GnomeBed(WaylandBed):
     def _move(self, x, y):
         """The session knows relative movements only; the upper left corner is where none goes farther."""
         self._hands.NotifyPointerMotionRelative(-_FAR_AWAY, -_FAR_AWAY)
-        self._hands.NotifyPointerMotionRelative(float(round(x)), float(round(y)))
+        x, y = round(x), round(y)
+        self._hands.NotifyPointerMotionRelative(float(x), float(y))
+        comes_true(lambda: self._evaluate("global.get_pointer().slice(0, 2)") == (True, f"[{x},{y}]"), 1)
 
     def _button(self, code, is_down):
         self._hands.NotifyPointerButton(dbus.Int32(code), is_down)
