@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Another program's window with a text field, on a desktop where nobody but the program itself knows what reaches it."""
+"""Another program's window with a text field, where nobody but that program knows what reaches it."""
 
 import os
 import pathlib

@@ -59,8 +59,9 @@ class GnomeBed(WaylandBed):
             colour="#%02x%02x%02x" % self.wallpaper_colours[0]))
         self._start_logins()
         monitors = [word for width, height in self.sizes for word in ("--virtual-monitor", f"{width}x{height}")]
-        self._run_compositor(["gnome-shell", "--headless", "--wayland", "--unsafe-mode", "--wayland-display", self.socket,
-                              *monitors], {"LIBGL_ALWAYS_SOFTWARE": "1"}, (self.home / "runtime" / self.socket).exists)
+        self._run_compositor(["gnome-shell", "--headless", "--wayland", "--unsafe-mode", "--wayland-display",
+                              self.socket, *monitors], {"LIBGL_ALWAYS_SOFTWARE": "1"},
+                             (self.home / "runtime" / self.socket).exists)
         self._bus = dbus.bus.BusConnection(self._bus_address)
         self._bus.set_exit_on_disconnect(False)
         wait_until(lambda: self._bus.name_has_owner(_SHELL), "the shell on the bus", 40)
@@ -114,11 +115,14 @@ class GnomeBed(WaylandBed):
     def _monitors(self):
         if self._known is None:
             _, monitors, logical, _ = self._object(_DISPLAYS, "/org/gnome/Mutter/DisplayConfig").GetCurrentState()
-            modes = {str(names[0]): next(mode for mode in modes if mode[6].get("is-current", False) or len(modes) == 1)
-                     for names, modes, _ in monitors if any(names[0] == used[0] for entry in logical for used in entry[5])}
-            self._known = sorted(({"name": str(used[0][0]), "mode": str(modes[used[0][0]][0]), "scale": float(scale),
-                                   "size": tuple(int(side) for side in modes[used[0][0]][1:3]), "corner": (int(x), int(y))}
-                                  for x, y, scale, _, _, used, _ in logical), key=lambda monitor: monitor["corner"])
+            modes = {names[0]: mode for names, known, _ in monitors for mode in known
+                     if mode[6].get("is-current", False)}
+            found = []
+            for x, y, scale, _, _, used, _ in logical:
+                name = used[0][0]
+                found.append({"name": str(name), "mode": str(modes[name][0]), "scale": float(scale),
+                              "size": tuple(int(side) for side in modes[name][1:3]), "corner": (int(x), int(y))})
+            self._known = sorted(found, key=lambda monitor: monitor["corner"])
             self._all = self._all or list(self._known)
         return self._known
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with a panel that is no part of it."""
+"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with a panel of another project."""
 
 import json
 import os

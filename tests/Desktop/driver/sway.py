@@ -3,7 +3,6 @@
 
 import io
 import json
-import math
 
 from PIL import Image
 
@@ -69,7 +68,7 @@ class SwayBed(WaylandBed):
         for monitor in self._monitors():
             factor = scale if monitor["name"] == name else monitor["scale"]
             self._call(["swaymsg", "output", monitor["name"], "scale", factor, "position", x, 0])
-            x += math.ceil(monitor["size"][0] / factor)
+            x += int(monitor["size"][0] / factor)
         wait_until(lambda: any(monitor["name"] == name and monitor["scale"] == scale for monitor in self._monitors()),
                    f"the scale {scale} on {name}")
 

@@ -30,7 +30,8 @@ class WaylandBed(SessionBed):
     account = ACCOUNT
     compositor = True
     panel = True
-    #: The panel's first and last row on the first monitor; a negative number counts from its bottom, None is its bottom.
+    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: None is the bottom.
     panel_rows = (-30, None)
     panel_colour = (230, 230, 235)
     wallpaper_colours = ((200, 120, 40), (40, 120, 200))
@@ -51,10 +52,16 @@ class WaylandBed(SessionBed):
         self._require_account()
         self._make_home()
         self._start_bus()
-        self._start_compositor()
-        self._has_display = True
-        self._start_hands()
-        self._dress()
+        try:
+            self._start_compositor()
+            self._has_display = True
+            self._start_hands()
+            self._dress()
+        except CannotStart:
+            raise
+        except Exception as problem:  # noqa: BLE001 - whatever it is, the desktop is not there
+            reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_words()}"
+            raise CannotStart(reason) from problem
 
     #: Programs without which the desktop cannot start.
     required_programs = ()
@@ -170,8 +177,11 @@ class WaylandBed(SessionBed):
             self.server = self.run(arguments, environment, stdout=output, stderr=output)
         is_started = comes_true(lambda: self.server.poll() is not None or is_up(), 40) and self.server.poll() is None
         if not is_started:
-            raise CannotStart(f"{arguments[0]} did not start: " + " | ".join(log.read_text("utf-8", "replace")
-                                                                              .split("\n")[-12:]))
+            raise CannotStart(f"{arguments[0]} did not start: {self._last_words()}")
+
+    def _last_words(self):
+        log = self.home / "compositor.log"
+        return " | ".join(log.read_text("utf-8", "replace").split("\n")[-12:]) if log.exists() else ""
 
 
 class ProtocolHands:

@@ -21,7 +21,8 @@ class X11Bed(SessionBed):
     """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom
     of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
 
-    #: The panel's first and last row on the first monitor; a negative number counts from its bottom, None is its bottom.
+    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: None is the bottom.
     panel_rows = (-30, None)
     panel_colour = (230, 230, 235)
     wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80))

@@ -6,7 +6,6 @@ import subprocess
 from driver.bed import NotPossibleHere
 from driver.waiting import comes_true, stays_true, wait_until
 
-from . import layout
 from .look_part import check_layout
 
 
@@ -20,19 +19,21 @@ def scales(desk, report):
         except NotPossibleHere as reason:
             report.not_possible(text, reason)
             continue
-        desk.begin_break()
-        desk.keep_picture(f"scale-{factor:g}")
-        check_layout(desk, report, desk.parts())
-        report.promise(text, True)
-        desk.end_break()
-        desk.bed.set_scale(name, 1)
+        try:
+            desk.begin_break()
+            desk.keep_picture(f"scale-{factor:g}")
+            check_layout(desk, report, desk.parts())
+            report.promise(text, True)
+            desk.end_break()
+        finally:
+            desk.bed.set_scale(name, 1)
 
 
 def unplugging(desk, report):
     """Monitors that come and go."""
     texts = ("the break goes on where a monitor stays when another is unplugged",
              "Escape ends the break after a monitor went", "the next break covers the one monitor that is left",
-             "a break that ends while a monitor comes leaves nothing behind", "the next break covers all monitors again")
+             "a break into which a monitor comes ends with Escape", "the next break covers all monitors again")
     first, second = desk.bed.outputs()
     desk.begin_break()
     try:
@@ -42,14 +43,10 @@ def unplugging(desk, report):
             report.not_possible(text, reason)
         desk.end_break()
         return
-    report.promise(texts[0], comes_true(lambda: desk.overlays() == [first], 3)
-                   and stays_true(lambda: desk.overlays() == [first], 1) and desk.process.poll() is None, desk.overlays())
-    desk.bed.press("Escape")
-    report.promise(texts[1], comes_true(lambda: not desk.overlays(), 2))
-    desk.tidy_up(program_runs=True)
-    desk.begin_break()
-    report.promise(texts[2], desk.overlays() == [first], desk.overlays())
-    desk.bed.plug(second.name)
+    try:
+        _with_one_monitor(desk, report, texts, first)
+    finally:
+        desk.bed.plug(second.name)
     wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")
     desk.bed.press("Escape")
     report.promise(texts[3], comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
@@ -57,6 +54,19 @@ def unplugging(desk, report):
     desk.begin_break()
     report.promise(texts[4], len(desk.overlays()) == 2, desk.overlays())
     desk.end_break()
+
+
+def _with_one_monitor(desk, report, texts, left):
+    """Goes on with the break, ends it, and leaves the next one on the screen."""
+    def is_there():
+        return desk.overlays() == [left]
+    report.promise(texts[0], comes_true(is_there, 3) and stays_true(is_there, 1) and desk.process.poll() is None,
+                   desk.overlays())
+    desk.bed.press("Escape")
+    report.promise(texts[1], comes_true(lambda: not desk.overlays(), 2))
+    desk.tidy_up(program_runs=True)
+    desk.begin_break()
+    report.promise(texts[2], is_there(), desk.overlays())
 
 
 def signals(desk, report):
