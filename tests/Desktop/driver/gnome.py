@@ -2,6 +2,7 @@
 """A desktop without layer surfaces: GNOME Shell on Wayland, with its X server for programs of the other kind."""
 
 import io
+import json
 import re
 
 import dbus
@@ -15,7 +16,6 @@ from .wayland import WaylandBed
 _SHELL = "org.gnome.Shell"
 _REMOTE = "org.gnome.Mutter.RemoteDesktop"
 _DISPLAYS = "org.gnome.Mutter.DisplayConfig"
-_FAR_AWAY = 20000.0
 _TEMPORARY = 1
 
 #: The overview of a fresh session gives way to the desktop; the clock would make two pictures of it differ.
@@ -31,8 +31,6 @@ class GnomeBed(WaylandBed):
     panel_rows = (0, 32)
     panel_colour = (0, 0, 0)
     wallpaper_colours = ((200, 120, 40), (200, 120, 40))
-    #: Large enough to be scaled twice: the shell wants a length of 800.
-    sizes = ((1920, 1080), (1024, 768))
     socket = "wayland-gnome"
 
     def __init__(self, helpers):
@@ -146,11 +144,8 @@ class GnomeBed(WaylandBed):
         self._configure([monitor for monitor in self._monitors() if monitor["name"] != name])
 
     def set_scale(self, name, scale):
-        """Only whole scales: others are an experiment of this shell."""
-        if scale != int(scale):
-            raise NotPossibleHere("the shell scales by whole numbers")
-        self._configure([{**monitor, "scale": float(scale)} if monitor["name"] == name else monitor
-                         for monitor in self._monitors()])
+        """Programs of the X server learn the scale from a service of the whole desktop."""
+        raise NotPossibleHere("the service that tells programs of the X server the scale does not run here")
 
     def logical_place(self, x, y):
         return (x, y)
@@ -164,11 +159,14 @@ class GnomeBed(WaylandBed):
         return Image.open(io.BytesIO(path.read_bytes())).convert("RGB")
 
     def _move(self, x, y):
-        """The session knows relative movements only; the upper left corner is where none goes farther."""
-        self._hands.NotifyPointerMotionRelative(-_FAR_AWAY, -_FAR_AWAY)
+        """The session knows relative movements only, so the way from where the pointer is."""
         x, y = round(x), round(y)
-        self._hands.NotifyPointerMotionRelative(float(x), float(y))
-        comes_true(lambda: self._evaluate("global.get_pointer().slice(0, 2)") == (True, f"[{x},{y}]"), 1)
+        start = self._pointer()
+        self._hands.NotifyPointerMotionRelative(float(x - start[0]), float(y - start[1]))
+        wait_until(lambda: self._pointer() == [x, y], f"the pointer at {x}, {y}")
+
+    def _pointer(self):
+        return [round(part) for part in json.loads(self._evaluate("global.get_pointer()")[1])[:2]]
 
     def _button(self, code, is_down):
         self._hands.NotifyPointerButton(dbus.Int32(code), is_down)
