@@ -31,6 +31,8 @@ class GnomeBed(WaylandBed):
     panel_rows = (0, 32)
     panel_colour = (0, 0, 0)
     wallpaper_colours = ((200, 120, 40), (200, 120, 40))
+    #: Wide enough for another program's window beside the texts of a break.
+    sizes = ((1600, 900), (1024, 768))
     socket = "wayland-gnome"
 
     def __init__(self, helpers):
