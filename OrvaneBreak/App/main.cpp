@@ -14,6 +14,7 @@
 #include "Platform/Process/Bundle.h"
 #include "Platform/Process/DisplayProbe.h"
 #include "Platform/Process/MessageFilter.h"
+#include "Platform/Process/PlatformChoice.h"
 #include "Platform/Process/SessionBus.h"
 #include "Platform/Process/UnixSignals.h"
 #include "Platform/Sound/CanberraChime.h"
@@ -29,6 +30,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -80,6 +82,7 @@ int main(int argc, char **argv)
     if (commandLine.exitStatus)
         return *commandLine.exitStatus;
     installMessageFilter();
+    std::optional<PlatformEnvironment> platformEnvironment(choosePlatformHere());
     if (const std::optional<QString> problem = missingDisplay()) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;
@@ -87,6 +90,7 @@ int main(int argc, char **argv)
     preventSessionBusLaunch();
 
     QApplication application(argc, argv);
+    platformEnvironment.reset();
     QApplication::setApplicationName(u"OrvaneBreak"_s);
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);

@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPalette>
 #include <QPixmap>
 #include <QVBoxLayout>
 
@@ -40,6 +41,9 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     setWindowTitle(u"OrvaneBreak"_s);
     setFocusPolicy(Qt::NoFocus);
     setAttribute(Qt::WA_TranslucentBackground);
+    QPalette colors = palette();
+    colors.setColor(QPalette::Window, QColor::fromRgbF(0, 0, 0, 0.75F));
+    setPalette(colors);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
     // No task bar shows this window; without an icon of its own, all sizes of the application's would be sent
@@ -96,5 +100,5 @@ void BreakOverlayPanel::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(event->rect(), QColor::fromRgbF(0, 0, 0, 0.75F));
+    painter.fillRect(event->rect(), palette().color(QPalette::Window));
 }

@@ -17,7 +17,8 @@ public:
 
     /// Shows `panel`, a top-level widget that has not been shown yet, over everything on `screen`, whose
     /// whole area it covers, on every workspace, without a task-bar entry and without activating the
-    /// application. The panel with `takesKeyboard` receives what is typed until `end()`.
+    /// application. The panel with `takesKeyboard` receives what is typed until `end()`. Where the desktop
+    /// cannot shine through, the panel's background, which is the Window role of its palette, is replaced.
     virtual void present(QWidget &panel, QScreen &screen, bool takesKeyboard) = 0;
 
     /// Called once before the panels are hidden: the keyboard goes back to where it was, unless somebody else

@@ -5,11 +5,6 @@
 
 #include <utility>
 
-void WaylandDisplayDeleter::operator()(wl_display *display) const
-{
-    wl_display_disconnect(display);
-}
-
 WaylandConnection::WaylandConnection(WaylandDisplayPointer display, std::function<void()> lost)
     : m_display(std::move(display))
     , m_lost(std::move(lost))

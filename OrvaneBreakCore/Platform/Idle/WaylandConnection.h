@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Wayland/WaylandDisplay.h"
+
 #include <QSocketNotifier>
 
 #include <functional>
 #include <memory>
-
-struct wl_display;
-
-struct WaylandDisplayDeleter
-{
-    void operator()(wl_display *display) const;
-};
-using WaylandDisplayPointer = std::unique_ptr<wl_display, WaylandDisplayDeleter>;
 
 /// A connection to a compositor next to the toolkit's own, whose events are handled from the event loop of
 /// the user-interface thread. Once the compositor is gone the connection stays silent for good.

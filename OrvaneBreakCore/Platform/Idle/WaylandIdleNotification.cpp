@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Idle/WaylandIdleNotification.h"
 
+#include "Platform/Wayland/WaylandGlobals.h"
+
 #include <ext-idle-notify-v1-client-protocol.h>
 #include <idle-client-protocol.h>
 #include <wayland-client.h>
 
-#include <string_view>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -70,23 +72,16 @@ private:
     ProxyPointer<org_kde_kwin_idle_timeout, org_kde_kwin_idle_timeout_release> m_timeout;
 };
 
-void noteGlobal(void *offered, wl_registry *, std::uint32_t, const char *interface, std::uint32_t)
-{
-    auto &offer = *static_cast<OfferedWaylandIdle *>(offered);
-    const std::string_view name(interface);
-    offer.extIdleNotify = offer.extIdleNotify || name == globalInterface(WaylandIdleProtocol::ExtIdleNotify);
-    offer.kdeIdle = offer.kdeIdle || name == globalInterface(WaylandIdleProtocol::KdeIdle);
-}
-
 } // namespace
 
 OfferedWaylandIdle offeredWaylandIdle(wl_display &display)
 {
-    static constexpr wl_registry_listener listener{noteGlobal, [](void *, wl_registry *, std::uint32_t) {}};
-    OfferedWaylandIdle offered;
-    const ProxyPointer<wl_registry, wl_registry_destroy> registry(wl_display_get_registry(&display));
-    wl_registry_add_listener(registry.get(), &listener, &offered);
-    return wl_display_roundtrip(&display) < 0 ? OfferedWaylandIdle{} : offered;
+    const WaylandQueue queue(display);
+    const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue);
+    if (!globals)
+        return {};
+    return {globals->offers(globalInterface(WaylandIdleProtocol::ExtIdleNotify)),
+            globals->offers(globalInterface(WaylandIdleProtocol::KdeIdle))};
 }
 
 const char *globalInterface(WaylandIdleProtocol protocol)

@@ -24,8 +24,8 @@ struct OfferedWaylandIdle
     bool kdeIdle = false;
 };
 
-/// Asks the compositor and waits for its answer; nothing is offered on a broken connection. To be called
-/// before the connection's events are handled in any other way.
+/// Asks the compositor and waits for its answer, at most as long as `WaylandGlobals` does; nothing is offered
+/// on a broken connection or without an answer in time.
 [[nodiscard]] OfferedWaylandIdle offeredWaylandIdle(wl_display &display);
 
 /// The name of the global object that a compositor announces the protocol with.

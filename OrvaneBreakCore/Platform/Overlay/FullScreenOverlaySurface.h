@@ -4,7 +4,8 @@
 #include "Platform/OverlaySurface.h"
 
 /// Ordinary full-screen windows, for platforms that offer nothing better: the window manager may keep its
-/// panels above them and list them in the task bar.
+/// panels above them and list them in the task bar. Opaque black, because nobody can tell what the desktop
+/// puts behind a full-screen window.
 class FullScreenOverlaySurface final : public OverlaySurface
 {
 public:

@@ -2,9 +2,12 @@
 #include "Platform/Overlay/OverlaySurfaceFactory.h"
 
 #include "Platform/Overlay/FullScreenOverlaySurface.h"
+#include "Platform/Overlay/WaylandOverlaySurface.h"
 #include "Platform/Overlay/X11OverlaySurface.h"
 
 #include <QGuiApplication>
+
+using namespace Qt::StringLiterals;
 
 std::unique_ptr<OverlaySurface> makeOverlaySurface()
 {
@@ -12,5 +15,9 @@ std::unique_ptr<OverlaySurface> makeOverlaySurface()
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     if (x11 && x11->connection())
         return std::make_unique<X11OverlaySurface>(x11->connection());
+    if (QGuiApplication::platformName().startsWith("wayland"_L1)) {
+        if (auto layers = WaylandOverlaySurface::create())
+            return layers;
+    }
     return std::make_unique<FullScreenOverlaySurface>();
 }

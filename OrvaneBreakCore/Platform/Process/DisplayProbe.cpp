@@ -8,14 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isX11Reachable()
-{
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    const bool isReachable = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return isReachable;
-}
-
 bool isWaylandReachable()
 {
     wl_display *display = wl_display_connect(nullptr);
@@ -26,6 +18,14 @@ bool isWaylandReachable()
 }
 
 } // namespace
+
+bool isX11Reachable()
+{
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    const bool isReachable = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return isReachable;
+}
 
 std::optional<QString> missingDisplay()
 {

@@ -10,3 +10,6 @@
 /// program can start; with a platform named in QT_QPA_PLATFORM only that one is tried, and one that needs no
 /// display always passes.
 [[nodiscard]] std::optional<QString> missingDisplay();
+
+/// Whether an X server takes connections at DISPLAY. Connects and disconnects at once.
+[[nodiscard]] bool isX11Reachable();

@@ -26,6 +26,8 @@ class Output:
     y: int
     width: int
     height: int
+    #: How many pixels of the picture stand for one unit of length of the programs.
+    scale: float = 1.0
 
     @property
     def box(self):
@@ -97,6 +99,18 @@ class Bed(abc.ABC):
     @abc.abstractmethod
     def click(self, x, y, button=1):
         """Moves the pointer there and clicks."""
+
+    @abc.abstractmethod
+    def write(self, path, text):
+        """Writes a file below the home folder, for the person of this desktop; returns where it is."""
+
+    def lend(self, path):
+        """Where the programs of this desktop find a file of ours."""
+        return path
+
+    def set_scale(self, name, scale):
+        """Gives a monitor another scale."""
+        raise NotPossibleHere(f"{self.name} has no scales")
 
     def plug(self, name):
         """Switches a monitor on."""

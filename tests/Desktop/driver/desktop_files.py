@@ -12,6 +12,7 @@ SESSION_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Confi
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
+    <allow user="*"/>
   </policy>
 </busconfig>
 """
@@ -41,6 +42,63 @@ focus_follows_mouse no
 for_window [class="test-window"] floating enable
 workspace 1 output {first}
 workspace 3 output {second}
+"""
+
+SWAY = """xwayland disable
+focus_follows_mouse no
+seat * hide_cursor 100
+default_border none
+default_floating_border none
+{outputs}
+for_window [title="Other"] floating enable, move absolute position 30 60, focus
+bar {{
+    output {panel}
+    position bottom
+    height {height}
+    tray_output none
+    font sans 10
+    status_command while echo working day; do sleep 3600; done
+    colors {{
+        background #e6e6eb
+        statusline #202020
+        focused_workspace #c0c0c8 #c0c0c8 #202020
+        inactive_workspace #c0c0c8 #c0c0c8 #202020
+    }}
+}}
+"""
+SWAY_OUTPUT = """output {name} resolution {width}x{height} position {x} {y} bg {colour} solid_color
+workspace {number} output {name}
+"""
+
+KDE_GLOBALS = """[KDE]
+AnimationDurationFactor=0
+"""
+
+KWIN = """[Windows]
+Placement=ZeroCornered
+"""
+
+GNOME_SETTINGS = """[org/gnome/desktop/interface]
+enable-hot-corners=false
+enable-animations=false
+[org/gnome/desktop/background]
+picture-options='none'
+color-shading-type='solid'
+primary-color='{colour}'
+[org/gnome/desktop/notifications]
+show-banners=false
+[org/gnome/shell]
+welcome-dialog-last-shown-version='99'
+[org/gnome/desktop/session]
+idle-delay=uint32 0
+[org/gnome/desktop/screensaver]
+lock-enabled=false
+"""
+
+WAYBAR = {"layer": "top", "position": "bottom", "height": 30, "modules-right": ["custom/day"],
+          "custom/day": {"exec": "echo working day", "interval": 3600}}
+WAYBAR_STYLE = """* { font: 13px sans-serif; border: none; }
+window#waybar { background: #e6e6eb; color: #202020; }
 """
 
 _PANEL = """<?xml version="1.0" encoding="UTF-8"?>

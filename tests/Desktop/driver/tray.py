@@ -17,8 +17,8 @@ class Tray:
 
     def __init__(self, bed):
         self._bed = bed
-        self._process = bed.run(["/usr/bin/python3", "-B", _PROGRAM], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                text=True)
+        self._process = bed.run(["/usr/bin/python3", "-B", bed.lend(_PROGRAM)], stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, text=True)
         self._read()
 
     def stop(self):

@@ -3,37 +3,34 @@
 
 import glob
 import os
-import pathlib
 import re
-import shutil
-import subprocess
-import tempfile
 
 from PIL import Image, ImageGrab
 
 from . import desktop_files
-from .bed import Bed, CannotStart, NotPossibleHere, Output
-from .children import Children
+from .bed import CannotStart, NotPossibleHere, Output
+from .session import SessionBed
 from .waiting import wait_until
 
 #: Two monitors of different size, and two for measurements.
 SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
 LARGE = (Output("LEFT", 0, 0, 1920, 1080), Output("RIGHT", 1920, 0, 1920, 1080))
 
-_PACKAGE_OF = {"Xvfb": "xvfb", "xrandr": "x11-xserver-utils", "xdotool": "xdotool", "xprop": "x11-utils",
-               "dbus-daemon": "dbus", "hsetroot": "hsetroot", "picom": "picom", "xfce4-panel": "xfce4-panel",
-               "wmctrl": "wmctrl", "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm"}
-_KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
 
 
-class X11Bed(Bed):
+class X11Bed(SessionBed):
     """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom
     of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
 
+    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: None is the bottom.
+    panel_rows = (-30, None)
+    panel_colour = (230, 230, 235)
     wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80))
 
     def __init__(self, window_manager=None, compositor=False, panel=False, monitors=SMALL, wallpaper=None,
                  panel_options=None, theme="Clearlooks"):
+        super().__init__()
         self.name = "x11-" + (window_manager or "bare")
         self.window_manager = window_manager
         self.compositor = compositor
@@ -45,64 +42,29 @@ class X11Bed(Bed):
         self._wallpaper = wallpaper
         self._panel_options = panel_options or {}
         self._theme = theme
-        self._children = Children()
-        self._home = None
         self._display = None
-        self._bus_address = None
 
     # -- coming and going
 
     def start(self):
-        self._require_programs()
-        self._home = pathlib.Path(tempfile.mkdtemp(prefix="orvanebreak-bed-"))
-        for folder in ("config", "data", "cache", "state", "runtime"):
-            (self._home / folder).mkdir(mode=0o700)
+        self._require_programs(self._required_programs())
+        self._make_home()
         self._start_server()
-        _, self._bus_address = self.start_bus("session-bus")
+        self.start_bus("session-bus")
         if self.panel or self.window_manager == "xfwm4":
             self._start_settings()
         if self.window_manager:
             self._start_window_manager()
         if self.compositor:
-            self.run(["picom", "--backend", "xrender", "--config", self._write("picom.conf", "")])
+            self.run(["picom", "--backend", "xrender", "--config", self.write("picom.conf", "")])
             wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
         self.show_wallpaper()
         if self.panel:
             self.panel_process = self.run(["xfce4-panel", "--disable-wm-check"])
             wait_until(self._panel_is_up, "the panel", 20)
 
-    def end(self):
-        self._children.end_all()
-        if self._home:
-            shutil.rmtree(self._home, ignore_errors=True)
-
-    def leftovers(self):
-        """Processes of this bed that are running."""
-        return self._children.descendants()
-
-    @property
-    def home(self):
-        return self._home
-
-    # -- programs
-
     def environment(self):
-        kept = {name: os.environ[name] for name in _KEPT_VARIABLES if name in os.environ}
-        home = self._home
-        return {**kept, "HOME": str(home), "XDG_CONFIG_HOME": f"{home}/config", "XDG_DATA_HOME": f"{home}/data",
-                "XDG_CACHE_HOME": f"{home}/cache", "XDG_STATE_HOME": f"{home}/state",
-                "XDG_RUNTIME_DIR": f"{home}/runtime", "DISPLAY": self._display or "",
-                "DBUS_SESSION_BUS_ADDRESS": self._bus_address or "", "LANG": "C.UTF-8", "TZ": "UTC",
-                "NO_AT_BRIDGE": "1", "GSETTINGS_BACKEND": "memory", "GIO_USE_VFS": "local"}
-
-    def run(self, arguments, environment=None, **options):
-        variables = self.environment()
-        variables.update(environment or {})
-        return self._children.start(arguments, {name: value for name, value in variables.items() if value is not None},
-                                    **options)
-
-    def stop(self, process):
-        self._children.end(process)
+        return {**super().environment(), "DISPLAY": self._display or "", "GSETTINGS_BACKEND": "memory"}
 
     # -- what a person sees and does
 
@@ -175,12 +137,6 @@ class X11Bed(Bed):
         programs += ["picom"] if self.compositor else []
         return programs + (["xfce4-panel"] if self.panel else [])
 
-    def _require_programs(self):
-        missing = [program for program in self._required_programs() if not shutil.which(program)]
-        if missing:
-            packages = " ".join(_PACKAGE_OF.get(program, program) for program in missing)
-            raise CannotStart(f"not installed: {' '.join(missing)} (Debian packages: {packages})")
-
     def _start_server(self):
         width = max(output.box[2] for output in self._monitors)
         height = max(output.box[3] for output in self._monitors)
@@ -207,28 +163,13 @@ class X11Bed(Bed):
                                                                               .split("\n")[-12:]))
         self._display = ":" + number
 
-    def start_bus(self, name):
-        """Starts a session bus; returns its process and its address."""
-        socket = f"{self._home}/runtime/{name}"
-        services = self._home / "data" / "dbus-1" / "services"
-        services.mkdir(parents=True, exist_ok=True)
-        config = self._write(f"{name}.conf", desktop_files.SESSION_BUS.format(socket=socket, services=services))
-        reading, writing = os.pipe()
-        process = self.run(["dbus-daemon", f"--config-file={config}", "--nofork", f"--print-address={writing}"],
-                           {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}"}, pass_fds=[writing])
-        os.close(writing)
-        with os.fdopen(reading) as answer:
-            if not answer.readline():
-                raise CannotStart("dbus-daemon did not start")
-        return process, f"unix:path={socket}"
-
     def _start_settings(self):
         programs = glob.glob("/usr/lib/*/xfce4/xfconf/xfconfd") + glob.glob("/usr/lib*/xfce4/xfconf/xfconfd")
         if not programs:
             raise CannotStart("not installed: xfconfd (Debian package: xfconf)")
         if self.panel:
             options = {"output": "Primary", **self._panel_options}
-            self._write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
+            self.write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
         self.run([programs[0]])
 
         def answers():
@@ -239,13 +180,13 @@ class X11Bed(Bed):
 
     def _start_window_manager(self):
         if self.window_manager == "openbox":
-            config = self._write("openbox.xml", desktop_files.OPENBOX.format(theme=self._theme))
+            config = self.write("openbox.xml", desktop_files.OPENBOX.format(theme=self._theme))
             self.run(["openbox", "--sm-disable", "--config-file", config])
         elif self.window_manager == "xfwm4":
             self.run(["xfwm4", "--compositor=off"])
         else:
             first, second = self._monitors[0].name, self._monitors[-1].name
-            self.run(["i3", "-c", self._write("i3.conf", desktop_files.I3.format(first=first, second=second))])
+            self.run(["i3", "-c", self.write("i3.conf", desktop_files.I3.format(first=first, second=second))])
         wait_until(lambda: "window id" in self._call(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
                    "the window manager")
 
@@ -257,15 +198,3 @@ class X11Bed(Bed):
         wanted = [round(part * 255) for part in background[:3]]
         seen = self.picture().getpixel(place)
         return background[3] < 1 or all(abs(a - b) <= 3 for a, b in zip(seen, wanted))
-
-    def _write(self, name, text):
-        path = self._home / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text(text, "utf-8")
-        return path
-
-    def _call(self, arguments):
-        """Runs a short command on the desktop; returns what it printed, also when it failed."""
-        done = subprocess.run(arguments, env=self.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                              stderr=subprocess.DEVNULL, text=True, timeout=20, check=False)
-        return done.stdout

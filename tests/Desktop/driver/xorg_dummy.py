@@ -53,7 +53,7 @@ class XorgDummyBed(X11Bed):
             raise CannotStart("Xorg with the dummy driver needs root", is_by_design=True)
         if not shutil.which(_SERVER):
             raise CannotStart("not installed: Xorg (Debian packages: xserver-xorg-core xserver-xorg-video-dummy)")
-        config = self._write("xorg.conf", _CONFIGURATION)
+        config = self.write("xorg.conf", _CONFIGURATION)
         self._run_server([_SERVER, "-config", config, "-noreset", "-nolisten", "tcp", "-ac", "-novtswitch",
                           "-sharevts", "-logfile", self.home / "xorg.log"])
         self._call(["xrandr", "--output", "DUMMY0", "--mode", "1280x720", "--primary"])

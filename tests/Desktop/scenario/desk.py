@@ -23,7 +23,7 @@ REPORT = "Signaler un problème…"
 IN_MENU_BAR = {"OBMenuBarMode": True, "OBOnboarded": True}
 
 #: A place where the pointer is over nothing that changes when it is pointed at.
-_RESTING_PLACE = (1200, 40)
+RESTING_PLACE = (1200, 40)
 
 
 class Desk:
@@ -32,12 +32,15 @@ class Desk:
     def __init__(self, bed, program, helpers, pictures=None):
         self.bed = bed
         self._pictures = pictures
-        self.probe = Probe(bed, helpers)
+        self.probe = self._make_probe(helpers)
         self.process = None
         self.tray = None
-        self.program = program
+        self.program = bed.lend(program)
         self._runs = 0
         self._windows = []
+
+    def _make_probe(self, helpers):
+        return Probe(self.bed, helpers)
 
     # -- the program
 
@@ -52,9 +55,9 @@ class Desk:
         with open(self._error_file, "wb") as errors:
             self.process = self.bed.run([self.program], environment, stderr=errors)
 
-    def start_again(self):
+    def start_again(self, *arguments):
         """Starts the program a second time; returns its process."""
-        return self.bed.run([self.program])
+        return self.bed.run([self.program, *arguments])
 
     def start_with_tray(self):
         """Starts the program beside a running tray, and waits for its icon."""
@@ -67,11 +70,8 @@ class Desk:
         self.start_program({"ORVANE_DEBUG_BREAK": "1", **(environment or {})})
         self.wait_for_break(scale)
 
-    @staticmethod
-    def write_preferences(config_folder, **changes):
-        folder = config_folder / "OrvaneBreak"
-        folder.mkdir(parents=True, exist_ok=True)
-        (folder / "preferences.json").write_text(json.dumps({**IN_MENU_BAR, **changes}))
+    def write_preferences(self, config_folder, **changes):
+        self.bed.write(config_folder / "OrvaneBreak" / "preferences.json", json.dumps({**IN_MENU_BAR, **changes}))
 
     def stop_program(self):
         self.bed.stop(self.process)
@@ -146,7 +146,7 @@ class Desk:
             self.bed.picture().save(self._pictures / f"{self.bed.name}-{name}.png", compress_level=1)
 
     def rest_pointer(self):
-        self.bed.move_pointer(*_RESTING_PLACE)
+        self.bed.move_pointer(*RESTING_PLACE)
 
     def dimmed(self, colour):
         """What a colour looks like under a break."""
@@ -155,7 +155,7 @@ class Desk:
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
         """Another program's window with the keyboard."""
         # Window managers date their focus requests by the last input that they saw: a person has clicked somewhere.
-        self.bed.click(*_RESTING_PLACE)
+        self.bed.click(*RESTING_PLACE)
         if self.bed.window_manager is None:
             options += ("take-focus",)
         window = self.probe.window(title, colour, place, *options)

@@ -35,11 +35,11 @@ class Box:
 
 def find_parts(picture, output, scale=1.0):
     """The parts on one monitor by name, or None when there are not five of them. What lies below the middle of the
-    monitor must be of one colour."""
+    monitor must be of one colour; panels along its upper and lower edge are left out."""
     half = round(_STRIP_WIDTH * scale / 2)
     centre_x = output.x + output.width // 2
-    box = (max(output.x, centre_x - half), output.y, min(output.x + output.width, centre_x + half),
-           output.y + round(output.height * 0.93))
+    box = (max(output.x, centre_x - half), output.y + round(output.height * 0.05),
+           min(output.x + output.width, centre_x + half), output.y + round(output.height * 0.93))
     strip = picture.crop(box)
     background = Image.new("RGB", strip.size, strip.getpixel((2, strip.size[1] // 2)))
     channels = ImageChops.difference(strip, background).split()

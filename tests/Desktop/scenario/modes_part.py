@@ -42,7 +42,7 @@ def closing(desk, report):
 
 
 def _begin_break(desk):
-    second = desk.bed.run([desk.program, "--break-now"])
+    second = desk.start_again("--break-now")
     wait_until(lambda: len(desk.overlays()) == len(desk.bed.outputs()), "a break window on every screen")
     desk.bed.stop(second)
 

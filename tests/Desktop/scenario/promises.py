@@ -65,3 +65,13 @@ def write_json(reports, path):
     path.parent.mkdir(parents=True, exist_ok=True)
     content = {report.desktop: {"promises": report.results, "figures": report.figures} for report in reports}
     path.write_text(json.dumps(content, indent=1, ensure_ascii=False) + "\n", "utf-8")
+
+
+def read_json(path):
+    """The reports that `write_json` kept."""
+    reports = []
+    for desktop, content in json.loads(path.read_text("utf-8")).items():
+        report = Report(desktop)
+        report.results, report.figures = content["promises"], content["figures"]
+        reports.append(report)
+    return reports

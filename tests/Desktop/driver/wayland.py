@@ -1,0 +1,210 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What the Wayland desktops have in common."""
+
+import os
+import pathlib
+import pwd
+import shutil
+import subprocess
+
+from PIL import Image
+
+from .bed import CannotStart, Output
+from .session import SessionBed
+from .waiting import comes_true
+
+#: The account that the desktops run as when the tests run as root: compositors refuse root.
+ACCOUNT = "orvanebreak-bed"
+
+LEFT_BUTTON = 0x110
+_BUTTONS = {1: LEFT_BUTTON, 2: 0x112, 3: 0x111}
+_KEYS = {"Escape": 1, "BackSpace": 14, "Tab": 15, "Return": 28, "ctrl": 29, "shift": 42, "space": 57, " ": 57,
+         **{letter: code for first, row in ((2, "1234567890"), (16, "qwertyuiop"), (30, "asdfghjkl"), (44, "zxcvbnm"))
+            for code, letter in enumerate(row, first)}}
+
+
+class WaylandBed(SessionBed):
+    """A compositor without any screen, with two monitors, each with a wallpaper of one colour. A picture shows the
+    monitors side by side, each in its own pixels."""
+
+    account = ACCOUNT
+    compositor = True
+    panel = True
+    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: None is the bottom.
+    panel_rows = (-30, None)
+    panel_colour = (230, 230, 235)
+    wallpaper_colours = ((200, 120, 40), (40, 120, 200))
+    sizes = ((1280, 720), (1024, 768))
+    socket = "wayland-1"
+
+    def __init__(self, helpers):
+        super().__init__()
+        self.window_manager = self.name.removeprefix("wayland-")
+        self.server = None
+        self._helpers = pathlib.Path(helpers)
+        self._has_display = False
+
+    # -- coming and going
+
+    def start(self):
+        self._require_programs(["dbus-daemon", *self.required_programs])
+        self._require_account()
+        self._make_home()
+        self.start_bus("session-bus")
+        try:
+            self._start_compositor()
+            self._has_display = True
+            self._start_hands()
+            self._dress()
+        except CannotStart:
+            raise
+        except Exception as problem:  # noqa: BLE001 - whatever it is, the desktop is not there
+            reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_words()}"
+            raise CannotStart(reason) from problem
+
+    #: Programs without which the desktop cannot start.
+    required_programs = ()
+
+    def _start_compositor(self):
+        """Starts the compositor as `server` and returns when programs can connect to it."""
+        raise NotImplementedError
+
+    def _start_hands(self):
+        """Gets a pointer and a keyboard."""
+        raise NotImplementedError
+
+    def _dress(self):
+        """Puts a wallpaper and a panel on the desktop."""
+
+    def environment(self):
+        variables = {**super().environment(), "XDG_SESSION_TYPE": "wayland"}
+        if self._has_display:
+            variables["WAYLAND_DISPLAY"] = self.socket
+        return variables
+
+    def lend(self, path):
+        """Where the tests run as root, their folder may be closed to everybody else: the file is copied, with the share
+        folder of a program."""
+        path = pathlib.Path(path)
+        if not self._as_account():
+            return path
+        copy = self.home / "lent" / "bin" / path.name
+        if not copy.exists():
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(path, copy)
+            share = path.parent.parent / "share"
+            if path.parent.name == "bin" and share.is_dir():
+                shutil.copytree(share, copy.parent.parent / "share", dirs_exist_ok=True)
+        return copy
+
+    # -- what a person sees and does
+
+    def logical_place(self, x, y):
+        """A place of the picture in the compositor's own units."""
+        for output, (left, top) in zip(self.outputs(), self._logical_corners()):
+            if output.x <= x < output.box[2]:
+                return (left + (x - output.x) / output.scale, top + (y - output.y) / output.scale)
+        raise LookupError(f"{x}, {y} is on no monitor")
+
+    def outputs(self):
+        return _side_by_side(self._monitors())
+
+    def _logical_corners(self):
+        return [monitor["corner"] for monitor in self._monitors()]
+
+    def _monitors(self):
+        """What the compositor says of each monitor, from left to right: name, size, scale, corner."""
+        raise NotImplementedError
+
+    def picture(self):
+        outputs = self.outputs()
+        whole = Image.new("RGB", (outputs[-1].box[2], max(output.height for output in outputs)))
+        for output in outputs:
+            whole.paste(self._picture_of(output), (output.x, output.y))
+        return whole
+
+    def _picture_of(self, output):
+        """A picture of one monitor."""
+        raise NotImplementedError
+
+    def type(self, text):
+        for letter in text:
+            self.press(letter)
+
+    def press(self, key):
+        codes = [_KEYS[part] for part in (key.split("+") if len(key) > 1 else [key])]
+        for code in codes:
+            self._key(code, True)
+        for code in reversed(codes):
+            self._key(code, False)
+
+    def move_pointer(self, x, y):
+        self._move(*self.logical_place(x, y))
+
+    def click(self, x, y, button=1):
+        self.move_pointer(x, y)
+        self._button(_BUTTONS[button], True)
+        self._button(_BUTTONS[button], False)
+
+    def _move(self, x, y):
+        raise NotImplementedError
+
+    def _button(self, code, is_down):
+        raise NotImplementedError
+
+    def _key(self, code, is_down):
+        raise NotImplementedError
+
+    # -- parts of the start
+
+    def _require_account(self):
+        if os.geteuid() != 0:
+            return
+        try:
+            pwd.getpwnam(ACCOUNT)
+        except KeyError:
+            made = subprocess.run(["useradd", "--system", "--user-group", "--no-create-home", "--shell",
+                                   "/usr/sbin/nologin", ACCOUNT], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                                  text=True, check=False)
+            if made.returncode != 0:
+                raise CannotStart(f"no account to run it as: {made.stderr.strip()}") from None
+
+    def _run_compositor(self, arguments, environment, is_up):
+        """Starts it; CannotStart with its last lines when it ends or is not up in time."""
+        log = self.home / "compositor.log"
+        with open(log, "wb") as output:
+            self.server = self.run(arguments, environment, stdout=output, stderr=output)
+        is_started = comes_true(lambda: self.server.poll() is not None or is_up(), 40) and self.server.poll() is None
+        if not is_started:
+            raise CannotStart(f"{arguments[0]} did not start: {self._last_words()}")
+
+    def _last_words(self):
+        log = self.home / "compositor.log"
+        return " | ".join(log.read_text("utf-8", "replace").split("\n")[-12:]) if log.exists() else ""
+
+
+class ProtocolHands:
+    """A process that holds a pointer and a keyboard by the protocols for that."""
+
+    def __init__(self, bed, program):
+        self._process = bed.run([bed.lend(program)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        greeting = self._process.stdout.readline().strip()
+        if greeting != "ready":
+            raise CannotStart(f"no pointer and keyboard: {greeting}")
+
+    def do(self, *words):
+        """Carries out one command, and waits until the compositor has it."""
+        self._process.stdin.write(" ".join(str(word) for word in words) + "\n")
+        self._process.stdin.flush()
+        if self._process.stdout.readline() != "done\n":
+            raise RuntimeError(f"the hands did not do: {words}")
+
+
+def _side_by_side(monitors):
+    """The outputs of a picture."""
+    outputs, x = [], 0
+    for monitor in monitors:
+        outputs.append(Output(monitor["name"], x, 0, *monitor["size"], monitor["scale"]))
+        x += monitor["size"][0]
+    return outputs

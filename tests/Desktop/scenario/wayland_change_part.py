@@ -1,0 +1,121 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import os
+import signal
+import subprocess
+
+from driver.bed import NotPossibleHere
+from driver.waiting import comes_true, stays_true, wait_until
+
+from .look_part import check_layout
+
+
+def scales(desk, report):
+    """Scaled screens."""
+    for factor in (1.5, 2):
+        text = f"scale {factor:g}: ring and texts are there on each screen"
+        name = desk.bed.outputs()[0].name
+        try:
+            desk.bed.set_scale(name, factor)
+        except NotPossibleHere as reason:
+            report.not_possible(text, reason)
+            continue
+        try:
+            desk.begin_break()
+            desk.keep_picture(f"scale-{factor:g}")
+            check_layout(desk, report, desk.parts())
+            report.promise(text, True)
+            desk.end_break()
+        finally:
+            desk.bed.set_scale(name, 1)
+
+
+def unplugging(desk, report):
+    """Monitors that come and go."""
+    texts = ("the break goes on where a monitor stays when another is unplugged",
+             "Escape ends the break after a monitor went", "the next break covers the one monitor that is left",
+             "a break into which a monitor comes ends with Escape", "the next break covers all monitors again")
+    first, second = desk.bed.outputs()
+    desk.begin_break()
+    try:
+        desk.bed.unplug(second.name)
+    except NotPossibleHere as reason:
+        for text in texts:
+            report.not_possible(text, reason)
+        desk.end_break()
+        return
+    try:
+        _with_one_monitor(desk, report, texts, first)
+    finally:
+        desk.bed.plug(second.name)
+    wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")
+    desk.bed.press("Escape")
+    report.promise(texts[3], comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
+    desk.tidy_up(program_runs=True)
+    desk.begin_break()
+    report.promise(texts[4], len(desk.overlays()) == 2, desk.overlays())
+    desk.end_break()
+
+
+def _with_one_monitor(desk, report, texts, left):
+    """Goes on with the break, ends it, and leaves the next one on the screen."""
+    def is_there():
+        return desk.overlays() == [left]
+    report.promise(texts[0], comes_true(is_there, 3) and stays_true(is_there, 1) and desk.process.poll() is None,
+                   desk.overlays())
+    desk.bed.press("Escape")
+    report.promise(texts[1], comes_true(lambda: not desk.overlays(), 2))
+    desk.tidy_up(program_runs=True)
+    desk.begin_break()
+    report.promise(texts[2], is_there(), desk.overlays())
+
+
+def signals(desk, report):
+    """Signals in the middle of a break."""
+    other = desk.other_window()
+    desk.rest_pointer()
+    for number in (signal.SIGTERM, signal.SIGKILL):
+        before = desk.settled_picture()
+        desk.start_in_break()
+        os.kill(desk.process.pid, number)
+        ended = comes_true(lambda: desk.process.poll() is not None, 5)
+        wanted = -number if number == signal.SIGKILL else 0
+        report.promise(f"{number.name} in the middle of a break ends the program",
+                       ended and desk.process.returncode == wanted, desk.process.returncode)
+        report.promise(f"nothing is left after {number.name}",
+                       comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 3))
+        report.promise(f"the focus is back after {number.name}", comes_true(other.has_focus, 2))
+        report.promise("silent when a signal ends it", not desk.said(), desk.said())
+        desk.bed.stop(desk.process)
+
+
+def compositor_killed(desk, report):
+    """The compositor is killed in the middle of a break."""
+    desk.start_in_break()
+    desk.bed.server.kill()
+    report.promise("the program ends within 5 s when the display is killed",
+                   comes_true(lambda: desk.process.poll() is not None, 5))
+    report.promise("at most one line on standard error when the display is killed", len(desk.said()) <= 1, desk.said())
+
+
+def idle(desk, report, helpers):
+    """How long ago the last input was."""
+    process = desk.bed.run([desk.bed.lend(helpers / "idle-report")], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                           text=True)
+    source = process.stdout.readline().strip()
+    report.promise("the desktop tells the idle time", source not in ("none", ""), source)
+    report.figures["the idle time comes from"] = source
+
+    def seconds():
+        process.stdin.write("\n")
+        process.stdin.flush()
+        return float(process.stdout.readline())
+    desk.rest_pointer()
+    desk.bed.press("shift")
+    started = seconds()
+    report.promise("the idle time grows without input", comes_true(lambda: seconds() >= 3, 8), started)
+    desk.bed.press("shift")
+    report.promise("a key ends the idle time", comes_true(lambda: seconds() < 1, 1))
+    comes_true(lambda: seconds() >= 2, 8)
+    desk.bed.move_pointer(600, 300)
+    report.promise("the pointer ends the idle time", comes_true(lambda: seconds() < 1, 1))
+    desk.bed.stop(process)
