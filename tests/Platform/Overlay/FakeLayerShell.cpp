@@ -82,30 +82,30 @@ struct FakeLayerShell::Requests
         self(shell).m_layers.push_back(added);
     }
 
-    template <const wl_interface *interface>
-    static void bind(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
+    static void bindCompositor(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
     {
-        static const struct wl_compositor_interface surfaces
+        static const struct wl_compositor_interface requests
         {
             createSurface, nullptr
         };
-        static const struct zwlr_layer_shell_v1_interface layers
+        wl_resource *resource = wl_resource_create(client, &wl_compositor_interface, 1, id);
+        wl_resource_set_implementation(resource, &requests, data, nullptr);
+    }
+
+    static void bindOutput(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
+    {
+        wl_resource *resource = wl_resource_create(client, &wl_output_interface, 1, id);
+        wl_resource_set_implementation(resource, nullptr, data, nullptr);
+    }
+
+    static void bindShell(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
+    {
+        static const struct zwlr_layer_shell_v1_interface requests
         {
             getLayerSurface
         };
-        wl_resource *resource = wl_resource_create(client, interface, static_cast<int>(version), id);
-        const void *requests = nullptr;
-        if constexpr (interface == &wl_compositor_interface)
-            requests = &surfaces;
-        else if constexpr (interface == &zwlr_layer_shell_v1_interface)
-            requests = &layers;
-        wl_resource_set_implementation(resource, requests, data, nullptr);
-    }
-
-    template <const wl_interface *interface>
-    static void offer(FakeLayerShell &shell)
-    {
-        wl_global_create(shell.m_compositor.display(), interface, 1, &shell, bind<interface>);
+        wl_resource *resource = wl_resource_create(client, &zwlr_layer_shell_v1_interface, 1, id);
+        wl_resource_set_implementation(resource, &requests, data, nullptr);
     }
 };
 
@@ -117,10 +117,11 @@ FakeLayerShell::FakeLayerShell(FakeCompositor &compositor, Answer answer)
 
 void FakeLayerShell::offer(bool isShellOffered)
 {
-    Requests::offer<&wl_compositor_interface>(*this);
-    Requests::offer<&wl_output_interface>(*this);
+    wl_display *display = m_compositor.display();
+    wl_global_create(display, &wl_compositor_interface, 1, this, Requests::bindCompositor);
+    wl_global_create(display, &wl_output_interface, 1, this, Requests::bindOutput);
     if (isShellOffered)
-        Requests::offer<&zwlr_layer_shell_v1_interface>(*this);
+        wl_global_create(display, &zwlr_layer_shell_v1_interface, 1, this, Requests::bindShell);
 }
 
 void FakeLayerShell::configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const
