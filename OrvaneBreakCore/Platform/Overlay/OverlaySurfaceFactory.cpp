@@ -4,6 +4,7 @@
 #include "Platform/Overlay/FullScreenOverlaySurface.h"
 #include "Platform/Overlay/WaylandOverlaySurface.h"
 #include "Platform/Overlay/X11OverlaySurface.h"
+#include "Platform/X11/X11Connection.h"
 
 #include <QGuiApplication>
 
@@ -11,10 +12,8 @@ using namespace Qt::StringLiterals;
 
 std::unique_ptr<OverlaySurface> makeOverlaySurface()
 {
-    // The platform plugin without screens of its own claims to be X11 as well, and has no connection.
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 && x11->connection())
-        return std::make_unique<X11OverlaySurface>(x11->connection());
+    if (xcb_connection_t *connection = X11Connection::ofToolkit())
+        return std::make_unique<X11OverlaySurface>(connection);
     if (QGuiApplication::platformName().startsWith("wayland"_L1)) {
         if (auto layers = WaylandOverlaySurface::create())
             return layers;

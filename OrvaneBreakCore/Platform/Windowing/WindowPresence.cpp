@@ -2,8 +2,8 @@
 #include "Platform/Windowing/WindowPresence.h"
 
 #include "Platform/Windowing/X11WindowPresence.h"
+#include "Platform/X11/X11Connection.h"
 
-#include <QGuiApplication>
 #include <QWidget>
 
 namespace {
@@ -28,9 +28,7 @@ public:
 
 std::unique_ptr<WindowPresence> makeWindowPresence()
 {
-    // The platform plugin without screens of its own claims to be X11 as well, and has no connection.
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 && x11->connection())
-        return std::make_unique<X11WindowPresence>(x11->connection());
+    if (xcb_connection_t *connection = X11Connection::ofToolkit())
+        return std::make_unique<X11WindowPresence>(connection);
     return std::make_unique<PlainWindowPresence>();
 }

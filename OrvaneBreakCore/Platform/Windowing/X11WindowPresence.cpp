@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Windowing/X11WindowPresence.h"
 
+#include "Platform/X11/X11Connection.h"
+
 #include <QEvent>
 
 #include <xcb/xcb.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
 
 namespace {
 
@@ -20,18 +20,15 @@ constexpr std::uint32_t sourceUser = 2;
 
 constexpr std::uint32_t stateLimit = 64;
 
-template <typename Reply>
-using ReplyPointer = std::unique_ptr<Reply, decltype(&std::free)>;
-
 } // namespace
 
 X11WindowPresence::X11WindowPresence(xcb_connection_t *connection)
     : m_connection(connection)
     , m_root(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root)
-    , m_state(atom("_NET_WM_STATE"))
-    , m_skipTaskbar(atom("_NET_WM_STATE_SKIP_TASKBAR"))
-    , m_skipPager(atom("_NET_WM_STATE_SKIP_PAGER"))
-    , m_activeWindow(atom("_NET_ACTIVE_WINDOW"))
+    , m_state(X11Connection::atom(connection, "_NET_WM_STATE"))
+    , m_skipTaskbar(X11Connection::atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"))
+    , m_skipPager(X11Connection::atom(connection, "_NET_WM_STATE_SKIP_PAGER"))
+    , m_activeWindow(X11Connection::atom(connection, "_NET_ACTIVE_WINDOW"))
 {
 }
 
@@ -68,19 +65,9 @@ bool X11WindowPresence::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
-std::uint32_t X11WindowPresence::atom(const char *name) const
-{
-    const ReplyPointer<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(
-            m_connection,
-            xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name), nullptr),
-        &std::free);
-    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
-}
-
 void X11WindowPresence::setStateBeforeMapping(std::uint32_t window) const
 {
-    const ReplyPointer<xcb_get_property_reply_t> reply(
+    const X11Connection::ReplyPointer<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(
             m_connection, xcb_get_property(m_connection, 0, window, m_state, XCB_ATOM_ATOM, 0, stateLimit),
             nullptr),

@@ -29,7 +29,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    [[nodiscard]] std::uint32_t atom(const char *name) const;
     void setStateBeforeMapping(std::uint32_t window) const;
     void changeStateOfMapped(std::uint32_t window) const;
     void sendToRoot(std::uint32_t window, std::uint32_t type, const std::uint32_t (&data)[5]) const;
