@@ -52,6 +52,9 @@ public:
     [[nodiscard]] int seatBindings() const { return m_seatBindings; }
     [[nodiscard]] bool hasClient() const;
 
+    /// For what else a test has the compositor offer.
+    [[nodiscard]] wl_display *display() const { return m_display; }
+
 private:
     struct Requests;
     friend struct Requests;

@@ -1,52 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Idle/UserIdleFactory.h"
 
-#include "Platform/Idle/FakeCompositor.h"
 #include "Platform/Idle/FakeIdleMonitor.h"
+#include "Platform/Idle/RunningCompositor.h"
 #include "Platform/Idle/SessionBusDaemon.h"
 #include "Platform/Idle/SettableClock.h"
 
 #include <QTest>
-
-#include <atomic>
-#include <functional>
-#include <thread>
-
-namespace {
-
-/// A compositor that answers on its own at WAYLAND_DISPLAY, because the program waits for it.
-class RunningCompositor
-{
-public:
-    explicit RunningCompositor(const std::function<void(FakeCompositor &)> &prepare)
-    {
-        prepare(m_compositor);
-        qputenv("WAYLAND_DISPLAY", QByteArray::fromStdString(m_compositor.listen()));
-        m_thread = std::thread([this] {
-            while (!m_isStopping) {
-                m_compositor.pump();
-                std::this_thread::yield();
-            }
-        });
-    }
-
-    ~RunningCompositor()
-    {
-        m_isStopping = true;
-        m_thread.join();
-        qunsetenv("WAYLAND_DISPLAY");
-    }
-
-    RunningCompositor(const RunningCompositor &) = delete;
-    RunningCompositor &operator=(const RunningCompositor &) = delete;
-
-private:
-    FakeCompositor m_compositor;
-    std::atomic<bool> m_isStopping = false;
-    std::thread m_thread;
-};
-
-} // namespace
 
 /// Which source is chosen: first by the facts alone, then by the facts found on a desktop of the test's.
 class UserIdleFactoryTest : public QObject

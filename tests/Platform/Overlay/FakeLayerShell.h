@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+class FakeCompositor;
+struct wl_resource;
+
+/// Gives a compositor surfaces, one output and a layer shell, and writes down what layers are asked for.
+class FakeLayerShell
+{
+public:
+    enum class Answer
+    {
+        Configure, ///< The first commit of a surface brings its size.
+        Close,     ///< It brings the end, as when the output has just gone.
+        Nothing
+    };
+
+    struct Layer
+    {
+        wl_resource *resource = nullptr; ///< Nullptr once the client has destroyed it.
+        wl_resource *surface = nullptr;
+        std::uint32_t layer = 0;
+        std::uint32_t anchor = 0;
+        std::int32_t exclusiveZone = 0;
+        std::uint32_t keyboard = 0;
+        int commits = 0;
+        std::vector<std::uint32_t> acknowledged; ///< Serials of configure events.
+    };
+
+    static constexpr std::uint32_t firstSerial = 7;
+    static constexpr std::uint32_t width = 1280;
+    static constexpr std::uint32_t height = 720;
+
+    explicit FakeLayerShell(FakeCompositor &compositor, Answer answer = Answer::Configure);
+    FakeLayerShell(const FakeLayerShell &) = delete;
+    FakeLayerShell &operator=(const FakeLayerShell &) = delete;
+
+    /// Announces what a layer needs; without `isShellOffered` all but the shell.
+    void offer(bool isShellOffered = true);
+
+    /// Sends the events to every layer that is left.
+    void configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const;
+    void close() const;
+
+    [[nodiscard]] const std::vector<Layer> &layers() const { return m_layers; }
+
+private:
+    struct Requests;
+    friend struct Requests;
+
+    FakeCompositor &m_compositor;
+    Answer m_answer;
+    std::vector<Layer> m_layers;
+};
