@@ -5,6 +5,7 @@
 #include "Visuals/Palette.h"
 #include "Visuals/TextButton.h"
 
+#include <QImage>
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -100,5 +101,9 @@ void BreakOverlayPanel::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.fillRect(event->rect(), palette().color(QPalette::Window));
+    const QBrush &background = palette().window();
+    if (background.style() == Qt::TexturePattern)
+        painter.drawImage(rect(), background.textureImage());
+    else
+        painter.fillRect(event->rect(), background);
 }

@@ -11,7 +11,7 @@ class RingView;
 /// The break screen on one screen: everything darkened, and in the middle the message, the ring and the skip
 /// button. Nothing in it ever has the keyboard focus, so that a user who is typing when the break begins
 /// presses nothing. The background is the Window role of its palette, at first black that lets a quarter of
-/// the desktop through.
+/// the desktop through; a picture there is scaled to the panel.
 class BreakOverlayPanel final : public QWidget
 {
     Q_OBJECT

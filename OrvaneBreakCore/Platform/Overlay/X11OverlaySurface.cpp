@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Overlay/X11OverlaySurface.h"
 
+#include "Platform/Overlay/X11Backdrop.h"
+
 #include <QGuiApplication>
+#include <QPalette>
 #include <QScreen>
 #include <QTimer>
 #include <QWindow>
@@ -42,6 +45,7 @@ void X11OverlaySurface::begin()
     m_keyboardWindow = 0;
     m_previousFocus = focusedWindow();
     m_attemptsLeft = focusAttempts;
+    takeBackdrops();
     m_focusWatch =
         connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &X11OverlaySurface::focusMoved);
 }
@@ -50,6 +54,11 @@ void X11OverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeybo
 {
     panel.setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                          Qt::BypassWindowManagerHint);
+    if (const auto backdrop = m_backdrops.extract(&screen)) {
+        QPalette palette = panel.palette();
+        palette.setBrush(QPalette::Window, backdrop.mapped());
+        panel.setPalette(palette);
+    }
     panel.setScreen(&screen);
     panel.setGeometry(screen.geometry());
     panel.show();
@@ -65,12 +74,26 @@ void X11OverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeybo
 void X11OverlaySurface::end()
 {
     disconnect(m_focusWatch);
+    m_backdrops.clear();
     const std::uint32_t keyboardWindow = std::exchange(m_keyboardWindow, 0);
     if (keyboardWindow == 0 || !isOurs(focusedWindow()))
         return;
     const bool isSpecial = m_previousFocus <= XCB_INPUT_FOCUS_POINTER_ROOT;
     if (isSpecial || isViewable(m_previousFocus))
         setFocus(m_previousFocus);
+}
+
+/// All before the first panel is shown: screens may overlap.
+void X11OverlaySurface::takeBackdrops()
+{
+    m_backdrops.clear();
+    if (!X11Backdrop::isNeeded(m_connection))
+        return;
+    for (QScreen *screen : QGuiApplication::screens()) {
+        QImage picture = X11Backdrop::take(*screen);
+        if (!picture.isNull())
+            m_backdrops.emplace(screen, std::move(picture));
+    }
 }
 
 void X11OverlaySurface::holdFocus()
