@@ -30,6 +30,13 @@ QString platformText(const DisplayFacts &display)
            QString::fromLatin1(choosePlatform(display).reason);
 }
 
+QString busText(const DiagnosticFacts &facts)
+{
+    if (facts.isSessionBusSilent)
+        return u"does not answer"_s;
+    return facts.hasSessionBus ? u"present"_s : u"absent"_s;
+}
+
 QString trayText(const DiagnosticFacts &facts)
 {
     if (!facts.hasSessionBus)
@@ -85,6 +92,6 @@ QString diagnosticReport(const DiagnosticFacts &facts)
            line(u"Desktop"_s, orUnset(facts.currentDesktop)) +
            line(u"Platform plugin"_s, platformText(facts.display)) +
            line(u"Overlay"_s, overlayKind(facts.display)) + line(u"Idle time"_s, facts.idleSource) +
-           line(u"Session bus"_s, facts.hasSessionBus ? u"present"_s : u"absent"_s) +
-           line(u"Tray host"_s, trayText(facts)) + line(u"Settings portal"_s, portalText(facts));
+           line(u"Session bus"_s, busText(facts)) + line(u"Tray host"_s, trayText(facts)) +
+           line(u"Settings portal"_s, portalText(facts));
 }

@@ -18,6 +18,7 @@ struct DiagnosticFacts
     QString currentDesktop;
     DisplayFacts display;
     QString idleSource;
+    bool isSessionBusSilent = false; ///< It takes connections and does not answer in time.
     bool hasSessionBus = false;
     std::optional<bool> hasTrayHost;   ///< Absent: there is no service that knows.
     std::optional<uint> portalVersion; ///< Of the settings portal; absent where it does not answer.

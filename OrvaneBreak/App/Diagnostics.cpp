@@ -10,15 +10,23 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QDeadlineTimer>
 #include <QSysInfo>
+#include <QThread>
 
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int timeoutMilliseconds = 1000;
+
+/// For all questions together; each has its own limit.
+constexpr std::chrono::seconds limit(6);
 
 const QString portalService = u"org.freedesktop.portal.Desktop"_s;
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
@@ -66,13 +74,9 @@ void askSessionBus(DiagnosticFacts &facts)
             u"org.freedesktop.appearance"_s, u"color-scheme"_s));
 }
 
-} // namespace
-
-void printDiagnostics(int argc, char **argv)
+/// What can be said without asking a service.
+DiagnosticFacts ownFacts()
 {
-    preventSessionBusLaunch();
-    const QCoreApplication application(argc, argv);
-    const TimerfdRunLoop runLoop;
     DiagnosticFacts facts;
     facts.version = QStringLiteral(ORVANE_VERSION);
     facts.toolkitVersion = QString::fromLatin1(qVersion());
@@ -81,7 +85,37 @@ void printDiagnostics(int argc, char **argv)
     facts.sessionType = qEnvironmentVariable("XDG_SESSION_TYPE");
     facts.currentDesktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP");
     facts.display = findDisplayFacts();
-    facts.idleSource = QString::fromLatin1(userIdleSourceName(makeUserIdle(runLoop).source));
-    askSessionBus(facts);
+    facts.idleSource = u"unknown"_s;
+    return facts;
+}
+
+void print(const DiagnosticFacts &facts)
+{
     std::fputs(diagnosticReport(facts).toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+void printDiagnostics(int argc, char **argv)
+{
+    preventSessionBusLaunch();
+    const QCoreApplication application(argc, argv);
+    const TimerfdRunLoop runLoop;
+    DiagnosticFacts facts = ownFacts();
+    DiagnosticFacts answers = facts;
+    // Questions to the bus have limits, connecting to it has none.
+    const std::unique_ptr<QThread> asking(QThread::create([&answers, &runLoop] {
+        answers.idleSource = QString::fromLatin1(userIdleSourceName(makeUserIdle(runLoop).source));
+        askSessionBus(answers);
+    }));
+    asking->start();
+    if (asking->wait(QDeadlineTimer(limit))) {
+        print(answers);
+        return;
+    }
+    facts.isSessionBusSilent = true;
+    print(facts);
+    // The thread that still waits would keep the process.
+    std::_Exit(EXIT_SUCCESS);
 }

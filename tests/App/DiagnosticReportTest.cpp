@@ -72,6 +72,13 @@ private Q_SLOTS:
         QVERIFY(report.contains(u"Settings portal   absent\n"_s));
     }
 
+    void aBusThatDoesNotAnswer()
+    {
+        DiagnosticFacts facts = bareFacts();
+        facts.isSessionBusSilent = true;
+        QVERIFY(diagnosticReport(facts).contains(u"Session bus       does not answer\n"_s));
+    }
+
     void overlayKinds_data()
     {
         QTest::addColumn<QString>("requested");
