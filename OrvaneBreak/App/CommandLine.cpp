@@ -12,9 +12,10 @@ constexpr const char *help =
     "Reminds you to rest your eyes: every 20 minutes, look 6 metres away for 20 seconds.\n"
     "Started a second time, it brings the running instance to the front.\n"
     "\n"
-    "  --break-now   take a break at once\n"
-    "  --help        show this text\n"
-    "  --version     show the version\n";
+    "  --break-now    take a break at once\n"
+    "  --diagnostics  show what this desktop offers and what the program makes of it\n"
+    "  --help         show this text\n"
+    "  --version      show the version\n";
 
 } // namespace
 
@@ -31,6 +32,8 @@ CommandLine CommandLine::parse(int argc, char **argv)
             result.exitStatus = 0;
         } else if (argument == "--break-now") {
             result.isBreakNow = true;
+        } else if (argument == "--diagnostics") {
+            result.isDiagnostics = true;
         } else {
             std::fprintf(stderr, "orvanebreak: unknown argument: %s (see --help)\n", argv[index]);
             result.exitStatus = 2;

@@ -13,4 +13,5 @@ struct CommandLine
 
     std::optional<int> exitStatus; ///< When set, the process ends with it at once.
     bool isBreakNow = false;       ///< Begin a break at once, in the running instance if there is one.
+    bool isDiagnostics = false;    ///< Print the diagnostics and do nothing else.
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/AppDelegate.h"
 #include "App/CommandLine.h"
+#include "App/Diagnostics.h"
 #include "Engine/BreakEngine.h"
 #include "Engine/SharedInstance.h"
 #include "Instance/ApplicationService.h"
@@ -82,7 +83,11 @@ int main(int argc, char **argv)
     if (commandLine.exitStatus)
         return *commandLine.exitStatus;
     installMessageFilter();
-    std::optional<PlatformEnvironment> platformEnvironment(choosePlatformHere());
+    if (commandLine.isDiagnostics) {
+        printDiagnostics(argc, argv);
+        return EXIT_SUCCESS;
+    }
+    std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(findDisplayFacts()));
     if (const std::optional<QString> problem = missingDisplay()) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;

@@ -9,6 +9,8 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr const char *platformVariable = "QT_QPA_PLATFORM";
@@ -62,17 +64,18 @@ CompositorAnswer askCompositor(std::chrono::milliseconds limit)
     return globals->offers("zwlr_layer_shell_v1") ? CompositorAnswer::LayerShell : CompositorAnswer::Plain;
 }
 
-PlatformChoice choosePlatformHere()
+DisplayFacts findDisplayFacts()
 {
     DisplayFacts facts;
     facts.requestedPlatform = qEnvironmentVariable(platformVariable);
-    if (!facts.requestedPlatform.isEmpty())
-        return choosePlatform(facts);
-    if (isCompositorWorthAsking(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY")))
+    const bool isFree = facts.requestedPlatform.isEmpty();
+    const bool isWaylandRequested = facts.requestedPlatform.startsWith("wayland"_L1);
+    if (isWaylandRequested || (isFree && isCompositorWorthAsking(qEnvironmentVariable("WAYLAND_DISPLAY"),
+                                                                 qEnvironmentVariable("DISPLAY"))))
         facts.compositor = askCompositor(WaylandGlobals::usualLimit);
-    if (facts.compositor != CompositorAnswer::LayerShell)
+    if (isFree && facts.compositor != CompositorAnswer::LayerShell)
         facts.isX11Reachable = isX11Reachable();
-    return choosePlatform(facts);
+    return facts;
 }
 
 PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)

@@ -42,9 +42,9 @@ struct PlatformChoice
 /// Asks the compositor that WAYLAND_DISPLAY names, or the usual one. Waits for at most `limit`.
 [[nodiscard]] CompositorAnswer askCompositor(std::chrono::milliseconds limit);
 
-/// Looks at the environment, the compositor and, where it matters, the X server. Waits for the compositor for
-/// at most a second. Needs no application object.
-[[nodiscard]] PlatformChoice choosePlatformHere();
+/// Looks at the environment, the compositor and, where it matters, the X server; what the user's wish leaves
+/// out is not looked at. Waits for the compositor for at most a second. Needs no application object.
+[[nodiscard]] DisplayFacts findDisplayFacts();
 
 /// Puts a choice into this process's environment while the application object is made, and takes it out again
 /// when destroyed, so that the programs started from here make their own. Lets the toolkit make windows

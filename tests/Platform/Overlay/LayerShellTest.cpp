@@ -42,7 +42,7 @@ struct Fixture
         shell = LayerShell::find(*display);
     }
 
-    std::unique_ptr<LayerSurface> cover(std::chrono::milliseconds limit = 10s)
+    std::unique_ptr<LayerSurface> cover(std::chrono::milliseconds limit = 10s) const
     {
         return shell->cover(*surface, *output, std::chrono::steady_clock::now() + limit);
     }

@@ -68,7 +68,7 @@ private Q_SLOTS:
     void nobodyIsThere()
     {
         QCOMPARE(askCompositor(10s), CompositorAnswer::Absent);
-        QVERIFY(choosePlatformHere().platform.isEmpty());
+        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
     }
 
     void theUsualNameOnlyWithoutAnXServer()
@@ -76,10 +76,10 @@ private Q_SLOTS:
         RunningCompositor running([](FakeCompositor &) {});
         QCOMPARE(qEnvironmentVariable("WAYLAND_DISPLAY"), u"wayland-0"_s);
         qunsetenv("WAYLAND_DISPLAY");
-        QCOMPARE(choosePlatformHere().platform, QByteArray("wayland"));
+        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
         // Names a server that is not there.
         qputenv("DISPLAY", ":987654");
-        QVERIFY(choosePlatformHere().platform.isEmpty());
+        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
         qunsetenv("DISPLAY");
     }
 
@@ -100,7 +100,7 @@ private Q_SLOTS:
             shell->offer(isShellOffered);
         });
         QTEST(askCompositor(10s), "answer");
-        QCOMPARE(choosePlatformHere().platform, QByteArray("wayland"));
+        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
     }
 
     void aCompositorThatDoesNotAnswer()
@@ -125,7 +125,7 @@ private Q_SLOTS:
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "0");
         {
-            const PlatformEnvironment environment(choosePlatformHere());
+            const PlatformEnvironment environment(choosePlatform(findDisplayFacts()));
             QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
         }
         QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
