@@ -18,6 +18,7 @@
 #include "Platform/Process/PlatformChoice.h"
 #include "Platform/Process/SessionBus.h"
 #include "Platform/Process/UnixSignals.h"
+#include "Platform/Session/SessionLock.h"
 #include "Platform/Sound/CanberraChime.h"
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
@@ -32,6 +33,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -51,8 +53,12 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const ChosenUserIdle idle = makeUserIdle(runLoop);
     CanberraChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
-    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime,
-                        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens)});
+    SessionLock sessionLock;
+    auto overlay = std::make_unique<BreakOverlayController>(*surface, [&sessionLock] {
+        return sessionLock.isLocked() ? QList<QScreen *>() : QGuiApplication::screens();
+    });
+    sessionLock.onLocked = [&controller = *overlay] { controller.hide(); };
+    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime, std::move(overlay)});
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     const PortalAppearance appearance;
