@@ -18,7 +18,7 @@ from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, ending_part, first_launch_part, hotplug_part, keyboard_part, look_part, modes_part,
-                      pace_part, service_part, session_part, shell_part, switches_part, tray_part, trouble_part,
+                      pace_part, pause_part, service_part, session_part, shell_part, switches_part, tray_part, trouble_part,
                       wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
@@ -39,7 +39,7 @@ def everyday(desk, report):
     """A day with the program on one desktop."""
     report.run(tray_part.tray, desk, report)
     for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
-                 pace_part.opening, ending_part.leaving):
+                 pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
         desk.tidy_up(program_runs=True)
         report.run(part, desk, report)
     desk.tidy_up(program_runs=False)

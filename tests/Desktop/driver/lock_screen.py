@@ -1,0 +1,25 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The lock screen of a bed: tells the session that it is locked, and shows nothing."""
+
+import dbus
+import dbus.lowlevel
+
+_SERVICE = "org.freedesktop.ScreenSaver"
+
+
+class LockScreen:
+    """Runs from construction to `stop`."""
+
+    def __init__(self, bed):
+        self._bus = dbus.bus.BusConnection(bed.environment()["DBUS_SESSION_BUS_ADDRESS"])
+        self._bus.set_exit_on_disconnect(False)
+        self._bus.request_name(_SERVICE)
+
+    def set_locked(self, is_locked):
+        message = dbus.lowlevel.SignalMessage("/org/freedesktop/ScreenSaver", _SERVICE, "ActiveChanged")
+        message.append(bool(is_locked), signature="b")
+        self._bus.send_message(message)
+        self._bus.flush()
+
+    def stop(self):
+        self._bus.close()
