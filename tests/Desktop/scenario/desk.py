@@ -148,9 +148,10 @@ class Desk:
     def rest_pointer(self):
         self.bed.move_pointer(*RESTING_PLACE)
 
-    def dimmed(self, colour):
+    @staticmethod
+    def dimmed(colour):
         """What a colour looks like under a break."""
-        return tuple(round(part * 0.25) for part in colour) if self.bed.compositor else (0, 0, 0)
+        return tuple(round(part * 0.25) for part in colour)
 
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
         """Another program's window with the keyboard."""

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-from PIL import Image, ImageChops, ImageDraw
+from PIL import ImageChops, ImageDraw
 
 from driver.waiting import comes_true, wait_until
 
@@ -16,11 +16,7 @@ def cover(desk, report):
     before, during, parts = _pictures(desk, report, "break")
     deviations = _deviations(desk, before, during, parts)
     report.promise("covers every screen", max(deviations) <= 2, deviations)
-    text = "a quarter of what lies below shines through (±2)"
-    if bed.compositor:
-        report.promise(text, max(deviations) <= 2, deviations)
-    else:
-        report.not_possible(text, "there is no compositor")
+    report.promise("a quarter of what lies below shines through (±2)", max(deviations) <= 2, deviations)
     _compare_panel(desk, report, before, during)
     check_layout(desk, report, parts)
 
@@ -57,8 +53,7 @@ def _covered_output(desk, picture):
 def _deviations(desk, before, during, parts):
     """For each output by how much the worst pixel is not what it should be, outside of the texts, the ring and the
     panel."""
-    expected = before.point(lambda value: round(value * 0.25)) if desk.bed.compositor else \
-        Image.new("RGB", before.size)
+    expected = before.point(lambda value: round(value * 0.25))
     difference = ImageChops.difference(during, expected)
     painter = ImageDraw.Draw(difference)
     for boxes in parts:
