@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Network/Http.h"
+
+#include <memory>
+
+class QNetworkAccessManager;
+
+/// The requests through the toolkit's network access. Certificates are checked, and nothing switches that
+/// off; cookies are neither kept nor sent.
+class NetworkHttp final : public Http
+{
+public:
+    NetworkHttp();
+    ~NetworkHttp() override;
+
+    void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
+              Completion completion) override;
+
+private:
+    std::unique_ptr<QNetworkAccessManager> m_manager;
+};

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Platform/Process/SystemVersion.h"
+
+#include <QVersionNumber>
+
+#include <sys/utsname.h>
+
+SystemVersion SystemVersion::current()
+{
+    utsname names = {};
+    return uname(&names) == 0 ? parse(names.release) : SystemVersion();
+}
+
+SystemVersion SystemVersion::parse(const char *release)
+{
+    const QVersionNumber version = QVersionNumber::fromString(QString::fromLatin1(release));
+    return {version.majorVersion(), version.minorVersion(), version.microVersion()};
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+/// The version of the operating system: that of the kernel.
+struct SystemVersion
+{
+    int major = 0;
+    int minor = 0;
+    int patch = 0;
+
+    /// The version of the running kernel; parts that it does not tell are 0.
+    [[nodiscard]] static SystemVersion current();
+
+    /// The numbers at the beginning of a kernel's release, for example "6.1.0-18-amd64".
+    [[nodiscard]] static SystemVersion parse(const char *release);
+};

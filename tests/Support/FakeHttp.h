@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Network/Http.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QList>
+#include <QPointer>
+#include <QUrl>
+
+#include <utility>
+
+/// Keeps the requests, and answers them when the test says so.
+class FakeHttp final : public Http
+{
+public:
+    struct Request
+    {
+        QUrl url;
+        QByteArray body;
+        std::chrono::milliseconds limit;
+        QPointer<QObject> context;
+        Completion completion;
+
+        [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
+    };
+
+    void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
+              Completion completion) override
+    {
+        requests.append({url, body, limit, &context, std::move(completion)});
+    }
+
+    /// Answers the oldest request that waits.
+    void answer(const std::optional<HttpAnswer> &answer)
+    {
+        const Request request = requests.takeFirst();
+        if (request.context)
+            request.completion(answer);
+    }
+
+    QList<Request> requests;
+};
