@@ -5,14 +5,28 @@
 #include "Overlay/RingView.h"
 #include "Platform/OverlaySurface.h"
 
+#include <QApplication>
 #include <QPixmap>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+
+namespace {
+
+/// An open dialog blocks every window but those that belong to it. The break is to be ended all the same.
+void letThroughModalDialog(const QWidget &panel)
+{
+    const QWidget *dialog = QApplication::activeModalWidget();
+    if (dialog && panel.windowHandle())
+        panel.windowHandle()->setTransientParent(dialog->windowHandle());
+}
+
+} // namespace
 
 BreakOverlayController::BreakOverlayController(OverlaySurface &surface, Screens screens)
     : m_surface(surface)
@@ -47,6 +61,7 @@ void BreakOverlayController::show(int pauseSeconds)
         };
         connect(panel->skipButton(), &QPushButton::clicked, this, &BreakOverlayController::skipPressed);
         m_surface.present(*panel, *screen, m_panels.empty());
+        letThroughModalDialog(*panel);
         m_rings.push_back(panel->ring());
         m_panels.push_back(std::move(panel));
     }
