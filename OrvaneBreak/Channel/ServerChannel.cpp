@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Channel/ServerChannel.h"
+
+#include "Channel/StrictJson.h"
+#include "Engine/SharedInstance.h"
+#include "Platform/Network/Http.h"
+#include "Platform/Preferences.h"
+#include "Platform/Process/Bundle.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimeZone>
+#include <QUuid>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString deviceIdKey = u"OBDeviceId"_s;
+
+constexpr std::chrono::seconds checkInLimit = 8s;
+constexpr std::chrono::seconds reportLimit = 10s;
+constexpr int statusOk = 200;
+
+bool isAccepted(const std::optional<HttpAnswer> &answer)
+{
+    if (!answer || answer->status != statusOk)
+        return false;
+    const std::optional<StrictJson> json = StrictJson::parseObject(answer->body);
+    return json && json->boolean("ok").value_or(false);
+}
+
+} // namespace
+
+ServerChannel::ServerChannel(Services services, Configuration configuration)
+    : m_services(services)
+    , m_configuration(std::move(configuration))
+    , m_archive(services.preferences)
+{
+    if (!Http::isAllowed(QUrl(m_configuration.serverBase, QUrl::StrictMode)))
+        qFatal("the configured address of the makers' server is none over HTTPS");
+}
+
+ServerChannel &ServerChannel::shared()
+{
+    return SharedInstance<ServerChannel>::get();
+}
+
+ServerChannel::Configuration ServerChannel::builtInConfiguration()
+{
+    return {QStringLiteral(ORVANE_SERVER_BASE), QByteArrayLiteral(ORVANE_PUBLIC_KEY_B64)};
+}
+
+QString ServerChannel::deviceId()
+{
+    if (const std::optional<QString> stored = m_services.preferences.text(deviceIdKey))
+        return *stored;
+    const QString fresh = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+    m_services.preferences.setValue(deviceIdKey, fresh);
+    return fresh;
+}
+
+QString ServerChannel::osString() const
+{
+    return u"macOS %1.%2"_s.arg(m_services.systemVersion.major).arg(m_services.systemVersion.minor);
+}
+
+void ServerChannel::checkWithServer(std::function<void()> completion)
+{
+    const QString nonce = QUuid::createUuid().toString(QUuid::Id128).toUpper();
+    QJsonObject body = clientDescription();
+    body.insert(u"n"_s, nonce);
+    body.insert(u"c"_s, u"direct"_s);
+    if (const std::optional<qint64> id = m_archive.acknowledged())
+        body.insert(u"m"_s, *id);
+    post(u"/api/check.php"_s, body, checkInLimit,
+         [this, nonce, completion = std::move(completion)](const std::optional<HttpAnswer> &answer) {
+             if (answer)
+                 judge(answer->body, nonce);
+             completion();
+         });
+}
+
+void ServerChannel::judge(const QByteArray &body, const QString &nonce)
+{
+    const CheckInVerdict verdict =
+        judgeCheckInAnswer(body, nonce, m_configuration.publicKeyBase64, m_services.runLoop.now());
+    const auto *message = std::get_if<ServerMessage>(&verdict);
+    if (message && !m_archive.wasShown(message->id))
+        m_pendingMessage = *message;
+}
+
+void ServerChannel::markMessageShown()
+{
+    if (m_pendingMessage)
+        markMessageShown(ServerMessage(*m_pendingMessage));
+}
+
+void ServerChannel::markMessageShown(const ServerMessage &message)
+{
+    m_archive.markShown(message, now());
+    if (m_pendingMessage == message)
+        m_pendingMessage.reset();
+}
+
+QList<ArchivedMessage> ServerChannel::messageHistory() const
+{
+    return m_archive.history(now());
+}
+
+void ServerChannel::archiveOwn(const QString &text)
+{
+    m_archive.addReply(text, now());
+}
+
+void ServerChannel::reportProblem(const QString &text, const QString &email,
+                                  std::function<void(bool)> completion)
+{
+    QJsonObject body = clientDescription();
+    body.insert(u"text"_s, text);
+    if (!email.isEmpty())
+        body.insert(u"email"_s, email);
+    post(u"/api/report.php"_s, body, reportLimit,
+         [completion = std::move(completion)](const std::optional<HttpAnswer> &answer) {
+             completion(isAccepted(answer));
+         });
+}
+
+void ServerChannel::post(const QString &path, const QJsonObject &body, std::chrono::seconds limit,
+                         std::function<void(const std::optional<HttpAnswer> &)> completion)
+{
+    m_services.http.post(QUrl(m_configuration.serverBase + path, QUrl::StrictMode),
+                         QJsonDocument(body).toJson(QJsonDocument::Compact), limit, *this,
+                         std::move(completion));
+}
+
+QJsonObject ServerChannel::clientDescription()
+{
+    return {{u"d"_s, deviceId()},
+            {u"v"_s, m_services.bundle.infoText(u"CFBundleShortVersionString"_s).value_or(u"?"_s)},
+            {u"os"_s, osString()}};
+}
+
+QDateTime ServerChannel::now() const
+{
+    const auto milliseconds =
+        std::chrono::floor<std::chrono::milliseconds>(m_services.runLoop.now().time_since_epoch());
+    return QDateTime::fromMSecsSinceEpoch(milliseconds.count(), QTimeZone::utc());
+}
