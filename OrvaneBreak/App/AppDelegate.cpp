@@ -7,6 +7,7 @@
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
 #include "Windows/MainWindow.h"
+#include "Windows/MessagesWindow.h"
 
 #include <QCoreApplication>
 #include <QMenuBar>
@@ -35,6 +36,13 @@ AppDelegate::AppDelegate(Services services)
     , m_updaterController(services.updaterController)
     , m_presence(services.presence)
     , m_bundle(services.bundle)
+    , m_channel(services.channel)
+    , m_launcherCount(services.launcherCount)
+    , m_alerts([this] { return !m_engine.isOnBreak(); },
+               [this](QWidget &dialog) {
+                   m_presence.adopt(dialog);
+                   m_presence.bringToFront(dialog);
+               })
     , m_statusController(std::move(services.makeTrayItem))
 {
 }
@@ -49,7 +57,10 @@ void AppDelegate::applicationDidFinishLaunching()
     m_presence.setAccessory(isMenuBarMode());
     buildMenu();
     buildMainWindow();
-    m_engine.onChange = [this] { refreshBreakUI(); };
+    m_engine.onChange = [this] {
+        refreshBreakUI();
+        m_alerts.proceed();
+    };
     if (isMenuBarMode()) {
         m_statusController.enable(buildStatusMenu());
         m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
@@ -61,6 +72,8 @@ void AppDelegate::applicationDidFinishLaunching()
     }
     showOnboardingIfNeeded();
     refreshBreakUI();
+    syncWithServer();
+    m_syncTimer = m_runLoop.scheduleRepeating(1h, 1min, [this] { syncWithServer(); });
     m_updaterController.updater().setUpdateCheckInterval(1h);
     if (isDebugSwitchOn("ORVANE_DEBUG_SETTINGS"))
         showSettings();

@@ -3,6 +3,7 @@
 
 #include "Platform/RunLoop.h"
 #include "StatusItem/StatusItemController.h"
+#include "Windows/AlertQueue.h"
 
 #include <QObject>
 #include <QPointer>
@@ -14,8 +15,10 @@ class AppearanceLabel;
 class BadgeImageView;
 class BreakEngine;
 class Bundle;
+class LauncherCount;
 class LoginItem;
 class MainWindow;
+class MessagesWindow;
 class Preferences;
 class QAction;
 class QCheckBox;
@@ -24,6 +27,7 @@ class QMenu;
 class QMenuBar;
 class QPushButton;
 class SPUStandardUpdaterController;
+class ServerChannel;
 class SymbolButton;
 class WindowPresence;
 
@@ -47,6 +51,8 @@ public:
         SPUStandardUpdaterController &updaterController;
         WindowPresence &presence;
         const Bundle &bundle;
+        ServerChannel &channel;
+        LauncherCount &launcherCount;
         StatusItemController::MakeTrayItem makeTrayItem;
     };
 
@@ -108,11 +114,20 @@ public:
     /// Opens the makers' web site in the browser; does nothing when its configured address is none.
     void openOrvaneLabs();
 
-    /// Opens the window with the messages from the makers.
+    /// Opens the window with the conversation with the makers, built anew; a pending message counts as read
+    /// then.
     void showMessages();
 
-    /// Lets the user write to the makers about a problem.
+    /// Sends what stands in the reply field of the messages window and keeps it in the conversation; does
+    /// nothing when that is white space alone. Tells the user only when it could not be sent.
+    void sendReply();
+
+    /// Lets the user write to the makers about a problem, and tells whether that was sent.
     void reportProblemPressed();
+
+    /// Asks the makers' server for a message, and shows it when the moment is right: no break is on, no other
+    /// dialog is open and the main window can be seen. Otherwise the badges tell of it.
+    void syncWithServer();
 
 protected:
     /// Notices the closing of windows.
@@ -132,6 +147,11 @@ private:
     void applyDisplayMode();
     void refreshBreakUI();
     void refreshMessageBadges();
+    void showPendingMessageIfSafe();
+    void showPendingMessage();
+    void sendReport(const QString &text, const QString &email);
+    void showAlert(const QString &name, const QString &message, const QString &information,
+                   const QString &button = QStringLiteral("OK"), const std::function<void()> &dismissed = {});
     void activate();
     void lastWindowMayHaveClosed();
     [[nodiscard]] bool isMenuBarMode() const;
@@ -143,11 +163,14 @@ private:
     SPUStandardUpdaterController &m_updaterController;
     WindowPresence &m_presence;
     const Bundle &m_bundle;
+    ServerChannel &m_channel;
+    LauncherCount &m_launcherCount;
+    AlertQueue m_alerts;
     StatusItemController m_statusController;
 
     std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
     std::unique_ptr<MainWindow> m_mainWindow;
-    std::unique_ptr<QWidget> m_messagesWindow;
+    std::unique_ptr<MessagesWindow> m_messagesWindow;
     QPushButton *m_breakButton = nullptr;
     AppearanceLabel *m_breakStatusLabel = nullptr;
     AppearanceLabel *m_hintLabel = nullptr;
@@ -159,4 +182,5 @@ private:
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
     Timer m_trayDeadline;
+    Timer m_syncTimer;
 };

@@ -2,6 +2,7 @@
 #include "App/AppDelegate.h"
 #include "App/CommandLine.h"
 #include "App/Diagnostics.h"
+#include "Channel/ServerChannel.h"
 #include "Engine/BreakEngine.h"
 #include "Engine/SharedInstance.h"
 #include "Instance/ApplicationService.h"
@@ -9,6 +10,8 @@
 #include "Overlay/BreakOverlayController.h"
 #include "Platform/Appearance/PortalAppearance.h"
 #include "Platform/Idle/UserIdleFactory.h"
+#include "Platform/Launcher/LauncherCount.h"
+#include "Platform/Network/NetworkHttp.h"
 #include "Platform/Overlay/OverlaySurfaceFactory.h"
 #include "Platform/OverlaySurface.h"
 #include "Platform/Preferences/JsonPreferences.h"
@@ -66,8 +69,13 @@ int runApplication(QApplication &application, ApplicationService &service, const
     JsonPreferences updaterSettings(preferencesFile.parent_path() / "updater.json");
     SPUStandardUpdaterController updaterController(updaterSettings);
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
+    NetworkHttp http;
+    ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},
+                          ServerChannel::builtInConfiguration());
+    const SharedInstance<ServerChannel> sharedChannel(channel);
+    LauncherCount launcherCount(QStringLiteral(ORVANE_APP_ID));
     AppDelegate delegate({engine, runLoop, preferences, loginItem, updaterController, *presence, bundle,
-                          [] { return std::make_unique<NotifierTrayItem>(); }});
+                          channel, launcherCount, [] { return std::make_unique<NotifierTrayItem>(); }});
 
     service.onActivate = [&delegate] { delegate.showMainWindow(); };
     service.onBreakNow = [&delegate] { delegate.breakNowPressed(); };

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/AppDelegate.h"
+#include "Channel/ServerChannel.h"
 #include "Engine/BreakEngine.h"
 #include "Menus/Entries.h"
 #include "Updates/StandardUpdaterController.h"
+#include "Visuals/Palette.h"
+
+#include <QApplication>
+#include <QPixmap>
 
 using namespace Qt::StringLiterals;
 
@@ -16,6 +21,11 @@ std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()
     // Always selectable: the engine accepts a postponement while reminders are off, and does nothing then.
     addEntry(*menu, u"postpone"_s, u"Reporter de 10 minutes"_s, this, &AppDelegate::postponePressed);
     menu->addSeparator()->setObjectName(u"separatorAfterBreaks"_s);
+    if (m_channel.pendingMessage()) {
+        QAction *message =
+            addEntry(*menu, u"messages"_s, u"Message de Orvane Labs"_s, this, &AppDelegate::showMessages);
+        message->setIcon(QPixmap::fromImage(quotaBadgeImage(1, 13, qApp->devicePixelRatio())));
+    }
     addEntry(*menu, u"showMainWindow"_s, u"Ouvrir OrvaneBreak…"_s, this, &AppDelegate::showMainWindow);
     menu->addSeparator()->setObjectName(u"separatorAfterWindow"_s);
     addEntry(*menu, u"checkForUpdates"_s, u"Rechercher des mises à jour…"_s, &m_updaterController,

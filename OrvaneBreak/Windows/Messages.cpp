@@ -1,57 +1,144 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/AppDelegate.h"
+#include "Channel/ServerChannel.h"
+#include "Engine/BreakEngine.h"
+#include "Platform/Launcher/LauncherCount.h"
 #include "Platform/Windowing/WindowPresence.h"
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
+#include "Windows/Alert.h"
+#include "Windows/MainWindow.h"
+#include "Windows/MessagesWindow.h"
+#include "Windows/ReportForm.h"
 
 #include <QAction>
-#include <QDesktopServices>
-#include <QUrl>
-#include <QVBoxLayout>
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize messagesWindowSize(460, 520);
-constexpr int emptyTextTop = 60;
+constexpr qreal badgeDiameter = 14;
 
 } // namespace
 
+void AppDelegate::syncWithServer()
+{
+    m_channel.checkWithServer([self = QPointer(this)] {
+        if (self)
+            self->showPendingMessageIfSafe();
+    });
+}
+
 void AppDelegate::refreshMessageBadges()
 {
-    if (m_messagesBadge)
-        m_messagesBadge->hide();
-    if (m_messagesButton)
-        m_messagesButton->setTint(secondaryLabelColor());
+    const bool isPending = m_channel.pendingMessage().has_value();
+    m_launcherCount.setCount(isPending ? 1 : 0);
+    if (m_messagesBadge) {
+        m_messagesBadge->setPixmap(isPending ? QPixmap::fromImage(quotaBadgeImage(
+                                                   1, badgeDiameter, m_messagesBadge->devicePixelRatioF()))
+                                             : QPixmap());
+        m_messagesBadge->setVisible(isPending);
+    }
+    if (m_messagesButton) {
+        m_messagesButton->setTint(isPending ? breakTeal() : secondaryLabelColor());
+        m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
+    }
     if (m_appMessagesItem)
-        m_appMessagesItem->setVisible(false);
+        m_appMessagesItem->setVisible(isPending);
     if (m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
 }
 
+void AppDelegate::showPendingMessageIfSafe()
+{
+    refreshMessageBadges();
+    // A dialog that is open or waits may well be this very message.
+    const bool isSafe =
+        !m_engine.isOnBreak() && m_mainWindow && m_mainWindow->isVisible() && !m_alerts.isBusy();
+    if (m_channel.pendingMessage() && isSafe)
+        showPendingMessage();
+}
+
+void AppDelegate::showPendingMessage()
+{
+    if (!m_channel.pendingMessage())
+        return;
+    const ServerMessage message = *m_channel.pendingMessage();
+    showAlert(u"messageAlert"_s, u"Message de Orvane Labs"_s, message.text, u"Compris"_s, [this, message] {
+        // A check-in may have brought the next one meanwhile.
+        m_channel.markMessageShown(message);
+        refreshMessageBadges();
+    });
+}
+
 void AppDelegate::showMessages()
 {
+    if (m_channel.pendingMessage()) {
+        m_channel.markMessageShown();
+        refreshMessageBadges();
+    }
     if (!m_messagesWindow) {
-        m_messagesWindow = std::make_unique<QWidget>();
+        m_messagesWindow = std::make_unique<MessagesWindow>();
         m_messagesWindow->installEventFilter(this);
-        m_messagesWindow->setObjectName(u"messagesWindow"_s);
-        m_messagesWindow->setWindowTitle(u"Messages de Orvane Labs"_s);
-        m_messagesWindow->setFixedSize(messagesWindowSize);
-        auto *layout = new QVBoxLayout(m_messagesWindow.get());
-        layout->setContentsMargins(0, emptyTextTop, 0, 0);
-        layout->addWidget(
-            makeLabel(u"Aucun message pour l'instant.\nLes réponses de Orvane Labs apparaîtront ici."_s, 13,
-                      QFont::Normal, secondaryLabelColor()),
-            0, Qt::AlignTop);
+        m_messagesWindow->onSend = [this] { sendReply(); };
         m_presence.adopt(*m_messagesWindow);
     }
+    m_messagesWindow->show(m_channel.messageHistory());
     m_presence.bringToFront(*m_messagesWindow);
+}
+
+void AppDelegate::sendReply()
+{
+    const QString text = m_messagesWindow ? m_messagesWindow->reply().trimmed() : QString();
+    if (text.isEmpty())
+        return;
+    m_messagesWindow->clearReply();
+    m_channel.archiveOwn(text);
+    showMessages();
+    m_channel.reportProblem(text, QString(), [self = QPointer(this)](bool isAccepted) {
+        if (self && !isAccepted)
+            self->showAlert(
+                u"replyFailed"_s, u"Envoi impossible"_s,
+                u"Ta réponse n'a pas pu partir (réseau ?). Elle reste affichée ici, réessaie plus tard "
+                "ou écris à "_s +
+                    QStringLiteral(ORVANE_SUPPORT_EMAIL) + u'.');
+    });
 }
 
 void AppDelegate::reportProblemPressed()
 {
-    QUrl address(u"mailto:"_s + QStringLiteral(ORVANE_SUPPORT_EMAIL));
-    address.setQuery(u"subject=OrvaneBreak"_s);
-    QDesktopServices::openUrl(address);
+    auto form = std::make_unique<ReportForm>();
+    const ReportForm *filled = form.get();
+    m_alerts.add(std::move(form), [this, filled](int result) {
+        if (result == QDialog::Accepted && !filled->text().isEmpty())
+            sendReport(filled->text(), filled->email());
+    });
+}
+
+void AppDelegate::sendReport(const QString &text, const QString &email)
+{
+    m_channel.reportProblem(text, email, [self = QPointer(this)](bool isAccepted) {
+        if (!self)
+            return;
+        if (isAccepted) {
+            self->showAlert(u"reportSent"_s, u"Merci !"_s,
+                            u"Ton signalement est bien parti. La réponse arrivera dans l'app."_s);
+            return;
+        }
+        self->showAlert(u"reportFailed"_s, u"Envoi impossible"_s,
+                        u"Impossible d'envoyer pour le moment (réseau ?). Réessaie plus tard ou écris à "_s +
+                            QStringLiteral(ORVANE_SUPPORT_EMAIL) + u'.');
+    });
+}
+
+void AppDelegate::showAlert(const QString &name, const QString &message, const QString &information,
+                            const QString &button, const std::function<void()> &dismissed)
+{
+    auto alert = std::make_unique<Alert>(name, message, information);
+    alert->addDefaultButton(button);
+    m_alerts.add(std::move(alert), [dismissed](int /*result*/) {
+        if (dismissed)
+            dismissed();
+    });
 }

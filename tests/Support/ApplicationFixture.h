@@ -2,11 +2,15 @@
 #pragma once
 
 #include "App/AppDelegate.h"
+#include "Channel/ServerChannel.h"
 #include "LoginItem/LoginItem.h"
+#include "Platform/Launcher/LauncherCount.h"
 #include "Platform/Process/Bundle.h"
 #include "Platform/Windowing/WindowPresence.h"
 #include "Support/EngineFixture.h"
+#include "Support/FakeHttp.h"
 #include "Support/FakeTray.h"
+#include "Support/Signer.h"
 #include "Updates/StandardUpdaterController.h"
 
 #include <QApplication>
@@ -89,7 +93,12 @@ struct ApplicationFixture : EngineFixture
     FakeWindowPresence presence;
     QTemporaryDir bundleFolder;
     Bundle bundle{bundleFolder.path()};
+    FakeHttp http;
+    Signer makers;
+    ServerChannel channel{{http, preferences, runLoop, bundle, {6, 1, 0}},
+                          {QStringLiteral("https://makers.invalid"), makers.publicKeyBase64()}};
+    LauncherCount launcherCount{QStringLiteral("test"), QDBusConnection(QStringLiteral("none"))};
     SPUStandardUpdaterController updaterController{updaterSettings};
     AppDelegate delegate{{engine, runLoop, preferences, loginItem, updaterController, presence, bundle,
-                          [this] { return std::make_unique<FakeTrayItem>(tray); }}};
+                          channel, launcherCount, [this] { return std::make_unique<FakeTrayItem>(tray); }}};
 };

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QDialog>
+
+class QDialogButtonBox;
+class QVBoxLayout;
+
+/// A dialog with the application's icon, a message, an information of any length, which scrolls where it is
+/// long, and buttons below them. All texts are plain texts.
+class Alert : public QDialog
+{
+    Q_OBJECT
+
+public:
+    Alert(const QString &name, const QString &message, const QString &information);
+
+    /// Puts a view between the information and the buttons.
+    void addAccessory(QWidget *view);
+
+    /// Adds a button that accepts the dialog, and that Return presses.
+    void addDefaultButton(const QString &title);
+
+    /// Adds a button that rejects the dialog, as Escape and the close button do.
+    void addCancelButton(const QString &title);
+
+    /// The width of the texts and of accessories, in device-independent pixels.
+    static constexpr int contentWidth = 380;
+
+private:
+    QVBoxLayout *m_column;
+    QDialogButtonBox *m_buttons;
+};

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Windows/MessagesWindow.h"
+
+#include "Visuals/AccentButton.h"
+#include "Visuals/Card.h"
+#include "Visuals/Palette.h"
+#include "Windows/TextView.h"
+
+#include <QKeyEvent>
+#include <QLocale>
+#include <QScrollArea>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize windowSize(460, 520);
+constexpr int conversationHeight = 416;
+constexpr int margin = 22;
+constexpr int contentWidth = windowSize.width() - 2 * margin;
+constexpr int contentRight = margin + contentWidth;
+constexpr int emptyTextTop = 60;
+constexpr int firstEntryTop = 20;
+
+QString headerText(const ArchivedMessage &entry)
+{
+    // The day is the user's, its words are French wherever the system comes from.
+    const QString date = QLocale(QLocale::French, QLocale::France)
+                             .toString(entry.date.toLocalTime(), u"d MMMM yyyy 'à' HH'h'mm"_s);
+    return (entry.mine ? u"Toi · "_s : u"Orvane Labs · "_s) + date;
+}
+
+QWidget *makeEmptyConversation()
+{
+    auto *view = new FlippedView;
+    view->resize(windowSize.width(), conversationHeight);
+    AppearanceLabel *label =
+        makeLabel(u"Aucun message pour l'instant.\nLes réponses de Orvane Labs apparaîtront ici."_s, 13,
+                  QFont::Normal, secondaryLabelColor());
+    label->setParent(view);
+    label->setObjectName(u"emptyLabel"_s);
+    label->adjustSize();
+    label->move((windowSize.width() - label->width()) / 2, emptyTextTop);
+    return view;
+}
+
+/// Lays one entry out below `top`; returns where the next one begins.
+int addEntry(QWidget &view, const ArchivedMessage &entry, int top)
+{
+    AppearanceLabel *header =
+        makeLabel(headerText(entry), 11, QFont::Medium, entry.mine ? tertiaryLabelColor() : orvaneMauve());
+    header->setParent(&view);
+    header->setObjectName(u"messageHeader"_s);
+    header->setAlignment(Qt::AlignLeft);
+    header->adjustSize();
+    header->move(margin, top);
+    top += header->height() + 5;
+
+    auto *body = new TextView(entry.body, contentWidth, entry.mine ? secondaryLabelColor() : labelColor());
+    body->setParent(&view);
+    body->setObjectName(u"messageBody"_s);
+    body->setAccessibleName(header->text());
+    body->move(margin, top);
+    top += body->height() + 16;
+
+    auto *line = new Separator;
+    line->setParent(&view);
+    line->setGeometry(margin, top, contentWidth, 1);
+    return top + 18;
+}
+
+QWidget *makeConversation(const QList<ArchivedMessage> &history)
+{
+    if (history.isEmpty())
+        return makeEmptyConversation();
+    auto *view = new FlippedView;
+    int top = firstEntryTop;
+    for (const ArchivedMessage &entry : history)
+        top = addEntry(*view, entry, top);
+    view->resize(windowSize.width(), std::max(top + 10, conversationHeight));
+    return view;
+}
+
+QScrollArea *makeScrollView(QWidget *document)
+{
+    document->setObjectName(u"conversation"_s);
+    document->setAutoFillBackground(false);
+    auto *view = new QScrollArea;
+    view->setObjectName(u"conversationScroll"_s);
+    view->setFrameShape(QFrame::NoFrame);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    view->viewport()->setAutoFillBackground(false);
+    view->setWidget(document);
+    view->widget()->setAutoFillBackground(false);
+    view->setFocusPolicy(Qt::StrongFocus);
+    view->setAccessibleName(u"Messages"_s);
+    return view;
+}
+
+} // namespace
+
+void ReplyField::keyPressEvent(QKeyEvent *event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && !(event->modifiers() & Qt::ShiftModifier) && onReturn)
+        onReturn();
+    else
+        QPlainTextEdit::keyPressEvent(event);
+}
+
+MessagesWindow::MessagesWindow()
+{
+    setObjectName(u"messagesWindow"_s);
+    setWindowTitle(u"Messages de Orvane Labs"_s);
+    setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
+    setFixedSize(windowSize);
+}
+
+void MessagesWindow::show(const QList<ArchivedMessage> &history)
+{
+    if (m_content) {
+        m_content->hide();
+        m_content->deleteLater();
+    }
+    auto *content = new QWidget(this);
+    m_content = content;
+    content->resize(windowSize);
+    QScrollArea *scroll = makeScrollView(makeConversation(history));
+    scroll->setParent(content);
+    scroll->setGeometry(0, 0, windowSize.width(), conversationHeight);
+    auto *line = new Separator;
+    line->setParent(content);
+    line->setGeometry(0, conversationHeight, windowSize.width(), 1);
+
+    auto *field = new ReplyField;
+    m_replyField = field;
+    field->setParent(content);
+    field->setObjectName(u"replyField"_s);
+    field->setPlaceholderText(u"Écris ta réponse ici"_s);
+    field->setAccessibleName(u"Écris ta réponse ici"_s);
+    field->setFont(systemFont(13, QFont::Normal));
+    field->setTabChangesFocus(true);
+    field->setGeometry(margin, 428, contentWidth, 40);
+    field->onReturn = [this] {
+        if (onSend)
+            onSend();
+    };
+
+    auto *send = new AccentButton(u"Envoyer"_s, orvaneMauveFixed);
+    send->setParent(content);
+    send->setObjectName(u"sendButton"_s);
+    send->adjustSize();
+    send->move(contentRight - send->width(), windowSize.height() - 14 - send->height());
+    connect(send, &QPushButton::clicked, this, [this] {
+        if (onSend)
+            onSend();
+    });
+
+    AppearanceLabel *note = makeLabel(u"Ta réponse arrive directement chez Orvane Labs."_s, 11, QFont::Normal,
+                                      tertiaryLabelColor());
+    note->setParent(content);
+    note->setObjectName(u"replyNote"_s);
+    note->setAlignment(Qt::AlignLeft);
+    note->adjustSize();
+    note->move(margin, windowSize.height() - 20 - note->height());
+    content->show();
+    field->setFocus();
+}
+
+QString MessagesWindow::reply() const
+{
+    return m_replyField ? m_replyField->toPlainText() : QString();
+}
+
+void MessagesWindow::clearReply()
+{
+    if (m_replyField)
+        m_replyField->clear();
+}

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Windows/TextView.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr qreal fontSize = 13;
+
+} // namespace
+
+TextView::TextView(const QString &text, int width, const AppearanceColor &color)
+    : m_color(color)
+{
+    setFrameShape(QFrame::NoFrame);
+    setReadOnly(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setTabChangesFocus(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    setFont(systemFont(fontSize, QFont::Normal));
+    viewport()->setAutoFillBackground(false);
+    document()->setDocumentMargin(0);
+    setPlainText(text);
+    document()->setTextWidth(width);
+    const qreal height = std::ceil(document()->documentLayout()->documentSize().height());
+    setFixedSize(width, static_cast<int>(std::clamp<qreal>(height, 1, QWIDGETSIZE_MAX)));
+    applyColor();
+}
+
+void TextView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange)
+        applyColor();
+    QTextEdit::changeEvent(event);
+}
+
+void TextView::wheelEvent(QWheelEvent *event)
+{
+    // There is nothing to scroll in here: the view around it scrolls.
+    event->ignore();
+}
+
+void TextView::applyColor()
+{
+    QPalette changed = palette();
+    const QColor &color = m_color.resolved(changed);
+    if (changed.color(QPalette::Text) == color)
+        return;
+    changed.setColor(QPalette::Text, color);
+    setPalette(changed);
+}

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Visuals/Palette.h"
+
+#include <QTextEdit>
+
+/// A plain text of any length, wrapped at a given width, that can be selected and copied; as high as its
+/// text.
+class TextView final : public QTextEdit
+{
+    Q_OBJECT
+
+public:
+    /// `width` in device-independent pixels.
+    TextView(const QString &text, int width, const AppearanceColor &color);
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    void applyColor();
+
+    AppearanceColor m_color;
+};
