@@ -49,11 +49,6 @@ ServerChannel &ServerChannel::shared()
     return SharedInstance<ServerChannel>::get();
 }
 
-ServerChannel::Configuration ServerChannel::builtInConfiguration()
-{
-    return {QStringLiteral(ORVANE_SERVER_BASE), QByteArrayLiteral(ORVANE_PUBLIC_KEY_B64)};
-}
-
 QString ServerChannel::deviceId()
 {
     if (const std::optional<QString> stored = m_services.preferences.text(deviceIdKey))

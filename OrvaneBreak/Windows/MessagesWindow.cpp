@@ -6,6 +6,7 @@
 #include "Visuals/Palette.h"
 #include "Windows/TextView.h"
 
+#include <QAction>
 #include <QKeyEvent>
 #include <QLocale>
 #include <QScrollArea>
@@ -117,6 +118,10 @@ MessagesWindow::MessagesWindow()
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setFixedSize(windowSize);
+    auto *close = new QAction(this);
+    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    connect(close, &QAction::triggered, this, &QWidget::close);
+    addAction(close);
 }
 
 void MessagesWindow::show(const QList<ArchivedMessage> &history)

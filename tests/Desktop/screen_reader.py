@@ -54,8 +54,14 @@ def visible_controls(title=None):
 def described(control):
     box = control.get_extents(Atspi.CoordType.SCREEN)
     states = [state.value_nick for state in control.get_state_set().get_states()]
-    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(),
+    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(), "text": text_of(control),
             "states": states, "box": [box.x, box.y, box.width, box.height]}
+
+
+def text_of(control):
+    """What a text field or a text view holds."""
+    text = control.get_text_iface()
+    return text.get_text(0, text.get_character_count()) if text and control.get_role_name() != "label" else ""
 
 
 def press(name):

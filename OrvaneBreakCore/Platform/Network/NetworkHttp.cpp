@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 largestBody = 1024 * 1024;
+constexpr qint64 largestBody = 1'048'576;
 constexpr int mostRedirects = 5;
 
 /// One exchange; it goes with its reply.

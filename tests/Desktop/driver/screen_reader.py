@@ -20,6 +20,7 @@ class Control:
     role: str
     name: str
     description: str
+    text: str
     states: frozenset
     box: tuple
 
@@ -45,7 +46,7 @@ class ScreenReader:
 
     def controls(self, title="OrvaneBreak"):
         """The visible controls of all windows with this title, from outside to inside; empty where there is none."""
-        return [Control(entry["role"], entry["name"], entry["description"], frozenset(entry["states"]),
+        return [Control(entry["role"], entry["name"], entry["description"], entry["text"], frozenset(entry["states"]),
                         tuple(entry["box"])) for entry in json.loads(self._run("tree", title) or "[]")]
 
     def control(self, name):

@@ -147,7 +147,7 @@ private Q_SLOTS:
 
     static void largeAnswersAreAbandoned()
     {
-        const QByteArray mebibyte(1024 * 1024, 'x');
+        const QByteArray mebibyte(1'048'576, 'x');
         Fixture whole;
         whole.server.reply = answerWith("200 OK", mebibyte);
         whole.post();

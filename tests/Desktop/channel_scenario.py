@@ -1,0 +1,60 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Tries the program against a real server of the makers on a virtual desktop, and prints which promises it keeps. Status 0:
+all kept; 1: one is broken."""
+
+import argparse
+import pathlib
+import signal
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "MakersServer"))
+
+from driver.tray import Tray  # noqa: E402
+from driver.x11 import X11Bed  # noqa: E402
+from makers_server import MakersServer, make_certificate  # noqa: E402
+from scenario import channel_hostile_part, channel_part  # noqa: E402
+from scenario.channel_desk import ChannelDesk  # noqa: E402
+from scenario.promises import Report, table, write_json  # noqa: E402
+
+
+def run(arguments, report):
+    with X11Bed("openbox", compositor=True, panel=True) as bed, tempfile.TemporaryDirectory() as folder:
+        desk = ChannelDesk(bed, arguments.program.resolve(), arguments.helpers.resolve(),
+                           arguments.results and arguments.results.parent)
+        desk.tray = Tray(bed)
+        with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "usual")) as server:
+            desk.server = server
+            for part in (channel_part.visible, channel_part.hidden, channel_part.in_a_break, channel_part.over_an_alert,
+                         channel_part.replies, channel_part.reports, channel_hostile_part.misbehaviours):
+                desk.tidy_up(program_runs=False)
+                report.run(part, desk, report)
+        certificate, key = make_certificate(folder, "DNS:makers.invalid")
+        with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "certified"), "--certificate",
+                          certificate, "--private-key", key) as server:
+            desk.server = server
+            desk.tidy_up(program_runs=False)
+            report.run(channel_hostile_part.unknown_certificate, desk, report)
+        desk.tidy_up(program_runs=False)
+    report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable that takes a test server")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
+    parser.add_argument("--makers-server", type=pathlib.Path, required=True, help="the server's executable")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
+    arguments = parser.parse_args()
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
+    report = Report("x11-channel")
+    run(arguments, report)
+    print(table([report]))
+    if arguments.results:
+        write_json([report], arguments.results)
+    return 1 if report.broken else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,73 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A desk for the channel to the makers: the application, and their server."""
+
+import re
+import subprocess
+
+from driver.waiting import comes_true, wait_until
+
+from .application_desk import ApplicationDesk
+
+MESSAGE = "Message de Orvane Labs"
+MESSAGES_TITLE = "Messages de Orvane Labs"
+UNDERSTOOD = "Compris"
+
+
+class ChannelDesk(ApplicationDesk):
+    """Starts the program against `server`."""
+
+    def __init__(self, bed, program, helpers, pictures=None):
+        super().__init__(bed, program, helpers, pictures)
+        self.server = None
+
+    def start_over(self, environment=None):
+        super().start_over({"ORVANE_TEST_SERVER": self.server.address, "ORVANE_TEST_PUBLIC_KEY": self.server.public_key,
+                            **(environment or {})})
+
+    def wait_for_check_in(self, known):
+        """Waits until the server has had more check-ins than those `known`."""
+        wait_until(lambda: len(self.server.received("check-in")) > known, "a check-in")
+
+    def alert_shows(self, text):
+        """Whether an open alert shows this text, at last after a while."""
+        return comes_true(lambda: self.alert_shows_now(text), 5)
+
+    def alert_shows_now(self, text):
+        return any(text in (control.name, control.text) for control in self.reader.controls())
+
+    def has_alert(self):
+        return any(control.role in ("dialog", "alert") for control in self.reader.controls())
+
+    def messages_window(self):
+        return self.bed.windows_titled(MESSAGES_TITLE)
+
+    def conversation(self):
+        """The texts in the messages window, newest first."""
+        return [control.text for control in self.reader.controls(MESSAGES_TITLE)
+                if control.role == "text" and " · " in control.name]
+
+
+class LauncherWatch:
+    """Hears what launchers hear."""
+
+    def __init__(self, bed):
+        self._bed = bed
+        self._path = bed.home / "launcher.txt"
+        with open(self._path, "wb") as output:
+            self._process = bed.run(["dbus-monitor", "--session", "interface='com.canonical.Unity.LauncherEntry'"],
+                                    stdout=output)
+        wait_until(lambda: b"NameAcquired" in self._path.read_bytes() or self._path.stat().st_size, "the monitor")
+
+    def counts(self):
+        """The visible numbers so far; 0 for none."""
+        text = self._path.read_text("utf-8", "replace")
+        return [int(count) if shown == "true" else 0 for count, shown in re.findall(
+            r'"count"\s+variant\s+int64 (\d+)\s+\)\s+dict entry\(\s+string "count-visible"\s+variant\s+boolean (\w+)',
+            text)]
+
+    def stop(self):
+        self._bed.stop(self._process)
+
+
+def type_text(bed, text):
+    subprocess.run(["xdotool", "type", "--delay", "5", text], env=bed.environment(), check=True, timeout=20)
