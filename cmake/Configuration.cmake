@@ -22,3 +22,10 @@ set(ORVANE_APP_ID "ch.orvanelabs.OrvaneBreak" CACHE STRING
 
 option(ORVANE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(ORVANE_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, for example address,undefined")
+
+# The program talks over HTTPS alone; over HTTP it reaches this machine, for trials.
+foreach(address IN ITEMS ORVANE_SERVER_BASE ORVANE_FEED_URL ORVANE_WEBSITE_URL)
+    if(NOT "${${address}}" MATCHES "^(https://[^/@]+|http://(127\\.[0-9.]+|\\[::1\\])(:[0-9]+)?)(/.*)?$")
+        message(FATAL_ERROR "${address} is no HTTPS address: ${${address}}")
+    endif()
+endforeach()
