@@ -53,7 +53,7 @@ QString ServerChannel::deviceId()
 {
     if (const std::optional<QString> stored = m_services.preferences.text(deviceIdKey))
         return *stored;
-    const QString fresh = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+    QString fresh = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
     m_services.preferences.setValue(deviceIdKey, fresh);
     return fresh;
 }
