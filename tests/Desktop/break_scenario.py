@@ -89,7 +89,8 @@ def everyday_on_wayland(desk, report, helpers):
     """The same on a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
-                 wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.unplugging):
+                 wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
+                 wayland_change_part.unplugging):
         desk.tidy_up(program_runs=True)
         report.run(part, desk, report)
     desk.tidy_up(program_runs=False)

@@ -120,6 +120,14 @@ class Bed(abc.ABC):
         """Switches a monitor off."""
         raise NotPossibleHere(f"{self.name} cannot unplug monitors")
 
+    def turn(self, name):
+        """Turns a monitor by a quarter and puts it left of the others, where places are negative."""
+        raise NotPossibleHere(f"{self.name} cannot turn monitors here")
+
+    def turn_back(self, name):
+        """Undoes that."""
+        raise NotPossibleHere(f"{self.name} cannot turn monitors here")
+
     def lock(self):
         """Locks the screen."""
         raise NotPossibleHere(f"{self.name} has no screen locker")

@@ -13,6 +13,13 @@ from .wayland import ProtocolHands, WaylandBed
 _PANEL_HEIGHT = 30
 
 
+def _size(entry):
+    """The pixels of a monitor as it stands."""
+    mode = entry["current_mode"]
+    size = (mode["width"], mode["height"])
+    return size[::-1] if entry["transform"].endswith(("90", "270")) else size
+
+
 class SwayBed(WaylandBed):
     """HEADLESS-1 with the panel at its bottom, and HEADLESS-2 right of it."""
 
@@ -54,7 +61,7 @@ class SwayBed(WaylandBed):
         except ValueError:
             return []
         found = [{"name": entry["name"], "scale": entry["scale"], "corner": (entry["rect"]["x"], entry["rect"]["y"]),
-                  "size": (entry["current_mode"]["width"], entry["current_mode"]["height"]),
+                  "size": _size(entry),
                   "extent": (entry["rect"]["width"], entry["rect"]["height"])} for entry in known if entry["active"]]
         return sorted(found, key=lambda monitor: monitor["corner"])
 
@@ -71,6 +78,16 @@ class SwayBed(WaylandBed):
             x += int(monitor["size"][0] / factor)
         wait_until(lambda: any(monitor["name"] == name and monitor["scale"] == scale for monitor in self._monitors()),
                    f"the scale {scale} on {name}")
+
+    def turn(self, name):
+        """The monitor stands left of the others, where places are negative."""
+        size = next(monitor["size"] for monitor in self._monitors() if monitor["name"] == name)
+        self._call(["swaymsg", "--", "output", name, "transform", "90", "position", -size[1], 0])
+        wait_until(lambda: self._monitors()[0]["name"] == name, f"{name} on the left")
+
+    def turn_back(self, name):
+        self._call(["swaymsg", "output", name, "transform", "normal", "position", self.sizes[0][0], 0])
+        wait_until(lambda: self._monitors()[-1]["name"] == name, f"{name} on the right")
 
     def _move(self, x, y):
         monitors = self._monitors()

@@ -29,6 +29,25 @@ def scales(desk, report):
             desk.bed.set_scale(name, 1)
 
 
+def turned(desk, report):
+    """A monitor that is turned, and stands left of where places begin."""
+    text = "a break stands upright on a turned monitor at a negative place"
+    name = desk.bed.outputs()[-1].name
+    try:
+        desk.bed.turn(name)
+    except NotPossibleHere as reason:
+        report.not_possible(text, reason)
+        return
+    try:
+        desk.begin_break()
+        desk.keep_picture("turned")
+        check_layout(desk, report, desk.parts())
+        report.promise(text, True)
+        desk.end_break()
+    finally:
+        desk.bed.turn_back(name)
+
+
 def unplugging(desk, report):
     """Monitors that come and go."""
     texts = ("the break goes on where a monitor stays when another is unplugged",
