@@ -42,8 +42,8 @@ public:
     /// Adds a reply of the user's.
     void addReply(const QString &text, const QDateTime &now);
 
-    /// The conversation, newest first. An entry without an id or a text is left out; one without a date has the
-    /// date `now`.
+    /// The conversation, newest first. An entry without an id or a text is left out; one without a date has
+    /// the date `now`.
     [[nodiscard]] QList<ArchivedMessage> history(const QDateTime &now) const;
 
 private:

@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
-/// A JSON object from outside, read without leniency: an integer is a number that is written as one and fits 64
-/// bits, so that 1e3, 1.0, true and "7" are none; texts are valid UTF-8. Of members with the same name the last
-/// one counts.
+/// A JSON object from outside, read without leniency: an integer is a number that is written as one and fits
+/// 64 bits, so that 1e3, 1.0, true and "7" are none; texts are valid UTF-8. Of members with the same name the
+/// last one counts.
 class StrictJson
 {
 public:

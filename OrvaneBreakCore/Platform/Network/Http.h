@@ -30,8 +30,8 @@ public:
     Http(const Http &) = delete;
     Http &operator=(const Http &) = delete;
 
-    /// Sends `body` to `url` by POST and calls `completion` exactly once, from the event loop, after `limit` at
-    /// the latest: the limit is for the whole exchange. Destroying `context` abandons the exchange, and
+    /// Sends `body` to `url` by POST and calls `completion` exactly once, from the event loop, after `limit`
+    /// at the latest: the limit is for the whole exchange. Destroying `context` abandons the exchange, and
     /// `completion` is not called then.
     virtual void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
                       QObject &context, Completion completion) = 0;

@@ -6,7 +6,7 @@ import json
 from driver.screen_reader import ScreenReader
 from driver.waiting import comes_true, wait_until
 
-from .desk import Desk
+from .desk import Desk, without_identifier
 
 TITLE = "OrvaneBreak"
 TO_DOCK = "Dans le Dock"
@@ -55,7 +55,8 @@ class ApplicationDesk(Desk):
         return self.config / "OrvaneBreak" / "preferences.json"
 
     def preferences(self):
-        return json.loads(self.preferences_file.read_text("utf-8"))
+        """What is stored, but for the identifier that the first check-in makes."""
+        return without_identifier(self.preferences_file)
 
     # -- windows and controls
 

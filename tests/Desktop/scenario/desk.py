@@ -168,3 +168,10 @@ class Desk:
 def near(first, second, tolerance=2):
     """True when two colours differ by at most `tolerance` in every part."""
     return all(abs(a - b) <= tolerance for a, b in zip(first, second))
+
+
+def without_identifier(preferences_file):
+    """The preferences in a file, but for the identifier that the first check-in makes."""
+    stored = json.loads(preferences_file.read_text("utf-8"))
+    stored.pop("OBDeviceId", None)
+    return stored
