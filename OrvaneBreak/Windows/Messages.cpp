@@ -41,7 +41,9 @@ void AppDelegate::refreshMessageBadges()
         m_messagesBadge->setVisible(isPending);
     }
     if (m_messagesButton) {
-        m_messagesButton->setTint(isPending ? breakTeal() : secondaryLabelColor());
+        // The accent is the desktop's own.
+        m_messagesButton->setTint(isPending ? AppearanceColor(QPalette().color(QPalette::Highlight))
+                                            : secondaryLabelColor());
         m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
     }
     if (m_appMessagesItem)
@@ -84,7 +86,7 @@ void AppDelegate::showMessages()
         m_messagesWindow->onSend = [this] { sendReply(); };
         m_presence.adopt(*m_messagesWindow);
     }
-    m_messagesWindow->show(m_channel.messageHistory());
+    m_messagesWindow->display(m_channel.messageHistory());
     m_presence.bringToFront(*m_messagesWindow);
 }
 

@@ -124,7 +124,7 @@ MessagesWindow::MessagesWindow()
     addAction(close);
 }
 
-void MessagesWindow::show(const QList<ArchivedMessage> &history)
+void MessagesWindow::display(const QList<ArchivedMessage> &history)
 {
     if (m_content) {
         m_content->hide();
@@ -139,40 +139,48 @@ void MessagesWindow::show(const QList<ArchivedMessage> &history)
     auto *line = new Separator;
     line->setParent(content);
     line->setGeometry(0, conversationHeight, windowSize.width(), 1);
+    addReplyField(*content);
+    addReplyRow(*content);
+    content->show();
+    m_replyField->setFocus();
+}
 
+void MessagesWindow::addReplyField(QWidget &content)
+{
     auto *field = new ReplyField;
     m_replyField = field;
-    field->setParent(content);
+    field->setParent(&content);
     field->setObjectName(u"replyField"_s);
     field->setPlaceholderText(u"Écris ta réponse ici"_s);
-    field->setAccessibleName(u"Écris ta réponse ici"_s);
+    field->setAccessibleName(field->placeholderText());
     field->setFont(systemFont(13, QFont::Normal));
     field->setTabChangesFocus(true);
     field->setGeometry(margin, 428, contentWidth, 40);
-    field->onReturn = [this] {
-        if (onSend)
-            onSend();
-    };
+    field->onReturn = [this] { send(); };
+}
 
-    auto *send = new AccentButton(u"Envoyer"_s, orvaneMauveFixed);
-    send->setParent(content);
-    send->setObjectName(u"sendButton"_s);
-    send->adjustSize();
-    send->move(contentRight - send->width(), windowSize.height() - 14 - send->height());
-    connect(send, &QPushButton::clicked, this, [this] {
-        if (onSend)
-            onSend();
-    });
+void MessagesWindow::addReplyRow(QWidget &content)
+{
+    auto *button = new AccentButton(u"Envoyer"_s, orvaneMauveFixed);
+    button->setParent(&content);
+    button->setObjectName(u"sendButton"_s);
+    button->adjustSize();
+    button->move(contentRight - button->width(), windowSize.height() - 14 - button->height());
+    connect(button, &QPushButton::clicked, this, &MessagesWindow::send);
 
     AppearanceLabel *note = makeLabel(u"Ta réponse arrive directement chez Orvane Labs."_s, 11, QFont::Normal,
                                       tertiaryLabelColor());
-    note->setParent(content);
+    note->setParent(&content);
     note->setObjectName(u"replyNote"_s);
     note->setAlignment(Qt::AlignLeft);
     note->adjustSize();
     note->move(margin, windowSize.height() - 20 - note->height());
-    content->show();
-    field->setFocus();
+}
+
+void MessagesWindow::send() const
+{
+    if (onSend)
+        onSend();
 }
 
 QString MessagesWindow::reply() const

@@ -3,9 +3,9 @@
 
 #include "Channel/MessageArchive.h"
 
+#include <QMainWindow>
 #include <QPlainTextEdit>
 #include <QPointer>
-#include <QWidget>
 
 #include <functional>
 
@@ -24,7 +24,7 @@ protected:
 
 /// The conversation with the makers, newest first, and below it a field to reply. Its content is replaced as
 /// a whole; what was typed and not sent is lost then.
-class MessagesWindow final : public QWidget
+class MessagesWindow final : public QMainWindow
 {
     Q_OBJECT
 
@@ -35,7 +35,7 @@ public:
     std::function<void()> onSend;
 
     /// Shows `history`, newest first, and an empty field with the keyboard.
-    void show(const QList<ArchivedMessage> &history);
+    void display(const QList<ArchivedMessage> &history);
 
     /// What stands in the field.
     [[nodiscard]] QString reply() const;
@@ -43,6 +43,10 @@ public:
     void clearReply();
 
 private:
+    void addReplyField(QWidget &content);
+    void addReplyRow(QWidget &content);
+    void send() const;
+
     QPointer<QWidget> m_content;
     QPointer<ReplyField> m_replyField;
 };
