@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Windows/TextView.h"
 
-#include <QAbstractTextDocumentLayout>
+#include <QTextDocument>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace {
 
@@ -27,10 +28,16 @@ TextView::TextView(const QString &text, int width, const AppearanceColor &color)
     viewport()->setAutoFillBackground(false);
     document()->setDocumentMargin(0);
     setPlainText(text);
-    document()->setTextWidth(width);
-    const qreal height = std::ceil(document()->documentLayout()->documentSize().height());
-    setFixedSize(width, static_cast<int>(std::clamp<qreal>(height, 1, QWIDGETSIZE_MAX)));
+    setFixedSize(width, heightAt(width));
     applyColor();
+}
+
+int TextView::heightAt(int width) const
+{
+    // On a copy: the document itself follows the viewport, which has its size only once it is shown.
+    const std::unique_ptr<QTextDocument> copy(document()->clone());
+    copy->setTextWidth(width);
+    return static_cast<int>(std::clamp<qreal>(std::ceil(copy->size().height()), 1, QWIDGETSIZE_MAX));
 }
 
 void TextView::changeEvent(QEvent *event)

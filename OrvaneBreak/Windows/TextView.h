@@ -20,6 +20,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
+    [[nodiscard]] int heightAt(int width) const;
     void applyColor();
 
     AppearanceColor m_color;

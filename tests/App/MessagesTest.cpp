@@ -274,6 +274,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::newRow("50,000 characters") << QString(50'000, u'x');
+        QTest::newRow("a few lines") << u"Est-ce que la durée d'une pause pourra être choisie ? "_s.repeated(
+            5);
         QTest::newRow("many lines") << u"ligne\n"_s.repeated(20'000);
         QTest::newRow("right to left") << u"שלום עולם مرحبا بالعالم"_s;
         QTest::newRow("emoji and combining marks")
@@ -294,6 +296,7 @@ private Q_SLOTS:
         QCOMPARE(body->width(), 416);
         QVERIFY(body->document()->size().width() <= 416);
         QVERIFY(body->height() <= f.inMessages<QWidget>(u"conversation"_s)->height());
+        QCOMPARE(body->height(), qCeil(body->document()->size().height()));
     }
 
     void whiteSpaceIsNoReply()
