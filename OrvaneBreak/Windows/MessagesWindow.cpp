@@ -159,7 +159,7 @@ void MessagesWindow::addReplyField(QWidget &content)
     field->onReturn = [this] { send(); };
 }
 
-void MessagesWindow::addReplyRow(QWidget &content)
+void MessagesWindow::addReplyRow(QWidget &content) const
 {
     auto *button = new AccentButton(u"Envoyer"_s, orvaneMauveFixed);
     button->setParent(&content);

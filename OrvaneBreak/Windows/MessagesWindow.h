@@ -44,7 +44,7 @@ public:
 
 private:
     void addReplyField(QWidget &content);
-    void addReplyRow(QWidget &content);
+    void addReplyRow(QWidget &content) const;
     void send() const;
 
     QPointer<QWidget> m_content;
