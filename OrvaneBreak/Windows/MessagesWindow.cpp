@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QKeyEvent>
 #include <QLocale>
+#include <QScreen>
 #include <QScrollArea>
 
 #include <algorithm>
@@ -143,6 +144,7 @@ void MessagesWindow::display(const QList<ArchivedMessage> &history)
     addReplyRow(*content);
     content->show();
     m_replyField->setFocus();
+    move(screen()->availableGeometry().center() - rect().center());
 }
 
 void MessagesWindow::addReplyField(QWidget &content)

@@ -34,7 +34,8 @@ public:
     /// Called for "Envoyer" and for Return in the field.
     std::function<void()> onSend;
 
-    /// Shows `history`, newest first, and an empty field with the keyboard.
+    /// Fills the window with `history`, newest first, and an empty field with the keyboard, and puts it in
+    /// the middle of its screen.
     void display(const QList<ArchivedMessage> &history);
 
     /// What stands in the field.

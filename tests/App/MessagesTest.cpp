@@ -8,6 +8,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QTest>
 #include <QTextEdit>
@@ -212,6 +213,7 @@ private Q_SLOTS:
         const QWidget *window = f.window(u"messagesWindow"_s);
         QCOMPARE(window->windowTitle(), u"Messages de Orvane Labs"_s);
         QCOMPARE(window->size(), QSize(460, 520));
+        QCOMPARE(window->pos(), window->screen()->availableGeometry().center() - window->rect().center());
         QCOMPARE(f.inMessages<QWidget>(u"conversationScroll"_s)->geometry(), QRect(0, 0, 460, 416));
         const auto *field = f.inMessages<QPlainTextEdit>(u"replyField"_s);
         QCOMPARE(field->geometry(), QRect(22, 428, 416, 40));
