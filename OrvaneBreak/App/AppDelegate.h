@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QSize>
 
+#include <functional>
 #include <memory>
 
 class AppearanceLabel;
@@ -54,6 +55,7 @@ public:
         ServerChannel &channel;
         LauncherCount &launcherCount;
         StatusItemController::MakeTrayItem makeTrayItem;
+        std::function<void()> installCrashReporter;
     };
 
     explicit AppDelegate(Services services);
@@ -165,6 +167,7 @@ private:
     const Bundle &m_bundle;
     ServerChannel &m_channel;
     LauncherCount &m_launcherCount;
+    std::function<void()> m_installCrashReporter;
     AlertQueue m_alerts;
     StatusItemController m_statusController;
 
