@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Crash/SystemReports.h"
 
+#include "Platform/Preferences/FileDescriptor.h"
 #include "Platform/Preferences/ScratchFolder.h"
 
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -73,6 +75,27 @@ private Q_SLOTS:
                  (QStringList{u"Exception of Orvane Break 2.ips"_s, u"Exception of OrvaneBreak-1.crash"_s,
                               u"Exception of OrvaneBreak.crash.ips"_s, u"Exception of OrvaneBreak.ips"_s,
                               u"Exception of OrvaneBreakHelper.crash"_s}));
+    }
+
+    void nothingElseIsOpened()
+    {
+        const ReportFolder reports;
+        reports.add("OrvaneBreak-old.crash", "Exception", noon);
+        reports.add("OrvaneBreak-new.crash", "Exception", after(noon, 1));
+        reports.add("Other.crash", "Exception", after(noon, 1));
+        const FileDescriptor watch(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+        QVERIFY(inotify_add_watch(watch.get(), reports.path().c_str(), IN_OPEN) >= 0);
+        QCOMPARE(reports.messages(noon).size(), 1);
+        alignas(inotify_event) char buffer[4096];
+        const ssize_t length = read(watch.get(), buffer, sizeof buffer);
+        QStringList opened;
+        for (ssize_t at = 0; at < length;) {
+            const auto *event = reinterpret_cast<const inotify_event *>(buffer + at);
+            if (event->len > 0)
+                opened.append(QString::fromLatin1(event->name));
+            at += static_cast<ssize_t>(sizeof *event + event->len);
+        }
+        QCOMPARE(opened, QStringList{u"OrvaneBreak-new.crash"_s});
     }
 
     void onlyLaterOnesCountToTheNanosecond()

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The whole program crashes, starts again and tells a real server, once.
 
-usage: test_program.py PROGRAM MAKERS-SERVER"""
+usage: test_program.py PROGRAM MAKERS-SERVER CRASHER"""
 
 import json
 import os
@@ -20,7 +20,7 @@ sys.path += [str(TESTS / "MakersServer"), str(TESTS / "Desktop")]
 from driver.waiting import wait_until  # noqa: E402
 from makers_server import MakersServer  # noqa: E402
 
-PROGRAM = MAKERS_SERVER = None
+PROGRAM = MAKERS_SERVER = CRASHER = None
 SIGNALS = [signal.SIGABRT, signal.SIGSEGV, signal.SIGILL, signal.SIGBUS, signal.SIGFPE, signal.SIGTRAP]
 STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
 FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
@@ -138,6 +138,18 @@ class Crashes(unittest.TestCase):
         self.assertEqual(self.person.reports(), [])
 
 
+class SourceLines(unittest.TestCase):
+    def test_frames_of_the_program_become_source_lines(self):
+        with tempfile.TemporaryDirectory() as folder:
+            report = pathlib.Path(folder, "OrvaneBreak", "pending-crash.txt")
+            subprocess.run([CRASHER, report, "bad free"], stderr=subprocess.DEVNULL, timeout=20, check=False)
+            lines = subprocess.run([TESTS.parent / "tools" / "where-it-crashed", CRASHER, report], timeout=60,
+                                   stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
+        self.assertEqual(lines[:2], ["Signal 6", "---"])
+        frame = next(line for line in lines if "freeWhatIsNotAllocated()" in line)
+        self.assertRegex(frame, r"^\d+ orvanebreak 0x[0-9a-f]+ .*/tests/Crash/Crashes\.cpp:\d+$")
+
+
 if __name__ == "__main__":
-    PROGRAM, MAKERS_SERVER = sys.argv[1:3]
-    unittest.main(argv=sys.argv[:1] + sys.argv[3:])
+    PROGRAM, MAKERS_SERVER, CRASHER = sys.argv[1:4]
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
