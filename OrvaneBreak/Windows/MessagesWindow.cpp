@@ -119,10 +119,7 @@ MessagesWindow::MessagesWindow()
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setFixedSize(windowSize);
-    auto *close = new QAction(this);
-    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    addAction(close);
+    addAction({}, Qt::CTRL | Qt::Key_W, this, &QWidget::close);
 }
 
 void MessagesWindow::display(const QList<ArchivedMessage> &history)
