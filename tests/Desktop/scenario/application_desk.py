@@ -93,9 +93,6 @@ class ApplicationDesk(Desk):
         """Asks the window to close, as the button in its frame does."""
         self.bed.close_window(max(self.windows()))
 
-    def has_ended(self, status=0):
-        return comes_true(lambda: self.process.poll() is not None, 5) and self.process.returncode == status
-
     def finish(self):
         """Ends the program if it runs."""
         self.bed.stop(self.process)

@@ -6,7 +6,7 @@ import pathlib
 
 from driver.probe import Probe
 from driver.tray import Tray
-from driver.waiting import wait_until
+from driver.waiting import comes_true, wait_until
 
 from . import layout
 
@@ -72,6 +72,10 @@ class Desk:
 
     def write_preferences(self, config_folder, **changes):
         self.bed.write(config_folder / "OrvaneBreak" / "preferences.json", json.dumps({**IN_MENU_BAR, **changes}))
+
+    def has_ended(self, status=0):
+        """Whether the program has ended with this status, at last after a while."""
+        return comes_true(lambda: self.process.poll() is not None, 5) and self.process.returncode == status
 
     def stop_program(self):
         self.bed.stop(self.process)
