@@ -3,8 +3,8 @@
 """A stand-in for the desktop's settings portal with one setting, the colour scheme.
 
 usage: settings_portal.py SCHEME
-SCHEME is "none", "dark" or "light"; every line of standard input is a new one. "foreign" announces a text under the same
-key of another name space, as some desktops do. The answer, one line of JSON, tells that the change is made."""
+SCHEME is "none", "dark" or "light"; every line of standard input is a new one. "foreign" announces a text under the
+same key of another name space, as some desktops do. The answer, one line of JSON, tells that the change is made."""
 
 import sys
 

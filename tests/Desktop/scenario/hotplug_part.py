@@ -25,7 +25,6 @@ def _is_covered(desk, output):
         and layout.find_parts(picture, output) is not None
 
 
-
 def _break_covers(desk, report, text):
     """Begins a break on the present monitors and ends it."""
     desk.bed.show_wallpaper()
