@@ -45,8 +45,8 @@ class Desk:
     # -- the program
 
     def start_program(self, environment=None):
-        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it gets
-        those of somebody who lives in the menu bar."""
+        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it
+        gets those of somebody who lives in the menu bar."""
         self._runs += 1
         file = pathlib.Path(self.bed.environment()["XDG_CONFIG_HOME"]) / "OrvaneBreak" / "preferences.json"
         if not file.exists():
@@ -117,9 +117,16 @@ class Desk:
         return moment
 
     def wait_for_break(self, scale=1.0):
+        self.wait_for_overlays()
+        wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
+
+    def wait_for_overlays(self):
+        """Waits for the windows of a break, whatever they show yet."""
         outputs = self.bed.outputs()
         wait_until(lambda: len(self.overlays()) == len(outputs), "a break window on every screen")
-        wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
+
+    def break_has_keyboard(self):
+        return self.probe.state()["focus"] in [window["id"] for window in self.overlays()]
 
     def wait_for_end(self, timeout=3):
         wait_until(lambda: not self.overlays(), "the end of the break", timeout)

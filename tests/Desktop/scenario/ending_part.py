@@ -15,8 +15,7 @@ def signals(desk, report):
         name = number.name
         before = desk.settled_picture()
         desk.start_in_break()
-        wait_until(lambda: desk.probe.state()["focus"] in [window["id"] for window in desk.overlays()],
-                   "the break with the keyboard")
+        wait_until(desk.break_has_keyboard, "the break with the keyboard")
         check_end_by_signal(desk, report, number)
         _nothing_left(desk, report, name, before)
         _focus_returns(desk, report, name, other)
