@@ -88,14 +88,13 @@ QWidget *makeConversation(const QList<ArchivedMessage> &history)
 QScrollArea *makeScrollView(QWidget *document)
 {
     document->setObjectName(u"conversation"_s);
-    document->setAutoFillBackground(false);
     auto *view = new QScrollArea;
     view->setObjectName(u"conversationScroll"_s);
     view->setFrameShape(QFrame::NoFrame);
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view->viewport()->setAutoFillBackground(false);
     view->setWidget(document);
-    view->widget()->setAutoFillBackground(false);
+    document->setAutoFillBackground(false);
     view->setFocusPolicy(Qt::StrongFocus);
     view->setAccessibleName(u"Messages"_s);
     return view;
