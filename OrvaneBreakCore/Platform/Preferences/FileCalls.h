@@ -29,3 +29,10 @@ inline bool writeBytes(int file, QByteArrayView bytes)
     }
     return true;
 }
+
+/// Waits until what was written to the descriptor `file`, of a file or a folder, is on the disk; false, with
+/// errno set, when that failed. Any thread.
+inline bool syncToDisk(int file)
+{
+    return uninterrupted([&] { return fsync(file); }) == 0;
+}

@@ -216,8 +216,7 @@ bool PreferencesFile::fillTemporary(const QByteArray &json) const
     const FileDescriptor file(uninterrupted([this] {
         return openat(m_folder.get(), m_temporaryName.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
     }));
-    return file.isOpen() && writeBytes(file.get(), json) &&
-           uninterrupted([&] { return fsync(file.get()); }) == 0;
+    return file.isOpen() && writeBytes(file.get(), json) && syncToDisk(file.get());
 }
 
 bool PreferencesFile::renameTemporary(Old old)
