@@ -31,11 +31,6 @@ FileDescriptor makeFolderAt(int parent, const char *name)
     return folder;
 }
 
-bool sync(int file)
-{
-    return uninterrupted([&] { return fsync(file); }) == 0;
-}
-
 } // namespace
 
 FolderWriter::FolderWriter(const std::filesystem::path &folder)
@@ -80,7 +75,7 @@ bool FolderWriter::makeFile(const std::vector<std::string> &names, bool isExecut
                       O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
     }));
     return file.isOpen() && fill(file.get()) &&
-           fchmod(file.get(), isExecutable ? programMode : contentMode) == 0 && sync(file.get());
+           fchmod(file.get(), isExecutable ? programMode : contentMode) == 0 && syncToDisk(file.get());
 }
 
 bool FolderWriter::makeLink(const std::vector<std::string> &names, const std::string &target) const
@@ -92,5 +87,5 @@ bool FolderWriter::makeLink(const std::vector<std::string> &names, const std::st
 bool FolderWriter::syncFolder(const std::vector<std::string> &names) const
 {
     const FileDescriptor folder = openFolder(names);
-    return folder.isOpen() && sync(folder.get());
+    return folder.isOpen() && syncToDisk(folder.get());
 }

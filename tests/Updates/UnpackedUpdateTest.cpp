@@ -294,12 +294,21 @@ private Q_SLOTS:
         refuse(packed(three), UnpackProblem::TooLarge, limits);
     }
 
-    static void tooManyEntries()
+    static void usualLimits()
     {
-        std::vector<Entry> entries = update("1.3");
-        for (int number = 0; number < 5'000; ++number)
-            entries.push_back(folder(in("folder-" + std::to_string(number))));
-        refuse(packed(entries), UnpackProblem::TooMany);
+        const auto entry = [](const std::string &name, qint64 size) {
+            return ArchiveEntry{ArchiveEntry::Kind::File, in(name), {}, size, false};
+        };
+        constexpr qint64 mebibyte = 1'048'576;
+        ArchiveRules large({});
+        QCOMPARE(large.admit(entry("a", 250 * mebibyte + 1)), UnpackProblem::TooLarge);
+        QCOMPARE(large.admit(entry("b", -1)), UnpackProblem::TooLarge);
+        QVERIFY(!large.admit(entry("c", 250 * mebibyte)) && !large.admit(entry("d", 250 * mebibyte)));
+        QCOMPARE(large.admit(entry("e", 1)), UnpackProblem::TooLarge);
+        ArchiveRules many({});
+        for (int number = 1; number < 5'000; ++number)
+            QVERIFY(!many.admit(entry(std::to_string(number), 1)));
+        QCOMPARE(many.admit(entry("one-more", 1)), UnpackProblem::TooMany);
     }
 
     static void aSparseGiantIsRefusedByItsHeader()
