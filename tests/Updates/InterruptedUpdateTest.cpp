@@ -2,6 +2,8 @@
 #include "Updates/InstallationFixture.h"
 #include "Updates/SystemCalls.h"
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -36,18 +38,26 @@ int goBack(const InstallationFixture &f)
     return change && !change->rollBack() ? 0 : 6;
 }
 
-/// Whether the links and the trial make sense, whatever was interrupted.
+/// Whether the links, the trial and everything that is called a version make sense, whatever was interrupted.
 void checkInstallation(const InstallationFixture &f)
 {
     const Installation seen = f.seenBy("1.2");
     const QString current = seen.current().text();
     QVERIFY(current == "1.2"_L1 || current == "1.3"_L1);
-    QVERIFY(f.isWhole(current.toStdString()));
-    QVERIFY(f.isWhole("1.2"));
     if (current == "1.3"_L1)
         QCOMPARE(seen.previous().text(), u"1.2"_s);
     else
         QVERIFY(!seen.isOnTrial());
+    QVERIFY(f.versions().contains(u"1.2"_s) && f.versions().contains(current));
+    for (const QString &name : f.versions())
+        QVERIFY(name.startsWith(u'.') || f.isWhole(name.toStdString()));
+}
+
+/// Whether the new version, which has not started yet, is on trial if it is current.
+void checkTrial(const InstallationFixture &f)
+{
+    const Installation seen = f.seenBy("1.3");
+    QCOMPARE(seen.isOnTrial(), seen.current().text() == "1.3"_L1);
 }
 
 /// Whether the next processes, which nobody interrupts, come to the new version and leave nothing behind.
@@ -71,53 +81,57 @@ class InterruptedUpdateTest : public QObject
 
     const QByteArray m_archive = ArchiveMaker::packedUpdate("1.3");
 
-private Q_SLOTS:
-    void killedBeforeAnyCall() const
+    /// Kills `work` before each of its calls, each time after `prepare`, and returns how many there were.
+    /// A new version is on trial whenever it is current, unless `look` says what else there is to see.
+    int interruptEverywhere(const std::function<void(const InstallationFixture &)> &prepare,
+                            const std::function<int(const InstallationFixture &)> &work,
+                            const std::function<void(const InstallationFixture &)> &look = checkTrial) const
     {
-        int trials = 0;
-        for (int call = 1;; ++call) {
-            QVERIFY(call < manyCalls);
+        for (int call = 1; call < manyCalls && !QTest::currentTestFailed(); ++call) {
             const InstallationFixture f;
-            // What an earlier update left behind is removed in the middle of this one.
-            f.put("1.1");
+            prepare(f);
             const int status = runInChild([&] {
                 SystemCalls::killBefore(call);
-                const int result = installUpdate(f, m_archive);
-                return result != 0 ? result : startWell(f);
+                return work(f);
             });
             checkInstallation(f);
-            trials += f.seenBy("1.3").isOnTrial() ? 1 : 0;
+            look(f);
             checkCompletion(f, m_archive);
-            if (status == 0) {
-                qInfo("interrupted before each of %d calls", call - 1);
-                // Each file and folder alone needs more than two calls.
-                QVERIFY(call > 30);
-                break;
-            }
-            QVERIFY2(status == SystemCalls::killedStatus && !QTest::currentTestFailed(),
-                     qPrintable(u"call %1, status %2"_s.arg(call).arg(status)));
+            if (status == 0)
+                return call - 1;
+            if (status != SystemCalls::killedStatus)
+                qWarning("call %d, status %d", call, status);
         }
-        QVERIFY(trials > 0);
+        QTest::qFail("did not come to its end", __FILE__, __LINE__);
+        return 0;
+    }
+
+private Q_SLOTS:
+    void killedWhileInstalling() const
+    {
+        const int calls =
+            interruptEverywhere([](const InstallationFixture &f) { f.put("1.3"); },
+                                [this](const InstallationFixture &f) { return installUpdate(f, m_archive); });
+        // Each file and folder alone needs more than two calls.
+        QVERIFY(calls > 30);
     }
 
     void killedOnTheWayBack() const
     {
-        for (int call = 1;; ++call) {
-            QVERIFY(call < manyCalls);
-            const InstallationFixture f;
-            QCOMPARE(runInChild([&] { return installUpdate(f, m_archive); }), 0);
-            const int status = runInChild([&] {
-                SystemCalls::killBefore(call);
-                return goBack(f);
-            });
-            checkInstallation(f);
-            // Until the way back is gone, the new version stays on trial, so that it is gone again.
-            QCOMPARE(f.seenBy("1.3").isOnTrial(), f.seenBy("1.3").current().text() == "1.3"_L1);
-            checkCompletion(f, m_archive);
-            if (status == 0)
-                break;
-            QVERIFY(status == SystemCalls::killedStatus && !QTest::currentTestFailed());
-        }
+        interruptEverywhere(
+            [this](const InstallationFixture &f) { QCOMPARE(installUpdate(f, m_archive), 0); }, goBack);
+    }
+
+    void killedWhileStarting() const
+    {
+        int trials = 0;
+        const int calls = interruptEverywhere(
+            [this](const InstallationFixture &f) {
+                f.put("1.1");
+                QCOMPARE(installUpdate(f, m_archive), 0);
+            },
+            startWell, [&](const InstallationFixture &f) { trials += f.seenBy("1.3").isOnTrial() ? 1 : 0; });
+        QVERIFY(trials > 0 && trials < calls);
     }
 
     static void fullDisk_data()
