@@ -6,16 +6,26 @@
 #include <QFile>
 #include <QList>
 
-#include <array>
 #include <random>
+#include <utility>
+
+/// The seed that ORVANE_TEST_SEED names, or else any; told in the test's output.
+inline unsigned chosenSeed()
+{
+    const QByteArray chosen = qgetenv("ORVANE_TEST_SEED");
+    const unsigned value = chosen.isEmpty() ? std::random_device()() : chosen.toUInt();
+    qInfo("seed %u; ORVANE_TEST_SEED repeats it", value);
+    return value;
+}
 
 /// Makes many inputs out of a few: bytes change, go, come, and move from one input to the other. The same
-/// seed makes the same inputs.
+/// seed makes the same inputs. Words that mean something to the reader come in, too.
 class Mutator
 {
 public:
-    Mutator(const QString &folder, unsigned seed)
+    Mutator(const QString &folder, unsigned seed, QList<QByteArray> words = jsonWords())
         : m_random(seed)
+        , m_words(std::move(words))
     {
         for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
             QFile file(entry.filePath());
@@ -35,6 +45,13 @@ public:
     }
 
 private:
+    static QList<QByteArray> jsonWords()
+    {
+        return {"\\u0000", "\\ud800",   "\\udc00", "1e3", "-0",       "1.0",          "null",
+                "true",    "[[[[",      "}}}}",    "\"",  "\xff\xfe", "\xed\xa0\x80", "9223372036854775808",
+                "|",       "{\"id\":1,"};
+    }
+
     qsizetype below(qsizetype limit)
     {
         return std::uniform_int_distribution<qsizetype>(0, std::max<qsizetype>(limit, 1) - 1)(m_random);
@@ -42,10 +59,6 @@ private:
 
     void change(QByteArray &input)
     {
-        static const std::array<QByteArray, 16> words{
-            "\\u0000", "\\ud800",   "\\udc00", "1e3", "-0",       "1.0",          "null",
-            "true",    "[[[[",      "}}}}",    "\"",  "\xff\xfe", "\xed\xa0\x80", "9223372036854775808",
-            "|",       "{\"id\":1,"};
         const qsizetype place = below(input.size() + 1);
         switch (below(6)) {
         case 0:
@@ -56,7 +69,7 @@ private:
             input.remove(place, 1 + below(16));
             break;
         case 2:
-            input.insert(place, words.at(static_cast<std::size_t>(below(words.size()))));
+            input.insert(place, m_words.at(below(m_words.size())));
             break;
         case 3:
             input.insert(place, input.mid(below(input.size()), below(64)));
@@ -70,5 +83,6 @@ private:
     }
 
     std::mt19937 m_random;
+    QList<QByteArray> m_words;
     QList<QByteArray> m_corpus;
 };

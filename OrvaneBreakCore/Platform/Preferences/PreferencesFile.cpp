@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/PreferencesFile.h"
 
+#include "Platform/Preferences/FileCalls.h"
 #include "Platform/Preferences/FileWatch.h"
 
 #include <QDateTime>
@@ -33,15 +34,6 @@ constexpr int asideNameLimit = 10'000;
 constexpr std::string_view temporarySuffix = ".tmp";
 constexpr std::size_t temporaryDigits = 16;
 
-template <typename Call>
-auto uninterrupted(Call call)
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
-
 std::optional<QByteArray> readBytes(int file)
 {
     QByteArray bytes(sizeLimit + 1, Qt::Uninitialized);
@@ -57,20 +49,6 @@ std::optional<QByteArray> readBytes(int file)
     }
     bytes.resize(size);
     return bytes;
-}
-
-bool writeBytes(int file, const QByteArray &bytes)
-{
-    qsizetype size = 0;
-    while (size < bytes.size()) {
-        const ssize_t length = uninterrupted([&] {
-            return write(file, bytes.constData() + size, static_cast<std::size_t>(bytes.size() - size));
-        });
-        if (length <= 0)
-            return false;
-        size += length;
-    }
-    return true;
 }
 
 PreferencesContent failure()
@@ -238,8 +216,7 @@ bool PreferencesFile::fillTemporary(const QByteArray &json) const
     const FileDescriptor file(uninterrupted([this] {
         return openat(m_folder.get(), m_temporaryName.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
     }));
-    return file.isOpen() && writeBytes(file.get(), json) &&
-           uninterrupted([&] { return fsync(file.get()); }) == 0;
+    return file.isOpen() && writeBytes(file.get(), json) && syncToDisk(file.get());
 }
 
 bool PreferencesFile::renameTemporary(Old old)

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Updates/SystemCalls.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+
+// The library's functions that are replaced, and with them their signatures, are visible to all libraries.
+#define REPLACED extern "C" __attribute__((visibility("default")))
+
+namespace {
+
+enum class Mode
+{
+    Idle,
+    Kill,
+    Full,
+    FullOnce
+};
+
+Mode mode = Mode::Idle;
+int limit = 0;
+int calls = 0;
+
+enum class Need
+{
+    Nothing,
+    Space
+};
+
+/// Counts a call; false when it is to fail.
+bool isAllowed(Need need)
+{
+    if (mode == Mode::Idle || (mode != Mode::Kill && need == Need::Nothing))
+        return true;
+    ++calls;
+    if (mode == Mode::Kill && calls == limit)
+        _exit(SystemCalls::killedStatus);
+    const bool fails = (mode == Mode::Full && calls >= limit) || (mode == Mode::FullOnce && calls == limit);
+    if (fails)
+        errno = ENOSPC;
+    return !fails;
+}
+
+template <typename... Arguments>
+int called(Need need, long number, Arguments... arguments)
+{
+    return isAllowed(need) ? static_cast<int>(syscall(number, arguments...)) : -1;
+}
+
+void start(Mode chosen, int call)
+{
+    mode = chosen;
+    limit = call;
+    calls = 0;
+}
+
+} // namespace
+
+void SystemCalls::killBefore(int call)
+{
+    start(Mode::Kill, call);
+}
+
+void SystemCalls::fillDiskBefore(int call, bool isOnce)
+{
+    start(isOnce ? Mode::FullOnce : Mode::Full, call);
+}
+
+int SystemCalls::count()
+{
+    return calls;
+}
+
+REPLACED int mkdir(const char *path, mode_t permissions) noexcept
+{
+    return called(Need::Space, SYS_mkdirat, AT_FDCWD, path, permissions);
+}
+
+REPLACED int mkdirat(int folder, const char *path, mode_t permissions) noexcept
+{
+    return called(Need::Space, SYS_mkdirat, folder, path, permissions);
+}
+
+REPLACED int openat(int folder, const char *path, int flags, ...)
+{
+    mode_t permissions = 0;
+    if ((flags & O_CREAT) != 0) {
+        va_list arguments;
+        va_start(arguments, flags);
+        permissions = va_arg(arguments, mode_t);
+        va_end(arguments);
+        return called(Need::Space, SYS_openat, folder, path, flags, permissions);
+    }
+    return static_cast<int>(syscall(SYS_openat, folder, path, flags, permissions));
+}
+
+REPLACED ssize_t write(int file, const void *bytes, size_t length)
+{
+    return isAllowed(Need::Space) ? syscall(SYS_write, file, bytes, length) : -1;
+}
+
+REPLACED int fsync(int file)
+{
+    // Waiting for the disk is worth nothing to a process that is killed, and most of the time of a test.
+    return isAllowed(Need::Space) && fcntl(file, F_GETFD) >= 0 ? 0 : -1;
+}
+
+REPLACED int fchmod(int file, mode_t permissions) noexcept
+{
+    return called(Need::Nothing, SYS_fchmod, file, permissions);
+}
+
+REPLACED int symlinkat(const char *target, int folder, const char *path) noexcept
+{
+    return called(Need::Space, SYS_symlinkat, target, folder, path);
+}
+
+REPLACED int renameat(int oldFolder, const char *oldPath, int newFolder, const char *newPath) noexcept
+{
+    return called(Need::Space, SYS_renameat2, oldFolder, oldPath, newFolder, newPath, 0U);
+}
+
+REPLACED int unlinkat(int folder, const char *path, int flags) noexcept
+{
+    return called(Need::Nothing, SYS_unlinkat, folder, path, flags);
+}
+
+REPLACED int unlink(const char *path) noexcept
+{
+    return called(Need::Nothing, SYS_unlinkat, AT_FDCWD, path, 0);
+}
+
+REPLACED int rmdir(const char *path) noexcept
+{
+    return called(Need::Nothing, SYS_unlinkat, AT_FDCWD, path, AT_REMOVEDIR);
+}
+
+REPLACED int remove(const char *path) noexcept
+{
+    const int result = called(Need::Nothing, SYS_unlinkat, AT_FDCWD, path, 0);
+    return result != 0 && errno == EISDIR ? rmdir(path) : result;
+}
