@@ -6,6 +6,7 @@
 #include "Updates/StandardUpdaterController.h"
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
+#include "Windows/AlertQueue.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MessagesWindow.h"
 
@@ -39,11 +40,7 @@ AppDelegate::AppDelegate(Services services)
     , m_channel(services.channel)
     , m_launcherCount(services.launcherCount)
     , m_installCrashReporter(std::move(services.installCrashReporter))
-    , m_alerts([this] { return !m_engine.isOnBreak(); },
-               [this](QWidget &dialog) {
-                   m_presence.adopt(dialog);
-                   m_presence.bringToFront(dialog);
-               })
+    , m_alerts(services.alerts)
     , m_statusController(std::move(services.makeTrayItem))
 {
 }
@@ -86,6 +83,7 @@ void AppDelegate::applicationDidFinishLaunching()
 void AppDelegate::applicationWillTerminate()
 {
     m_engine.stop();
+    m_updaterController.updater().installAtQuit();
 }
 
 void AppDelegate::terminate()

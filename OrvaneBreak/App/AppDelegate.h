@@ -3,7 +3,6 @@
 
 #include "Platform/RunLoop.h"
 #include "StatusItem/StatusItemController.h"
-#include "Windows/AlertQueue.h"
 
 #include <QObject>
 #include <QSize>
@@ -11,6 +10,7 @@
 #include <functional>
 #include <memory>
 
+class AlertQueue;
 class AppearanceLabel;
 class BadgeImageView;
 class BreakEngine;
@@ -53,6 +53,7 @@ public:
         const Bundle &bundle;
         ServerChannel &channel;
         LauncherCount &launcherCount;
+        AlertQueue &alerts;
         StatusItemController::MakeTrayItem makeTrayItem;
         std::function<void()> installCrashReporter;
     };
@@ -65,7 +66,8 @@ public:
     /// is chosen, with ORVANE_DEBUG_BREAK a break begins at once.
     void applicationDidFinishLaunching();
 
-    /// Ends a running break and stops every timer of the engine; called once, before the process ends.
+    /// Ends a running break, stops every timer of the engine and has a waiting update installed; called once, before
+    /// the process ends.
     void applicationWillTerminate();
 
     /// Ends the application.
@@ -113,7 +115,7 @@ public:
     void toggleAutoUpdates(const QCheckBox &sender);
 
     /// Opens the makers' web site in the browser; does nothing when its configured address is none.
-    void openOrvaneLabs();
+    static void openOrvaneLabs();
 
     /// Opens the window with the conversation with the makers, built anew; a pending message counts as read
     /// then.
@@ -167,7 +169,7 @@ private:
     ServerChannel &m_channel;
     LauncherCount &m_launcherCount;
     std::function<void()> m_installCrashReporter;
-    AlertQueue m_alerts;
+    AlertQueue &m_alerts;
     StatusItemController m_statusController;
 
     // All but the messages window are there from the launch to the end.

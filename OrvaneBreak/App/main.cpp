@@ -2,6 +2,7 @@
 #include "App/AppDelegate.h"
 #include "App/CommandLine.h"
 #include "App/Diagnostics.h"
+#include "App/UpdaterParts.h"
 #include "Channel/ServerChannel.h"
 #include "Crash/CoreDumpExport.h"
 #include "Crash/CrashReporter.h"
@@ -29,15 +30,21 @@
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
 #include "Platform/Windowing/WindowPresence.h"
-#include "Updates/StandardUpdaterController.h"
 #include "Visuals/Symbols.h"
+#include "Windows/AlertQueue.h"
 
 #include <QApplication>
 #include <QThreadPool>
 #include <QTimer>
 
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <optional>
 #include <utility>
 
@@ -45,8 +52,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Runs the application as the first of its name until it quits.
-int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine)
+/// Runs the application as the first of its name until it quits, and says what starts it again.
+int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
+                   std::filesystem::path &launcher)
 {
     // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as
     // many would, and wakes up less.
@@ -69,10 +77,17 @@ int runApplication(QApplication &application, ApplicationService &service, const
 
     const PortalAppearance appearance;
     AutostartEntry loginItem(AutostartEntry::standardParameters(QStringLiteral(ORVANE_APP_ID)));
-    JsonPreferences updaterSettings(preferencesFile.parent_path() / "updater.json");
-    SPUStandardUpdaterController updaterController(updaterSettings);
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
+    AlertQueue alerts([&engine] { return !engine.isOnBreak(); },
+                      [&presence](QWidget &dialog, AlertQueue::Attention attention) {
+                          presence->adopt(dialog);
+                          if (attention == AlertQueue::Attention::Front)
+                              presence->bringToFront(dialog);
+                          else
+                              dialog.show();
+                      });
     NetworkHttp http;
+    UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(), &AppDelegate::openOrvaneLabs);
     ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},
                           ServerChannel::builtInConfiguration());
     const SharedInstance<ServerChannel> sharedChannel(channel);
@@ -88,8 +103,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
         coreDumpExport.start(lastScan, [&crashUpload] { crashUpload.sendSystemCrashReports(); });
     };
     LauncherCount launcherCount(QStringLiteral(ORVANE_APP_ID));
-    AppDelegate delegate({engine, runLoop, preferences, loginItem, updaterController, *presence, bundle,
-                          channel, launcherCount, [] { return std::make_unique<NotifierTrayItem>(); },
+    AppDelegate delegate({engine, runLoop, preferences, loginItem, updater.controller(), *presence, bundle,
+                          channel, launcherCount, alerts, [] { return std::make_unique<NotifierTrayItem>(); },
                           installCrashReporter});
 
     service.onActivate = [&delegate] { delegate.showMainWindow(); };
@@ -101,7 +116,19 @@ int runApplication(QApplication &application, ApplicationService &service, const
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
     QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    launcher = updater.launcher();
+    return status;
+}
+
+/// Replaces this process by the program that `launcher` starts. Returns when that failed.
+void relaunch(ApplicationService &service, const std::filesystem::path &launcher)
+{
+    service.release();
+    std::string path = launcher.string();
+    std::array<char *, 2> arguments = {path.data(), nullptr};
+    execv(path.c_str(), arguments.data());
+    std::fprintf(stderr, "orvanebreak: %s cannot be started: %s\n", path.c_str(), std::strerror(errno));
 }
 
 } // namespace
@@ -132,8 +159,14 @@ int main(int argc, char **argv)
 
     ApplicationService service(QStringLiteral(ORVANE_APP_ID));
     switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {
-    case ApplicationService::Start::First:
-        return runApplication(application, service, commandLine);
+    case ApplicationService::Start::First: {
+        std::filesystem::path launcher;
+        const int status = runApplication(application, service, commandLine, launcher);
+        if (status != UpdaterParts::relaunchStatus)
+            return status;
+        relaunch(service, launcher);
+        return EXIT_FAILURE;
+    }
     case ApplicationService::Start::Second:
         return EXIT_SUCCESS;
     case ApplicationService::Start::Failed:

@@ -57,6 +57,13 @@ ApplicationService::Start ApplicationService::start(const QString &action)
     return Start::First;
 }
 
+void ApplicationService::release() const
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected())
+        bus.interface()->unregisterService(m_applicationId);
+}
+
 ApplicationService::Start ApplicationService::handOver(const QString &action) const
 {
     const bool isActivation = action.isEmpty();

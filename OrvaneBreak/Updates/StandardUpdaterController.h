@@ -1,44 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Updates/Updater.h"
+
 #include <QObject>
 
-#include <chrono>
-
-class Preferences;
-
-/// What the updater does by itself. Its settings are its own and lie in a file of its own, beside the
-/// preferences. User-interface thread.
-class SPUUpdater
-{
-public:
-    /// `settings` is the updater's own store and outlives it.
-    explicit SPUUpdater(Preferences &settings);
-
-    /// Time between two automatic checks, kept under "SUScheduledCheckInterval" in seconds; one day when
-    /// missing or not positive.
-    [[nodiscard]] std::chrono::seconds updateCheckInterval() const;
-    void setUpdateCheckInterval(std::chrono::seconds interval);
-
-    /// Whether to look for updates unasked, kept under "SUEnableAutomaticChecks"; false when missing.
-    [[nodiscard]] bool automaticallyChecksForUpdates() const;
-    void setAutomaticallyChecksForUpdates(bool checks);
-
-    /// Whether to install what was found unasked, kept under "SUAutomaticallyUpdate"; false when missing.
-    [[nodiscard]] bool automaticallyDownloadsUpdates() const;
-    void setAutomaticallyDownloadsUpdates(bool downloads);
-
-private:
-    Preferences &m_settings;
-};
-
-/// The updater with its windows.
+/// The updater as the application sees it.
 class SPUStandardUpdaterController final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit SPUStandardUpdaterController(Preferences &settings);
+    /// Starts the updater when `startingUpdater`; see SPUUpdater::start().
+    SPUStandardUpdaterController(bool startingUpdater, SPUUpdater::Services services,
+                                 SPUUpdater::Configuration configuration);
 
     [[nodiscard]] SPUUpdater &updater() { return m_updater; }
 

@@ -98,3 +98,10 @@ void Alert::addCancelButton(const QString &title)
 {
     m_buttons->addButton(title, QDialogButtonBox::RejectRole)->setObjectName(u"alertCancel"_s);
 }
+
+void Alert::addButton(const QString &title, int result)
+{
+    QPushButton *button = m_buttons->addButton(title, QDialogButtonBox::ActionRole);
+    button->setObjectName(u"alertOther"_s);
+    connect(button, &QPushButton::clicked, this, [this, result] { done(result); });
+}

@@ -24,6 +24,9 @@ public:
     /// Adds a button that rejects the dialog, as Escape and the close button do.
     void addCancelButton(const QString &title);
 
+    /// Adds a button that ends the dialog with `result`.
+    void addButton(const QString &title, int result);
+
     /// The width of the texts and of accessories, in device-independent pixels.
     static constexpr int contentWidth = 380;
 

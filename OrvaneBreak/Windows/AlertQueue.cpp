@@ -3,9 +3,10 @@
 
 #include <QApplication>
 
+#include <algorithm>
 #include <utility>
 
-AlertQueue::AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &)> present)
+AlertQueue::AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &, Attention)> present)
     : m_isFree(std::move(isFree))
     , m_present(std::move(present))
 {
@@ -13,30 +14,62 @@ AlertQueue::AlertQueue(std::function<bool()> isFree, std::function<void(QWidget 
 
 AlertQueue::~AlertQueue() = default;
 
-void AlertQueue::add(std::unique_ptr<QDialog> dialog, Finished finished)
+void AlertQueue::add(std::unique_ptr<QDialog> dialog, Finished finished, Attention attention)
 {
-    m_waiting.push_back({std::move(dialog), std::move(finished)});
+    m_waiting.push_back({std::move(dialog), std::move(finished), attention});
     proceed();
+}
+
+void AlertQueue::withdraw(const QDialog *dialog)
+{
+    const auto isIt = [dialog](const Entry &entry) { return entry.dialog.get() == dialog; };
+    std::erase_if(m_waiting, isIt);
+    const auto shown = std::find_if(m_open.begin(), m_open.end(), isIt);
+    if (shown == m_open.end())
+        return;
+    shown->finished = {};
+    shown->dialog->reject();
 }
 
 void AlertQueue::proceed()
 {
-    if (m_shown || m_waiting.empty() || !m_isFree() || QApplication::activeModalWidget())
-        return;
-    m_shown = std::make_unique<Entry>(std::move(m_waiting.front()));
-    m_waiting.pop_front();
-    QDialog &dialog = *m_shown->dialog;
-    dialog.setWindowModality(Qt::ApplicationModal);
-    connect(&dialog, &QDialog::finished, this, &AlertQueue::finish);
-    m_present(dialog);
+    while (!m_waiting.empty() && !hasFront() && m_isFree() && !QApplication::activeModalWidget()) {
+        Entry entry = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        open(std::move(entry));
+    }
 }
 
-void AlertQueue::finish(int result)
+bool AlertQueue::hasFront() const
 {
-    const std::unique_ptr<Entry> entry = std::move(m_shown);
-    if (entry->finished)
-        entry->finished(result);
+    return std::any_of(m_open.begin(), m_open.end(),
+                       [](const Entry &entry) { return entry.attention == Attention::Front; });
+}
+
+void AlertQueue::open(Entry entry)
+{
+    QDialog &dialog = *entry.dialog;
+    const Attention attention = entry.attention;
+    if (attention == Attention::Front)
+        dialog.setWindowModality(Qt::ApplicationModal);
+    else
+        dialog.setAttribute(Qt::WA_ShowWithoutActivating);
+    connect(&dialog, &QDialog::finished, this, [this, &dialog](int result) { finish(&dialog, result); });
+    m_open.push_back(std::move(entry));
+    m_present(dialog, attention);
+}
+
+void AlertQueue::finish(const QDialog *dialog, int result)
+{
+    const auto found = std::find_if(m_open.begin(), m_open.end(),
+                                    [dialog](const Entry &entry) { return entry.dialog.get() == dialog; });
+    if (found == m_open.end())
+        return;
+    Entry entry = std::move(*found);
+    m_open.erase(found);
+    if (entry.finished)
+        entry.finished(result);
     // It is in the middle of telling that it has finished.
-    entry->dialog.release()->deleteLater();
+    entry.dialog.release()->deleteLater();
     QMetaObject::invokeMethod(this, &AlertQueue::proceed, Qt::QueuedConnection);
 }

@@ -7,9 +7,10 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
-/// The application-modal dialogs, one at a time: a dialog waits while another one is open or a break is on,
-/// and nothing else waits for it. User-interface thread only.
+/// The dialogs, one at a time: a dialog waits while another one is open or a break is on. Nothing waits for a quiet
+/// one, neither another dialog nor anything else. User-interface thread only.
 class AlertQueue final : public QObject
 {
     Q_OBJECT
@@ -17,31 +18,44 @@ class AlertQueue final : public QObject
 public:
     using Finished = std::function<void(int result)>;
 
-    /// `isFree` tells whether a dialog may be shown now; `present` shows one and brings it to the front.
-    AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &)> present);
+    /// How a dialog comes.
+    enum class Attention
+    {
+        Front, ///< In front of everything, and the other windows of the application wait for the answer.
+        Quiet  ///< Without the focus, and nothing waits.
+    };
+
+    /// `isFree` tells whether a dialog may be shown now; `present` shows one in the given way.
+    AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &, Attention)> present);
     ~AlertQueue() override;
 
     /// Shows `dialog` when its turn has come and calls `finished` with its result when the user has answered;
     /// then the dialog goes.
-    void add(std::unique_ptr<QDialog> dialog, Finished finished);
+    void add(std::unique_ptr<QDialog> dialog, Finished finished, Attention attention = Attention::Front);
+
+    /// Takes `dialog` away, shown or waiting, without calling anything; does nothing when it has gone already.
+    void withdraw(const QDialog *dialog);
 
     /// Looks again whether the next dialog may be shown; to be called when that may have changed.
     void proceed();
 
-    /// Whether a dialog is shown or waits.
-    [[nodiscard]] bool isBusy() const { return m_shown || !m_waiting.empty(); }
+    /// Whether a dialog is in front or waits.
+    [[nodiscard]] bool isBusy() const { return hasFront() || !m_waiting.empty(); }
 
 private:
     struct Entry
     {
         std::unique_ptr<QDialog> dialog;
         Finished finished;
+        Attention attention = Attention::Front;
     };
 
-    void finish(int result);
+    [[nodiscard]] bool hasFront() const;
+    void open(Entry entry);
+    void finish(const QDialog *dialog, int result);
 
     std::function<bool()> m_isFree;
-    std::function<void(QWidget &)> m_present;
+    std::function<void(QWidget &, Attention)> m_present;
     std::deque<Entry> m_waiting;
-    std::unique_ptr<Entry> m_shown;
+    std::vector<Entry> m_open;
 };

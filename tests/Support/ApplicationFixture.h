@@ -8,14 +8,21 @@
 #include "Platform/Process/Bundle.h"
 #include "Platform/Windowing/WindowPresence.h"
 #include "Support/EngineFixture.h"
+#include "Support/FakeDownloads.h"
 #include "Support/FakeHttp.h"
+#include "Support/FakeInstaller.h"
 #include "Support/FakeTray.h"
 #include "Support/Signer.h"
 #include "Updates/StandardUpdaterController.h"
+#include "Updates/UpdateDownload.h"
+#include "Windows/AlertQueue.h"
+#include "Windows/UpdaterDialogs.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
 #include <QWidget>
+
+#include <utility>
 
 /// A login item that is what the test says.
 class FakeLoginItem final : public LoginItem
@@ -61,7 +68,9 @@ public:
 struct ApplicationFixture : EngineFixture
 {
     /// The question of the first launch counts as answered unless a test takes that back.
-    ApplicationFixture()
+    explicit ApplicationFixture(SPUUpdater::Configuration updates = {}, const QJsonObject &updaterStore = {})
+        : updateConfiguration(std::move(updates))
+        , updaterSettings(updaterStore)
     {
         QApplication::setQuitOnLastWindowClosed(false);
         preferences.setValue(QStringLiteral("OBOnboarded"), true);
@@ -87,8 +96,9 @@ struct ApplicationFixture : EngineFixture
         return found;
     }
 
-    Tray tray;
+    SPUUpdater::Configuration updateConfiguration;
     MemoryPreferences updaterSettings;
+    Tray tray;
     FakeLoginItem loginItem;
     FakeWindowPresence presence;
     QTemporaryDir bundleFolder;
@@ -98,8 +108,25 @@ struct ApplicationFixture : EngineFixture
     ServerChannel channel{{http, preferences, runLoop, bundle, {6, 1, 0}},
                           {QStringLiteral("https://makers.invalid"), makers.publicKeyBase64()}};
     LauncherCount launcherCount{QStringLiteral("test"), QDBusConnection(QStringLiteral("none"))};
-    SPUStandardUpdaterController updaterController{updaterSettings};
+    AlertQueue alerts{[this] { return !engine.isOnBreak(); },
+                      [this](QWidget &dialog, AlertQueue::Attention attention) {
+                          if (attention == AlertQueue::Attention::Front)
+                              presence.bringToFront(dialog);
+                          else
+                              dialog.show();
+                      }};
+    FakeDownloads downloads;
+    UpdateDownload download{downloads, runLoop, bundleFolder.path().toStdString() + "/updates"};
+    FakeInstaller installer;
+    UpdaterDialogs updaterDialogs{alerts};
+    int relaunches = 0;
+    int visitsToTheMakers = 0;
+    SPUStandardUpdaterController updaterController{
+        true,
+        {runLoop, updaterSettings, http, download, installer, updaterDialogs, [this] { ++relaunches; },
+         [this] { ++visitsToTheMakers; }},
+        updateConfiguration};
     AppDelegate delegate{{engine, runLoop, preferences, loginItem, updaterController, presence, bundle,
-                          channel, launcherCount, [this] { return std::make_unique<FakeTrayItem>(tray); },
+                          channel, launcherCount, alerts, [this] { return std::make_unique<FakeTrayItem>(tray); },
                           [this] { presence.log.append(QStringLiteral("crash reporter")); }}};
 };

@@ -5,10 +5,19 @@
 
 #include <QJsonObject>
 
+#include <utility>
+
 /// Preferences that live as long as the test.
 class MemoryPreferences final : public Preferences
 {
 public:
+    MemoryPreferences() = default;
+
+    explicit MemoryPreferences(QJsonObject values)
+        : stored(std::move(values))
+    {
+    }
+
     [[nodiscard]] QJsonValue value(const QString &key) const override { return stored.value(key); }
 
     void setValue(const QString &key, const QJsonValue &value) override

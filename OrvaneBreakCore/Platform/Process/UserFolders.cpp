@@ -21,6 +21,11 @@ std::filesystem::path UserFolders::configuration()
     return folder("XDG_CONFIG_HOME", ".config");
 }
 
+std::filesystem::path UserFolders::cache()
+{
+    return folder("XDG_CACHE_HOME", ".cache");
+}
+
 std::filesystem::path UserFolders::data()
 {
     return folder("XDG_DATA_HOME", ".local/share");

@@ -9,6 +9,9 @@ struct UserFolders
     /// $XDG_CONFIG_HOME, or ~/.config when that is not an absolute path.
     [[nodiscard]] static std::filesystem::path configuration();
 
+    /// $XDG_CACHE_HOME, or ~/.cache when that is not an absolute path.
+    [[nodiscard]] static std::filesystem::path cache();
+
     /// $XDG_DATA_HOME, or ~/.local/share when that is not an absolute path.
     [[nodiscard]] static std::filesystem::path data();
 

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "App/UpdaterParts.h"
+
+#include "Platform/Process/UserFolders.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <utility>
+
+namespace {
+
+std::filesystem::path launcherOf(const std::variant<Installation, NoInstallation> &place)
+{
+    if (const auto *installation = std::get_if<Installation>(&place))
+        return installation->launcher();
+    return QFile::encodeName(QCoreApplication::applicationFilePath()).toStdString();
+}
+
+} // namespace
+
+UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Bundle &bundle,
+                           const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage)
+    : UpdaterParts(runLoop, http, alerts,
+                   Installation::ofProgram(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString()),
+                   SPUUpdater::Configuration::of(bundle), preferencesFolder, std::move(openMakersPage))
+{
+}
+
+UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Place &place,
+                           const SPUUpdater::Configuration &configuration,
+                           const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage)
+    : m_launcher(launcherOf(place))
+    , m_settings(preferencesFolder / "updater.json")
+    , m_download(m_downloads, runLoop, UserFolders::cache() / "OrvaneBreak" / "updates")
+    , m_installer(place, configuration.key, configuration.installed)
+    , m_dialogs(alerts)
+    , m_controller(true,
+                   {runLoop, m_settings, http, m_download, m_installer, m_dialogs,
+                    [] { QCoreApplication::exit(relaunchStatus); }, std::move(openMakersPage)},
+                   configuration)
+{
+}

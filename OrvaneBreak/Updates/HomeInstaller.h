@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Updates/Installation.h"
+#include "Updates/UpdateInstaller.h"
+#include "Updates/UpdateSignature.h"
+
+#include <QObject>
+
+#include <thread>
+
+/// The installer of the program in the user's home. Says in the log why something failed.
+class HomeInstaller final : public QObject, public UpdateInstaller
+{
+    Q_OBJECT
+
+public:
+    /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version that
+    /// runs.
+    HomeInstaller(std::variant<Installation, NoInstallation> installation,
+                  std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed);
+
+    /// Waits for what is being written.
+    ~HomeInstaller() override;
+
+    [[nodiscard]] Ability ability() const override;
+    void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
+                 Completion completion) override;
+    bool activate(const UpdateVersion &version) override;
+    [[nodiscard]] bool isOnTrial() const override;
+    void confirm() override;
+
+private:
+    [[nodiscard]] std::optional<UpdateFailure> install(const QByteArray &archive, const AppcastItem &item) const;
+
+    std::variant<Installation, NoInstallation> m_installation;
+    std::optional<UpdateSignature::PublicKey> m_key;
+    UpdateVersion m_installed;
+    std::jthread m_thread;
+};

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Updates/UpdaterSettings.h"
+
+#include "Platform/Preferences.h"
+
+#include <QTimeZone>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString intervalKey = u"SUScheduledCheckInterval"_s;
+const QString checksKey = u"SUEnableAutomaticChecks"_s;
+const QString downloadsKey = u"SUAutomaticallyUpdate"_s;
+const QString skippedKey = u"SUSkippedVersion"_s;
+const QString launchedKey = u"SUHasLaunchedBefore"_s;
+const QString lastCheckKey = u"SULastCheckTime"_s;
+const QString lastSuccessKey = u"SULastSuccessTime"_s;
+const QString remindKey = u"SURemindTime"_s;
+const QString feedDateKey = u"SUFeedDate"_s;
+
+constexpr qint64 defaultInterval = 86'400;
+constexpr qint64 shortestInterval = 60;
+constexpr qint64 longestInterval = 100 * 365 * defaultInterval;
+
+} // namespace
+
+UpdaterSettings::UpdaterSettings(Preferences &store)
+    : m_store(store)
+{
+}
+
+std::chrono::seconds UpdaterSettings::checkInterval() const
+{
+    const qint64 stored = m_store.integer(intervalKey).value_or(0);
+    return std::chrono::seconds(stored > 0 ? std::clamp(stored, shortestInterval, longestInterval) : defaultInterval);
+}
+
+void UpdaterSettings::setCheckInterval(std::chrono::seconds interval)
+{
+    m_store.setValue(intervalKey, static_cast<qint64>(interval.count()));
+}
+
+std::optional<bool> UpdaterSettings::automaticChecks() const
+{
+    return m_store.boolean(checksKey);
+}
+
+void UpdaterSettings::setAutomaticChecks(bool checks)
+{
+    m_store.setValue(checksKey, checks);
+}
+
+bool UpdaterSettings::automaticDownloads() const
+{
+    return m_store.boolean(downloadsKey).value_or(false);
+}
+
+void UpdaterSettings::setAutomaticDownloads(bool downloads)
+{
+    m_store.setValue(downloadsKey, downloads);
+}
+
+UpdateVersion UpdaterSettings::skippedVersion() const
+{
+    return UpdateVersion(m_store.text(skippedKey).value_or(QString()));
+}
+
+void UpdaterSettings::setSkippedVersion(const UpdateVersion &version)
+{
+    m_store.setValue(skippedKey, version.text());
+}
+
+bool UpdaterSettings::noteLaunch()
+{
+    const bool hasLaunched = m_store.boolean(launchedKey).value_or(false);
+    m_store.setValue(launchedKey, true);
+    return hasLaunched;
+}
+
+std::optional<Date> UpdaterSettings::lastCheck() const
+{
+    return date(lastCheckKey);
+}
+
+void UpdaterSettings::setLastCheck(Date date)
+{
+    setDate(lastCheckKey, date);
+}
+
+std::optional<Date> UpdaterSettings::lastSuccess() const
+{
+    return date(lastSuccessKey);
+}
+
+void UpdaterSettings::setLastSuccess(Date date)
+{
+    setDate(lastSuccessKey, date);
+}
+
+std::optional<Date> UpdaterSettings::remindAfter() const
+{
+    return date(remindKey);
+}
+
+void UpdaterSettings::setRemindAfter(Date date)
+{
+    setDate(remindKey, date);
+}
+
+QDateTime UpdaterSettings::newestFeed() const
+{
+    return m_store.date(feedDateKey).value_or(QDateTime());
+}
+
+void UpdaterSettings::setNewestFeed(const QDateTime &date)
+{
+    m_store.setDate(feedDateKey, date);
+}
+
+std::optional<Date> UpdaterSettings::date(const QString &key) const
+{
+    const std::optional<QDateTime> stored = m_store.date(key);
+    if (!stored)
+        return std::nullopt;
+    return Date(std::chrono::milliseconds(stored->toMSecsSinceEpoch()));
+}
+
+void UpdaterSettings::setDate(const QString &key, Date date)
+{
+    const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(date.time_since_epoch());
+    m_store.setDate(key, QDateTime::fromMSecsSinceEpoch(milliseconds.count(), QTimeZone::utc()));
+}

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Windows/UpdaterDialogs.h"
+
+#include "Windows/Alert.h"
+
+#include <QProgressBar>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int skipResult = 2;
+constexpr int progressSteps = 1000;
+
+QString describe(const UpdaterDriver::Offer &offer)
+{
+    QString text = u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
+    if (!offer.installsItself)
+        text += offer.isAllowed ? u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s
+                                : u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
+    return offer.notes.isEmpty() ? text : text + u"\n\n"_s + offer.notes;
+}
+
+UpdaterDriver::Answer answerOf(int result)
+{
+    if (result == QDialog::Accepted)
+        return UpdaterDriver::Answer::Install;
+    return result == skipResult ? UpdaterDriver::Answer::Skip : UpdaterDriver::Answer::Later;
+}
+
+} // namespace
+
+UpdaterDialogs::UpdaterDialogs(AlertQueue &alerts)
+    : m_alerts(alerts)
+{
+}
+
+void UpdaterDialogs::askPermission(std::function<void(bool)> answered)
+{
+    auto dialog = std::make_unique<Alert>(
+        u"updatePermission"_s, u"Rechercher les mises à jour automatiquement ?"_s,
+        u"OrvaneBreak peut demander à ses auteurs, une fois par heure, s'il existe une nouvelle version. Tu peux "
+        "changer d'avis dans les réglages."_s);
+    dialog->addDefaultButton(u"Rechercher automatiquement"_s);
+    dialog->addCancelButton(u"Ne pas rechercher"_s);
+    show(
+        std::move(dialog),
+        [answered = std::move(answered)](int result) { answered(result == QDialog::Accepted); },
+        Occasion::Unasked);
+}
+
+void UpdaterDialogs::offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered)
+{
+    auto dialog =
+        std::make_unique<Alert>(u"updateOffer"_s, u"Une nouvelle version de OrvaneBreak"_s, describe(offer));
+    dialog->addDefaultButton(offer.installsItself ? u"Installer"_s : u"Ouvrir le site"_s);
+    dialog->addCancelButton(u"Plus tard"_s);
+    dialog->addButton(u"Ignorer cette version"_s, skipResult);
+    show(
+        std::move(dialog), [answered = std::move(answered)](int result) { answered(answerOf(result)); }, occasion);
+}
+
+void UpdaterDialogs::offerRelaunch(const QString &version, Occasion occasion, std::function<void(bool)> answered)
+{
+    auto dialog = std::make_unique<Alert>(
+        u"updateReady"_s, u"OrvaneBreak %1 est prêt"_s.arg(version),
+        u"La nouvelle version démarre tout de suite, ou la prochaine fois que tu ouvres OrvaneBreak."_s);
+    dialog->addDefaultButton(u"Installer et relancer"_s);
+    dialog->addCancelButton(u"Plus tard"_s);
+    show(
+        std::move(dialog),
+        [answered = std::move(answered)](int result) { answered(result == QDialog::Accepted); }, occasion);
+}
+
+void UpdaterDialogs::showProgress(const QString &text, std::function<void()> cancelled)
+{
+    hideProgress();
+    auto dialog = std::make_unique<Alert>(u"updateProgress"_s, text, QString());
+    m_progress = dialog.get();
+    m_bar = new QProgressBar;
+    m_bar->setObjectName(u"updateProgressBar"_s);
+    m_bar->setAccessibleName(text);
+    m_bar->setTextVisible(false);
+    // Nobody knows yet how long it will take.
+    m_bar->setRange(0, 0);
+    dialog->addAccessory(m_bar);
+    dialog->addCancelButton(u"Annuler"_s);
+    show(
+        std::move(dialog), [cancelled = std::move(cancelled)](int /*result*/) { cancelled(); },
+        Occasion::AskedFor);
+}
+
+void UpdaterDialogs::setProgress(double fraction)
+{
+    if (!m_bar)
+        return;
+    m_bar->setRange(0, progressSteps);
+    m_bar->setValue(static_cast<int>(std::clamp(fraction, 0.0, 1.0) * progressSteps));
+}
+
+void UpdaterDialogs::hideProgress()
+{
+    m_alerts.withdraw(m_progress);
+    m_progress = nullptr;
+}
+
+void UpdaterDialogs::tell(const QString &message, const QString &information)
+{
+    auto dialog = std::make_unique<Alert>(u"updateAnswer"_s, message, information);
+    dialog->addDefaultButton(u"OK"_s);
+    show(std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
+}
+
+void UpdaterDialogs::show(std::unique_ptr<Alert> dialog, AlertQueue::Finished finished, Occasion occasion)
+{
+    m_alerts.withdraw(m_dialog);
+    m_dialog = dialog.get();
+    m_alerts.add(std::move(dialog), std::move(finished),
+                 occasion == Occasion::AskedFor ? AlertQueue::Attention::Front : AlertQueue::Attention::Quiet);
+}

@@ -1,0 +1,46 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Installs the released program in a home, has it update itself from a web server, and prints which promises it keeps.
+Status 0: all kept; 1: one is broken."""
+
+import argparse
+import pathlib
+import signal
+import sys
+import tempfile
+
+from driver.x11 import X11Bed
+from scenario import update_part
+from scenario.promises import Report, table, write_json
+from scenario.update_desk import UpdateDesk, makers_of
+
+
+def run(arguments, report):
+    with tempfile.TemporaryDirectory() as folder, makers_of(arguments.build_folder.resolve(), folder) as makers, \
+            X11Bed("openbox", compositor=True) as bed:
+        desk = UpdateDesk(bed, makers, arguments.helpers.resolve(), arguments.results and arguments.results.parent)
+        for part in (update_part.by_hand, update_part.at_quit, update_part.relaunch, update_part.bad_start,
+                     update_part.lies, update_part.full_disk, update_part.killed):
+            desk.tidy_up(program_runs=False)
+            report.run(part, desk, report)
+        desk.tidy_up(program_runs=False)
+    report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build-folder", type=pathlib.Path, required=True, help="what was built for a release")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
+    arguments = parser.parse_args()
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
+    report = Report("x11-updates")
+    run(arguments, report)
+    print(table([report]))
+    if arguments.results:
+        write_json([report], arguments.results)
+    return 1 if report.broken else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

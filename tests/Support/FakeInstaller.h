@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Updates/UpdateInstaller.h"
+
+#include <QPointer>
+#include <QStringList>
+
+#include <utility>
+
+/// Writes down what it is to install, and ends it as the test says.
+class FakeInstaller final : public UpdateInstaller
+{
+public:
+    [[nodiscard]] Ability ability() const override { return currentAbility; }
+
+    void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
+                 Completion completion) override
+    {
+        log.append(QStringLiteral("prepare %1 %2").arg(item.version.text(), QString::fromLatin1(archive)));
+        m_context = &context;
+        m_completion = std::move(completion);
+    }
+
+    /// Ends the preparation that goes on.
+    void finish(std::optional<UpdateFailure> failure = std::nullopt)
+    {
+        if (m_context)
+            std::exchange(m_completion, nullptr)(failure);
+    }
+
+    bool activate(const UpdateVersion &version) override
+    {
+        log.append(QStringLiteral("activate ") + version.text());
+        return true;
+    }
+
+    [[nodiscard]] bool isOnTrial() const override { return isTrying; }
+
+    void confirm() override
+    {
+        if (std::exchange(isTrying, false))
+            log.append(QStringLiteral("confirm"));
+    }
+
+    bool isTrying = false;
+    Ability currentAbility = Ability::Itself;
+    QStringList log;
+
+private:
+    QPointer<QObject> m_context;
+    Completion m_completion;
+};

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Updates/UpdaterDriver.h"
+
+#include <QStringList>
+
+#include <utility>
+
+/// Writes down what the user would see, and answers when the test says so.
+class FakeUpdaterDriver final : public UpdaterDriver
+{
+public:
+    void askPermission(std::function<void(bool)> answered) override
+    {
+        log.append(QStringLiteral("permission?"));
+        permission = std::move(answered);
+    }
+
+    void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) override
+    {
+        const QString how = offer.installsItself ? QString() : QStringLiteral(" elsewhere");
+        log.append(QStringLiteral("offer %1%2%3").arg(offer.version, how, suffix(occasion)));
+        lastOffer = offer;
+        choice = std::move(answered);
+    }
+
+    void offerRelaunch(const QString &version, Occasion occasion, std::function<void(bool)> answered) override
+    {
+        log.append(QStringLiteral("relaunch %1?%2").arg(version, suffix(occasion)));
+        relaunch = std::move(answered);
+    }
+
+    void showProgress(const QString &text, std::function<void()> cancelled) override
+    {
+        log.append(text);
+        cancel = std::move(cancelled);
+    }
+
+    void setProgress(double fraction) override { progress = fraction; }
+    void hideProgress() override { log.append(QStringLiteral("hide")); }
+
+    void tell(const QString &message, const QString &information) override
+    {
+        log.append(message);
+        lastInformation = information;
+    }
+
+    /// The log since the last call.
+    QStringList takeLog() { return std::exchange(log, {}); }
+
+    QStringList log;
+    Offer lastOffer;
+    QString lastInformation;
+    double progress = 0;
+    std::function<void(bool)> permission;
+    std::function<void(Answer)> choice;
+    std::function<void(bool)> relaunch;
+    std::function<void()> cancel;
+
+private:
+    static QString suffix(Occasion occasion)
+    {
+        return occasion == Occasion::Unasked ? QStringLiteral(" quietly") : QString();
+    }
+};
