@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int feeds = 20'000;
-constexpr int archives = 1'500;
+constexpr int archives = 800;
 constexpr qsizetype blockSize = 512;
 
 QString corpus(const QString &name)

@@ -38,6 +38,12 @@ public:
         std::filesystem::remove(staging);
     }
 
+    /// The root and the folders that were made for it, none of them anybody else's.
+    [[nodiscard]] std::vector<std::filesystem::path> ownFolders() const
+    {
+        return {m_root, m_root.parent_path(), m_root.parent_path().parent_path()};
+    }
+
     /// Everything in the root, and in the folder of the versions, sorted.
     [[nodiscard]] QStringList names() const { return namesIn(m_root); }
     [[nodiscard]] QStringList versions() const { return namesIn(m_root / "versions"); }
