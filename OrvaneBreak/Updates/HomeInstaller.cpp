@@ -96,7 +96,7 @@ std::optional<UpdateFailure> HomeInstaller::install(const QByteArray &archive, c
         return failureOf(*failure);
     const auto &update = std::get<UnpackedUpdate>(unpacked);
     // An old archive stays genuine for ever: only what is inside says which version it is.
-    if (update.version != item.version || !(update.version > m_installed)) {
+    if (update.version.text() != item.version.text() || !(update.version > m_installed)) {
         log(u"the archive holds version "_s + update.version.text());
         std::error_code ignored;
         std::filesystem::remove_all(update.folder.parent_path(), ignored);
