@@ -15,8 +15,15 @@
 class FakeHttp final : public Http
 {
 public:
+    enum class Method
+    {
+        Get,
+        Post
+    };
+
     struct Request
     {
+        Method method;
         QUrl url;
         QByteArray body;
         std::chrono::milliseconds limit;
@@ -26,10 +33,16 @@ public:
         [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     };
 
+    void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
+             Completion completion) override
+    {
+        requests.append({Method::Get, url, {}, limit, &context, std::move(completion)});
+    }
+
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
               Completion completion) override
     {
-        requests.append({url, body, limit, &context, std::move(completion)});
+        requests.append({Method::Post, url, body, limit, &context, std::move(completion)});
     }
 
     /// Answers the oldest request that waits.

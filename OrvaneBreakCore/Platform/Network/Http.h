@@ -36,6 +36,10 @@ public:
     virtual void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
                       QObject &context, Completion completion) = 0;
 
+    /// As post(), but asks for `url` by GET.
+    virtual void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
+                     Completion completion) = 0;
+
     /// Whether the program talks to `url` at all: over HTTPS, or over HTTP with this machine alone.
     [[nodiscard]] static bool isAllowed(const QUrl &url);
 };

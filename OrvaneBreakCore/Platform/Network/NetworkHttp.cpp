@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Network/NetworkHttp.h"
 
+#include "Platform/Network/SafeRequest.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -15,7 +17,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestBody = 1'048'576;
-constexpr int mostRedirects = 5;
 
 /// One exchange; it goes with its reply.
 class Exchange final : public QObject
@@ -27,21 +28,13 @@ public:
         , m_context(&context)
         , m_completion(std::move(completion))
     {
-        connect(reply, &QNetworkReply::redirected, this, &Exchange::judgeRedirect);
+        SafeRequest::judgeRedirects(*reply, reply, [reply] { reply->abort(); });
         connect(reply, &QIODevice::readyRead, this, &Exchange::read);
         connect(reply, &QNetworkReply::finished, this, &Exchange::finish);
         connect(&context, &QObject::destroyed, this, [this] { m_reply->abort(); });
     }
 
 private:
-    void judgeRedirect(const QUrl &target)
-    {
-        if (Http::isAllowed(target))
-            Q_EMIT m_reply->redirectAllowed();
-        else
-            m_reply->abort();
-    }
-
     void read()
     {
         // An exchange that was abandoned is closed.
@@ -75,19 +68,6 @@ private:
     QByteArray m_body;
 };
 
-QNetworkRequest requestTo(const QUrl &url)
-{
-    QNetworkRequest request(url);
-    // The type that is meant when none is given; the toolkit grumbles when it has to add it by itself.
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::UserVerifiedRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirects);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    return request;
-}
-
 } // namespace
 
 NetworkHttp::NetworkHttp()
@@ -97,8 +77,26 @@ NetworkHttp::NetworkHttp()
 
 NetworkHttp::~NetworkHttp() = default;
 
+void NetworkHttp::get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
+                      Completion completion)
+{
+    exchange(url, limit, context, std::move(completion),
+             [this](const QNetworkRequest &request) { return m_manager->get(request); });
+}
+
 void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
                        QObject &context, Completion completion)
+{
+    exchange(url, limit, context, std::move(completion), [this, &body](QNetworkRequest request) {
+        // The type that is meant when none is given; the toolkit grumbles when it has to add it by itself.
+        request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
+        return m_manager->post(request, body);
+    });
+}
+
+template <typename Send>
+void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
+                           Completion completion, Send send)
 {
     if (!isAllowed(url)) {
         QMetaObject::invokeMethod(
@@ -106,7 +104,7 @@ void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::mil
             Qt::QueuedConnection);
         return;
     }
-    QNetworkReply *reply = m_manager->post(requestTo(url), body);
+    QNetworkReply *reply = send(SafeRequest::to(url));
     new Exchange(reply, context, std::move(completion));
     // The toolkit's own limit is for silence alone: a server that drips would never reach it.
     QTimer::singleShot(limit, reply, &QNetworkReply::abort);

@@ -15,9 +15,15 @@ public:
     NetworkHttp();
     ~NetworkHttp() override;
 
+    void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
+             Completion completion) override;
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
               Completion completion) override;
 
 private:
+    template <typename Send>
+    void exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context, Completion completion,
+                  Send send);
+
     std::unique_ptr<QNetworkAccessManager> m_manager;
 };

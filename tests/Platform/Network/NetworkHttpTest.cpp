@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Network/NetworkHttp.h"
 
-#include <QRegularExpression>
-#include <QTcpServer>
-#include <QTcpSocket>
+#include "ScriptedServer.h"
+
 #include <QTest>
-#include <QUrl>
 
 #include <memory>
 
@@ -14,57 +12,26 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// A server on this machine that says what the test wants, byte by byte.
-class ScriptedServer : public QObject
-{
-public:
-    ScriptedServer()
-    {
-        m_server.listen(QHostAddress::LocalHost);
-        connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            socket = m_server.nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this] {
-                received += socket->readAll();
-                if (!reply.isEmpty() && isWhole())
-                    socket->write(std::exchange(reply, {}));
-            });
-        });
-    }
-
-    [[nodiscard]] QUrl url() const { return QUrl(u"http://127.0.0.1:%1/api"_s.arg(m_server.serverPort())); }
-
-    [[nodiscard]] bool isWhole() const
-    {
-        const qsizetype head = received.indexOf("\r\n\r\n");
-        static const QRegularExpression length(u"content-length: (\\d+)"_s,
-                                               QRegularExpression::CaseInsensitiveOption);
-        const qsizetype expected = length.match(QString::fromLatin1(received)).captured(1).toLongLong();
-        return head >= 0 && received.size() >= head + 4 + expected;
-    }
-
-    QByteArray reply;
-    QByteArray received;
-    QTcpSocket *socket = nullptr;
-
-private:
-    QTcpServer m_server;
-};
-
-QByteArray answerWith(const QByteArray &status, const QByteArray &body)
-{
-    return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" +
-           body;
-}
-
 struct Fixture
 {
-    void post(std::chrono::milliseconds limit = 20s)
+    void send(std::chrono::milliseconds limit = 20s) { sendTo(server.url(), limit); }
+
+    void sendTo(const QUrl &url, std::chrono::milliseconds limit = 20s)
     {
-        http.post(server.url(), R"({"a":1})", limit, *context,
-                  [this](const std::optional<HttpAnswer> &result) {
-                      ++completions;
-                      answer = result;
-                  });
+        const auto complete = [this](const std::optional<HttpAnswer> &result) {
+            ++completions;
+            answer = result;
+        };
+        if (isPost())
+            http.post(url, R"({"a":1})", limit, *context, complete);
+        else
+            http.get(url, limit, *context, complete);
+    }
+
+    static bool isPost()
+    {
+        QFETCH_GLOBAL(bool, isPost);
+        return isPost;
     }
 
     [[nodiscard]] bool isAnswered() const { return completions == 1; }
@@ -84,19 +51,28 @@ class NetworkHttpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    static void initTestCase_data()
+    {
+        QTest::addColumn<bool>("isPost");
+        QTest::newRow("get") << false;
+        QTest::newRow("post") << true;
+    }
+
     static void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
     static void sendsTheBodyAndBringsTheAnswer()
     {
         Fixture f;
         f.server.reply = answerWith("200 OK", "{\"ok\":true}");
-        f.post();
+        f.send();
         QVERIFY(!f.isAnswered());
         QTRY_VERIFY(f.isAnswered());
         QCOMPARE(f.answer->status, 200);
         QCOMPARE(f.answer->body, "{\"ok\":true}");
-        QVERIFY(f.server.received.startsWith("POST /api HTTP/1.1\r\n"));
-        QVERIFY(f.server.received.endsWith("\r\n\r\n{\"a\":1}"));
+        QVERIFY(
+            f.server.received.startsWith(f.isPost() ? "POST /api HTTP/1.1\r\n" : "GET /api HTTP/1.1\r\n"));
+        QVERIFY(f.server.received.endsWith(f.isPost() ? "\r\n\r\n{\"a\":1}" : "\r\n\r\n"));
+        QCOMPARE(f.server.received.toLower().contains("content-type"), f.isPost());
         QVERIFY(!f.server.received.toLower().contains("cookie"));
     }
 
@@ -106,7 +82,7 @@ private Q_SLOTS:
              {QByteArray("500 Trouble"), QByteArray("404 Not Found"), QByteArray("401 No")}) {
             Fixture f;
             f.server.reply = answerWith(status, "text");
-            f.post();
+            f.send();
             QTRY_VERIFY(f.isAnswered());
             QVERIFY(f.answer);
             QCOMPARE(f.answer->status, status.left(3).toInt());
@@ -117,20 +93,18 @@ private Q_SLOTS:
     static void nobodyThereIsNoAnswer()
     {
         Fixture f;
-        bool isCalled = false;
-        f.http.post(QUrl(u"http://127.0.0.1:1/"_s), "{}", 20s, *f.context,
-                    [&isCalled](const std::optional<HttpAnswer> &answer) { isCalled = !answer; });
-        QTRY_VERIFY(isCalled);
+        f.sendTo(QUrl(u"http://127.0.0.1:1/"_s));
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(!f.answer);
     }
 
     static void forbiddenAddressesAreNotCalled()
     {
         Fixture f;
-        bool isCalled = false;
-        f.http.post(QUrl(u"http://example.invalid/"_s), "{}", 20s, *f.context,
-                    [&isCalled](const std::optional<HttpAnswer> &answer) { isCalled = !answer; });
-        QVERIFY(!isCalled);
-        QTRY_VERIFY(isCalled);
+        f.sendTo(QUrl(u"http://example.invalid/"_s));
+        QVERIFY(!f.isAnswered());
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(!f.answer);
     }
 
     static void silenceAndDripsEndAtTheLimit()
@@ -139,7 +113,7 @@ private Q_SLOTS:
              {QByteArray(), QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab")}) {
             Fixture f;
             f.server.reply = reply;
-            f.post(100ms);
+            f.send(100ms);
             QTRY_VERIFY(f.isAnswered());
             QVERIFY(!f.answer);
         }
@@ -150,17 +124,17 @@ private Q_SLOTS:
         const QByteArray mebibyte(1'048'576, 'x');
         Fixture whole;
         whole.server.reply = answerWith("200 OK", mebibyte);
-        whole.post();
+        whole.send();
         QTRY_VERIFY(whole.isAnswered());
         QCOMPARE(whole.answer->body.size(), mebibyte.size());
         Fixture tooLarge;
         tooLarge.server.reply = answerWith("200 OK", mebibyte + 'x');
-        tooLarge.post();
+        tooLarge.send();
         QTRY_VERIFY(tooLarge.isAnswered());
         QVERIFY(!tooLarge.answer);
         Fixture endless;
         endless.server.reply = "HTTP/1.1 200 OK\r\n\r\n" + mebibyte + mebibyte;
-        endless.post();
+        endless.send();
         QTRY_VERIFY(endless.isAnswered());
         QVERIFY(!endless.answer);
     }
@@ -171,7 +145,7 @@ private Q_SLOTS:
              {QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab"), QByteArray("nonsense\r\n\r\n")}) {
             Fixture f;
             // The toolkit may ask again on a new connection, where nobody answers.
-            f.post(300ms);
+            f.send(300ms);
             QTRY_VERIFY(f.server.socket && f.server.isWhole());
             f.server.socket->write(reply);
             f.server.socket->disconnectFromHost();
@@ -185,7 +159,7 @@ private Q_SLOTS:
         Fixture f;
         f.server.reply =
             "HTTP/1.1 302 Found\r\nLocation: http://example.invalid/\r\nContent-Length: 0\r\n\r\n";
-        f.post();
+        f.send();
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(!f.answer);
     }
@@ -197,7 +171,7 @@ private Q_SLOTS:
         Fixture f;
         f.server.reply =
             "HTTP/1.1 307 Go\r\nLocation: " + target.url().toEncoded() + "\r\nContent-Length: 0\r\n\r\n";
-        f.post();
+        f.send();
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(f.answer);
         QCOMPARE(f.answer->body, "there");
@@ -206,7 +180,7 @@ private Q_SLOTS:
     static void aContextThatGoesTakesTheExchangeWithIt()
     {
         Fixture f;
-        f.post();
+        f.send();
         QTRY_VERIFY(f.server.socket && f.server.isWhole());
         f.context.reset();
         QTRY_COMPARE(f.server.socket->state(), QAbstractSocket::UnconnectedState);
