@@ -12,8 +12,8 @@ import tempfile
 
 from . import Refusal
 
-# The strongest level that unpacks anywhere. One thread, because several cut the content by their number.
-_COMPRESSION = ["--compress", "-19", "--threads=1", "--quiet", "--force"]
+#: The strongest level that needs no more memory for unpacking.
+STRONGEST = 19
 _PROGRAM = "bin/orvanebreak-program"
 
 
@@ -27,7 +27,7 @@ class Archive:
     information: bytes
 
 
-def build(source, output, definitions=(), build_folder=None):
+def build(source, output, definitions=(), build_folder=None, compression=STRONGEST):
     """Builds `source`, with CMake definitions as in -D, and packs what users need into the folder `output`. With a build
     folder nothing is configured or built: what was built there last is packed."""
     environment = {**os.environ, "SOURCE_DATE_EPOCH": str(source.commit_time()), "LC_ALL": "C", "TZ": "UTC"}
@@ -42,14 +42,19 @@ def build(source, output, definitions=(), build_folder=None):
     architecture = os.uname().machine
     name = f"OrvaneBreak-{source.version()}"
     path = output / f"{name}-linux-{architecture}.tar.zst"
+    unfinished = path.with_name(path.name + ".new")
     debug_path = output / f"{name}-linux-{architecture}.debug"
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch) / name
+        tar = pathlib.Path(scratch) / "archive.tar"
         _run(["cmake", "--install", build_folder, "--component", "data", "--prefix", folder], environment)
         _run(["cmake", "--install", build_folder, "--component", "archive", "--prefix", folder], environment)
         _split_symbols(folder / _PROGRAM, debug_path, environment)
-        _pack(folder, path, source.commit_time(), environment)
+        _pack(folder, tar, source.commit_time())
+        # One thread, because several cut the content by their number.
+        _run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
+    unfinished.replace(path)
     return Archive(path, debug_path, architecture, information)
 
 
@@ -60,7 +65,7 @@ def _split_symbols(program, debug_path, environment):
     _run(["strip", "--strip-unneeded", program], environment)
 
 
-def _pack(folder, path, time, environment):
+def _pack(folder, tar, time):
     """Packs a folder in a fixed order, as if root had made all of it at one time."""
     def plain(entry):
         entry.uid = entry.gid = 0
@@ -70,14 +75,10 @@ def _pack(folder, path, time, environment):
         entry.mode = 0o755 if is_for_all else 0o644
         return entry
 
-    tar = folder.parent / "archive.tar"
     with tarfile.open(tar, "w", format=tarfile.PAX_FORMAT) as writer:
         writer.add(folder, folder.name, recursive=False, filter=plain)
         for entry in sorted(folder.rglob("*"), key=lambda entry: entry.relative_to(folder).as_posix()):
             writer.add(entry, f"{folder.name}/{entry.relative_to(folder).as_posix()}", recursive=False, filter=plain)
-    unfinished = path.with_name(path.name + ".new")
-    _run(["zstd", *_COMPRESSION, tar, "-o", unfinished], environment)
-    unfinished.replace(path)
 
 
 def _run(command, environment):
