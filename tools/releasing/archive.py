@@ -30,7 +30,9 @@ class Archive:
 def build(source, output, definitions=(), build_folder=None, compression=STRONGEST):
     """Builds `source`, with CMake definitions as in -D, and packs what users need into the folder `output`. With a build
     folder nothing is configured or built: what was built there last is packed."""
-    environment = {**os.environ, "SOURCE_DATE_EPOCH": str(source.commit_time()), "LC_ALL": "C", "TZ": "UTC"}
+    # A compiler cache may put paths of its own choice into the symbols.
+    environment = {**os.environ, "SOURCE_DATE_EPOCH": str(source.commit_time()), "CCACHE_DISABLE": "1", "LC_ALL": "C",
+                   "TZ": "UTC"}
     if build_folder is None:
         build_folder = source.folder / "build-archive"
         shutil.rmtree(build_folder, ignore_errors=True)
