@@ -4,6 +4,7 @@
 
 import os
 import pty
+import re
 import shutil
 import subprocess
 import unittest
@@ -21,8 +22,8 @@ def commands_of_desktop_entry(path):
     entry = GLib.KeyFile()
     entry.load_from_file(str(path), GLib.KeyFileFlags.NONE)
     groups = [group for group in entry.get_groups()[0] if "Exec" in entry.get_keys(group)[0]]
-    texts = [entry.get_string(group, "Exec").replace("%%", "%") for group in groups]
-    return [GLib.shell_parse_argv(text)[1] for text in texts]
+    texts = [entry.get_string(group, "Exec") for group in groups]
+    return [GLib.shell_parse_argv(re.sub("%(.)", lambda code: {"%": "%"}.get(code[1], ""), text))[1] for text in texts]
 
 
 class Installation(HomeCase):
@@ -135,6 +136,11 @@ class Installation(HomeCase):
                     self.assertEqual(self.below_home(), before)
                     if (self.home / name).exists():
                         (self.home / name).chmod(0o755)
+
+    def test_folder_in_the_place_of_a_file(self):
+        (self.data / _SHARED[0]).mkdir(parents=True)
+        self.assertEqual(self.run_in_home(self.unpacked("1.0") / "install").returncode, 1)
+        self.assertEqual(self.below_home(), {})
 
     def test_something_in_the_way(self):
         (self.root / "current").mkdir(parents=True)

@@ -107,7 +107,9 @@ class Launcher(HomeCase):
                     (self.root / "previous").symlink_to(target)
                 else:
                     (self.root / "previous").mkdir()
+                starts = len(self.log())
                 self.assertEqual(self.start().returncode, 1)
+                self.assertEqual(len(self.log()), starts + 1)
                 self.assertEqual(self.current(), "versions/2.0")
                 if not target:
                     (self.root / "previous").rmdir()
