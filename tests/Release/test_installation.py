@@ -166,7 +166,9 @@ class Removal(HomeCase):
         self.mine = {".config/OrvaneBreak/preferences.json": b"{}"}
         other = {".config/autostart/other.desktop": b"other", ".local/share/applications/other.desktop": b"other",
                  ".local/opt/other/file": b"other"}
-        for path, content in {**self.mine, **other, f".config/autostart/{APPLICATION}.desktop": b"ours"}.items():
+        ours = {f".config/autostart/{APPLICATION}.desktop": b"ours", ".local/share/OrvaneBreak/pending-crash.txt": b"ours",
+                ".local/state/OrvaneBreak/Logs/DiagnosticReports/report.txt": b"ours"}
+        for path, content in {**self.mine, **other, **ours}.items():
             (self.home / path).parent.mkdir(parents=True, exist_ok=True)
             (self.home / path).write_bytes(content)
         self.other = other
