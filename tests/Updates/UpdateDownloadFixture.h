@@ -54,7 +54,7 @@ struct UpdateDownloadFixture
     [[nodiscard]] qint64 offset() const { return downloads.requests.constLast().offset; }
 
     /// Whether it has ended, and with what.
-    bool isFinishedWith(const std::optional<QByteArray> &expected)
+    [[nodiscard]] bool isFinishedWith(const std::optional<QByteArray> &expected) const
     {
         if (completions != 0)
             return false;
@@ -63,7 +63,7 @@ struct UpdateDownloadFixture
                !downloads.requests.value(requests() - 1).isOpen();
     }
 
-    bool hasFailed() { return isFinishedWith(std::nullopt); }
+    [[nodiscard]] bool hasFailed() const { return isFinishedWith(std::nullopt); }
 
     ScratchFolder scratch;
     std::filesystem::path folder = scratch.path("cache") / "updates";
