@@ -66,8 +66,8 @@ public:
     /// is chosen, with ORVANE_DEBUG_BREAK a break begins at once.
     void applicationDidFinishLaunching();
 
-    /// Ends a running break, stops every timer of the engine and has a waiting update installed; called once, before
-    /// the process ends.
+    /// Ends a running break, stops every timer of the engine and has a waiting update installed; called once,
+    /// before the process ends.
     void applicationWillTerminate();
 
     /// Ends the application.

@@ -20,16 +20,19 @@ std::filesystem::path launcherOf(const std::variant<Installation, NoInstallation
 } // namespace
 
 UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Bundle &bundle,
-                           const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage)
-    : UpdaterParts(runLoop, http, alerts,
-                   Installation::ofProgram(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString()),
-                   SPUUpdater::Configuration::of(bundle), preferencesFolder, std::move(openMakersPage))
+                           const std::filesystem::path &preferencesFolder,
+                           std::function<void()> openMakersPage)
+    : UpdaterParts(
+          runLoop, http, alerts,
+          Installation::ofProgram(QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString()),
+          SPUUpdater::Configuration::of(bundle), preferencesFolder, std::move(openMakersPage))
 {
 }
 
 UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Place &place,
                            const SPUUpdater::Configuration &configuration,
-                           const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage)
+                           const std::filesystem::path &preferencesFolder,
+                           std::function<void()> openMakersPage)
     : m_launcher(launcherOf(place))
     , m_settings(preferencesFolder / "updater.json")
     , m_download(m_downloads, runLoop, UserFolders::cache() / "OrvaneBreak" / "updates")

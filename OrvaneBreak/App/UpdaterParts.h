@@ -11,8 +11,8 @@
 #include <filesystem>
 #include <functional>
 
-/// The updater of the product with all that it works with. Its settings are in updater.json beside the preferences,
-/// what it downloads is in the user's folder for caches.
+/// The updater of the product with all that it works with. Its settings are in updater.json beside the
+/// preferences, what it downloads is in the user's folder for caches.
 class UpdaterParts
 {
 public:
@@ -32,8 +32,8 @@ private:
     using Place = std::variant<Installation, NoInstallation>;
 
     UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Place &place,
-                 const SPUUpdater::Configuration &configuration, const std::filesystem::path &preferencesFolder,
-                 std::function<void()> openMakersPage);
+                 const SPUUpdater::Configuration &configuration,
+                 const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage);
 
     std::filesystem::path m_launcher;
     JsonPreferences m_settings;

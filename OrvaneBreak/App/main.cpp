@@ -87,7 +87,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
                               dialog.show();
                       });
     NetworkHttp http;
-    UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(), &AppDelegate::openOrvaneLabs);
+    UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(),
+                         &AppDelegate::openOrvaneLabs);
     ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},
                           ServerChannel::builtInConfiguration());
     const SharedInstance<ServerChannel> sharedChannel(channel);

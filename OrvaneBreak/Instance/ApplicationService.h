@@ -29,8 +29,8 @@ public:
     /// five seconds. Two starts at the same instant: exactly one is the first.
     [[nodiscard]] Start start(const QString &action);
 
-    /// Gives the name back, so that the next process to start is the first; it is free when this returns. Does
-    /// nothing without a bus.
+    /// Gives the name back, so that the next process to start is the first; it is free when this returns.
+    /// Does nothing without a bus.
     void release() const;
 
     /// Called in the first process when a second start, the launcher or the tray wants the application in

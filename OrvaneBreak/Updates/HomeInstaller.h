@@ -15,8 +15,8 @@ class HomeInstaller final : public QObject, public UpdateInstaller
     Q_OBJECT
 
 public:
-    /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version that
-    /// runs.
+    /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version
+    /// that runs.
     HomeInstaller(std::variant<Installation, NoInstallation> installation,
                   std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed);
 
@@ -31,7 +31,8 @@ public:
     void confirm() override;
 
 private:
-    [[nodiscard]] std::optional<UpdateFailure> install(const QByteArray &archive, const AppcastItem &item) const;
+    [[nodiscard]] std::optional<UpdateFailure> install(const QByteArray &archive,
+                                                       const AppcastItem &item) const;
 
     std::variant<Installation, NoInstallation> m_installation;
     std::optional<UpdateSignature::PublicKey> m_key;

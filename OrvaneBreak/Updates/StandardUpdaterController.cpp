@@ -3,7 +3,8 @@
 
 #include <utility>
 
-SPUStandardUpdaterController::SPUStandardUpdaterController(bool startingUpdater, SPUUpdater::Services services,
+SPUStandardUpdaterController::SPUStandardUpdaterController(bool startingUpdater,
+                                                           SPUUpdater::Services services,
                                                            SPUUpdater::Configuration configuration)
     : m_updater(services, std::move(configuration))
 {

@@ -14,7 +14,8 @@ class QObject;
 enum class UpdateFailure
 {
     NotGenuine, ///< Not signed by the makers, or not as long as announced.
-    Damaged,    ///< The makers' archive, but not one that can be installed, or of another version than announced.
+    Damaged,    ///< The makers' archive, but not one that can be installed, or of another version than
+                ///< announced.
     Disk,       ///< It cannot be written, or another process is installing something.
 };
 
@@ -39,9 +40,9 @@ public:
 
     [[nodiscard]] virtual Ability ability() const = 0;
 
-    /// Checks the signature over all of `archive`, and puts the version in it beside the running one, which stays in
-    /// use. Works on a thread of its own; `completion` is called from the event loop, without a failure when
-    /// activate() can follow. Destroying `context` lets the call go. One at a time.
+    /// Checks the signature over all of `archive`, and puts the version in it beside the running one, which
+    /// stays in use. Works on a thread of its own; `completion` is called from the event loop, without a
+    /// failure when activate() can follow. Destroying `context` lets the call go. One at a time.
     virtual void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
                          Completion completion) = 0;
 
@@ -52,7 +53,7 @@ public:
     /// Whether the running version starts for the first time, and would be given up if it failed.
     [[nodiscard]] virtual bool isOnTrial() const = 0;
 
-    /// Tells that the running version has started well: its trial ends, and old versions are removed. Does nothing
-    /// when it is not on trial.
+    /// Tells that the running version has started well: its trial ends, and old versions are removed. Does
+    /// nothing when it is not on trial.
     virtual void confirm() = 0;
 };

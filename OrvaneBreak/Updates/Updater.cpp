@@ -154,7 +154,8 @@ void SPUUpdater::awaitNextCheck()
 void SPUUpdater::check(Occasion occasion)
 {
     if (isOff()) {
-        m_services.driver.tell(UpdaterTexts::notConfigured().message, UpdaterTexts::notConfigured().information);
+        m_services.driver.tell(UpdaterTexts::notConfigured().message,
+                               UpdaterTexts::notConfigured().information);
         return;
     }
     if (m_state != State::Idle) {
@@ -212,9 +213,12 @@ void SPUUpdater::noteSuccess(const Appcast &feed)
 
 UpdateCircumstances SPUUpdater::circumstances() const
 {
-    return {m_configuration.installed, u"linux"_s,
-            m_configuration.architecture, m_configuration.systemVersion,
-            dateTime(m_services.runLoop.now()), m_settings.skippedVersion(),
+    return {m_configuration.installed,
+            u"linux"_s,
+            m_configuration.architecture,
+            m_configuration.systemVersion,
+            dateTime(m_services.runLoop.now()),
+            m_settings.skippedVersion(),
             isAskedFor()};
 }
 
@@ -241,24 +245,24 @@ void SPUUpdater::offer(const AppcastItem &item)
         m_services.driver.hideProgress();
     m_isOffering = true;
     const UpdateInstaller::Ability ability = m_services.installer.ability();
-    m_services.driver.offerUpdate(
-        offerOf(item, m_configuration.installed, ability), m_occasion,
-        [self = QPointer(this), item, ability](UpdaterDriver::Answer answer) {
-            if (!self)
-                return;
-            self->m_isOffering = false;
-            if (answer == UpdaterDriver::Answer::Skip)
-                self->m_settings.setSkippedVersion(item.version);
-            else if (answer == UpdaterDriver::Answer::Later)
-                self->m_settings.setRemindAfter(self->m_services.runLoop.now() + reminderDelay);
-            else if (ability != UpdateInstaller::Ability::Itself)
-                self->m_services.openMakersPage();
-            else if (self->m_state == State::Idle) {
-                self->m_occasion = Occasion::AskedFor;
-                self->m_isAgreed = true;
-                self->download(item);
-            }
-        });
+    m_services.driver.offerUpdate(offerOf(item, m_configuration.installed, ability), m_occasion,
+                                  [self = QPointer(this), item, ability](UpdaterDriver::Answer answer) {
+                                      if (!self)
+                                          return;
+                                      self->m_isOffering = false;
+                                      if (answer == UpdaterDriver::Answer::Skip)
+                                          self->m_settings.setSkippedVersion(item.version);
+                                      else if (answer == UpdaterDriver::Answer::Later)
+                                          self->m_settings.setRemindAfter(self->m_services.runLoop.now() +
+                                                                          reminderDelay);
+                                      else if (ability != UpdateInstaller::Ability::Itself)
+                                          self->m_services.openMakersPage();
+                                      else if (self->m_state == State::Idle) {
+                                          self->m_occasion = Occasion::AskedFor;
+                                          self->m_isAgreed = true;
+                                          self->download(item);
+                                      }
+                                  });
 }
 
 void SPUUpdater::download(const AppcastItem &item)

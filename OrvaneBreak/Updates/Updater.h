@@ -24,8 +24,8 @@ class UpdateDownload;
 struct HttpAnswer;
 struct UpdaterText;
 
-/// Keeps the program current: looks for updates when it is time or the user asks, downloads, has them installed and
-/// begins with them at the end of the program. User-interface thread only; nothing waits.
+/// Keeps the program current: looks for updates when it is time or the user asks, downloads, has them
+/// installed and begins with them at the end of the program. User-interface thread only; nothing waits.
 class SPUUpdater final : public QObject
 {
     Q_OBJECT
@@ -40,7 +40,7 @@ public:
         UpdateDownload &download;
         UpdateInstaller &installer;
         UpdaterDriver &driver;
-        std::function<void()> relaunch;      ///< Ends the program and starts it again.
+        std::function<void()> relaunch; ///< Ends the program and starts it again.
         std::function<void()> openMakersPage;
     };
 
@@ -60,16 +60,16 @@ public:
 
     SPUUpdater(Services services, Configuration configuration);
 
-    /// Begins to look for updates by itself, if the user wants that, and asks whether they do at the second start.
-    /// Without a key, or with a feed that the program may not talk to, it stays off and says so only when the user
-    /// asks for a check. Called once.
+    /// Begins to look for updates by itself, if the user wants that, and asks whether they do at the second
+    /// start. Without a key, or with a feed that the program may not talk to, it stays off and says so only
+    /// when the user asks for a check. Called once.
     void start();
 
     /// Looks for an update at the user's request. It always ends with an answer.
     void checkForUpdates();
 
-    /// Ends the trial of this version, and makes an update that was downloaded the one that starts next: one that the
-    /// user agreed to, or any with automatic downloads on. Called once, when the program ends.
+    /// Ends the trial of this version, and makes an update that was downloaded the one that starts next: one
+    /// that the user agreed to, or any with automatic downloads on. Called once, when the program ends.
     void installAtQuit();
 
     /// Time between two automatic checks, kept by the updater; one day until it is set.
@@ -121,7 +121,7 @@ private:
     Occasion m_occasion = Occasion::Unasked; ///< Of what is going on.
     std::optional<AppcastItem> m_item;       ///< What is downloaded, prepared or ready.
     bool m_isStarted = false;
-    bool m_isAgreed = false; ///< The user wants what is ready.
+    bool m_isAgreed = false;   ///< The user wants what is ready.
     bool m_isOffering = false; ///< The user has been asked and has not answered.
     Date m_earliestCheck;
     Timer m_firstCheck;

@@ -5,8 +5,9 @@
 
 #include <functional>
 
-/// What the updater asks and tells the user. A question that comes unasked keeps out of the way: it takes no focus,
-/// and waits while a break is on or another dialog is open. User-interface thread only; nothing waits for an answer.
+/// What the updater asks and tells the user. A question that comes unasked keeps out of the way: it takes no
+/// focus, and waits while a break is on or another dialog is open. User-interface thread only; nothing waits
+/// for an answer.
 class UpdaterDriver
 {
 public:
@@ -30,7 +31,7 @@ public:
     {
         QString version;
         QString installed;
-        QString notes;             ///< Plain text; may be empty.
+        QString notes;              ///< Plain text; may be empty.
         bool installsItself = true; ///< Otherwise the user gets it from the makers' page.
         bool isAllowed = true;      ///< Whether the program could install it if it were not for its folder.
     };
@@ -46,10 +47,11 @@ public:
     virtual void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) = 0;
 
     /// Asks whether to begin with the installed `version` at once; otherwise it begins with the next start.
-    virtual void offerRelaunch(const QString &version, Occasion occasion, std::function<void(bool)> answered) = 0;
+    virtual void offerRelaunch(const QString &version, Occasion occasion,
+                               std::function<void(bool)> answered) = 0;
 
-    /// Shows what the updater is doing, instead of what it showed before; `cancelled` is called when the user has
-    /// had enough.
+    /// Shows what the updater is doing, instead of what it showed before; `cancelled` is called when the user
+    /// has had enough.
     virtual void showProgress(const QString &text, std::function<void()> cancelled) = 0;
 
     /// How much of it is done, from 0 to 1. Does nothing while no progress is shown.

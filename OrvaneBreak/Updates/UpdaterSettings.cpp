@@ -35,7 +35,8 @@ UpdaterSettings::UpdaterSettings(Preferences &store)
 std::chrono::seconds UpdaterSettings::checkInterval() const
 {
     const qint64 stored = m_store.integer(intervalKey).value_or(0);
-    return std::chrono::seconds(stored > 0 ? std::clamp(stored, shortestInterval, longestInterval) : defaultInterval);
+    return std::chrono::seconds(stored > 0 ? std::clamp(stored, shortestInterval, longestInterval)
+                                           : defaultInterval);
 }
 
 void UpdaterSettings::setCheckInterval(std::chrono::seconds interval)

@@ -11,15 +11,16 @@
 
 class Preferences;
 
-/// What the updater remembers, in a store of its own: the application's preferences hold none of it. Every value is
-/// read at each use. User-interface thread only.
+/// What the updater remembers, in a store of its own: the application's preferences hold none of it. Every
+/// value is read at each use. User-interface thread only.
 class UpdaterSettings
 {
 public:
     /// `store` outlives this object.
     explicit UpdaterSettings(Preferences &store);
 
-    /// "SUScheduledCheckInterval", in seconds; one day when missing or not positive, otherwise from a minute to a century.
+    /// "SUScheduledCheckInterval", in seconds; one day when missing or not positive, otherwise from a minute
+    /// to a century.
     [[nodiscard]] std::chrono::seconds checkInterval() const;
     void setCheckInterval(std::chrono::seconds interval);
 
@@ -38,9 +39,9 @@ public:
     /// Whether this is not the first start, kept under "SUHasLaunchedBefore"; remembers that there was one.
     [[nodiscard]] bool noteLaunch();
 
-    /// Dates; absent when missing or none. "SULastCheckTime" is that of the last attempt, "SULastSuccessTime" that of
-    /// the last one that brought a feed no older than any before, "SURemindTime" the one until which the user does not
-    /// want to be asked again.
+    /// Dates; absent when missing or none. "SULastCheckTime" is that of the last attempt, "SULastSuccessTime"
+    /// that of the last one that brought a feed no older than any before, "SURemindTime" the one until which
+    /// the user does not want to be asked again.
     [[nodiscard]] std::optional<Date> lastCheck() const;
     void setLastCheck(Date date);
     [[nodiscard]] std::optional<Date> lastSuccess() const;

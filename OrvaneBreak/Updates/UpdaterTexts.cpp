@@ -5,26 +5,29 @@ using namespace Qt::StringLiterals;
 
 UpdaterText UpdaterTexts::notConfigured()
 {
-    return {u"Mises à jour indisponibles"_s,
-            u"Cette version de OrvaneBreak n'est reliée à aucun serveur de mises à jour sûr : il lui manque une "
-            "adresse https ou la clé de ses auteurs."_s};
+    return {
+        u"Mises à jour indisponibles"_s,
+        u"Cette version de OrvaneBreak n'est reliée à aucun serveur de mises à jour sûr : il lui manque une "
+        "adresse https ou la clé de ses auteurs."_s};
 }
 
 UpdaterText UpdaterTexts::noFeed()
 {
-    return {u"Vérification impossible"_s,
-            u"Le serveur de mises à jour n'a pas donné de réponse utilisable (réseau ?). Réessaie plus tard."_s};
+    return {
+        u"Vérification impossible"_s,
+        u"Le serveur de mises à jour n'a pas donné de réponse utilisable (réseau ?). Réessaie plus tard."_s};
 }
 
 UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
 {
     const UpdaterText upToDate{u"OrvaneBreak est à jour"_s,
-                        u"La version %1 est la plus récente."_s.arg(installed)};
+                               u"La version %1 est la plus récente."_s.arg(installed)};
     switch (reason) {
     case NoUpdate::SystemTooOld:
-        return {u"Ton système est trop ancien"_s,
-                u"Il existe une version plus récente que la %1, mais elle demande un système plus récent."_s.arg(
-                    installed)};
+        return {
+            u"Ton système est trop ancien"_s,
+            u"Il existe une version plus récente que la %1, mais elle demande un système plus récent."_s.arg(
+                installed)};
     case NoUpdate::OtherSystem:
         return {upToDate.message,
                 u"Aucune version n'est proposée pour ce système. Tu as la version %1."_s.arg(installed)};
@@ -39,8 +42,9 @@ UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
 
 UpdaterText UpdaterTexts::noDownload()
 {
-    return {u"Téléchargement interrompu"_s,
-            u"La mise à jour n'a pas pu être téléchargée (réseau ou place sur le disque ?). Rien n'a été modifié."_s};
+    return {
+        u"Téléchargement interrompu"_s,
+        u"La mise à jour n'a pas pu être téléchargée (réseau ou place sur le disque ?). Rien n'a été modifié."_s};
 }
 
 UpdaterText UpdaterTexts::failure(UpdateFailure failure)
@@ -55,8 +59,9 @@ UpdaterText UpdaterTexts::failure(UpdateFailure failure)
     case UpdateFailure::Disk:
         break;
     }
-    return {u"Installation impossible"_s,
-            u"La mise à jour n'a pas pu être écrite sur le disque. OrvaneBreak continue avec la version actuelle."_s};
+    return {
+        u"Installation impossible"_s,
+        u"La mise à jour n'a pas pu être écrite sur le disque. OrvaneBreak continue avec la version actuelle."_s};
 }
 
 QString UpdaterTexts::staleWarning(const QDateTime &lastSuccess)

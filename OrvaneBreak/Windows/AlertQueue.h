@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-/// The dialogs, one at a time: a dialog waits while another one is open or a break is on. Nothing waits for a quiet
-/// one, neither another dialog nor anything else. User-interface thread only.
+/// The dialogs, one at a time: a dialog waits while another one is open or a break is on. Nothing waits for a
+/// quiet one, neither another dialog nor anything else. User-interface thread only.
 class AlertQueue final : public QObject
 {
     Q_OBJECT
@@ -33,7 +33,8 @@ public:
     /// then the dialog goes.
     void add(std::unique_ptr<QDialog> dialog, Finished finished, Attention attention = Attention::Front);
 
-    /// Takes `dialog` away, shown or waiting, without calling anything; does nothing when it has gone already.
+    /// Takes `dialog` away, shown or waiting, without calling anything; does nothing when it has gone
+    /// already.
     void withdraw(const QDialog *dialog);
 
     /// Looks again whether the next dialog may be shown; to be called when that may have changed.

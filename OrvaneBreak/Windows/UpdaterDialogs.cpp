@@ -17,10 +17,12 @@ constexpr int progressSteps = 1000;
 
 QString describe(const UpdaterDriver::Offer &offer)
 {
-    QString text = u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
+    QString text =
+        u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
     if (!offer.installsItself)
-        text += offer.isAllowed ? u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s
-                                : u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
+        text += offer.isAllowed
+                    ? u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s
+                    : u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
     return offer.notes.isEmpty() ? text : text + u"\n\n"_s + offer.notes;
 }
 
@@ -40,10 +42,11 @@ UpdaterDialogs::UpdaterDialogs(AlertQueue &alerts)
 
 void UpdaterDialogs::askPermission(std::function<void(bool)> answered)
 {
-    auto dialog = std::make_unique<Alert>(
-        u"updatePermission"_s, u"Rechercher les mises à jour automatiquement ?"_s,
-        u"OrvaneBreak peut demander à ses auteurs, une fois par heure, s'il existe une nouvelle version. Tu peux "
-        "changer d'avis dans les réglages."_s);
+    auto dialog =
+        std::make_unique<Alert>(u"updatePermission"_s, u"Rechercher les mises à jour automatiquement ?"_s,
+                                u"OrvaneBreak peut demander à ses auteurs, une fois par heure, s'il existe "
+                                u"une nouvelle version. Tu peux "
+                                "changer d'avis dans les réglages."_s);
     dialog->addDefaultButton(u"Rechercher automatiquement"_s);
     dialog->addCancelButton(u"Ne pas rechercher"_s);
     show(
@@ -60,10 +63,12 @@ void UpdaterDialogs::offerUpdate(const Offer &offer, Occasion occasion, std::fun
     dialog->addCancelButton(u"Plus tard"_s);
     dialog->addButton(u"Ignorer cette version"_s, skipResult);
     show(
-        std::move(dialog), [answered = std::move(answered)](int result) { answered(answerOf(result)); }, occasion);
+        std::move(dialog), [answered = std::move(answered)](int result) { answered(answerOf(result)); },
+        occasion);
 }
 
-void UpdaterDialogs::offerRelaunch(const QString &version, Occasion occasion, std::function<void(bool)> answered)
+void UpdaterDialogs::offerRelaunch(const QString &version, Occasion occasion,
+                                   std::function<void(bool)> answered)
 {
     auto dialog = std::make_unique<Alert>(
         u"updateReady"_s, u"OrvaneBreak %1 est prêt"_s.arg(version),
@@ -111,7 +116,8 @@ void UpdaterDialogs::tell(const QString &message, const QString &information)
 {
     auto dialog = std::make_unique<Alert>(u"updateAnswer"_s, message, information);
     dialog->addDefaultButton(u"OK"_s);
-    show(std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
+    show(
+        std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
 }
 
 void UpdaterDialogs::show(std::unique_ptr<Alert> dialog, AlertQueue::Finished finished, Occasion occasion)
@@ -119,5 +125,6 @@ void UpdaterDialogs::show(std::unique_ptr<Alert> dialog, AlertQueue::Finished fi
     m_alerts.withdraw(m_dialog);
     m_dialog = dialog.get();
     m_alerts.add(std::move(dialog), std::move(finished),
-                 occasion == Occasion::AskedFor ? AlertQueue::Attention::Front : AlertQueue::Attention::Quiet);
+                 occasion == Occasion::AskedFor ? AlertQueue::Attention::Front
+                                                : AlertQueue::Attention::Quiet);
 }

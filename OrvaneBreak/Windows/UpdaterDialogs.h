@@ -9,8 +9,8 @@
 class Alert;
 class QProgressBar;
 
-/// The updater's questions as dialogs of the application. There is one of them at a time: a new one takes the place of
-/// one that nobody has answered, and what that one asked for is not called any more.
+/// The updater's questions as dialogs of the application. There is one of them at a time: a new one takes the
+/// place of one that nobody has answered, and what that one asked for is not called any more.
 class UpdaterDialogs final : public UpdaterDriver
 {
 public:
@@ -19,7 +19,8 @@ public:
 
     void askPermission(std::function<void(bool)> answered) override;
     void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) override;
-    void offerRelaunch(const QString &version, Occasion occasion, std::function<void(bool)> answered) override;
+    void offerRelaunch(const QString &version, Occasion occasion,
+                       std::function<void(bool)> answered) override;
     void showProgress(const QString &text, std::function<void()> cancelled) override;
     void setProgress(double fraction) override;
     void hideProgress() override;

@@ -61,6 +61,8 @@ class UpdaterDialogsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { QApplication::setWindowIcon(QPixmap(64, 64)); }
+
     void aRequestIsShownFromTheFirstClickToTheEnd()
     {
         Fixture f;

@@ -121,12 +121,13 @@ struct ApplicationFixture : EngineFixture
     UpdaterDialogs updaterDialogs{alerts};
     int relaunches = 0;
     int visitsToTheMakers = 0;
-    SPUStandardUpdaterController updaterController{
-        true,
-        {runLoop, updaterSettings, http, download, installer, updaterDialogs, [this] { ++relaunches; },
-         [this] { ++visitsToTheMakers; }},
-        updateConfiguration};
+    SPUStandardUpdaterController updaterController{true,
+                                                   {runLoop, updaterSettings, http, download, installer,
+                                                    updaterDialogs, [this] { ++relaunches; },
+                                                    [this] { ++visitsToTheMakers; }},
+                                                   updateConfiguration};
     AppDelegate delegate{{engine, runLoop, preferences, loginItem, updaterController, presence, bundle,
-                          channel, launcherCount, alerts, [this] { return std::make_unique<FakeTrayItem>(tray); },
+                          channel, launcherCount, alerts,
+                          [this] { return std::make_unique<FakeTrayItem>(tray); },
                           [this] { presence.log.append(QStringLiteral("crash reporter")); }}};
 };

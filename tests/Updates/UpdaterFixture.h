@@ -30,10 +30,10 @@ struct UpdaterFixture
     /// The updater as it is after a start of the program.
     SPUUpdater &start()
     {
-        updater = std::make_unique<SPUUpdater>(
-            SPUUpdater::Services{runLoop, store, http, download, installer, driver, [this] { ++relaunches; },
-                                 [this] { ++visits; }},
-            configuration);
+        updater = std::make_unique<SPUUpdater>(SPUUpdater::Services{runLoop, store, http, download, installer,
+                                                                    driver, [this] { ++relaunches; },
+                                                                    [this] { ++visits; }},
+                                               configuration);
         updater->start();
         return *updater;
     }
@@ -63,8 +63,8 @@ struct UpdaterFixture
     FakeUpdaterDriver driver;
     int relaunches = 0;
     int visits = 0;
-    SPUUpdater::Configuration configuration{QUrl(QStringLiteral("https://makers.invalid/appcast.xml")),
-                                            UpdateSignature::PublicKey{1}, UpdateVersion(QStringLiteral("1.0")),
-                                            QStringLiteral("x86_64"), UpdateVersion(QStringLiteral("6.1"))};
+    SPUUpdater::Configuration configuration{
+        QUrl(QStringLiteral("https://makers.invalid/appcast.xml")), UpdateSignature::PublicKey{1},
+        UpdateVersion(QStringLiteral("1.0")), QStringLiteral("x86_64"), UpdateVersion(QStringLiteral("6.1"))};
     std::unique_ptr<SPUUpdater> updater;
 };

@@ -74,10 +74,10 @@ private Q_SLOTS:
         QTest::newRow("empty") << 200 << feed({}) << upToDate;
         QTest::newRow("same version") << 200 << feed(UpdaterFixture::update("1.0")) << upToDate;
         QTest::newRow("older") << 200 << feed(UpdaterFixture::update("0.9")) << upToDate;
-        QTest::newRow("newer system") << 200
-                                      << feed(UpdaterFixture::update(
-                                             "2.0", "<s:minimumSystemVersion>7</s:minimumSystemVersion>"))
-                                      << u"Ton système est trop ancien"_s;
+        QTest::newRow("newer system")
+            << 200
+            << feed(UpdaterFixture::update("2.0", "<s:minimumSystemVersion>7</s:minimumSystemVersion>"))
+            << u"Ton système est trop ancien"_s;
         QTest::newRow("newer") << 200 << feed(newer) << u"offer 1.1"_s;
     }
 
@@ -271,7 +271,7 @@ private Q_SLOTS:
         f.installer.finish(UpdateFailure::NotGenuine);
         f.runLoop.advance(1h + 1min);
         f.answer(UpdaterFixture::update());
-        QVERIFY(f.downloads.requests.isEmpty());
+        QCOMPARE(f.downloads.requests.size(), 1);
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 

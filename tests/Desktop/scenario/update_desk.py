@@ -133,7 +133,7 @@ class UpdateDesk(ApplicationDesk):
         (self.config / "OrvaneBreak/updater.json").write_text(json.dumps(settings or {}), "utf-8")
         program = self.program
         if limit:
-            self.program = self.bed.write("limited", f'#!/bin/sh\nexec prlimit --fsize={limit} -- "{program}"\n')
+            self.program = self.bed.write("limited", f'#!/bin/sh\ntrap "" XFSZ\nexec prlimit --fsize={limit} -- "{program}"\n')
             self.program.chmod(0o755)
         self.start_over({"ORVANE_DEBUG_SETTINGS": "1"})
         self.program = program
