@@ -96,8 +96,8 @@ void SPUUpdater::installAtQuit()
     // Whoever gets as far as to quit has started well.
     m_services.installer.confirm();
     const bool isWanted = m_isAgreed || automaticallyDownloadsUpdates();
-    if (m_state == State::Ready && isWanted)
-        m_services.installer.activate(m_item->version);
+    if (m_state == State::Ready && isWanted && m_services.installer.activate(m_item->version))
+        m_settings.setTriedVersion(m_item->version);
 }
 
 std::chrono::seconds SPUUpdater::updateCheckInterval() const
@@ -229,7 +229,9 @@ void SPUUpdater::take(const AppcastItem &item)
     const Date now = m_services.runLoop.now();
     // A date beyond the delay was kept before the clock was set back.
     const bool isToWait = remindAfter && *remindAfter > now && *remindAfter <= now + reminderDelay;
-    if (!isAskedFor() && isToWait && !item.isCritical)
+    // It was given up at its first start, and would be again.
+    const bool hasFailed = item.version == m_settings.triedVersion();
+    if (!isAskedFor() && (hasFailed || (isToWait && !item.isCritical)))
         return;
     const bool isSilent = !isAskedFor() && automaticallyDownloadsUpdates() &&
                           m_services.installer.ability() == UpdateInstaller::Ability::Itself;

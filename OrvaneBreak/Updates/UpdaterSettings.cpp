@@ -15,6 +15,7 @@ const QString intervalKey = u"SUScheduledCheckInterval"_s;
 const QString checksKey = u"SUEnableAutomaticChecks"_s;
 const QString downloadsKey = u"SUAutomaticallyUpdate"_s;
 const QString skippedKey = u"SUSkippedVersion"_s;
+const QString triedKey = u"SUTriedVersion"_s;
 const QString launchedKey = u"SUHasLaunchedBefore"_s;
 const QString lastCheckKey = u"SULastCheckTime"_s;
 const QString lastSuccessKey = u"SULastSuccessTime"_s;
@@ -72,6 +73,16 @@ UpdateVersion UpdaterSettings::skippedVersion() const
 void UpdaterSettings::setSkippedVersion(const UpdateVersion &version)
 {
     m_store.setValue(skippedKey, version.text());
+}
+
+UpdateVersion UpdaterSettings::triedVersion() const
+{
+    return UpdateVersion(m_store.text(triedKey).value_or(QString()));
+}
+
+void UpdaterSettings::setTriedVersion(const UpdateVersion &version)
+{
+    m_store.setValue(triedKey, version.text());
 }
 
 bool UpdaterSettings::noteLaunch()

@@ -293,6 +293,27 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log, QStringList());
     }
 
+    void aVersionThatWasGivenUpComesBackOnRequestAlone()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        f.deliver();
+        f.installer.finish();
+        f.updater->installAtQuit();
+        f.driver.takeLog();
+        // The program comes back as the version before.
+        f.start();
+        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        QCOMPARE(f.downloads.requests.size(), 1);
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        findUnasked(f, UpdaterFixture::update("1.2"));
+        QCOMPARE(f.downloads.requests.size(), 2);
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
+    }
+
     void switchingDownloadsOffEndsTheSilentOne()
     {
         UpdaterFixture f(true, true);

@@ -52,7 +52,7 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
         _run(["cmake", "--install", build_folder, "--component", "data", "--prefix", folder], environment)
         _run(["cmake", "--install", build_folder, "--component", "archive", "--prefix", folder], environment)
         _split_symbols(folder / _PROGRAM, debug_path, environment)
-        _pack(folder, tar, source.commit_time())
+        pack(folder, tar, source.commit_time())
         # One thread, because several cut the content by their number.
         _run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
@@ -64,10 +64,11 @@ def _split_symbols(program, debug_path, environment):
     """Moves what only a debugger reads out of the program; the build id in both says that they belong together."""
     _run(["objcopy", "--only-keep-debug", "--compress-debug-sections", program, debug_path], environment)
     debug_path.chmod(0o644)
-    _run(["strip", "--strip-unneeded", program], environment)
+    # The names of functions stay: crash reports name ours.
+    _run(["strip", "--strip-debug", program], environment)
 
 
-def _pack(folder, tar, time):
+def pack(folder, tar, time):
     """Packs a folder in a fixed order, as if root had made all of it at one time."""
     def plain(entry):
         entry.uid = entry.gid = 0

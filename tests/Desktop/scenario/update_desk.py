@@ -78,7 +78,7 @@ class Makers:
         """The archive of a folder, with further entries as (tarfile.TarInfo, bytes)."""
         path = self.web / f"{folder.name}-linux-{os.uname().machine}.tar.zst"
         tar = self.folder / "archive.tar"
-        archive._pack(folder, tar, 0)  # pylint: disable=protected-access
+        archive.pack(folder, tar, 0)
         with tarfile.open(tar, "a", format=tarfile.PAX_FORMAT) as writer:
             for entry, content in extra:
                 writer.addfile(entry, content)
