@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/MessagesFixture.h"
 #include "App/PrivacyStatement.h"
+#include "App/RecordedDay.h"
 #include "Crash/CoreDumps.h"
 #include "Crash/CrashUpload.h"
 #include "Engine/BreakEngine.h"
@@ -9,7 +10,6 @@
 #include "Platform/Network/ScriptedServer.h"
 #include "Updates/FeedMaker.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -25,31 +25,8 @@ using Members = PrivacyStatement::Members;
 using Names = PrivacyStatement::Names;
 
 const QString server = u"https://makers.invalid"_s;
-const QString feed = server + u"/appcast.xml"_s;
 const QString login = u"anna-maria"_s;
 const QString home = u"/home/"_s + login;
-
-/// What was seen of the requests of one kind.
-struct Seen
-{
-    void note(const Names &members)
-    {
-        always = count == 0 ? members : always.intersect(members);
-        atAll.unite(members);
-        ++count;
-    }
-
-    [[nodiscard]] Members members() const { return {always, atAll - always}; }
-
-    int count = 0;
-    Names always;
-    Names atAll;
-};
-
-QString path(const QUrl &url)
-{
-    return url.toString().startsWith(server + u'/') ? url.toString().mid(server.size()) : url.toString();
-}
 
 /// Text that makes a difference readable.
 QString text(const Names &names)
@@ -67,98 +44,8 @@ QStringList lines(const QMap<QString, Members> &requests)
     return result;
 }
 
-/// An application with a server that answers everything, and a record of what it was asked.
-class Day : public QObject, public ApplicationFixture
-{
-    Q_OBJECT
-
-public:
-    explicit Day(const QJsonObject &updates = {})
-        : ApplicationFixture({QUrl(feed), UpdateSignature::PublicKey{1}, UpdateVersion(u"1.0"_s), u"x86_64"_s,
-                              UpdateVersion(u"6.1"_s)},
-                             updates)
-    {
-        QDesktopServices::setUrlHandler(u"https"_s, this, "opened");
-    }
-
-    ~Day() override { QDesktopServices::unsetUrlHandler(u"https"_s); }
-
-    /// Lets time pass and the server answer.
-    void pass(Interval interval)
-    {
-        for (Interval done = 0s; done < interval; done += 1min) {
-            runLoop.advance(1min);
-            settle();
-        }
-    }
-
-    void settle()
-    {
-        while (!http.requests.isEmpty()) {
-            const FakeHttp::Request request = http.requests.constFirst();
-            const QString method = request.method == FakeHttp::Method::Get ? u"GET "_s : u"POST "_s;
-            bodies += request.body;
-            const QStringList members = request.json().keys();
-            note(method + path(request.url), Names(members.begin(), members.end()));
-            http.answer(HttpAnswer{200, answerTo(request)});
-            QCoreApplication::processEvents();
-        }
-        for (; m_downloads < downloads.requests.size(); ++m_downloads)
-            note(u"GET "_s + path(downloads.requests.at(m_downloads).url), {});
-    }
-
-    void click(const QString &button)
-    {
-        find<QPushButton>(button)->click();
-        settle();
-    }
-
-    /// Presses the default button of the open dialog.
-    void confirm()
-    {
-        Launched::press(u"alertDefault"_s);
-        settle();
-    }
-
-    [[nodiscard]] QStringList requestLines() const
-    {
-        QMap<QString, Members> result;
-        for (auto it = seen.begin(); it != seen.end(); ++it)
-            result.insert(it.key(), it->members());
-        return lines(result);
-    }
-
-    QMap<QString, Seen> seen;
-    QByteArray bodies;
-    QByteArray item; ///< What the feed offers.
-    bool hasMessage = false;
-
-public Q_SLOTS:
-    void opened(const QUrl &url)
-    {
-        const bool isTheirSite = url.toString() == find<QWidget>(u"websiteLink"_s)->accessibleDescription();
-        note(isTheirSite ? u"GET /"_s : url.toString(), {});
-    }
-
-private:
-    void note(const QString &request, const Names &members) { seen[request].note(members); }
-
-    [[nodiscard]] QByteArray answerTo(const FakeHttp::Request &request)
-    {
-        if (request.method == FakeHttp::Method::Get)
-            return FeedMaker::feed(item);
-        if (!request.url.path().endsWith("check.php"_L1))
-            return R"({"ok":true})";
-        const QString message = std::exchange(hasMessage, false) ? u"Bonjour"_s : QString();
-        return jsonBytes(
-            makers.answer(request.json()[u"n"_s].toString(), unixSeconds(runLoop.now()), 7, message));
-    }
-
-    qsizetype m_downloads = 0;
-};
-
 /// Leaves a crash of the process before and one in systemd's journal, and has both sent.
-void reportCrashes(Day &day)
+void reportCrashes(RecordedDay &day)
 {
     const QTemporaryDir folder;
     const std::filesystem::path root = folder.path().toStdString();
@@ -183,7 +70,7 @@ void reportCrashes(Day &day)
     day.settle();
 }
 
-void writeToTheMakers(Day &day)
+void writeToTheMakers(RecordedDay &day)
 {
     day.delegate.showMessages();
     Launched::inMessages<QPlainTextEdit>(u"replyField"_s)->setPlainText(u"Merci"_s);
@@ -197,7 +84,7 @@ void writeToTheMakers(Day &day)
 }
 
 /// All that a user can do, and all that happens by itself.
-void live(Day &day)
+void live(RecordedDay &day)
 {
     reportCrashes(day);
     day.hasMessage = true;
@@ -257,13 +144,13 @@ private Q_SLOTS:
 
     void namesEveryRequestOfADayAndNoOther()
     {
-        Day day({{u"SUEnableAutomaticChecks"_s, true}, {u"SUAutomaticallyUpdate"_s, true}});
+        RecordedDay day({{u"SUEnableAutomaticChecks"_s, true}, {u"SUAutomaticallyUpdate"_s, true}});
         live(day);
         QMap<QString, Members> promised;
         const PrivacyStatement stated = statement();
         for (auto it = stated.requests.begin(); it != stated.requests.end(); ++it)
             promised.insert(placeholders(it.key()), *it);
-        QCOMPARE(day.requestLines(), lines(promised));
+        QCOMPARE(lines(day.requests()), lines(promised));
     }
 
     void explainsEveryMemberAndNoOther()
@@ -278,7 +165,7 @@ private Q_SLOTS:
 
     void asksAsOftenAsItSays()
     {
-        Day day({{u"SUEnableAutomaticChecks"_s, true}});
+        RecordedDay day({{u"SUEnableAutomaticChecks"_s, true}});
         day.launch();
         day.pass(23h + 30min);
         QCOMPARE(day.seen.value(u"POST /api/check.php"_s).count, 24);
@@ -287,7 +174,7 @@ private Q_SLOTS:
 
     void asksForNoUpdateWithoutConsent()
     {
-        Day day;
+        RecordedDay day;
         day.launch();
         day.pass(24h);
         QCOMPARE(day.seen.keys(), QStringList(u"POST /api/check.php"_s));
@@ -295,7 +182,7 @@ private Q_SLOTS:
 
     void saysNothingOfThePerson()
     {
-        Day day;
+        RecordedDay day;
         live(day);
         for (const QString &secret : {login, QDir::homePath()})
             QVERIFY2(!day.bodies.contains(secret.toUtf8()), qPrintable(secret));
@@ -318,10 +205,12 @@ private Q_SLOTS:
             continued.url(), 7, {[](qint64) {}, [](const QByteArray &) {}, [](Downloads::End) {}});
         QTRY_VERIFY(continued.isWhole());
         Names sent;
-        for (const ScriptedServer *asker : {&posted, &asked, &continued})
+        for (const ScriptedServer *asker : {&posted, &asked, &continued}) {
             sent.unite(headersOf(asker->received));
+            for (const QByteArray header : {"User-Agent: Mozilla/5.0", "Accept-Language: fr"})
+                QVERIFY2(asker->received.contains("\r\n" + header + "\r\n"), header.constData());
+        }
         QCOMPARE(text(sent), text(statement().headers));
-        QVERIFY(posted.received.contains("\r\nUser-Agent: Mozilla/5.0\r\n"));
     }
 
 private:
