@@ -60,6 +60,14 @@ QString quoted(const QString &argument)
     return u'"' + result + u'"';
 }
 
+/// The script beside a program of a released archive, by which it is to be started; another program itself.
+QString launcherOf(const QString &executable)
+{
+    static constexpr auto ending = "-program"_L1;
+    const QString launcher = executable.endsWith(ending) ? executable.chopped(ending.size()) : executable;
+    return QFileInfo(launcher).isExecutable() ? launcher : executable;
+}
+
 QString autostartFolder()
 {
     return QFile::decodeName((UserFolders::configuration() / "autostart").c_str());
@@ -82,12 +90,12 @@ AutostartEntry::Parameters AutostartEntry::standardParameters(const QString &app
 QString AutostartEntry::stableExecutable(const QString &executable)
 {
     static const QRegularExpression versioned(u"^(.*)/versions/[^/]+/(.*)$"_s);
-    const QRegularExpressionMatch match = versioned.match(executable);
+    const QString command = launcherOf(executable);
+    const QRegularExpressionMatch match = versioned.match(command);
     const QString stable = match.captured(1) + u"/current/"_s + match.captured(2);
-    const bool isSameFile =
-        match.hasMatch() && !QFileInfo(stable).canonicalFilePath().isEmpty() &&
-        QFileInfo(stable).canonicalFilePath() == QFileInfo(executable).canonicalFilePath();
-    return isSameFile ? stable : executable;
+    const bool isSameFile = match.hasMatch() && !QFileInfo(stable).canonicalFilePath().isEmpty() &&
+                            QFileInfo(stable).canonicalFilePath() == QFileInfo(command).canonicalFilePath();
+    return isSameFile ? stable : command;
 }
 
 bool AutostartEntry::isEnabled() const

@@ -23,9 +23,9 @@ public:
     /// not an absolute path. Needs the application object.
     [[nodiscard]] static Parameters standardParameters(const QString &applicationId);
 
-    /// The path by which `executable` is still found after an update: an installation in
+    /// The path by which `executable` is still started after an update: an installation in
     /// `versions/<version>/` is reached through the `current` link beside `versions`, where there is one that
-    /// leads to it.
+    /// leads to it, and `orvanebreak-program` by the launcher `orvanebreak` beside it, where there is one.
     [[nodiscard]] static QString stableExecutable(const QString &executable);
 
     /// On when the entry is there and neither hidden nor switched off nor meant for other desktops alone.

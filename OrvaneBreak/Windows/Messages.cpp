@@ -7,6 +7,7 @@
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
 #include "Windows/Alert.h"
+#include "Windows/AlertQueue.h"
 #include "Windows/MainWindow.h"
 #include "Windows/MessagesWindow.h"
 #include "Windows/ReportForm.h"

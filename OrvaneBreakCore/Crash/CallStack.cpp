@@ -9,6 +9,7 @@
 #include <unwind.h>
 
 #include <algorithm>
+#include <bit>
 #include <exception>
 #include <optional>
 #include <string_view>
@@ -42,7 +43,7 @@ Module moduleOf(std::uintptr_t address)
 {
     dl_find_object found = {};
     // The unwinder asks in the same way, and this is the only one that takes no lock.
-    const bool isFound = _dl_find_object(reinterpret_cast<void *>(address), &found) == 0;
+    const bool isFound = _dl_find_object(std::bit_cast<void *>(address), &found) == 0;
     return {isFound ? found.dlfo_link_map : nullptr};
 }
 

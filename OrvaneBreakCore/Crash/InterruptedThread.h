@@ -3,6 +3,7 @@
 
 #include <ucontext.h>
 
+#include <bit>
 #include <cstdint>
 
 /// What the registers of a thread held when a signal interrupted it. Safe in a signal handler.
@@ -24,7 +25,7 @@ public:
     /// faults where there is none.
     [[nodiscard]] std::uintptr_t returnAddressOfCall() const
     {
-        return *reinterpret_cast<const volatile std::uintptr_t *>(m_registers.gregs[REG_RSP]);
+        return *std::bit_cast<const volatile std::uintptr_t *>(m_registers.gregs[REG_RSP]);
     }
 #elif defined(__aarch64__)
     [[nodiscard]] std::uintptr_t programCounter() const

@@ -77,9 +77,11 @@ private Q_SLOTS:
         Fixture::press(u"updateOffer"_s, u"Installer"_s);
         const auto *bar = Fixture::dialog(u"updateProgress"_s)->findChild<QProgressBar *>();
         QCOMPARE(bar->maximum(), 0);
-        f.downloads.deliver(QByteArray(archiveLength / 4, 'a'));
+        f.downloads.begin(0);
+        f.downloads.send(QByteArray(archiveLength / 4, 'a'));
         QCOMPARE(bar->value() * 4, bar->maximum());
-        f.downloads.deliverAll(QByteArray(archiveLength, 'a'));
+        f.downloads.send(QByteArray(archiveLength - archiveLength / 4, 'a'));
+        f.downloads.end(Downloads::End::Complete);
         QCoreApplication::processEvents();
         f.installer.finish();
         QCoreApplication::processEvents();

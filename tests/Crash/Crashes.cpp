@@ -32,7 +32,7 @@ void (*volatile nowhere)() = nullptr;
 
 [[gnu::noinline]] int recurseForEver(int depth)
 {
-    volatile char filling[4096];
+    volatile char filling[4096] = {};
     filling[depth % 4096] = 1;
     // The compiler would refuse a recursion that it knows to be endless.
     return (nowhere ? 0 : recurseForEver(depth + 1)) + filling[0];

@@ -130,6 +130,23 @@ private Q_SLOTS:
         QCOMPARE(AutostartEntry::stableExecutable(u"/usr/bin/orvanebreak"_s), u"/usr/bin/orvanebreak"_s);
     }
 
+    void theLauncherIsStarted()
+    {
+        const QTemporaryDir folder;
+        const QString version = folder.filePath(u"versions/1.0"_s);
+        QVERIFY(QDir().mkpath(version + u"/bin"_s));
+        QFile program(version + u"/bin/orvanebreak-program"_s);
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), program.fileName());
+        QFile launcher(version + u"/bin/orvanebreak"_s);
+        QVERIFY(launcher.open(QIODevice::WriteOnly));
+        QVERIFY(launcher.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), launcher.fileName());
+        QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
+        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()),
+                 folder.filePath(u"current/bin/orvanebreak"_s));
+    }
+
     void standardPlace()
     {
         qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");

@@ -11,6 +11,7 @@
 #include "Updates/UpdateDownload.h"
 #include "Updates/Updater.h"
 
+#include <QCoreApplication>
 #include <QTemporaryDir>
 
 /// An updater of version 1.0 on a manual clock, with a network and a user that do what the test says.
@@ -19,11 +20,11 @@ struct UpdaterFixture
     static constexpr qint64 archiveLength = 1000;
 
     /// What the user decided before: whether to check, and whether to download.
-    explicit UpdaterFixture(std::optional<bool> checks = true, bool downloads = false)
+    explicit UpdaterFixture(std::optional<bool> checks = true, bool isDownloading = false)
     {
         if (checks)
             store.setValue(QStringLiteral("SUEnableAutomaticChecks"), *checks);
-        store.setValue(QStringLiteral("SUAutomaticallyUpdate"), downloads);
+        store.setValue(QStringLiteral("SUAutomaticallyUpdate"), isDownloading);
     }
 
     /// The updater as it is after a start of the program.
@@ -41,7 +42,11 @@ struct UpdaterFixture
     void answer(const QByteArray &items) { http.answer(HttpAnswer{200, FeedMaker::feed(items)}); }
 
     /// Lets the download that goes on arrive, whole.
-    void deliver() { downloads.deliverAll(QByteArray(archiveLength, 'a')); }
+    void deliver()
+    {
+        downloads.answer(QByteArray(archiveLength, 'a'), Downloads::End::Complete);
+        QCoreApplication::processEvents();
+    }
 
     [[nodiscard]] static QByteArray update(const QByteArray &version = "1.1", const QByteArray &more = {})
     {

@@ -1,0 +1,136 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The archive made of what was built: the same each time, complete, and a program that needs no Qt of the system.
+
+usage: test_archive.py BUILD-FOLDER"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tarfile
+import tempfile
+import unittest
+
+from tree import PROJECT
+
+sys.path.insert(0, str(PROJECT / "tests/Desktop"))
+
+from driver.waiting import wait_until
+from driver.x11 import X11Bed
+
+# The libraries that every desktop has; all others have to be in the archive.
+_SYSTEM = re.compile(r"(ld-linux.*|lib(c|m|dl|rt|pthread|resolv|util|stdc\+\+|gcc_s|GL|EGL|GLX|GLdispatch|X11|X11-xcb|xcb|Xau|"
+                     r"Xdmcp|wayland-client|fontconfig|freetype|harfbuzz|png16|glib-2\.0|dbus-1|z))\.so\.[0-9]+")
+_PLUGINS = {"platforms/libqxcb.so", "platforms/libqwayland-generic.so", "wayland-shell-integration/libxdg-shell.so",
+            "wayland-decoration-client/libbradient.so", "tls/libqopensslbackend.so", "iconengines/libqsvgicon.so",
+            "imageformats/libqsvg.so", "platforminputcontexts/libcomposeplatforminputcontextplugin.so",
+            "platforminputcontexts/libibusplatforminputcontextplugin.so"}
+_BUILD_FOLDER = pathlib.Path(sys.argv.pop(1)) if len(sys.argv) > 1 else None
+
+
+def output_of(*command):
+    return subprocess.run([str(part) for part in command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
+                          check=True).stdout
+
+
+def dynamic_section(path):
+    """The libraries that a file needs, and where it looks for them."""
+    text = output_of("readelf", "--dynamic", "--wide", path)
+    return re.findall(r"\(NEEDED\).*\[(.*)\]", text), re.findall(r"\((?:RPATH|RUNPATH)\).*\[(.*)\]", text)
+
+
+class Archive(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = pathlib.Path(tempfile.mkdtemp())
+        cls.addClassCleanup(shutil.rmtree, cls.scratch)
+        cls.archives = [pathlib.Path(output_of(
+            PROJECT / "tools/release", "archive", "--build-folder", _BUILD_FOLDER, "--compression", "1",
+            "--output", cls.scratch / name).strip()) for name in ("first", "second place")]
+        tar = cls.scratch / "archive.tar"
+        output_of("zstd", "-dq", cls.archives[0], "-o", tar)
+        with tarfile.open(tar) as reader:
+            cls.entries = reader.getmembers()
+            reader.extractall(cls.scratch)
+        cls.folder = cls.scratch / cls.entries[0].name
+        cls.program = cls.folder / "bin/orvanebreak-program"
+        cls.version = output_of(_BUILD_FOLDER / "bin/orvanebreak", "--version").split()[1]
+
+    def test_same_bytes_each_time(self):
+        for suffix in ("tar.zst", "debug"):
+            first, second = (path.with_name(path.name.removesuffix("tar.zst") + suffix) for path in self.archives)
+            self.assertEqual(first.read_bytes(), second.read_bytes(), suffix)
+
+    def test_names(self):
+        machine = os.uname().machine
+        self.assertEqual(self.archives[0].name, f"OrvaneBreak-{self.version}-linux-{machine}.tar.zst")
+        self.assertEqual(self.folder.name, f"OrvaneBreak-{self.version}")
+        names = [entry.name for entry in self.entries]
+        self.assertEqual(names, sorted(names))
+        self.assertEqual(len(names), len(set(names)))
+        self.assertTrue(all(name == self.folder.name or name.startswith(self.folder.name + "/") for name in names))
+
+    def test_entries_tell_nothing_of_the_build(self):
+        time = int(output_of("git", "-C", PROJECT, "log", "-1", "--format=%ct"))
+        for entry in self.entries:
+            self.assertTrue(entry.isfile() or entry.isdir(), entry.name)
+            self.assertEqual((entry.uid, entry.gid, entry.uname, entry.gname, entry.mtime), (0, 0, "", "", time), entry.name)
+            self.assertIn(entry.mode, (0o755,) if entry.isdir() else (0o755, 0o644), entry.name)
+
+    def test_program_tells_nothing_of_the_build(self):
+        for path in (self.program, self.archives[0].with_name(self.archives[0].name.removesuffix("tar.zst") + "debug")):
+            self.assertNotIn(os.fsencode(PROJECT), path.read_bytes(), path)
+
+    def test_layout(self):
+        for name in ("bin/orvanebreak", "bin/orvanebreak-program", "install", "uninstall"):
+            self.assertTrue(os.access(self.folder / name, os.X_OK), name)
+        for name in ("bin/qt.conf", "share/OrvaneBreak/sounds/Glass.wav", "share/OrvaneBreak/installation.sh", "LICENSE"):
+            self.assertTrue((self.folder / name).is_file(), name)
+        information = json.loads((self.folder / "share/OrvaneBreak/Info.json").read_text("utf-8"))
+        self.assertEqual(information["CFBundleShortVersionString"], self.version)
+        plugins = self.folder / "lib/qt6/plugins"
+        self.assertEqual({path.relative_to(plugins).as_posix() for path in plugins.rglob("*.so")}, _PLUGINS)
+
+    def test_symbols_are_beside_it(self):
+        debug = self.archives[0].with_name(self.archives[0].name.removesuffix("tar.zst") + "debug")
+        identifiers = {re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", path))[1]
+                       for path in (self.program, debug)}
+        self.assertEqual(len(identifiers), 1)
+        self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", self.program))
+        self.assertIn(".debug_info", output_of("readelf", "--sections", "--wide", debug))
+
+    def test_every_library_is_there(self):
+        own = {path.name for path in (*self.folder.glob("lib/*.so*"), *self.folder.glob("lib/fallback/*.so*"))}
+        for path in (self.program, *(self.folder / "lib").rglob("*.so*")):
+            needed, places = dynamic_section(path)
+            missing = [name for name in needed if name not in own and not _SYSTEM.fullmatch(name)]
+            self.assertEqual(missing, [], path.name)
+            if path != self.program:
+                self.assertEqual(places, [], f"{path.name} looks elsewhere than the program")
+        self.assertEqual({name for name in own if _SYSTEM.fullmatch(name)}, set())
+
+    def test_installs_and_starts_with_its_own_toolkit(self):
+        with X11Bed() as bed:
+            home = bed.environment()["HOME"]
+            installing = bed.run([self.folder / "install"], stdout=subprocess.PIPE)
+            self.assertIn("est installé", installing.communicate()[0].decode())
+            self.assertEqual(installing.returncode, 0)
+            root = pathlib.Path(home) / ".local/opt/OrvaneBreak"
+            process = bed.run([root / "current/bin/orvanebreak"])
+            wait_until(lambda: bed.windows_titled("OrvaneBreak"), "the window", 30)
+            maps = pathlib.Path(f"/proc/{process.pid}/maps").read_text("utf-8").splitlines()
+            mapped = {line.split(maxsplit=5)[5] for line in maps if len(line.split(maxsplit=5)) == 6}
+            toolkit = {path for path in mapped if "libQt" in path or "/plugins/" in path}
+            self.assertTrue(any(path.endswith("platforms/libqxcb.so") for path in toolkit), toolkit)
+            inside = str(root.resolve() / "versions" / self.version) + "/"
+            self.assertEqual([path for path in toolkit if not path.startswith(inside)], [])
+            bed.stop(process)
+            self.assertEqual(process.returncode, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

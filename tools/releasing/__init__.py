@@ -1,0 +1,6 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The parts of tools/release."""
+
+
+class Refusal(Exception):
+    """Nothing is released; the text says why and what to do."""

@@ -1,0 +1,140 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The update feed: an RSS 2.0 file that grows by one item for each release."""
+
+import dataclasses
+import datetime
+import email.utils
+import io
+import os
+import pathlib
+import tempfile
+import xml.etree.ElementTree as ElementTree
+
+from . import Refusal
+from .source import version_numbers
+
+NAMESPACE = "http://www.andymatuschak.org/xml-namespaces/sparkle"
+_TYPE = "application/zstd"
+
+
+@dataclasses.dataclass(frozen=True)
+class Release:
+    """What the feed tells of one release."""
+    version: str
+    url: str
+    length: int
+    signature: str
+    architecture: str
+    date: datetime.datetime
+    #: Plain text, shown where there is no link to a page.
+    notes: str
+    notes_link: str | None = None
+    minimum_system_version: str | None = None
+    is_critical: bool = False
+
+
+class Appcast:
+    """A feed in memory."""
+
+    def __init__(self, path):
+        """Reads the feed at `path`, or begins one where there is no file."""
+        self._path = pathlib.Path(path)
+        ElementTree.register_namespace("sparkle", NAMESPACE)
+        if not self._path.exists():
+            self._root = _empty_feed()
+        else:
+            self._root = self._read()
+        self._channel = self._root.find("channel")
+        if self._root.tag != "rss" or self._channel is None:
+            raise Refusal(f"this is no update feed: {path}")
+
+    def newest_version(self):
+        """The highest version in the feed; nothing in an empty one."""
+        versions = []
+        for item in self._channel.findall("item"):
+            enclosure = item.find("enclosure")
+            in_enclosure = None if enclosure is None else enclosure.get(_extended("version"))
+            version = in_enclosure or item.findtext(_extended("version"))
+            if version:
+                versions.append(version.strip())
+        return max(versions, key=version_numbers, default=None)
+
+    def refuse_unless_newer(self, version):
+        newest = self.newest_version()
+        if newest is not None and version_numbers(version) <= version_numbers(newest):
+            raise Refusal(f"the version does not rise: CMakeLists.txt has {version}, the feed has {newest} already")
+
+    def add(self, release):
+        """Puts a release in front of the others and renews the date of the feed."""
+        built = self._channel.find("lastBuildDate")
+        items = self._channel.findall("item")
+        if built is None:
+            built = ElementTree.Element("lastBuildDate")
+            place = list(self._channel).index(items[0]) if items else len(self._channel)
+            self._channel.insert(place, built)
+        built.text = email.utils.format_datetime(release.date)
+        place = list(self._channel).index(items[0]) if items else len(self._channel)
+        self._channel.insert(place, _item(release))
+
+    def save(self):
+        """Writes the feed so that at no time anybody reads half of it."""
+        ElementTree.indent(self._root)
+        content = ElementTree.tostring(self._root, encoding="utf-8", xml_declaration=True) + b"\n"
+        self._path.parent.mkdir(parents=True, exist_ok=True)
+        descriptor, name = tempfile.mkstemp(dir=self._path.parent, prefix=self._path.name + ".")
+        try:
+            with os.fdopen(descriptor, "wb") as file:
+                os.fchmod(file.fileno(), 0o644)
+                file.write(content)
+                file.flush()
+                os.fsync(file.fileno())
+            os.replace(name, self._path)
+        except BaseException:
+            pathlib.Path(name).unlink(missing_ok=True)
+            raise
+
+    def _read(self):
+        try:
+            content = self._path.read_bytes()
+            for _, (prefix, address) in ElementTree.iterparse(io.BytesIO(content), ["start-ns"]):
+                ElementTree.register_namespace(prefix, address)
+            parser = ElementTree.XMLParser(target=ElementTree.TreeBuilder(insert_comments=True))
+            return ElementTree.fromstring(content, parser)
+        except (OSError, ElementTree.ParseError, ValueError) as error:
+            raise Refusal(f"the update feed cannot be read: {self._path}: {error}") from error
+
+
+def _extended(name):
+    return f"{{{NAMESPACE}}}{name}"
+
+
+def _empty_feed():
+    root = ElementTree.Element("rss", {"version": "2.0"})
+    channel = ElementTree.SubElement(root, "channel")
+    for name, text in (("title", "OrvaneBreak"), ("description", "Les versions d’OrvaneBreak"), ("language", "fr")):
+        ElementTree.SubElement(channel, name).text = text
+    return root
+
+
+def _item(release):
+    item = ElementTree.Element("item")
+
+    def add(name, text=None, **attributes):
+        ElementTree.SubElement(item, name, attributes).text = text
+
+    add("title", f"OrvaneBreak {release.version}")
+    add("pubDate", email.utils.format_datetime(release.date))
+    add(_extended("version"), release.version)
+    add(_extended("shortVersionString"), release.version)
+    if release.minimum_system_version:
+        add(_extended("minimumSystemVersion"), release.minimum_system_version)
+    if release.is_critical:
+        add(_extended("criticalUpdate"))
+    if release.notes_link:
+        add(_extended("releaseNotesLink"), release.notes_link)
+    else:
+        add("description", release.notes, **{_extended("format"): "plain-text"})
+    ElementTree.SubElement(item, "enclosure", {
+        "url": release.url, "length": str(release.length), "type": _TYPE,
+        _extended("edSignature"): release.signature, _extended("os"): "linux", _extended("arch"): release.architecture})
+    return item

@@ -1,0 +1,69 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What the source tree says about the version in it, and whether that may be released."""
+
+import pathlib
+import re
+import subprocess
+
+from . import Refusal
+
+
+class Source:
+    """A checked-out source tree."""
+
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+
+    def version(self):
+        """The version in CMakeLists.txt."""
+        text = self._read("CMakeLists.txt")
+        match = re.search(r"^project\([^)]*\bVERSION\s+([0-9.]+)", text, re.MULTILINE)
+        if not match:
+            raise Refusal("CMakeLists.txt tells no version: project(... VERSION ...)")
+        return match[1]
+
+    def changes(self):
+        """The section of CHANGELOG.md about the version, without its heading; refuses when there is none or it is
+        empty."""
+        version = self.version()
+        sections = re.split(r"^## +", self._read("CHANGELOG.md"), flags=re.MULTILINE)
+        for section in sections[1:]:
+            heading, _, body = section.partition("\n")
+            if re.match(rf"\[?{re.escape(version)}\]?(?![0-9.])", heading) and body.strip():
+                return body.strip()
+        raise Refusal(f"CHANGELOG.md has no section about {version}: add \"## [{version}] - <date>\" with what has changed")
+
+    def commit_time(self):
+        """When the commit was made, in seconds since 1970."""
+        return int(self._git("log", "-1", "--format=%ct"))
+
+    def refuse_changes(self):
+        """Refuses when something differs from the commit."""
+        changes = self._git("status", "--porcelain").rstrip()
+        if changes:
+            raise Refusal(f"there are changes that are not in any commit:\n{changes}")
+
+    def refuse_failing_tests(self, command):
+        """Runs the tests and refuses unless they pass."""
+        if subprocess.run(command, cwd=self.folder, shell=True, stdin=subprocess.DEVNULL).returncode != 0:
+            raise Refusal(f"the tests fail: {command}")
+
+    def _read(self, path):
+        try:
+            return (self.folder / path).read_text("utf-8")
+        except OSError as error:
+            raise Refusal(f"{path}: {error.strerror}") from error
+
+    def _git(self, *arguments):
+        result = subprocess.run(["git", *arguments], cwd=self.folder, capture_output=True, text=True)
+        if result.returncode != 0:
+            raise Refusal("git: " + result.stderr.strip())
+        return result.stdout
+
+
+def version_numbers(version):
+    """What versions are compared by; missing numbers are 0."""
+    numbers = [int(number) for number in re.findall(r"[0-9]+", version.partition("-")[0])]
+    while numbers and numbers[-1] == 0:
+        numbers.pop()
+    return numbers
