@@ -36,8 +36,8 @@ public:
     [[nodiscard]] UpdateVersion skippedVersion() const;
     void setSkippedVersion(const UpdateVersion &version);
 
-    /// The version that was made to start last, kept under "SUTriedVersion"; no version when there was none. A newer one
-    /// than the one that runs has failed.
+    /// The version that was made to start last, kept under "SUTriedVersion"; no version when there was none.
+    /// A newer one than the one that runs has failed.
     [[nodiscard]] UpdateVersion triedVersion() const;
     void setTriedVersion(const UpdateVersion &version);
 

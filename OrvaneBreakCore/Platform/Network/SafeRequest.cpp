@@ -22,6 +22,9 @@ QNetworkRequest SafeRequest::to(const QUrl &url)
     request.setMaximumRedirectsAllowed(mostRedirects);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    // Left alone, the toolkit tells the language and country of the desktop; the program speaks French
+    // anywhere.
+    request.setRawHeader("Accept-Language", "fr");
     return request;
 }
 

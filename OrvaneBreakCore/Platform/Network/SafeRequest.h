@@ -12,7 +12,8 @@ class QUrl;
 /// What every exchange with a server has in common. User-interface thread.
 namespace SafeRequest {
 
-/// A request to `url` whose redirects wait to be judged, without cookies.
+/// A request to `url` whose redirects wait to be judged, without cookies and without anything about the
+/// desktop.
 [[nodiscard]] QNetworkRequest to(const QUrl &url);
 
 /// Follows the redirects of `reply`, which belongs to such a request, to addresses that Http::isAllowed. One
