@@ -25,18 +25,13 @@ constexpr int postponementMinutes = 10;
 void AppDelegate::refreshBreakUI()
 {
     const bool isActive = m_engine.isActive();
-    if (m_breakButton)
-        m_breakButton->setText(isActive ? u"Arrêter les rappels"_s : u"Protéger mes yeux"_s);
-    if (m_breakStatusLabel) {
-        m_breakStatusLabel->setText(m_engine.statusText());
-        m_breakStatusLabel->setTextColor(isActive ? breakTeal() : tertiaryLabelColor());
-        m_breakStatusLabel->setFont(systemFont(13, isActive ? QFont::DemiBold : QFont::Normal));
-    }
-    if (m_hintLabel) {
-        m_hintLabel->setText(u"Toutes les %1 min : regarde à 6 mètres pendant %2 s"_s
-                                 .arg(BreakSettings::intervalMinutes(m_preferences))
-                                 .arg(BreakSettings::pauseSeconds(m_preferences)));
-    }
+    m_breakButton->setText(isActive ? u"Arrêter les rappels"_s : u"Protéger mes yeux"_s);
+    m_breakStatusLabel->setText(m_engine.statusText());
+    m_breakStatusLabel->setTextColor(isActive ? breakTeal() : tertiaryLabelColor());
+    m_breakStatusLabel->setFont(systemFont(13, isActive ? QFont::DemiBold : QFont::Normal));
+    m_hintLabel->setText(u"Toutes les %1 min : regarde à 6 mètres pendant %2 s"_s
+                             .arg(BreakSettings::intervalMinutes(m_preferences))
+                             .arg(BreakSettings::pauseSeconds(m_preferences)));
     m_statusController.setActive(isActive);
     if (m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());

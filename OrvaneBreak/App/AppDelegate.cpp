@@ -38,6 +38,7 @@ AppDelegate::AppDelegate(Services services)
     , m_bundle(services.bundle)
     , m_channel(services.channel)
     , m_launcherCount(services.launcherCount)
+    , m_installCrashReporter(std::move(services.installCrashReporter))
     , m_alerts([this] { return !m_engine.isOnBreak(); },
                [this](QWidget &dialog) {
                    m_presence.adopt(dialog);
@@ -54,6 +55,7 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    m_installCrashReporter();
     m_presence.setAccessory(isMenuBarMode());
     buildMenu();
     buildMainWindow();

@@ -6,9 +6,9 @@
 #include "Windows/AlertQueue.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QSize>
 
+#include <functional>
 #include <memory>
 
 class AppearanceLabel;
@@ -54,6 +54,7 @@ public:
         ServerChannel &channel;
         LauncherCount &launcherCount;
         StatusItemController::MakeTrayItem makeTrayItem;
+        std::function<void()> installCrashReporter;
     };
 
     explicit AppDelegate(Services services);
@@ -165,9 +166,11 @@ private:
     const Bundle &m_bundle;
     ServerChannel &m_channel;
     LauncherCount &m_launcherCount;
+    std::function<void()> m_installCrashReporter;
     AlertQueue m_alerts;
     StatusItemController m_statusController;
 
+    // All but the messages window are there from the launch to the end.
     std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
     std::unique_ptr<MainWindow> m_mainWindow;
     std::unique_ptr<MessagesWindow> m_messagesWindow;
@@ -176,9 +179,9 @@ private:
     AppearanceLabel *m_hintLabel = nullptr;
     QCheckBox *m_loginCheckbox = nullptr;
     QCheckBox *m_menuBarCheckbox = nullptr;
-    QPointer<SymbolButton> m_messagesButton;
-    QPointer<BadgeImageView> m_messagesBadge;
-    QPointer<QAction> m_appMessagesItem;
+    SymbolButton *m_messagesButton = nullptr;
+    BadgeImageView *m_messagesBadge = nullptr;
+    QAction *m_appMessagesItem = nullptr;
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
     Timer m_trayDeadline;

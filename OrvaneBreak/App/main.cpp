@@ -3,6 +3,9 @@
 #include "App/CommandLine.h"
 #include "App/Diagnostics.h"
 #include "Channel/ServerChannel.h"
+#include "Crash/CoreDumpExport.h"
+#include "Crash/CrashReporter.h"
+#include "Crash/CrashUpload.h"
 #include "Engine/BreakEngine.h"
 #include "Engine/SharedInstance.h"
 #include "Instance/ApplicationService.h"
@@ -73,9 +76,21 @@ int runApplication(QApplication &application, ApplicationService &service, const
     ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},
                           ServerChannel::builtInConfiguration());
     const SharedInstance<ServerChannel> sharedChannel(channel);
+    CrashUpload crashUpload({http, preferences, bundle, SystemVersion::current(),
+                             ServerChannel::builtInConfiguration().serverBase},
+                            CrashUpload::Places::standard());
+    const SharedInstance<CrashUpload> sharedCrashUpload(crashUpload);
+    CoreDumpExport coreDumpExport(runLoop, CoreDumpExport::ownCoreDumps(),
+                                  crashUpload.places().systemReports);
+    const auto installCrashReporter = [&] {
+        const FileDate lastScan = crashUpload.lastScan();
+        CrashReporter::install();
+        coreDumpExport.start(lastScan, [&crashUpload] { crashUpload.sendSystemCrashReports(); });
+    };
     LauncherCount launcherCount(QStringLiteral(ORVANE_APP_ID));
     AppDelegate delegate({engine, runLoop, preferences, loginItem, updaterController, *presence, bundle,
-                          channel, launcherCount, [] { return std::make_unique<NotifierTrayItem>(); }});
+                          channel, launcherCount, [] { return std::make_unique<NotifierTrayItem>(); },
+                          installCrashReporter});
 
     service.onActivate = [&delegate] { delegate.showMainWindow(); };
     service.onBreakNow = [&delegate] { delegate.breakNowPressed(); };

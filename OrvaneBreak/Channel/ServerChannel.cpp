@@ -60,7 +60,7 @@ QString ServerChannel::deviceId()
 
 QString ServerChannel::osString() const
 {
-    return u"macOS %1.%2"_s.arg(m_services.systemVersion.major).arg(m_services.systemVersion.minor);
+    return m_services.systemVersion.clientText();
 }
 
 void ServerChannel::checkWithServer(std::function<void()> completion)
@@ -134,9 +134,7 @@ void ServerChannel::post(const QString &path, const QJsonObject &body, std::chro
 
 QJsonObject ServerChannel::clientDescription()
 {
-    return {{u"d"_s, deviceId()},
-            {u"v"_s, m_services.bundle.infoText(u"CFBundleShortVersionString"_s).value_or(u"?"_s)},
-            {u"os"_s, osString()}};
+    return {{u"d"_s, deviceId()}, {u"v"_s, m_services.bundle.shortVersion()}, {u"os"_s, osString()}};
 }
 
 QDateTime ServerChannel::now() const

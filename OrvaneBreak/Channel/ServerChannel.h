@@ -55,7 +55,7 @@ public:
     /// whatever text stands there is taken as it is.
     [[nodiscard]] QString deviceId();
 
-    /// "macOS ", which the server expects of every client, and the system's major and minor version.
+    /// What the server is told of the system.
     [[nodiscard]] QString osString() const;
 
     /// The message that waits to be shown, until `markMessageShown()` or the end of the process.

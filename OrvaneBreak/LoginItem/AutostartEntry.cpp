@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LoginItem/AutostartEntry.h"
 
+#include "Platform/Process/UserFolders.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -66,10 +68,9 @@ QString launcherOf(const QString &executable)
     return QFileInfo(launcher).isExecutable() ? launcher : executable;
 }
 
-QString configFolder()
+QString autostartFolder()
 {
-    const QString configured = qEnvironmentVariable("XDG_CONFIG_HOME");
-    return QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + u"/.config"_s;
+    return QFile::decodeName((UserFolders::configuration() / "autostart").c_str());
 }
 
 } // namespace
@@ -81,7 +82,7 @@ AutostartEntry::AutostartEntry(Parameters parameters)
 
 AutostartEntry::Parameters AutostartEntry::standardParameters(const QString &applicationId)
 {
-    return {configFolder() + u"/autostart/"_s + applicationId + u".desktop"_s,
+    return {autostartFolder() + u'/' + applicationId + u".desktop"_s,
             stableExecutable(QCoreApplication::applicationFilePath()),
             qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts)};
 }

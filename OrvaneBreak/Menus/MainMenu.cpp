@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QMenuBar>
-#include <QPointer>
 
 using namespace Qt::StringLiterals;
 

@@ -83,8 +83,7 @@ void AppDelegate::showOnboardingIfNeeded()
     question.exec();
 
     m_preferences.setValue(menuBarModeKey, question.clickedButton() == menuBar);
-    if (m_menuBarCheckbox)
-        setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
+    setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
     applyDisplayMode();
 }
 
@@ -128,7 +127,7 @@ void AppDelegate::activate()
     // A question is in front of the window that it blocks.
     if (QWidget *modal = QApplication::activeModalWidget())
         m_presence.bringToFront(*modal);
-    else if (m_mainWindow && m_mainWindow->isVisible())
+    else if (m_mainWindow->isVisible())
         m_presence.bringToFront(*m_mainWindow);
 }
 

@@ -23,9 +23,9 @@ MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize)
     setCentralWidget(m_content);
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     layout()->activate();
-    addShortcut(Qt::CTRL | Qt::Key_W, [this] { close(); });
+    addAction({}, Qt::CTRL | Qt::Key_W, this, &QWidget::close);
     // No key for keyPressEvent: a button with the focus takes every arrow key for itself.
-    addShortcut(Qt::ALT | Qt::Key_Left, [this] { goBack(); });
+    addAction({}, Qt::ALT | Qt::Key_Left, this, &MainWindow::goBack);
     if (const QScreen *screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());
 }
@@ -45,14 +45,6 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         goBack();
     else
         QMainWindow::keyPressEvent(event);
-}
-
-void MainWindow::addShortcut(const QKeySequence &keys, const std::function<void()> &call)
-{
-    auto *action = new QAction(this);
-    action->setShortcut(keys);
-    connect(action, &QAction::triggered, this, call);
-    addAction(action);
 }
 
 void MainWindow::goBack() const

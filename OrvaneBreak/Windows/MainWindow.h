@@ -31,7 +31,6 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void addShortcut(const QKeySequence &keys, const std::function<void()> &call);
     void goBack() const;
 
     QWidget *m_content;

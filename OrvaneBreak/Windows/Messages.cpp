@@ -12,6 +12,7 @@
 #include "Windows/ReportForm.h"
 
 #include <QAction>
+#include <QPointer>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -34,20 +35,15 @@ void AppDelegate::refreshMessageBadges()
 {
     const bool isPending = m_channel.pendingMessage().has_value();
     m_launcherCount.setCount(isPending ? 1 : 0);
-    if (m_messagesBadge) {
-        m_messagesBadge->setPixmap(isPending ? QPixmap::fromImage(quotaBadgeImage(
-                                                   1, badgeDiameter, m_messagesBadge->devicePixelRatioF()))
-                                             : QPixmap());
-        m_messagesBadge->setVisible(isPending);
-    }
-    if (m_messagesButton) {
-        // The accent is the desktop's own.
-        m_messagesButton->setTint(isPending ? AppearanceColor(QPalette().color(QPalette::Highlight))
-                                            : secondaryLabelColor());
-        m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
-    }
-    if (m_appMessagesItem)
-        m_appMessagesItem->setVisible(isPending);
+    m_messagesBadge->setPixmap(isPending ? QPixmap::fromImage(quotaBadgeImage(
+                                               1, badgeDiameter, m_messagesBadge->devicePixelRatioF()))
+                                         : QPixmap());
+    m_messagesBadge->setVisible(isPending);
+    // The accent is the desktop's own.
+    m_messagesButton->setTint(isPending ? AppearanceColor(QPalette().color(QPalette::Highlight))
+                                        : secondaryLabelColor());
+    m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
+    m_appMessagesItem->setVisible(isPending);
     if (m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
 }
@@ -56,8 +52,7 @@ void AppDelegate::showPendingMessageIfSafe()
 {
     refreshMessageBadges();
     // A dialog that is open or waits may well be this very message.
-    const bool isSafe =
-        !m_engine.isOnBreak() && m_mainWindow && m_mainWindow->isVisible() && !m_alerts.isBusy();
+    const bool isSafe = !m_engine.isOnBreak() && m_mainWindow->isVisible() && !m_alerts.isBusy();
     if (m_channel.pendingMessage() && isSafe)
         showPendingMessage();
 }

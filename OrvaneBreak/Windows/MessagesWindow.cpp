@@ -88,14 +88,13 @@ QWidget *makeConversation(const QList<ArchivedMessage> &history)
 QScrollArea *makeScrollView(QWidget *document)
 {
     document->setObjectName(u"conversation"_s);
-    document->setAutoFillBackground(false);
     auto *view = new QScrollArea;
     view->setObjectName(u"conversationScroll"_s);
     view->setFrameShape(QFrame::NoFrame);
     view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view->viewport()->setAutoFillBackground(false);
     view->setWidget(document);
-    view->widget()->setAutoFillBackground(false);
+    document->setAutoFillBackground(false);
     view->setFocusPolicy(Qt::StrongFocus);
     view->setAccessibleName(u"Messages"_s);
     return view;
@@ -119,10 +118,7 @@ MessagesWindow::MessagesWindow()
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setFixedSize(windowSize);
-    auto *close = new QAction(this);
-    close->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
-    connect(close, &QAction::triggered, this, &QWidget::close);
-    addAction(close);
+    addAction({}, Qt::CTRL | Qt::Key_W, this, &QWidget::close);
 }
 
 void MessagesWindow::display(const QList<ArchivedMessage> &history)

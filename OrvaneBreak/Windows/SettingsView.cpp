@@ -207,7 +207,7 @@ void AppDelegate::buildSystemCard(QWidget &root)
 void AppDelegate::buildFooter(QWidget &root)
 {
     PageBuilder page(&root);
-    const QString version = m_bundle.infoText(u"CFBundleShortVersionString"_s).value_or(u"?"_s);
+    const QString version = m_bundle.shortVersion();
     fit(*page.label(u"OrvaneBreak v"_s + version, u"versionLabel"_s, 12, QFont::DemiBold, labelColor()),
         {margin, 420}, contentRight);
     fit(*page.label(u"Développé par Orvane Labs,\nstudio suisse d'applications Mac."_s, u"makersLabel"_s, 11,

@@ -29,7 +29,7 @@ TextView::TextView(const QString &text, int width, const AppearanceColor &color)
     document()->setDocumentMargin(0);
     setPlainText(text);
     setFixedSize(width, heightAt(width));
-    applyColor();
+    applyAppearanceColor(*this, QPalette::Text, m_color);
 }
 
 int TextView::heightAt(int width) const
@@ -43,7 +43,7 @@ int TextView::heightAt(int width) const
 void TextView::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)
-        applyColor();
+        applyAppearanceColor(*this, QPalette::Text, m_color);
     QTextEdit::changeEvent(event);
 }
 
@@ -51,14 +51,4 @@ void TextView::wheelEvent(QWheelEvent *event)
 {
     // There is nothing to scroll in here: the view around it scrolls.
     event->ignore();
-}
-
-void TextView::applyColor()
-{
-    QPalette changed = palette();
-    const QColor &color = m_color.resolved(changed);
-    if (changed.color(QPalette::Text) == color)
-        return;
-    changed.setColor(QPalette::Text, color);
-    setPalette(changed);
 }

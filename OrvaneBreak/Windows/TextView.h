@@ -21,7 +21,6 @@ protected:
 
 private:
     [[nodiscard]] int heightAt(int width) const;
-    void applyColor();
 
     AppearanceColor m_color;
 };

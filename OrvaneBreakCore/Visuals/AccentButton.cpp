@@ -47,11 +47,7 @@ void AccentButton::paintEvent(QPaintEvent * /*event*/)
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
     painter.drawRoundedRect(area, cornerRadius, cornerRadius);
-    if (showsFocus(*this)) {
-        painter.setPen(QPen(labelColor().resolved(palette()), 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius + 1, cornerRadius + 1);
-    }
+    paintFocusRing(painter, *this, QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius + 1, labelColor());
     painter.setPen(titleColor(m_bezel));
     painter.setFont(font());
     painter.drawText(rect(), Qt::AlignCenter, text());

@@ -57,11 +57,7 @@ void AccentCheckBox::paintEvent(QPaintEvent * /*event*/)
     painter.setRenderHint(QPainter::Antialiasing);
     paintIndicator(painter);
     const QRect textArea = rect().adjusted(indicatorSize + gap, 0, 0, 0);
-    if (showsFocus(*this)) {
-        painter.setPen(QPen(breakTeal().resolved(palette()), 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(textArea).adjusted(-4, 1, -1, -1), cornerRadius, cornerRadius);
-    }
+    paintFocusRing(painter, *this, QRectF(textArea).adjusted(-4, 1, -1, -1), cornerRadius);
     painter.setPen(labelColor().resolved(palette()));
     painter.setFont(font());
     painter.drawText(textArea, Qt::AlignLeft | Qt::AlignVCenter, text());

@@ -65,6 +65,27 @@ bool showsFocus(const QWidget &widget)
     return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
 }
 
+void paintFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area, qreal cornerRadius,
+                    const AppearanceColor &color)
+{
+    if (!showsFocus(widget))
+        return;
+    painter.setPen(QPen(color.resolved(widget.palette()), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(area, cornerRadius, cornerRadius);
+}
+
+void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const AppearanceColor &color)
+{
+    QPalette changed = widget.palette();
+    const QColor &resolved = color.resolved(changed);
+    // Setting a palette reports a palette change again.
+    if (changed.color(role) == resolved)
+        return;
+    changed.setColor(role, resolved);
+    widget.setPalette(changed);
+}
+
 QFont systemFont(qreal size, QFont::Weight weight)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
@@ -78,31 +99,20 @@ AppearanceLabel::AppearanceLabel(const QString &text, const AppearanceColor &col
 {
     setTextFormat(Qt::PlainText);
     setText(text);
-    applyColor();
+    applyAppearanceColor(*this, QPalette::WindowText, m_color);
 }
 
 void AppearanceLabel::setTextColor(const AppearanceColor &color)
 {
     m_color = color;
-    applyColor();
+    applyAppearanceColor(*this, QPalette::WindowText, m_color);
 }
 
 void AppearanceLabel::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)
-        applyColor();
+        applyAppearanceColor(*this, QPalette::WindowText, m_color);
     QLabel::changeEvent(event);
-}
-
-void AppearanceLabel::applyColor()
-{
-    QPalette changed = palette();
-    const QColor &color = m_color.resolved(changed);
-    // Setting a palette reports a palette change again.
-    if (changed.color(QPalette::WindowText) == color)
-        return;
-    changed.setColor(QPalette::WindowText, color);
-    setPalette(changed);
 }
 
 AppearanceLabel *makeLabel(const QString &text, qreal size, QFont::Weight weight,

@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QPalette>
 
+class QPainter;
+
 /// A colour that follows the light or dark appearance. Resolve it when painting and again after a palette
 /// change.
 struct AppearanceColor
@@ -55,6 +57,14 @@ inline const QColor orvaneMauveFixed = QColor::fromRgbF(0.486F, 0.227F, 0.929F);
 /// keyboard.
 [[nodiscard]] bool showsFocus(const QWidget &widget);
 
+/// Paints a ring along a rounded rectangle while `widget` shows its focus; otherwise nothing.
+void paintFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area, qreal cornerRadius,
+                    const AppearanceColor &color = breakTeal());
+
+/// Gives what `widget` paints in `role` the colour for its appearance. To be called again when the widget's
+/// palette has changed.
+void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const AppearanceColor &color);
+
 /// The desktop's own sans-serif font at `size` device-independent pixels.
 [[nodiscard]] QFont systemFont(qreal size, QFont::Weight weight);
 
@@ -71,8 +81,6 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void applyColor();
-
     AppearanceColor m_color;
 };
 

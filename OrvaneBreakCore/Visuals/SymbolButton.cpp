@@ -37,11 +37,7 @@ void SymbolButton::paintEvent(QPaintEvent * /*event*/)
         painter.setBrush(shade(palette(), isDown() ? 0.16F : 0.08F));
         painter.drawRoundedRect(area, cornerRadius, cornerRadius);
     }
-    if (showsFocus(*this)) {
-        painter.setPen(QPen(breakTeal().resolved(palette()), 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(area, cornerRadius, cornerRadius);
-    }
+    paintFocusRing(painter, *this, area, cornerRadius);
     const QImage image = Symbols::image(m_symbol, m_size, m_tint.resolved(palette()), devicePixelRatioF());
     if (!image.isNull())
         painter.drawImage(QPointF(width() - m_size, height() - m_size) / 2, image);

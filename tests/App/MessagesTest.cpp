@@ -1,103 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Support/ApplicationFixture.h"
+#include "App/MessagesFixture.h"
 #include "Support/Widgets.h"
 
 #include <QJsonArray>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QTest>
-#include <QTextEdit>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-
-struct Launched : ApplicationFixture
-{
-    explicit Launched(bool isMenuBarMode = false)
-    {
-        preferences.setValue(u"OBMenuBarMode"_s, isMenuBarMode);
-        launch();
-    }
-
-    /// Answers the oldest waiting check-in with a message that the makers signed.
-    void deliver(qint64 id, const QString &message)
-    {
-        const QString nonce = http.requests.constFirst().json()[u"n"_s].toString();
-        http.answer(
-            HttpAnswer{200, jsonBytes(makers.answer(nonce, unixSeconds(runLoop.now()), id, message))});
-    }
-
-    void answerReport(bool isAccepted)
-    {
-        http.answer(HttpAnswer{200, isAccepted ? R"({"ok":true})" : R"({"ok":false})"});
-    }
-
-    /// The dialog that is shown, or null.
-    [[nodiscard]] static QDialog *dialog()
-    {
-        return qobject_cast<QDialog *>(QApplication::activeModalWidget());
-    }
-
-    [[nodiscard]] static QString textOf(const QWidget &parent, const QString &name)
-    {
-        const auto *edit = parent.findChild<QTextEdit *>(name);
-        return edit ? edit->toPlainText() : parent.findChild<QLabel *>(name)->text();
-    }
-
-    /// The shown dialog in one line, as a user reads it.
-    [[nodiscard]] static QString dialogText()
-    {
-        return dialog() ? textOf(*dialog(), u"alertMessage"_s) + u" / "_s +
-                              textOf(*dialog(), u"alertInformation"_s)
-                        : u"none"_s;
-    }
-
-    static void press(const QString &name)
-    {
-        QPointer<QDialog> pressed = dialog();
-        QTest::mouseClick(pressed->findChild<QPushButton *>(name), Qt::LeftButton);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCoreApplication::processEvents();
-    }
-
-    template <typename Widget>
-    [[nodiscard]] static Widget *inMessages(const QString &name)
-    {
-        auto *found = window(u"messagesWindow"_s)->findChild<Widget *>(name);
-        if (!found)
-            qFatal("no such widget: %s", qPrintable(name));
-        return found;
-    }
-
-    static QStringList bodies()
-    {
-        QStringList texts;
-        for (const QTextEdit *body : window(u"messagesWindow"_s)->findChildren<QTextEdit *>(u"messageBody"_s))
-            texts << body->toPlainText();
-        return texts;
-    }
-
-    [[nodiscard]] bool hasBadges() const
-    {
-        const bool onButton = !find<QWidget>(u"messagesBadge"_s)->isHidden();
-        const QMenu *menu = window()->findChild<QMenuBar *>()->actions().at(0)->menu();
-        const bool inMenu = menu->actions().at(1)->isVisible();
-        if (onButton != inMenu)
-            qFatal("the badges disagree");
-        return onButton;
-    }
-};
-
-} // namespace
-
-/// Messages from the makers, replies and reports, with the real windows and without a network.
+/// Messages from the makers and replies, with the real windows and without a network.
 class MessagesTest : public QObject
 {
     Q_OBJECT
@@ -349,101 +262,6 @@ private Q_SLOTS:
                  "ici, réessaie plus tard ou écris à support@orvanebreak.invalid."_s);
         f.press(u"alertDefault"_s);
         QCOMPARE(f.channel.messageHistory().size(), 1);
-    }
-
-    void theReportForm()
-    {
-        Launched f;
-        f.http.requests.clear();
-        f.delegate.reportProblemPressed();
-        QCOMPARE(f.dialogText(),
-                 u"Signaler un problème / Décris ce qui ne va pas, ça arrive directement chez Orvane "
-                 "Labs. La réponse s'affichera dans l'app."_s);
-        auto *text = f.dialog()->findChild<QPlainTextEdit *>(u"reportText"_s);
-        auto *email = f.dialog()->findChild<QLineEdit *>(u"reportEmail"_s);
-        QCOMPARE(text->size(), QSize(380, 110));
-        QCOMPARE(email->size(), QSize(380, 24));
-        QCOMPARE(email->placeholderText(), u"ton email (facultatif, pour te répondre aussi par mail)"_s);
-        QCOMPARE(f.dialog()->focusWidget(), text);
-        QCOMPARE(f.dialog()->findChild<QPushButton *>(u"alertDefault"_s)->text(), u"Envoyer"_s);
-        QCOMPARE(f.dialog()->findChild<QPushButton *>(u"alertCancel"_s)->text(), u"Annuler"_s);
-        text->setPlainText(u"\n Ça ne va pas \n"_s);
-        email->setText(u" moi@exemple.ch "_s);
-        f.press(u"alertDefault"_s);
-        QCOMPARE(f.http.requests.constFirst().json()[u"text"_s], QJsonValue(u"Ça ne va pas"_s));
-        QCOMPARE(f.http.requests.constFirst().json()[u"email"_s], QJsonValue(u" moi@exemple.ch "_s));
-        f.answerReport(true);
-        QCOMPARE(f.dialogText(),
-                 u"Merci ! / Ton signalement est bien parti. La réponse arrivera dans l'app."_s);
-        f.press(u"alertDefault"_s);
-        QVERIFY(f.channel.messageHistory().isEmpty());
-    }
-
-    void aReportThatCouldNotBeSent()
-    {
-        Launched f;
-        f.http.requests.clear();
-        f.delegate.reportProblemPressed();
-        f.dialog()->findChild<QPlainTextEdit *>()->setPlainText(u"Ça ne va pas"_s);
-        f.press(u"alertDefault"_s);
-        f.answerReport(false);
-        QCOMPARE(f.dialogText(),
-                 u"Envoi impossible / Impossible d'envoyer pour le moment (réseau ?). Réessaie plus "
-                 "tard ou écris à support@orvanebreak.invalid."_s);
-        f.press(u"alertDefault"_s);
-    }
-
-    void anEmptyOrCancelledReportSendsNothing()
-    {
-        Launched f;
-        f.http.requests.clear();
-        f.delegate.reportProblemPressed();
-        f.dialog()->findChild<QPlainTextEdit *>()->setPlainText(u" \n "_s);
-        f.dialog()->findChild<QLineEdit *>(u"reportEmail"_s)->setText(u"moi@exemple.ch"_s);
-        f.press(u"alertDefault"_s);
-        QVERIFY(!f.dialog());
-        f.delegate.reportProblemPressed();
-        f.dialog()->findChild<QPlainTextEdit *>()->setPlainText(u"Ça ne va pas"_s);
-        f.press(u"alertCancel"_s);
-        QVERIFY(!f.dialog());
-        QVERIFY(f.http.requests.isEmpty());
-    }
-
-    void dialogsComeOneByOneAndNeverInABreak()
-    {
-        Launched f;
-        f.http.requests.clear();
-        for (int count = 0; count < 2; ++count) {
-            f.delegate.reportProblemPressed();
-            f.dialog()->findChild<QPlainTextEdit *>()->setPlainText(u"Ça ne va pas"_s);
-            f.press(u"alertDefault"_s);
-        }
-        f.engine.breakNow();
-        f.answerReport(true);
-        f.answerReport(false);
-        QVERIFY(!f.dialog());
-        f.runLoop.advance(21s);
-        QCOMPARE(f.dialogText().section(u'/', 0, 0), u"Merci ! "_s);
-        f.press(u"alertDefault"_s);
-        QCOMPARE(f.dialogText().section(u'/', 0, 0), u"Envoi impossible "_s);
-        f.press(u"alertDefault"_s);
-        QVERIFY(!f.dialog());
-    }
-
-    void nothingWaitsForADialog()
-    {
-        Launched f;
-        f.engine.start();
-        f.deliver(7, u"Bonjour"_s);
-        QVERIFY(f.dialog());
-        f.runLoop.advance(20min + 1s);
-        QVERIFY(f.overlay->isShown);
-        f.runLoop.advance(21s);
-        QVERIFY(!f.overlay->isShown);
-        f.runLoop.advance(1h);
-        QCOMPARE(f.http.requests.size(), 1);
-        QVERIFY(f.dialog());
-        f.press(u"alertDefault"_s);
     }
 
     void answersAfterTheEndAreNobodysBusiness()

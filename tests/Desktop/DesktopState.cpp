@@ -8,14 +8,6 @@
 
 namespace {
 
-xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name)
-{
-    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()),
-        nullptr));
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-}
-
 XcbReply<xcb_get_property_reply_t> propertyOf(xcb_connection_t *connection, xcb_window_t window,
                                               std::string_view name)
 {

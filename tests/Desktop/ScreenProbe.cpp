@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ScreenProbe.h"
 
-#include <time.h>
-
 #include <cstdio>
 #include <exception>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -13,22 +10,6 @@ namespace {
 constexpr const char *usage = "usage: screen-probe state\n"
                               "       screen-probe sample DURATION-MS INTERVAL-MS X,Y[,WIDTH,HEIGHT]...\n"
                               "       screen-probe damage DURATION-MS WINDOW...\n";
-
-PixelRectangle parseRectangle(const std::string &text)
-{
-    std::istringstream stream(text);
-    std::vector<int> numbers;
-    for (std::string part; std::getline(stream, part, ',');)
-        numbers.push_back(std::stoi(part));
-    PixelRectangle area;
-    area.x = static_cast<std::int16_t>(numbers.at(0));
-    area.y = static_cast<std::int16_t>(numbers.at(1));
-    if (numbers.size() > 2) {
-        area.width = static_cast<std::uint16_t>(numbers.at(2));
-        area.height = static_cast<std::uint16_t>(numbers.at(3));
-    }
-    return area;
-}
 
 bool runCommand(xcb_connection_t *connection, const std::vector<std::string> &words)
 {
@@ -54,18 +35,6 @@ bool runCommand(xcb_connection_t *connection, const std::vector<std::string> &wo
 }
 
 } // namespace
-
-std::int64_t monotonicNanoseconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
-}
-
-xcb_window_t rootWindow(xcb_connection_t *connection)
-{
-    return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-}
 
 int main(int argc, char **argv)
 {

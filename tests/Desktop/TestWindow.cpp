@@ -23,14 +23,6 @@ struct Description
 
 constexpr PixelRectangle textField{20, 20, 180, 28};
 
-xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name)
-{
-    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data()),
-        nullptr));
-    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
-}
-
 class TestWindow
 {
 public:
@@ -127,9 +119,7 @@ private:
     void printPlace()
     {
         const XcbReply<xcb_translate_coordinates_reply_t> reply(xcb_translate_coordinates_reply(
-            m_connection,
-            xcb_translate_coordinates(m_connection, m_window,
-                                      xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root, 0, 0),
+            m_connection, xcb_translate_coordinates(m_connection, m_window, rootWindow(m_connection), 0, 0),
             nullptr));
         if (reply)
             std::printf("at %d %d\n", reply->dst_x, reply->dst_y);
@@ -174,14 +164,7 @@ Description parseArguments(const std::vector<std::string> &words)
     Description description;
     description.title = words.at(0);
     description.colour = static_cast<std::uint32_t>(std::stoul(words.at(1), nullptr, 16));
-    int x = 0;
-    int y = 0;
-    unsigned width = 0;
-    unsigned height = 0;
-    if (std::sscanf(words.at(2).c_str(), "%d,%d,%u,%u", &x, &y, &width, &height) != 4)
-        std::exit(2);
-    description.place = {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
-                         static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height)};
+    description.place = parseRectangle(words.at(2));
     description.isFullScreen = std::find(words.begin(), words.end(), "full-screen") != words.end();
     description.takesFocus = std::find(words.begin(), words.end(), "take-focus") != words.end();
     return description;

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <string_view>
 
 /// Frees what the X library allocated with malloc.
 struct FreeReply
@@ -25,8 +27,14 @@ struct PixelRectangle
     std::uint16_t height = 1;
 };
 
+/// Reads "x,y" or "x,y,width,height"; throws when the text is none of them.
+[[nodiscard]] PixelRectangle parseRectangle(const std::string &text);
+
 /// Nanoseconds of the monotonic clock, comparable between processes.
 [[nodiscard]] std::int64_t monotonicNanoseconds();
 
 /// The root window of the first screen.
 [[nodiscard]] xcb_window_t rootWindow(xcb_connection_t *connection);
+
+/// The X server's number for a name; none when the connection is broken.
+[[nodiscard]] xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name);

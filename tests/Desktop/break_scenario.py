@@ -17,9 +17,9 @@ from driver.sway import SwayBed
 from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
-from scenario import (accessibility_part, ending_part, first_launch_part, hotplug_part, keyboard_part, look_part, modes_part,
-                      pace_part, pause_part, service_part, session_part, shell_part, switches_part, tray_part, trouble_part,
-                      wayland_break_part, wayland_change_part)
+from scenario import (accessibility_part, ending_part, first_launch_part, hotplug_part, keyboard_part, look_part,
+                      modes_part, pace_part, pause_part, service_part, session_part, shell_part, switches_part,
+                      tray_part, trouble_part, wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, table, write_json

@@ -1,15 +1,12 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A stand-in for a desktop with a global menu: takes menu bars over, and answers every line of standard input with what is
-in them, as one line of JSON."""
-
-import json
-import sys
+"""A stand-in for a desktop with a global menu: takes menu bars over, and answers every line of standard input with what
+is in them, as one line of JSON."""
 
 import dbus
-import dbus.mainloop.glib
 import dbus.service
-from gi.repository import GLib
+
+from bus_service import serve, session_bus
 
 REGISTRAR = "com.canonical.AppMenu.Registrar"
 MENU = "com.canonical.dbusmenu"
@@ -48,22 +45,6 @@ def _text(values):
     return "-" if values.get("type", "") == "separator" else str(values.get("label", "")).replace("_", "")
 
 
-def main():
-    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-    loop = GLib.MainLoop()
-    registrar = Registrar(dbus.SessionBus())
-
-    def answer(stream, _condition):
-        if not stream.readline():
-            loop.quit()
-            return False
-        print(json.dumps(registrar.contents()), flush=True)
-        return True
-
-    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, answer)
-    print("ready", flush=True)
-    loop.run()
-
-
 if __name__ == "__main__":
-    main()
+    registrar = Registrar(session_bus())
+    serve(lambda _: registrar.contents())

@@ -2,8 +2,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """A screen reader without a voice: reads the windows of OrvaneBreak over AT-SPI.
 
-Reads commands from standard input and answers each with one line of JSON:
-  tree TITLE        the visible controls of the windows with that title: role, name, description, states, box
+usage: screen_reader.py COMMAND
+  announce          tells the programs of the session that somebody reads them
+  tree TITLE        prints the visible controls of the windows with that title as one line of JSON: role, name,
+                    description, text, states, box
   press NAME        does the first action of the control with that name"""
 
 import json
@@ -54,8 +56,8 @@ def visible_controls(title=None):
 def described(control):
     box = control.get_extents(Atspi.CoordType.SCREEN)
     states = [state.value_nick for state in control.get_state_set().get_states()]
-    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(), "text": text_of(control),
-            "states": states, "box": [box.x, box.y, box.width, box.height]}
+    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(),
+            "text": text_of(control), "states": states, "box": [box.x, box.y, box.width, box.height]}
 
 
 def text_of(control):
@@ -75,14 +77,14 @@ def press(name):
 def main():
     command, *arguments = sys.argv[1:]
     if command == "announce":
-        return announce()
+        announce()
+        return
     Atspi.init()
     if command == "tree":
         print(json.dumps([described(control) for control in visible_controls(*arguments)]))
     elif command == "press":
         press(*arguments)
-    return None
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

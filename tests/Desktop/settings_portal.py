@@ -3,15 +3,15 @@
 """A stand-in for the desktop's settings portal with one setting, the colour scheme.
 
 usage: settings_portal.py SCHEME
-SCHEME is "none", "dark" or "light"; every line of standard input is a new one. "foreign" announces a text under the same
-key of another name space, as some desktops do. One line of output tells that the change is made."""
+SCHEME is "none", "dark" or "light"; every line of standard input is a new one. "foreign" announces a text under the
+same key of another name space, as some desktops do. The answer, one line of JSON, tells that the change is made."""
 
 import sys
 
 import dbus
-import dbus.mainloop.glib
 import dbus.service
-from gi.repository import GLib
+
+from bus_service import serve, session_bus
 
 SERVICE = "org.freedesktop.portal.Desktop"
 PATH = "/org/freedesktop/portal/desktop"
@@ -47,24 +47,5 @@ class Portal(dbus.service.Object):
             self.SettingChanged(APPEARANCE, KEY, dbus.UInt32(self._value))
 
 
-def main():
-    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-    loop = GLib.MainLoop()
-    portal = Portal(dbus.SessionBus(), sys.argv[1])
-
-    def read_scheme(stream, _condition):
-        line = stream.readline()
-        if not line:
-            loop.quit()
-            return False
-        portal.change(line.strip())
-        print("done", flush=True)
-        return True
-
-    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read_scheme)
-    print("ready", flush=True)
-    loop.run()
-
-
 if __name__ == "__main__":
-    main()
+    serve(Portal(session_bus(), sys.argv[1]).change)

@@ -9,18 +9,15 @@ Reads commands from standard input and answers each with one line of JSON:
   click LABEL       chooses the entry with that label; answers the monotonic time of the click in nanoseconds
   icon              pixmaps of the first item: width, height, and the colours in them with their number of pixels
   updates           number of announcements of a changed menu since the start
-  quit              leaves
 """
 
 import collections
-import json
-import sys
 import time
 
 import dbus
-import dbus.mainloop.glib
 import dbus.service
-from gi.repository import GLib
+
+from bus_service import serve, session_bus
 
 WATCHER = "org.kde.StatusNotifierWatcher"
 ITEM = "org.kde.StatusNotifierItem"
@@ -103,9 +100,8 @@ class Watcher(dbus.service.Object):
 class TrayHost:
     """Answers the commands."""
 
-    def __init__(self, bus, loop):
+    def __init__(self, bus):
         self._bus = bus
-        self._loop = loop
         self._updates = 0
         self._watcher = Watcher(bus)
         for signal in ("LayoutUpdated", "ItemsPropertiesUpdated"):
@@ -117,9 +113,6 @@ class TrayHost:
         command, _, argument = line.partition(" ")
         actions = {"items": self._items, "menu": self._menu, "open": self._open, "icon": self._icon,
                    "updates": lambda: self._updates, "click": lambda: self._click(argument)}
-        if command == "quit":
-            self._loop.quit()
-            return None
         if command not in actions:
             return {"error": f"unknown command: {command}"}
         try:
@@ -178,23 +171,5 @@ class TrayHost:
         self._updates += 1
 
 
-def main():
-    dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-    loop = GLib.MainLoop()
-    host = TrayHost(dbus.SessionBus(), loop)
-
-    def read_command(stream, _condition):
-        line = stream.readline()
-        if not line:
-            loop.quit()
-            return False
-        print(json.dumps(host.answer(line.rstrip("\n"))), flush=True)
-        return True
-
-    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, read_command)
-    print(json.dumps("ready"), flush=True)
-    loop.run()
-
-
 if __name__ == "__main__":
-    main()
+    serve(TrayHost(session_bus()).answer)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Instance/ApplicationService.h"
 
+#include "Support/SessionBusDaemon.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -22,7 +24,7 @@ class ApplicationServiceTest : public QObject
 {
     Q_OBJECT
 
-    QProcess m_bus;
+    SessionBusDaemon m_bus;
 
     static QProcess *startSecond(const QString &action)
     {
@@ -34,16 +36,14 @@ class ApplicationServiceTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        m_bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        QVERIFY(m_bus.waitForReadyRead());
-        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.readLine().trimmed());
+        QVERIFY(!m_bus.address().isEmpty());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toLatin1());
     }
 
     void cleanupTestCase()
     {
         QDBusConnection::disconnectFromBus(QDBusConnection::sessionBus().name());
-        m_bus.terminate();
-        m_bus.waitForFinished();
+        m_bus.stop();
     }
 
     void theFirstLivesAndTheSecondActivatesIt()

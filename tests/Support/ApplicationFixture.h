@@ -100,5 +100,6 @@ struct ApplicationFixture : EngineFixture
     LauncherCount launcherCount{QStringLiteral("test"), QDBusConnection(QStringLiteral("none"))};
     SPUStandardUpdaterController updaterController{updaterSettings};
     AppDelegate delegate{{engine, runLoop, preferences, loginItem, updaterController, presence, bundle,
-                          channel, launcherCount, [this] { return std::make_unique<FakeTrayItem>(tray); }}};
+                          channel, launcherCount, [this] { return std::make_unique<FakeTrayItem>(tray); },
+                          [this] { presence.log.append(QStringLiteral("crash reporter")); }}};
 };

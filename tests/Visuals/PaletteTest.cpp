@@ -2,10 +2,14 @@
 #include "Visuals/Palette.h"
 
 #include "Support/Widgets.h"
+#include "Visuals/AccentButton.h"
+#include "Visuals/AccentCheckBox.h"
+#include "Visuals/SymbolButton.h"
 #include "Visuals/TextButton.h"
 
 #include <QPushButton>
 #include <QTest>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -138,6 +142,29 @@ private Q_SLOTS:
         button.setDown(true);
         QVERIFY(brightest() < before);
         QCOMPARE(button.cursor().shape(), Qt::PointingHandCursor);
+    }
+
+    void theFocusIsShownOnceTheKeyboardHasMovedIt()
+    {
+        QWidget window;
+        QVBoxLayout layout(&window);
+        QWidget *controls[] = {new AccentButton(u"Envoyer"_s, breakTealFixed), new AccentCheckBox(u"Son"_s),
+                               new SymbolButton(u"eye"_s, 16, u"Veille"_s),
+                               new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), labelColor(), 12)};
+        for (QWidget *control : controls)
+            layout.addWidget(control);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        for (QWidget *control : controls) {
+            window.setAttribute(Qt::WA_KeyboardFocusChange, false);
+            control->setFocus();
+            QVERIFY(control->hasFocus());
+            const QImage focusedByMouse = painted(*control, Qt::white);
+            window.setAttribute(Qt::WA_KeyboardFocusChange);
+            QVERIFY(painted(*control, Qt::white) != focusedByMouse);
+            control->clearFocus();
+            QCOMPARE(painted(*control, Qt::white), focusedByMouse);
+        }
     }
 };
 

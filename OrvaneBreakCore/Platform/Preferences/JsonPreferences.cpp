@@ -2,9 +2,8 @@
 #include "Platform/Preferences/JsonPreferences.h"
 
 #include "Platform/Preferences/PreferencesFile.h"
+#include "Platform/Process/UserFolders.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 
 #include <system_error>
@@ -55,10 +54,7 @@ JsonPreferences::JsonPreferences(const std::filesystem::path &file)
 
 std::filesystem::path JsonPreferences::defaultFile()
 {
-    std::filesystem::path folder = qgetenv("XDG_CONFIG_HOME").toStdString();
-    if (!folder.is_absolute())
-        folder = std::filesystem::path(QFile::encodeName(QDir::homePath()).toStdString()) / ".config";
-    return folder / "OrvaneBreak" / "preferences.json";
+    return UserFolders::configuration() / "OrvaneBreak" / "preferences.json";
 }
 
 QJsonValue JsonPreferences::value(const QString &key) const

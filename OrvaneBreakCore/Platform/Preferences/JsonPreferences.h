@@ -23,7 +23,7 @@ public:
     /// Reads `file`; it and its folder are created at the first change.
     explicit JsonPreferences(const std::filesystem::path &file);
 
-    /// OrvaneBreak/preferences.json in $XDG_CONFIG_HOME, or in ~/.config when that is not an absolute path.
+    /// OrvaneBreak/preferences.json in the user's folder for configuration.
     [[nodiscard]] static std::filesystem::path defaultFile();
 
     [[nodiscard]] QJsonValue value(const QString &key) const override;

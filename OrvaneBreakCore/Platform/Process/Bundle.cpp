@@ -28,6 +28,11 @@ std::optional<QString> Bundle::infoText(const QString &key) const
     return value.toString();
 }
 
+QString Bundle::shortVersion() const
+{
+    return infoText(u"CFBundleShortVersionString"_s).value_or(u"?"_s);
+}
+
 QString Bundle::soundsFolder() const
 {
     return m_folder + u"/sounds"_s;

@@ -21,6 +21,10 @@ public:
     /// missing or holds something else.
     [[nodiscard]] std::optional<QString> infoText(const QString &key) const;
 
+    /// The version that the makers call this build by, kept under "CFBundleShortVersionString"; "?" without
+    /// one.
+    [[nodiscard]] QString shortVersion() const;
+
     /// The folder of the sounds.
     [[nodiscard]] QString soundsFolder() const;
 

@@ -5,6 +5,8 @@
 
 #include <sys/utsname.h>
 
+using namespace Qt::StringLiterals;
+
 SystemVersion SystemVersion::current()
 {
     utsname names = {};
@@ -15,4 +17,9 @@ SystemVersion SystemVersion::parse(const char *release)
 {
     const QVersionNumber version = QVersionNumber::fromString(QString::fromLatin1(release));
     return {version.majorVersion(), version.minorVersion(), version.microVersion()};
+}
+
+QString SystemVersion::clientText() const
+{
+    return u"macOS %1.%2"_s.arg(major).arg(minor);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QString>
+
 /// The version of the operating system: that of the kernel.
 struct SystemVersion
 {
@@ -13,4 +15,7 @@ struct SystemVersion
 
     /// The numbers at the beginning of a kernel's release, for example "6.1.0-18-amd64".
     [[nodiscard]] static SystemVersion parse(const char *release);
+
+    /// "macOS ", which the makers' server expects of every client, and the major and minor version.
+    [[nodiscard]] QString clientText() const;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Sound/CanberraChime.h"
 
+#include "Crash/SignalStack.h"
+
 #include <QFile>
 #include <QGuiApplication>
 
@@ -140,6 +142,7 @@ void CanberraChime::play(const QString &name)
     try {
         // Joining it could take as long as the server hangs.
         std::thread([sound = std::move(sound), isPlaying = m_isPlaying] {
+            const SignalStack signalStack;
             playToTheEnd(sound);
             *isPlaying = false;
         }).detach();

@@ -3,12 +3,11 @@
 
 import collections
 import json
-import os
 import pathlib
 import subprocess
 
 from .bed import CannotStart
-from .waiting import wait_until
+from .other_window import OtherWindow, describe_window
 
 Change = collections.namedtuple("Change", "time area value")
 Damage = collections.namedtuple("Damage", "time window x y width height")
@@ -64,41 +63,24 @@ class Probe:
 
     def window(self, title, colour, place, *options):
         """Opens another program's window: place is x, y, width, height; options "full-screen" and "take-focus"."""
-        return TestWindow(self._bed, self._run("test-window", title, "%02x%02x%02x" % colour,
-                                               ",".join(str(number) for number in place), *options))
+        return TestWindow(self._bed, self._run("test-window", *describe_window(title, colour, place), *options))
 
     def _run(self, program, *arguments):
         return self._bed.run([self._folder / program, *arguments], stdout=subprocess.PIPE, text=True)
 
 
-class TestWindow:
-    """Another program; remembers what it was told."""
+class TestWindow(OtherWindow):
+    """A window whose program says also which window it is and where it lies."""
 
     def __init__(self, bed, process):
-        self._bed = bed
-        self._process = process
-        self._text = ""
-        os.set_blocking(process.stdout.fileno(), False)
-        wait_until(lambda: "window " in self.output(), "the window of another program")
-        self.identifier = int(self.output().split("window ", 1)[1].split("\n", 1)[0])
-
-    def output(self):
-        """Everything that it has printed so far."""
-        try:
-            self._text += os.read(self._process.stdout.fileno(), 65536).decode()
-        except BlockingIOError:
-            pass
-        return self._text
+        super().__init__(bed, process)
+        self.identifier = int(self._told("window")[0][0])
 
     def place_to_click(self):
         """A place on the picture in the upper left part of the window."""
-        left, top = [line.split()[1:] for line in self.output().split("\n") if line.startswith("at ")][-1]
+        left, top = self._told("at")[-1]
         return (int(left) + 60, int(top) + 60)
 
     def keys(self):
         """The key symbols that reached it, as hexadecimal numbers."""
-        return [line.split()[1] for line in self.output().split("\n") if line.startswith("key ")]
-
-    def close(self):
-        """Ends the other program; does nothing the second time."""
-        self._bed.stop(self._process)
+        return [symbol for symbol, *_ in self._told("key")]

@@ -13,8 +13,9 @@ from .children import Children
 
 _PACKAGE_OF = {"Xvfb": "xvfb", "xrandr": "x11-xserver-utils", "xdotool": "xdotool", "xprop": "x11-utils",
                "dbus-daemon": "dbus", "hsetroot": "hsetroot", "picom": "picom", "xfce4-panel": "xfce4-panel",
-               "wmctrl": "wmctrl", "xwininfo": "x11-utils", "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm", "swaymsg": "sway", "swaybar": "sway",
-               "kwin_wayland": "kwin-wayland", "kscreen-doctor": "libkf5screen-bin", "Xwayland": "xwayland"}
+               "wmctrl": "wmctrl", "xwininfo": "x11-utils", "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm",
+               "swaymsg": "sway", "swaybar": "sway", "kwin_wayland": "kwin-wayland",
+               "kscreen-doctor": "libkf5screen-bin", "Xwayland": "xwayland"}
 _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
 
 

@@ -1,28 +1,18 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The tray host of a bed: a process of its own, so that it can come late, die and come back."""
 
-import json
-import pathlib
-import subprocess
-
-_PROGRAM = pathlib.Path(__file__).resolve().parent.parent / "tray_host.py"
+from .bus_service import BusService
 
 
 class TrayError(Exception):
     """The item did not answer as an item with a menu does."""
 
 
-class Tray:
+class Tray(BusService):
     """Runs from construction to `stop`."""
 
     def __init__(self, bed):
-        self._bed = bed
-        self._process = bed.run(["/usr/bin/python3", "-B", bed.lend(_PROGRAM)], stdin=subprocess.PIPE,
-                                stdout=subprocess.PIPE, text=True)
-        self._read()
-
-    def stop(self):
-        self._bed.stop(self._process)
+        super().__init__(bed, "tray_host.py")
 
     def items(self):
         return self._ask("items")
@@ -47,16 +37,8 @@ class Tray:
     def updates(self):
         return self._ask("updates")
 
-    def _ask(self, command):
-        self._process.stdin.write(command + "\n")
-        self._process.stdin.flush()
-        answer = self._read()
+    def _ask(self, line):
+        answer = super()._ask(line)
         if isinstance(answer, dict) and "error" in answer:
             raise TrayError(answer["error"])
         return answer
-
-    def _read(self):
-        line = self._process.stdout.readline()
-        if not line:
-            raise TrayError("the tray host has ended")
-        return json.loads(line)

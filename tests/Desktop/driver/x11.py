@@ -17,7 +17,6 @@ SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
 LARGE = (Output("LEFT", 0, 0, 1920, 1080), Output("RIGHT", 1920, 0, 1920, 1080))
 
 
-
 class X11Bed(SessionBed):
     """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom
     of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""

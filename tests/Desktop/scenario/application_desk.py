@@ -50,6 +50,12 @@ class ApplicationDesk(Desk):
         self.start({"OBOnboarded": True, "OBMenuBarMode": True}, environment)
         wait_until(self.tray.items, "the icon in the tray")
 
+    def begin_break_by_second_start(self):
+        """Starts the program again with the option for a break, and waits for its windows."""
+        second = self.start_again("--break-now")
+        self.wait_for_overlays()
+        self.bed.stop(second)
+
     @property
     def preferences_file(self):
         return self.config / "OrvaneBreak" / "preferences.json"
@@ -92,9 +98,6 @@ class ApplicationDesk(Desk):
     def close_by_window_manager(self):
         """Asks the window to close, as the button in its frame does."""
         self.bed.close_window(max(self.windows()))
-
-    def has_ended(self, status=0):
-        return comes_true(lambda: self.process.poll() is not None, 5) and self.process.returncode == status
 
     def finish(self):
         """Ends the program if it runs."""

@@ -2,7 +2,6 @@
 """A desk for the channel to the makers: the application, and their server."""
 
 import re
-import subprocess
 
 from driver.waiting import comes_true, wait_until
 
@@ -67,7 +66,3 @@ class LauncherWatch:
 
     def stop(self):
         self._bed.stop(self._process)
-
-
-def type_text(bed, text):
-    subprocess.run(["xdotool", "type", "--delay", "5", text], env=bed.environment(), check=True, timeout=20)

@@ -15,11 +15,13 @@ def visible(desk, report):
     desk.start_in_dock()
     report.promise("a message is shown while the window can be seen", desk.alert_shows("Bonjour à toi"))
     report.promise("it comes under the makers' name", desk.alert_shows(MESSAGE))
-    report.promise("the launcher shows a number", comes_true(lambda: launcher.counts()[-1:] == [1], 3), launcher.counts())
+    report.promise("the launcher shows a number", comes_true(lambda: launcher.counts()[-1:] == [1], 3),
+                   launcher.counts())
     desk.keep_picture("message")
     desk.reader.press(UNDERSTOOD)
     report.promise("the alert goes when it is answered", comes_true(lambda: not desk.has_alert(), 3))
-    report.promise("the launcher's number goes", comes_true(lambda: launcher.counts()[-1:] == [0], 3), launcher.counts())
+    report.promise("the launcher's number goes", comes_true(lambda: launcher.counts()[-1:] == [0], 3),
+                   launcher.counts())
     report.promise("what was shown is stored", comes_true(lambda: desk.preferences().get("OBAckMessage") == 7
                                                           and desk.preferences().get("OBShownMessages") == [7], 3))
     desk.finish()
@@ -59,7 +61,7 @@ def in_a_break(desk, report):
     desk.server.publish(9, "Après la pause")
     known = len(desk.server.received("check-in"))
     desk.start({"OBOnboarded": True}, {"ORVANE_DEBUG_BREAK": "1"})
-    wait_until(lambda: len(desk.overlays()) == 2, "a break window on every screen")
+    desk.wait_for_overlays()
     desk.wait_for_check_in(known)
     report.promise("no alert lies on a break", stays_true(lambda: not desk.has_alert(), 1))
     desk.bed.press("Escape")
@@ -73,11 +75,8 @@ def over_an_alert(desk, report):
     """A break that begins over an open alert."""
     desk.start_in_dock()
     desk.reader.control(UNDERSTOOD)
-    second = desk.start_again("--break-now")
-    wait_until(lambda: len(desk.overlays()) == 2, "a break window on every screen")
-    desk.bed.stop(second)
-    wait_until(lambda: desk.probe.state()["focus"] in [window["id"] for window in desk.overlays()],
-               "the break with the keyboard")
+    desk.begin_break_by_second_start()
+    wait_until(desk.break_has_keyboard, "the break with the keyboard")
     desk.bed.press("Escape")
     report.promise("Escape ends a break that began over an alert", comes_true(lambda: not desk.overlays(), 2))
     report.promise("the alert is still there after the break", desk.has_alert())

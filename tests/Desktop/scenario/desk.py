@@ -6,7 +6,7 @@ import pathlib
 
 from driver.probe import Probe
 from driver.tray import Tray
-from driver.waiting import wait_until
+from driver.waiting import comes_true, wait_until
 
 from . import layout
 
@@ -45,8 +45,8 @@ class Desk:
     # -- the program
 
     def start_program(self, environment=None):
-        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it gets
-        those of somebody who lives in the menu bar."""
+        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it
+        gets those of somebody who lives in the menu bar."""
         self._runs += 1
         file = pathlib.Path(self.bed.environment()["XDG_CONFIG_HOME"]) / "OrvaneBreak" / "preferences.json"
         if not file.exists():
@@ -72,6 +72,10 @@ class Desk:
 
     def write_preferences(self, config_folder, **changes):
         self.bed.write(config_folder / "OrvaneBreak" / "preferences.json", json.dumps({**IN_MENU_BAR, **changes}))
+
+    def has_ended(self, status=0):
+        """Whether the program has ended with this status, at last after a while."""
+        return comes_true(lambda: self.process.poll() is not None, 5) and self.process.returncode == status
 
     def stop_program(self):
         self.bed.stop(self.process)
@@ -113,9 +117,16 @@ class Desk:
         return moment
 
     def wait_for_break(self, scale=1.0):
+        self.wait_for_overlays()
+        wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
+
+    def wait_for_overlays(self):
+        """Waits for the windows of a break, whatever they show yet."""
         outputs = self.bed.outputs()
         wait_until(lambda: len(self.overlays()) == len(outputs), "a break window on every screen")
-        wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
+
+    def break_has_keyboard(self):
+        return self.probe.state()["focus"] in [window["id"] for window in self.overlays()]
 
     def wait_for_end(self, timeout=3):
         wait_until(lambda: not self.overlays(), "the end of the break", timeout)

@@ -15,17 +15,19 @@ def signals(desk, report):
         name = number.name
         before = desk.settled_picture()
         desk.start_in_break()
-        wait_until(lambda: desk.probe.state()["focus"] in [window["id"] for window in desk.overlays()],
-                   "the break with the keyboard")
-        os.kill(desk.process.pid, number)
-        ended = comes_true(lambda: desk.process.poll() is not None, 5)
-        wanted = -number if number == signal.SIGKILL else 0
-        report.promise(f"{name} in the middle of a break ends the program", ended and desk.process.returncode == wanted,
-                       desk.process.returncode)
+        wait_until(desk.break_has_keyboard, "the break with the keyboard")
+        check_end_by_signal(desk, report, number)
         _nothing_left(desk, report, name, before)
         _focus_returns(desk, report, name, other)
         report.promise("silent when a signal ends it", not desk.said(), desk.said())
         desk.bed.stop(desk.process)
+
+
+def check_end_by_signal(desk, report, number):
+    """Sends a signal to the program, which has a break on the screen."""
+    os.kill(desk.process.pid, number)
+    report.promise(f"{number.name} in the middle of a break ends the program",
+                   desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
 
 
 def _nothing_left(desk, report, name, before):
@@ -76,8 +78,7 @@ def leaving(desk, report):
     desk.begin_break()
     desk.tray.click(QUIT)
     report.promise("the menu's last entry ends the program, also in a break",
-                   comes_true(lambda: desk.process.poll() is not None, 5) and desk.process.returncode == 0,
-                   desk.process.returncode)
+                   desk.has_ended(), desk.process.returncode)
     report.promise("the focus is back after leaving by the menu in a break",
                    comes_true(lambda: desk.probe.state()["focus"] == other.identifier, 2))
     report.promise("silent on standard error in ordinary use", not desk.said(), desk.said())
@@ -87,8 +88,13 @@ def leaving(desk, report):
 
 def server_killed(desk, report):
     """The X server is killed in the middle of a break."""
+    check_end_with_server(desk, report, "the X server")
+
+
+def check_end_with_server(desk, report, server):
+    """Kills what shows the program's windows while they show a break."""
     desk.start_in_break()
     desk.bed.server.kill()
-    report.promise("the program ends within 5 s when the X server is killed",
+    report.promise(f"the program ends within 5 s when {server} is killed",
                    comes_true(lambda: desk.process.poll() is not None, 5))
-    report.promise("at most one line on standard error when the X server is killed", len(desk.said()) <= 1, desk.said())
+    report.promise(f"at most one line on standard error when {server} is killed", len(desk.said()) <= 1, desk.said())

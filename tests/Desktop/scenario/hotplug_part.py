@@ -25,17 +25,20 @@ def _is_covered(desk, output):
         and layout.find_parts(picture, output) is not None
 
 
-
 def _break_covers(desk, report, text):
     """Begins a break on the present monitors and ends it."""
     desk.bed.show_wallpaper()
     desk.begin_break()
     report.promise(text, all(_is_covered(desk, output) for output in desk.bed.outputs())
                    and len(desk.overlays()) == len(desk.bed.outputs()), desk.overlays())
-    desk.bed.press("Escape")
-    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    _escape(desk, report)
     if desk.overlays():
         desk.tidy_up(program_runs=True)
+
+
+def _escape(desk, report):
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
 
 
 def _unplug_in_break(desk, report):
@@ -45,8 +48,7 @@ def _unplug_in_break(desk, report):
     report.promise("the break goes on where a monitor stays when another is unplugged",
                    comes_true(lambda: _is_covered(desk, left), 2)
                    and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
-    desk.bed.press("Escape")
-    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    _escape(desk, report)
     desk.tidy_up(program_runs=True)
     _break_covers(desk, report, "the next break covers the one monitor that is left")
 
@@ -61,8 +63,7 @@ def _plug_in_break(desk, report):
                    and desk.process.poll() is None)
     report.promise("a monitor that is plugged in during a break stays free",
                    len(desk.overlays()) == 1 and layout.find_parts(desk.bed.picture(), new) is None, desk.overlays())
-    desk.bed.press("Escape")
-    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    _escape(desk, report)
     desk.tidy_up(program_runs=True)
     _break_covers(desk, report, "the next break covers the monitor that came")
 
@@ -76,8 +77,7 @@ def _unplug_first_in_break(desk, report):
     report.promise("the break goes on when the first monitor is unplugged",
                    stays_true(lambda: layout.find_parts(desk.bed.picture(), left), 1) and desk.process.poll() is None,
                    _describe(desk, left))
-    desk.bed.press("Escape")
-    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    _escape(desk, report)
     desk.tidy_up(program_runs=True)
     desk.bed.plug("DUMMY0")
     wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-from driver.waiting import comes_true, stays_true, wait_until
+from driver.waiting import comes_true, stays_true
 
 from .application_desk import BACK, MENU_BAR_BOX, SETTINGS
 from .desk import BREAK_NOW, OPEN, SWITCH_OFF, SWITCH_ON
@@ -18,7 +18,7 @@ def closing(desk, report):
         desk.bed.stop(desk.process)
 
     desk.start_in_dock()
-    _begin_break(desk)
+    desk.begin_break_by_second_start()
     desk.close_by_window_manager()
     report.promise("closing the window in a break ends the break and the program in the Dock",
                    desk.has_ended() and comes_true(lambda: not desk.overlays(), 2), desk.process.returncode)
@@ -30,7 +30,7 @@ def closing(desk, report):
     desk.click_control(SETTINGS)
     desk.reader.control(BACK)
     desk.tray.click(BREAK_NOW)
-    wait_until(lambda: len(desk.overlays()) == len(desk.bed.outputs()), "a break window on every screen")
+    desk.wait_for_overlays()
     desk.close_by_window_manager()
     report.promise("closing the window in a break leaves the break in the menu bar",
                    comes_true(lambda: not desk.windows(), 3) and stays_true(lambda: len(desk.overlays()) == 2, 0.5))
@@ -39,12 +39,6 @@ def closing(desk, report):
     report.promise("the window comes back on the page that it was left on", desk.shows(BACK))
     report.promise("silent while windows come and go", not desk.said(), desk.said())
     desk.finish()
-
-
-def _begin_break(desk):
-    second = desk.start_again("--break-now")
-    wait_until(lambda: len(desk.overlays()) == len(desk.bed.outputs()), "a break window on every screen")
-    desk.bed.stop(second)
 
 
 def switching(desk, report):

@@ -30,9 +30,8 @@ def _first_launch_works(desk, report, where, config_folder):
     desk.start_program({"XDG_CONFIG_HOME": config_folder, "ORVANE_DEBUG_BREAK": "1"})
     answer_first_question(desk)
     # The main window shines through, so the parts of the picture are not looked for.
-    wait_until(lambda: len(desk.overlays()) == len(desk.bed.outputs()), "a break window on every screen")
-    wait_until(lambda: desk.probe.state()["focus"] in [window["id"] for window in desk.overlays()],
-               "the keyboard in the break")
+    desk.wait_for_overlays()
+    wait_until(desk.break_has_keyboard, "the keyboard in the break")
     desk.bed.press("Escape")
     report.promise(f"starts and shows a break {where}",
                    comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)

@@ -35,8 +35,8 @@ def command_line(desk, report):
     version, usage = run("--version"), run("--help")
     report.promise("--version is one line", version.returncode == 0 and version.stdout.startswith("OrvaneBreak ")
                    and version.stdout.count("\n") == 1 and not version.stderr, version)
-    report.promise("--help fits one screen", usage.returncode == 0 and not usage.stderr and "--break-now" in usage.stdout
-                   and usage.stdout.count("\n") <= 24, usage)
+    report.promise("--help fits one screen", usage.returncode == 0 and not usage.stderr
+                   and "--break-now" in usage.stdout and usage.stdout.count("\n") <= 24, usage)
     for arguments in (["--frobnicate"], ["file.txt"], ["--break-now", "-x"], [""]):
         refused = run(*arguments)
         report.promise("an unknown argument is refused with one line and status 2", refused.returncode == 2

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-import os
 import signal
 import subprocess
 
 from driver.bed import NotPossibleHere
 from driver.waiting import comes_true, stays_true, wait_until
 
+from .ending_part import check_end_by_signal, check_end_with_server
 from .look_part import check_layout
 
 
@@ -95,11 +95,7 @@ def signals(desk, report):
     for number in (signal.SIGTERM, signal.SIGKILL):
         before = desk.settled_picture()
         desk.start_in_break()
-        os.kill(desk.process.pid, number)
-        ended = comes_true(lambda: desk.process.poll() is not None, 5)
-        wanted = -number if number == signal.SIGKILL else 0
-        report.promise(f"{number.name} in the middle of a break ends the program",
-                       ended and desk.process.returncode == wanted, desk.process.returncode)
+        check_end_by_signal(desk, report, number)
         report.promise(f"nothing is left after {number.name}",
                        comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 3))
         report.promise(f"the focus is back after {number.name}", comes_true(other.has_focus, 2))
@@ -109,11 +105,7 @@ def signals(desk, report):
 
 def compositor_killed(desk, report):
     """The compositor is killed in the middle of a break."""
-    desk.start_in_break()
-    desk.bed.server.kill()
-    report.promise("the program ends within 5 s when the display is killed",
-                   comes_true(lambda: desk.process.poll() is not None, 5))
-    report.promise("at most one line on standard error when the display is killed", len(desk.said()) <= 1, desk.said())
+    check_end_with_server(desk, report, "the display")
 
 
 def idle(desk, report, helpers):

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QDBusConnection>
+#include "Support/ThreadedBusService.h"
+
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
-#include <QThread>
 
 #include <atomic>
 
@@ -26,47 +26,25 @@ public Q_SLOTS:
     }
 };
 
-/// The portal on a bus, in a thread of its own because the caller waits for its answer.
-class FakePortal
+/// The portal on a bus.
+class FakePortal : public ThreadedBusService<FakePortalSettings>
 {
 public:
-    explicit FakePortal(const QString &address, unsigned scheme)
+    FakePortal(const QString &address, unsigned scheme)
+        : ThreadedBusService(address, QStringLiteral("org.freedesktop.portal.Desktop"), path())
     {
-        using namespace Qt::StringLiterals;
-        settings.scheme = scheme;
-        settings.moveToThread(&m_thread);
-        m_thread.start();
-        QDBusConnection bus = QDBusConnection::connectToBus(address, connectionName());
-        isRegistered = bus.registerObject(u"/org/freedesktop/portal/desktop"_s, &settings,
-                                          QDBusConnection::ExportAllSlots) &&
-                       bus.registerService(u"org.freedesktop.portal.Desktop"_s);
+        object.scheme = scheme;
     }
-
-    ~FakePortal()
-    {
-        QDBusConnection::disconnectFromBus(connectionName());
-        m_thread.quit();
-        m_thread.wait();
-    }
-
-    FakePortal(const FakePortal &) = delete;
-    FakePortal &operator=(const FakePortal &) = delete;
 
     /// Announces a changed setting.
-    static void announce(const QString &nameSpace, const QString &key, const QVariant &value)
+    void announce(const QString &nameSpace, const QString &key, const QVariant &value) const
     {
-        using namespace Qt::StringLiterals;
         QDBusMessage message = QDBusMessage::createSignal(
-            u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
+            path(), QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
         message << nameSpace << key << QVariant::fromValue(QDBusVariant(value));
-        QDBusConnection(connectionName()).send(message);
+        connection().send(message);
     }
 
-    FakePortalSettings settings;
-    bool isRegistered = false;
-
 private:
-    static QString connectionName() { return QStringLiteral("portal"); }
-
-    QThread m_thread;
+    static QString path() { return QStringLiteral("/org/freedesktop/portal/desktop"); }
 };

@@ -2,7 +2,7 @@
 #include "Platform/Appearance/PortalAppearance.h"
 
 #include "Platform/Appearance/FakePortal.h"
-#include "Platform/Idle/SessionBusDaemon.h"
+#include "Support/SessionBusDaemon.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
@@ -76,11 +76,11 @@ private Q_SLOTS:
         const FakePortal portal(m_daemon->address(), 1);
         const PortalAppearance program(bus());
         QVERIFY(isDark());
-        FakePortal::announce(appearance, colorScheme, 2U);
+        portal.announce(appearance, colorScheme, 2U);
         QTRY_VERIFY(!isDark());
-        FakePortal::announce(appearance, colorScheme, 1U);
+        portal.announce(appearance, colorScheme, 1U);
         QTRY_VERIFY(isDark());
-        FakePortal::announce(appearance, colorScheme, 0U);
+        portal.announce(appearance, colorScheme, 0U);
         QTRY_VERIFY(!isDark());
     }
 
@@ -88,13 +88,13 @@ private Q_SLOTS:
     {
         const FakePortal portal(m_daemon->address(), 1);
         const PortalAppearance program(bus());
-        FakePortal::announce(u"org.gnome.desktop.interface"_s, colorScheme, u"prefer-light"_s);
-        FakePortal::announce(appearance, u"accent-color"_s, 2U);
+        portal.announce(u"org.gnome.desktop.interface"_s, colorScheme, u"prefer-light"_s);
+        portal.announce(appearance, u"accent-color"_s, 2U);
         // Announcements arrive in their order: with the last one the earlier ones have been seen.
         QPalette mark = QApplication::palette();
         mark.setColor(QPalette::Window, QColor(1, 2, 3));
         QApplication::setPalette(mark);
-        FakePortal::announce(appearance, colorScheme, 1U);
+        portal.announce(appearance, colorScheme, 1U);
         QTRY_VERIFY(QApplication::palette().window().color() != QColor(1, 2, 3));
         QVERIFY(isDark());
     }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QDBusConnection>
+#include "Support/ThreadedBusService.h"
+
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QObject>
-#include <QThread>
 
 #include <atomic>
 
@@ -46,36 +46,13 @@ public Q_SLOTS:
     }
 };
 
-/// The service on a bus, in a thread of its own because the caller waits for it.
-class FakeIdleMonitor
+/// The service on a bus.
+class FakeIdleMonitor : public ThreadedBusService<FakeIdleMonitorObject>
 {
 public:
     explicit FakeIdleMonitor(const QString &address)
+        : ThreadedBusService(address, QStringLiteral("org.gnome.Mutter.IdleMonitor"),
+                             QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"))
     {
-        using namespace Qt::StringLiterals;
-        object.moveToThread(&m_thread);
-        m_thread.start();
-        QDBusConnection bus = QDBusConnection::connectToBus(address, connectionName());
-        isRegistered = bus.registerObject(u"/org/gnome/Mutter/IdleMonitor/Core"_s, &object,
-                                          QDBusConnection::ExportAllSlots) &&
-                       bus.registerService(u"org.gnome.Mutter.IdleMonitor"_s);
     }
-
-    ~FakeIdleMonitor()
-    {
-        QDBusConnection::disconnectFromBus(connectionName());
-        m_thread.quit();
-        m_thread.wait();
-    }
-
-    FakeIdleMonitor(const FakeIdleMonitor &) = delete;
-    FakeIdleMonitor &operator=(const FakeIdleMonitor &) = delete;
-
-    FakeIdleMonitorObject object;
-    bool isRegistered = false;
-
-private:
-    static QString connectionName() { return QStringLiteral("idle monitor"); }
-
-    QThread m_thread;
 };

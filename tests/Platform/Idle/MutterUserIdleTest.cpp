@@ -2,7 +2,7 @@
 #include "Platform/Idle/MutterUserIdle.h"
 
 #include "Platform/Idle/FakeIdleMonitor.h"
-#include "Platform/Idle/SessionBusDaemon.h"
+#include "Support/SessionBusDaemon.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -3,8 +3,8 @@
 
 #include "Platform/Idle/FakeIdleMonitor.h"
 #include "Platform/Idle/RunningCompositor.h"
-#include "Platform/Idle/SessionBusDaemon.h"
 #include "Platform/Idle/SettableClock.h"
+#include "Support/SessionBusDaemon.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Launcher/LauncherCount.h"
 
-#include "Platform/Idle/SessionBusDaemon.h"
+#include "Support/SessionBusDaemon.h"
 
 #include <QTest>
 #include <QVariantMap>

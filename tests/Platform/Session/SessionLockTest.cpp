@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Session/SessionLock.h"
 
-#include "Platform/Idle/SessionBusDaemon.h"
 #include "Platform/Session/FakeLockService.h"
+#include "Support/SessionBusDaemon.h"
 
 #include <QDBusObjectPath>
 #include <QDBusVariant>

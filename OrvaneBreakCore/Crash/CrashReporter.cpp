@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Crash/CrashReporter.h"
+
+#include "Crash/CallStack.h"
+#include "Crash/CrashCapture.h"
+#include "Crash/CrashText.h"
+#include "Crash/CrashUpload.h"
+#include "Crash/ProgramSymbols.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::size_t framesOfError = 15;
+
+} // namespace
+
+void CrashReporter::install()
+{
+    CrashUpload &upload = CrashUpload::shared();
+    upload.sendPendingCrash();
+    upload.sendSystemCrashReports();
+    CrashCapture::install(upload.places().pendingReport);
+}
+
+void CrashReporter::reportError(const QString &message)
+{
+    CallStack stack;
+    stack.captureHere();
+    CrashText text;
+    stack.appendTo(text, framesOfError, ProgramSymbols());
+    const std::string_view lines = text.view();
+    CrashUpload::shared().send(u"error"_s, message,
+                               QString::fromUtf8(lines.data(), static_cast<qsizetype>(lines.size())));
+}

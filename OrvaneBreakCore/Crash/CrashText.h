@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// Text of a limited length that is put together without allocating memory; what does not fit is dropped.
+/// Everything here is safe in a signal handler.
+class CrashText
+{
+public:
+    CrashText &append(std::string_view text);
+    CrashText &appendDecimal(std::uint64_t number);
+    CrashText &appendHexadecimal(std::uint64_t number); ///< With "0x" in front.
+
+    void clear() { m_length = 0; }
+    [[nodiscard]] std::string_view view() const { return {m_characters.data(), m_length}; }
+
+private:
+    CrashText &appendDigits(std::uint64_t number, unsigned base);
+
+    // Thirty frames with function names of the longest kind that is written.
+    std::array<char, 12'288> m_characters = {};
+    std::size_t m_length = 0;
+};

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <sys/stat.h>
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+
+/// A file's date as precisely as file systems keep it.
+struct FileDate
+{
+    /// The beginning of the year 1: before any file.
+    static constexpr FileDate distantPast() { return {-62'135'596'800, 0}; }
+
+    /// The date of `time`; the distant past when a text cannot hold it, that is outside of the years 1 to
+    /// 9999.
+    [[nodiscard]] static FileDate of(const timespec &time);
+
+    /// Reads what text() writes, and any other ISO 8601 date with a zone; nothing when it is none.
+    [[nodiscard]] static std::optional<FileDate> parse(const QString &text);
+
+    /// ISO 8601 in UTC with nine decimal places, for example "2026-11-21T14:25:07.123456789Z".
+    [[nodiscard]] QString text() const;
+
+    friend auto operator<=>(const FileDate &, const FileDate &) = default;
+
+    std::int64_t seconds = 0; ///< Since the beginning of 1970.
+    std::int32_t nanoseconds = 0;
+};

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <ucontext.h>
+
+#include <bit>
+#include <cstdint>
+
+/// What the registers of a thread held when a signal interrupted it. Safe in a signal handler.
+class InterruptedThread
+{
+public:
+    explicit InterruptedThread(const ucontext_t &context)
+        : m_registers(context.uc_mcontext)
+    {
+    }
+
+#if defined(__x86_64__)
+    [[nodiscard]] std::uintptr_t programCounter() const
+    {
+        return static_cast<std::uintptr_t>(m_registers.gregs[REG_RIP]);
+    }
+
+    /// Where the call returns to that led to the program counter just now. Reads the thread's stack, and
+    /// faults where there is none.
+    [[nodiscard]] std::uintptr_t returnAddressOfCall() const
+    {
+        return *std::bit_cast<const volatile std::uintptr_t *>(m_registers.gregs[REG_RSP]);
+    }
+#elif defined(__aarch64__)
+    [[nodiscard]] std::uintptr_t programCounter() const
+    {
+        return m_registers.pc;
+    }
+    [[nodiscard]] std::uintptr_t returnAddressOfCall() const
+    {
+        return m_registers.regs[30];
+    }
+#else
+#error "The registers of this processor are not known here"
+#endif
+
+private:
+    const mcontext_t &m_registers;
+};

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <filesystem>
+
+/// The folders in which programs keep what belongs to the user. Nothing is created. Any thread.
+struct UserFolders
+{
+    /// $XDG_CONFIG_HOME, or ~/.config when that is not an absolute path.
+    [[nodiscard]] static std::filesystem::path configuration();
+
+    /// $XDG_DATA_HOME, or ~/.local/share when that is not an absolute path.
+    [[nodiscard]] static std::filesystem::path data();
+
+    /// $XDG_STATE_HOME, or ~/.local/state when that is not an absolute path.
+    [[nodiscard]] static std::filesystem::path state();
+};

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Crash/CrashCapture.h"
+#include "Crash/Crashes.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+
+#include <cstring>
+
+namespace {
+
+void limit(__rlimit_resource resource, rlim_t value)
+{
+    const rlimit limits = {value, value};
+    setrlimit(resource, &limits);
+}
+
+} // namespace
+
+/// usage: Crasher REPORT KIND [full-disk | no-descriptors]: crashes in the given way, under the given
+/// shortage.
+int main(int argc, char **argv)
+{
+    if (argc < 3)
+        return 2;
+    limit(RLIMIT_CORE, 0);
+    CrashCapture::install(argv[1]);
+    if (argc > 3 && std::strcmp(argv[3], "full-disk") == 0)
+        limit(RLIMIT_FSIZE, 40);
+    if (argc > 3 && std::strcmp(argv[3], "no-descriptors") == 0) {
+        while (open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) {
+        }
+    }
+    crash(argv[2]);
+    return 0;
+}

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Crash/Crashes.h"
+
+#include "Crash/SignalStack.h"
+
+#include <malloc.h>
+#include <sys/mman.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+constexpr int deepCalls = 50;
+
+class Silent final : public std::exception
+{
+public:
+    [[nodiscard]] const char *what() const noexcept override { return ""; }
+};
+
+/// Keeps the compiler from leaving allocations and calls out.
+void *volatile taken = nullptr;
+volatile int calls = 0;
+void (*volatile nowhere)() = nullptr;
+
+[[gnu::noinline]] int recurseForEver(int depth)
+{
+    volatile char filling[4096] = {};
+    filling[depth % 4096] = 1;
+    // The compiler would refuse a recursion that it knows to be endless.
+    return (nowhere ? 0 : recurseForEver(depth + 1)) + filling[0];
+}
+
+[[gnu::noinline]] int recurse(int depth)
+{
+    const int before = calls;
+    if (depth == 0)
+        std::raise(SIGSEGV);
+    else
+        calls = recurse(depth - 1);
+    return before + calls;
+}
+
+void inThread(const std::function<void()> &work)
+{
+    std::thread([&work] {
+        const SignalStack stack;
+        work();
+    }).join();
+}
+
+[[gnu::noinline]] void freeWhatIsNotAllocated()
+{
+    static char place[64];
+    taken = place + 16;
+    std::free(taken);
+    calls = 1;
+}
+
+/// The allocator notices while it holds its lock, which it only takes when there are several threads.
+void corruptHeap()
+{
+    inThread([] {
+        auto *last = static_cast<char *>(std::malloc(4000));
+        std::memset(last + malloc_usable_size(last), 0xff, 16);
+        for (std::size_t size = 100'000; size > 0; --size)
+            taken = std::malloc(size);
+    });
+}
+
+/// The return addresses lead nowhere, and the frames above are not readable.
+[[gnu::noinline]] void damageStack()
+{
+    volatile std::uintptr_t frame[2] = {};
+    volatile std::uintptr_t *above = frame;
+    for (int index = 0; index < 64; ++index)
+        above[index] = 0x10;
+    std::raise(SIGSEGV);
+}
+
+void crashTwice()
+{
+    std::thread other([] { std::raise(SIGSEGV); });
+    std::raise(SIGSEGV);
+    other.join();
+}
+
+void throwText(const char *text)
+{
+    throw std::runtime_error(text);
+}
+
+void rethrow()
+{
+    try {
+        throwText("twice");
+    } catch (const std::exception &) {
+        throw;
+    }
+}
+
+const std::map<std::string, std::function<void()>> kinds = {
+    {"overflow", [] { recurseForEver(0); }},
+    {"thread overflow", [] { inThread([] { recurseForEver(0); }); }},
+    {"deep", [] { recurse(deepCalls); }},
+    {"nowhere", [] { nowhere(); }},
+    {"bad free", freeWhatIsNotAllocated},
+    {"corrupt heap", corruptHeap},
+    {"throw exception", [] { throwText("the disk is tired"); }},
+    {"throw string", [] { throw std::string("a text"); }},
+    {"throw int", [] { throw 42; }},
+    {"throw without reason", [] { throw Silent(); }},
+    {"throw private", [] { throwText((std::string(std::getenv("HOME")) + "/notes\n---\nof anna").c_str()); }},
+    {"throw in thread", [] { inThread([] { throwText("elsewhere"); }); }},
+    {"rethrow", rethrow},
+    {"terminate", [] { std::terminate(); }},
+    {"two threads", crashTwice},
+    {"damaged stack", damageStack},
+};
+
+} // namespace
+
+void crash(const std::string &kind)
+{
+    const std::string signal = "signal ";
+    const std::string threadSignal = "thread signal ";
+    if (kind.starts_with(signal))
+        std::raise(std::stoi(kind.substr(signal.size())));
+    else if (kind.starts_with(threadSignal))
+        inThread([&] { std::raise(std::stoi(kind.substr(threadSignal.size()))); });
+    else
+        kinds.at(kind)();
+}

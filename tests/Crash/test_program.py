@@ -1,0 +1,155 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The whole program crashes, starts again and tells a real server, once.
+
+usage: test_program.py PROGRAM MAKERS-SERVER CRASHER"""
+
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TESTS = pathlib.Path(__file__).resolve().parent.parent
+sys.path += [str(TESTS / "MakersServer"), str(TESTS / "Desktop")]
+
+from driver.waiting import wait_until  # noqa: E402
+from makers_server import MakersServer  # noqa: E402
+
+PROGRAM = MAKERS_SERVER = CRASHER = None
+SIGNALS = [signal.SIGABRT, signal.SIGSEGV, signal.SIGILL, signal.SIGBUS, signal.SIGFPE, signal.SIGTRAP]
+STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
+FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
+
+
+class Person:
+    """Someone with a home folder and a server to report to."""
+
+    def __init__(self, home, server):
+        self.home = pathlib.Path(home)
+        self.server = server
+        self.pending = self.home / "data/OrvaneBreak/pending-crash.txt"
+        self.environment = {
+            **os.environ, "HOME": home, "XDG_DATA_HOME": f"{home}/data", "XDG_CONFIG_HOME": f"{home}/config",
+            "XDG_STATE_HOME": f"{home}/state", "USER": "anna", "ORVANE_TEST_SERVER": server.address,
+            "ORVANE_TEST_PUBLIC_KEY": server.public_key}
+        preferences = self.home / "config/OrvaneBreak/preferences.json"
+        preferences.parent.mkdir(parents=True)
+        preferences.write_text('{"OBOnboarded": true, "OBDeviceId": "ANNAS-DEVICE"}')
+
+    def crash(self, kind, window="MainWindow", **variables):
+        """Starts the program, which crashes; returns its status."""
+        done = subprocess.run([PROGRAM], env={**self.environment, "ORVANE_TEST_CRASH": kind, **variables,
+                                              "ORVANE_TEST_CRASH_WINDOW": window},
+                              stderr=subprocess.DEVNULL, timeout=30, check=False)
+        return done.returncode
+
+    def start_and_stop(self, reports):
+        """Starts the program and ends it when it has asked for messages, and the server has this many reports."""
+        known = len(self.server.received("check-in"))
+        with subprocess.Popen([PROGRAM], env=self.environment) as process:
+            try:
+                wait_until(lambda: len(self.server.received("check-in")) > known, "the check-in")
+                wait_until(lambda: len(self.reports()) >= reports, "the reports")
+            finally:
+                process.terminate()
+        if process.returncode != 0:
+            raise AssertionError(f"the program ended with status {process.returncode}")
+
+    def reports(self):
+        return [json.loads(entry["body"]) for entry in self.server.received("crash")]
+
+
+class Crashes(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        server = MakersServer(MAKERS_SERVER, folder.name + "/server")
+        server.start()
+        self.addCleanup(server.stop)
+        self.person = Person(folder.name + "/home", server)
+
+    def check(self, kind, number, message, **options):
+        with self.subTest(kind=kind, **options):
+            already = len(self.person.reports())
+            self.assertEqual(self.person.crash(kind, **options), -number)
+            written = self.person.pending.read_text("utf-8")
+            self.assertEqual(written.split("\n---\n")[0], message)
+            self.person.start_and_stop(already + 1)
+            self.assertFalse(self.person.pending.exists())
+            new = self.person.reports()[already:]
+            self.assertEqual(len(new), 1)
+            self.assertEqual(sorted(new[0]), ["d", "kind", "message", "os", "stack", "v"])
+            self.assertEqual((new[0]["d"], new[0]["kind"]), ("ANNAS-DEVICE", "crash"))
+            self.assertEqual(new[0]["message"] + "\n---\n" + new[0]["stack"], written)
+            lines = new[0]["stack"].split("\n")
+            self.assertTrue(1 <= len(lines) <= 30 and all(FRAME.fullmatch(line) for line in lines), new[0]["stack"])
+            self.person.start_and_stop(already + 1)
+            self.assertEqual(len(self.person.reports()), already + 1)
+
+    def test_each_signal_on_the_main_thread_and_on_another(self):
+        for number in SIGNALS:
+            self.check(f"signal {int(number)}", number, f"Signal {int(number)}")
+            self.check(f"thread signal {int(number)}", number, f"Signal {int(number)}")
+
+    def test_damage(self):
+        self.check("overflow", signal.SIGSEGV, "Signal 11")
+        self.check("thread overflow", signal.SIGSEGV, "Signal 11")
+        self.check("bad free", signal.SIGABRT, "Signal 6")
+        self.check("corrupt heap", signal.SIGABRT, "Signal 6")
+        self.check("nowhere", signal.SIGSEGV, "Signal 11")
+
+    def test_exceptions_across_the_event_loop(self):
+        self.check("throw exception", signal.SIGABRT, "Exception: std::runtime_error : the disk is tired")
+        self.check("throw string", signal.SIGABRT, f"Exception: {STRING} : a text")
+        self.check("throw int", signal.SIGABRT, "Exception: int : ")
+        self.check("throw in thread", signal.SIGABRT, "Exception: std::runtime_error : elsewhere")
+
+    def test_inside_a_break(self):
+        self.check("signal 11", signal.SIGSEGV, "Signal 11", window="BreakOverlayPanel", ORVANE_DEBUG_BREAK="1")
+        self.check("throw int", signal.SIGABRT, "Exception: int : ", window="BreakOverlayPanel",
+                   ORVANE_DEBUG_BREAK="1")
+
+    def test_of_two_crashes_the_second_is_sent(self):
+        self.person.crash("signal 11")
+        self.person.crash("signal 8")
+        self.person.start_and_stop(1)
+        self.assertEqual([report["message"] for report in self.person.reports()], ["Signal 8"])
+
+    def test_reports_that_the_system_keeps_are_sent_once(self):
+        folder = self.person.home / "state/OrvaneBreak/Logs/DiagnosticReports"
+        folder.mkdir(parents=True)
+        (folder / "OrvaneBreak-1.crash").write_text("Process: 1\nException Type: SIGKILL\n" + "é" * 18_000)
+        (folder / "Other-1.crash").write_text("Exception")
+        for _ in range(2):
+            self.person.start_and_stop(1)
+        self.assertEqual([(report["message"], len(report["stack"])) for report in self.person.reports()],
+                         [("Exception Type: SIGKILL", 18_000)])
+
+    def test_a_folder_that_cannot_be_written_loses_the_report_alone(self):
+        self.person.pending.parent.parent.mkdir()
+        self.person.pending.parent.write_text("in the way")
+        self.assertEqual(self.person.crash("signal 11"), -signal.SIGSEGV)
+        self.person.start_and_stop(0)
+        self.assertEqual(self.person.reports(), [])
+
+
+class SourceLines(unittest.TestCase):
+    def test_frames_of_the_program_become_source_lines(self):
+        with tempfile.TemporaryDirectory() as folder:
+            report = pathlib.Path(folder, "OrvaneBreak", "pending-crash.txt")
+            subprocess.run([CRASHER, report, "bad free"], stderr=subprocess.DEVNULL, timeout=20, check=False)
+            lines = subprocess.run([TESTS.parent / "tools" / "where-it-crashed", CRASHER, report], timeout=60,
+                                   stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
+        self.assertEqual(lines[:2], ["Signal 6", "---"])
+        frame = next(line for line in lines if "freeWhatIsNotAllocated()" in line)
+        self.assertRegex(frame, r"^\d+ orvanebreak 0x[0-9a-f]+ .*/tests/Crash/Crashes\.cpp:\d+$")
+
+
+if __name__ == "__main__":
+    PROGRAM, MAKERS_SERVER, CRASHER = sys.argv[1:4]
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])

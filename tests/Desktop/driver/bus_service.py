@@ -1,0 +1,39 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The services of the tests on the session bus of a bed: processes of their own."""
+
+import json
+import pathlib
+import subprocess
+
+_FOLDER = pathlib.Path(__file__).resolve().parent.parent
+
+
+class ServiceEnded(Exception):
+    """The service has ended and answers no more."""
+
+
+class BusService:
+    """A service that answers lines. Runs from construction to `stop`."""
+
+    def __init__(self, bed, program, *arguments):
+        self._bed = bed
+        # Where programs are lent as copies, what they import has to lie beside them.
+        bed.lend(_FOLDER / "bus_service.py")
+        self._process = bed.run(["/usr/bin/python3", "-B", bed.lend(_FOLDER / program), *arguments],
+                                stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self._read()
+
+    def stop(self):
+        self._bed.stop(self._process)
+
+    def _ask(self, line):
+        """Sends one line and returns the answer to it."""
+        self._process.stdin.write(line + "\n")
+        self._process.stdin.flush()
+        return self._read()
+
+    def _read(self):
+        line = self._process.stdout.readline()
+        if not line:
+            raise ServiceEnded(f"{type(self).__name__} has ended")
+        return json.loads(line)
