@@ -10,6 +10,7 @@
 #include "Engine/SharedInstance.h"
 #include "Instance/ApplicationService.h"
 #include "LoginItem/AutostartEntry.h"
+#include "LoginItem/PortalLoginItem.h"
 #include "Overlay/BreakOverlayController.h"
 #include "Platform/Appearance/PortalAppearance.h"
 #include "Platform/Idle/UserIdleFactory.h"
@@ -38,12 +39,24 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// The login item, as the sandbox has it where the program is in one.
+std::unique_ptr<LoginItem> makeLoginItem()
+{
+    const QString applicationId = QStringLiteral(ORVANE_APP_ID);
+    if (!PortalLoginItem::isNeeded())
+        return std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+    auto item = std::make_unique<PortalLoginItem>(PortalLoginItem::standardParameters(applicationId));
+    item->requestBackground();
+    return item;
+}
 
 /// Runs the application as the first of its name until it quits.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine)
@@ -68,7 +81,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     const PortalAppearance appearance;
-    AutostartEntry loginItem(AutostartEntry::standardParameters(QStringLiteral(ORVANE_APP_ID)));
+    const std::unique_ptr<LoginItem> loginItem = makeLoginItem();
     JsonPreferences updaterSettings(preferencesFile.parent_path() / "updater.json");
     SPUStandardUpdaterController updaterController(updaterSettings);
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
@@ -88,7 +101,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
         coreDumpExport.start(lastScan, [&crashUpload] { crashUpload.sendSystemCrashReports(); });
     };
     LauncherCount launcherCount(QStringLiteral(ORVANE_APP_ID));
-    AppDelegate delegate({engine, runLoop, preferences, loginItem, updaterController, *presence, bundle,
+    AppDelegate delegate({engine, runLoop, preferences, *loginItem, updaterController, *presence, bundle,
                           channel, launcherCount, [] { return std::make_unique<NotifierTrayItem>(); },
                           installCrashReporter});
 
