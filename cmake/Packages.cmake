@@ -27,7 +27,6 @@ set(CPACK_PACKAGE_NAME orvanebreak)
 set(CPACK_PACKAGE_CONTACT "${debian_maintainer}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "break reminder for the eyes")
 set(CPACK_PACKAGE_HOMEPAGE_URL "${ORVANE_WEBSITE_URL}")
-set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
@@ -39,6 +38,8 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_revision})
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+# Moves what only a debugger reads into a package of its own, which crash reports are read with.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Every 20 minutes OrvaneBreak covers every screen with a dark translucent
@@ -50,9 +51,9 @@ are skipped. The program speaks French.")
 # the program runs: it starts on X11 without the plug-in for Wayland, but then covers nothing on most desktops of today.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-wayland)
-# One instance and the tray, HTTPS, and a sound that is heard.
+# One instance and the tray, HTTPS, a sound that is heard, and the desktop's own pointer, which the toolkit loads on X11.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "default-dbus-session-bus | dbus-session-bus, ca-certificates, libcanberra-pulse")
+    "default-dbus-session-bus | dbus-session-bus, ca-certificates, libcanberra-pulse, libxcursor1")
 # Light and dark as the desktop says, and reports of crashes that the program could not write.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xdg-desktop-portal, systemd-coredump")
 include(CPack)
