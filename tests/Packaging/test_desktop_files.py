@@ -5,7 +5,6 @@
 usage: test_desktop_files.py BUILD-FOLDER"""
 
 import configparser
-import os
 import re
 import subprocess
 import unittest
@@ -54,6 +53,12 @@ class DesktopFiles(unittest.TestCase):
             self.assertEqual(folder, configured("ORVANE_WEBSITE_URL").rstrip("/") + "/pictures")
             self.assertTrue((PROJECT / "docs/pictures" / name).is_file(), name)
 
+    def test_metainfo_announces_what_is_released(self):
+        version = output_of(self.program, "--version").split()[1]
+        heading = re.search(rf"(?m)^## \[?{re.escape(version)}\]? - (\S+)$", (PROJECT / "CHANGELOG.md").read_text("utf-8"))
+        releases = [dict(release.attrib) for release in ElementTree.parse(self.metainfo).getroot().iter("release")]
+        self.assertEqual(releases, [{"version": version, "date": heading[1]}] if heading else [])
+
     def test_metainfo_is_in_both_languages(self):
         component = ElementTree.parse(self.metainfo).getroot()
         for parent in component.iter():
@@ -76,5 +81,4 @@ class DesktopFiles(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    os.umask(0o022)
     unittest.main()
