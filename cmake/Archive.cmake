@@ -29,6 +29,9 @@ configure_file("${archive_sources}/installation.sh.in" "${archive_binaries}/inst
 install(PROGRAMS "${archive_sources}/orvanebreak" DESTINATION bin COMPONENT archive EXCLUDE_FROM_ALL)
 install(FILES "${archive_sources}/qt.conf" DESTINATION bin COMPONENT archive EXCLUDE_FROM_ALL)
 install(FILES "${archive_binaries}/installation.sh" DESTINATION share/OrvaneBreak COMPONENT archive EXCLUDE_FROM_ALL)
+# Only its arguments count: the installation in a home writes its own path into it.
+install(FILES "${CMAKE_BINARY_DIR}/OrvaneBreak/${ORVANE_APP_ID}.service" DESTINATION share/dbus-1/services
+        COMPONENT archive EXCLUDE_FROM_ALL)
 install(PROGRAMS "${archive_sources}/install" "${archive_sources}/uninstall" DESTINATION . COMPONENT archive EXCLUDE_FROM_ALL)
 install(FILES "${CMAKE_SOURCE_DIR}/LICENSE" DESTINATION . COMPONENT archive EXCLUDE_FROM_ALL)
 

@@ -2,6 +2,7 @@
 #include "App/AppDelegate.h"
 
 #include "Engine/BreakEngine.h"
+#include "LoginItem/LoginItem.h"
 #include "Platform/Windowing/WindowPresence.h"
 #include "Updates/StandardUpdaterController.h"
 #include "Visuals/Palette.h"
@@ -48,6 +49,7 @@ AppDelegate::AppDelegate(Services services)
 AppDelegate::~AppDelegate()
 {
     m_engine.onChange = nullptr;
+    m_loginItem.onRefused = nullptr;
 }
 
 void AppDelegate::applicationDidFinishLaunching()

@@ -11,6 +11,7 @@
 #include "Engine/SharedInstance.h"
 #include "Instance/ApplicationService.h"
 #include "LoginItem/AutostartEntry.h"
+#include "LoginItem/PortalLoginItem.h"
 #include "Overlay/BreakOverlayController.h"
 #include "Platform/Appearance/PortalAppearance.h"
 #include "Platform/Idle/UserIdleFactory.h"
@@ -45,12 +46,24 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// The login item, as the sandbox has it where the program is in one.
+std::unique_ptr<LoginItem> makeLoginItem()
+{
+    const QString applicationId = QStringLiteral(ORVANE_APP_ID);
+    if (!PortalLoginItem::isNeeded())
+        return std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+    auto item = std::make_unique<PortalLoginItem>(PortalLoginItem::standardParameters(applicationId));
+    item->requestBackground();
+    return item;
+}
 
 /// Runs the application as the first of its name until it quits, and says what starts it again.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
@@ -76,7 +89,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     const PortalAppearance appearance;
-    AutostartEntry loginItem(AutostartEntry::standardParameters(QStringLiteral(ORVANE_APP_ID)));
+    const std::unique_ptr<LoginItem> loginItem = makeLoginItem();
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
     AlertQueue alerts([&engine] { return !engine.isOnBreak(); },
                       [&presence](QWidget &dialog, AlertQueue::Attention attention) {
@@ -104,7 +117,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
         coreDumpExport.start(lastScan, [&crashUpload] { crashUpload.sendSystemCrashReports(); });
     };
     LauncherCount launcherCount(QStringLiteral(ORVANE_APP_ID));
-    AppDelegate delegate({engine, runLoop, preferences, loginItem, updater.controller(), *presence, bundle,
+    AppDelegate delegate({engine, runLoop, preferences, *loginItem, updater.controller(), *presence, bundle,
                           channel, launcherCount, alerts, [] { return std::make_unique<NotifierTrayItem>(); },
                           installCrashReporter});
 

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// Whether the session opens the application at login. The only truth is what the session has registered.
@@ -19,6 +20,10 @@ public:
     [[nodiscard]] virtual bool isEnabled() const = 0;
 
     /// Registers or unregisters the application. Returns what went wrong in one line, or nothing on success,
-    /// also when there was nothing to do.
+    /// also when there was nothing to do. Success may still be refused later where the session asks its user.
     [[nodiscard]] virtual std::optional<QString> setEnabled(bool enabled) = 0;
+
+    /// Called when the session has refused what `setEnabled()` asked for after that had returned; how things
+    /// are then is what `isEnabled()` says. One listener.
+    std::function<void()> onRefused;
 };

@@ -10,6 +10,7 @@
 #include "Visuals/Palette.h"
 #include "Visuals/SymbolButton.h"
 #include "Visuals/TextButton.h"
+#include "Windows/CheckBoxes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -202,6 +203,7 @@ void AppDelegate::buildSystemCard(QWidget &root)
     m_loginCheckbox =
         page.checkBox(u"Ouvrir à la connexion"_s, u"loginCheckbox"_s, 296, m_loginItem.isEnabled());
     connect(m_loginCheckbox, &QCheckBox::toggled, this, [this] { toggleLoginItem(*m_loginCheckbox); });
+    m_loginItem.onRefused = [this] { setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled()); };
 }
 
 void AppDelegate::buildFooter(QWidget &root)

@@ -216,6 +216,18 @@ private Q_SLOTS:
         QVERIFY(f.loginItem.isOn);
     }
 
+    void loginItemRefusedLaterCorrectsTheBox()
+    {
+        OnSettings f;
+        auto *box = f.find<QCheckBox>(u"loginCheckbox"_s);
+        box->click();
+        QVERIFY(box->isChecked());
+        f.loginItem.isOn = false;
+        f.loginItem.onRefused();
+        QVERIFY(!box->isChecked());
+        QVERIFY(!f.loginItem.isOn);
+    }
+
     void versionOfTheBundleOrAQuestionMark()
     {
         OnSettings unknown;

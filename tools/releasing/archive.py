@@ -4,13 +4,11 @@
 import dataclasses
 import os
 import pathlib
-import shutil
 import stat
-import subprocess
 import tarfile
 import tempfile
 
-from . import Refusal
+from . import building
 
 #: The strongest level that needs no more memory for unpacking.
 STRONGEST = 19
@@ -30,15 +28,9 @@ class Archive:
 def build(source, output, definitions=(), build_folder=None, compression=STRONGEST):
     """Builds `source`, with CMake definitions as in -D, and packs what users need into the folder `output`. With a build
     folder nothing is configured or built: what was built there last is packed."""
-    # A compiler cache may put paths of its own choice into the symbols.
-    environment = {**os.environ, "SOURCE_DATE_EPOCH": str(source.commit_time()), "CCACHE_DISABLE": "1", "LC_ALL": "C",
-                   "TZ": "UTC"}
+    environment = building.environment_for(source)
     if build_folder is None:
-        build_folder = source.folder / "build-archive"
-        shutil.rmtree(build_folder, ignore_errors=True)
-        _run(["cmake", "-S", source.folder, "-B", build_folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-              "-DBUILD_TESTING=OFF", *(f"-D{definition}" for definition in definitions)], environment)
-        _run(["cmake", "--build", build_folder, "--target", "orvanebreak-program"], environment)
+        build_folder = building.build_anew(source, "build-archive", "orvanebreak-program", definitions, environment)
     output = pathlib.Path(output)
     output.mkdir(parents=True, exist_ok=True)
     architecture = os.uname().machine
@@ -49,12 +41,12 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch) / name
         tar = pathlib.Path(scratch) / "archive.tar"
-        _run(["cmake", "--install", build_folder, "--component", "data", "--prefix", folder], environment)
-        _run(["cmake", "--install", build_folder, "--component", "archive", "--prefix", folder], environment)
+        building.run(["cmake", "--install", build_folder, "--component", "data", "--prefix", folder], environment)
+        building.run(["cmake", "--install", build_folder, "--component", "archive", "--prefix", folder], environment)
         _split_symbols(folder / _PROGRAM, debug_path, environment)
         pack(folder, tar, source.commit_time())
         # One thread, because several cut the content by their number.
-        _run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
+        building.run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
     unfinished.replace(path)
     return Archive(path, debug_path, architecture, information)
@@ -62,10 +54,10 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
 
 def _split_symbols(program, debug_path, environment):
     """Moves what only a debugger reads out of the program; the build id in both says that they belong together."""
-    _run(["objcopy", "--only-keep-debug", "--compress-debug-sections", program, debug_path], environment)
+    building.run(["objcopy", "--only-keep-debug", "--compress-debug-sections", program, debug_path], environment)
     debug_path.chmod(0o644)
     # The names of functions stay: crash reports name ours.
-    _run(["strip", "--strip-debug", program], environment)
+    building.run(["strip", "--strip-debug", program], environment)
 
 
 def pack(folder, tar, time):
@@ -82,15 +74,3 @@ def pack(folder, tar, time):
         writer.add(folder, folder.name, recursive=False, filter=plain)
         for entry in sorted(folder.rglob("*"), key=lambda entry: entry.relative_to(folder).as_posix()):
             writer.add(entry, f"{folder.name}/{entry.relative_to(folder).as_posix()}", recursive=False, filter=plain)
-
-
-def _run(command, environment):
-    """Runs a part of the build; what it prints is only of interest when it fails."""
-    try:
-        result = subprocess.run([str(part) for part in command], env=environment, stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    except FileNotFoundError as error:
-        raise Refusal(f"not installed: {command[0]} (tools/install-packages build release)") from error
-    if result.returncode != 0:
-        text = result.stdout.decode("utf-8", "replace")
-        raise Refusal(f"this failed: {' '.join(map(str, command))}\n{text[-4000:].rstrip()}")

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "LoginItem/PortalLoginItem.h"
+
+#include "Platform/Process/MessageFilter.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDir>
+#include <QFileInfo>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString service = u"org.freedesktop.portal.Desktop"_s;
+const QString path = u"/org/freedesktop/portal/desktop"_s;
+const QString requestInterface = u"org.freedesktop.portal.Request"_s;
+
+} // namespace
+
+PortalLoginItem::PortalLoginItem(const AutostartEntry::Parameters &registered, QDBusConnection bus)
+    : m_registered(registered)
+    , m_bus(std::move(bus))
+{
+}
+
+bool PortalLoginItem::isNeeded()
+{
+    return QFileInfo::exists(u"/.flatpak-info"_s);
+}
+
+AutostartEntry::Parameters PortalLoginItem::standardParameters(const QString &applicationId)
+{
+    AutostartEntry::Parameters parameters = AutostartEntry::standardParameters(applicationId);
+    const QString configured = qEnvironmentVariable("HOST_XDG_CONFIG_HOME");
+    const QString folder = QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + u"/.config"_s;
+    parameters.file = folder + u"/autostart/"_s + applicationId + u".desktop"_s;
+    return parameters;
+}
+
+bool PortalLoginItem::isEnabled() const
+{
+    return m_registered.isEnabled();
+}
+
+std::optional<QString> PortalLoginItem::setEnabled(bool enabled)
+{
+    if (!m_bus.isConnected())
+        return u"there is no session bus to reach the portal by"_s;
+    request(enabled);
+    return std::nullopt;
+}
+
+void PortalLoginItem::requestBackground()
+{
+    if (m_bus.isConnected())
+        request(isEnabled());
+}
+
+void PortalLoginItem::request(bool isAutostart)
+{
+    const auto connectAnswer = [this](bool (QDBusConnection::*change)(const QString &, const QString &,
+                                                                      const QString &, const QString &,
+                                                                      QObject *, const char *)) {
+        (m_bus.*change)(service, m_handle, requestInterface, u"Response"_s, this,
+                        SLOT(answered(uint, QVariantMap)));
+    };
+    if (!m_handle.isEmpty())
+        connectAnswer(&QDBusConnection::disconnect);
+    // The name of the answer is known beforehand, so that even the quickest one is heard.
+    const QString token = u"orvanebreak%1"_s.arg(++m_requestCount);
+    m_handle = path + u"/request/"_s + m_bus.baseService().mid(1).replace(u'.', u'_') + u'/' + token;
+    connectAnswer(&QDBusConnection::connect);
+    m_isWanted = isAutostart;
+
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        service, path, u"org.freedesktop.portal.Background"_s, u"RequestBackground"_s);
+    message << QString()
+            << QVariantMap{{u"handle_token"_s, token},
+                           {u"reason"_s, u"Te rappeler de faire des pauses"_s},
+                           {u"autostart"_s, isAutostart},
+                           {u"commandline"_s, QStringList{u"orvanebreak"_s}},
+                           {u"dbus-activatable"_s, false}};
+    auto *call = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, handle = m_handle, call] {
+        call->deleteLater();
+        if (call->isError() && handle == m_handle)
+            refuse(call->error().name());
+    });
+}
+
+void PortalLoginItem::answered(uint response, const QVariantMap &results)
+{
+    if (response != 0 || !results.value(u"background"_s).toBool())
+        refuse(u"the portal says no"_s);
+    else if (results.value(u"autostart"_s).toBool() != m_isWanted)
+        refuse(u"the portal says no to autostart"_s);
+}
+
+void PortalLoginItem::refuse(const QString &reason)
+{
+    qCInfo(orvaneLog).noquote() << u"OrvaneBreak: ouverture à la connexion: "_s + reason;
+    if (onRefused)
+        onRefused();
+}

@@ -1,0 +1,59 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+#
+# The Debian package, made by tools/package-debian of whatever was built. It holds the components "program" and "data" and,
+# in "debian", what is under /usr in other ways than after an installation by hand.
+
+set(debian_revision 1)
+set(debian_maintainer "OrvaneBreak makers <${ORVANE_SUPPORT_EMAIL}>")
+set(debian_sources "${CMAKE_SOURCE_DIR}/packaging/debian")
+set(debian_files "${CMAKE_CURRENT_BINARY_DIR}/debian")
+
+configure_file("${debian_sources}/copyright.in" "${debian_files}/copyright" @ONLY)
+install(FILES "${debian_files}/copyright" DESTINATION share/doc/orvanebreak COMPONENT debian EXCLUDE_FROM_ALL)
+install(FILES "${debian_sources}/lintian-overrides" DESTINATION share/lintian/overrides RENAME orvanebreak
+        COMPONENT debian EXCLUDE_FROM_ALL)
+configure_file("${CMAKE_SOURCE_DIR}/cmake/DebianDocuments.cmake.in" "${debian_files}/DebianDocuments.cmake" @ONLY)
+install(SCRIPT "${debian_files}/DebianDocuments.cmake" COMPONENT debian EXCLUDE_FROM_ALL)
+
+block()
+    set(CMAKE_INSTALL_FULL_BINDIR /usr/bin)
+    configure_file("${CMAKE_SOURCE_DIR}/packaging/application.service.in" "${debian_files}/${ORVANE_APP_ID}.service" @ONLY)
+endblock()
+install(FILES "${debian_files}/${ORVANE_APP_ID}.service" DESTINATION share/dbus-1/services COMPONENT debian EXCLUDE_FROM_ALL)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_NAME orvanebreak)
+set(CPACK_PACKAGE_CONTACT "${debian_maintainer}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "break reminder for the eyes")
+set(CPACK_PACKAGE_HOMEPAGE_URL "${ORVANE_WEBSITE_URL}")
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
+set(CPACK_COMPONENTS_ALL program data debian)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_revision})
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+# Moves what only a debugger reads into a package of its own, which crash reports are read with.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Every 20 minutes OrvaneBreak covers every screen with a dark translucent
+overlay, asks to look 6 metres away, counts 20 seconds down on a ring and
+goes away by itself. Escape ends a break; breaks that nobody is there for
+are skipped. The program speaks French.")
+
+# What is linked is found by its own tool, the SVG plug-ins come with the SVG library. The rest is loaded or asked for while
+# the program runs: it starts on X11 without the plug-in for Wayland, but then covers nothing on most desktops of today.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-wayland)
+# One instance and the tray, HTTPS, a sound that is heard, and the desktop's own pointer, which the toolkit loads on X11.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "default-dbus-session-bus | dbus-session-bus, ca-certificates, libcanberra-pulse, libxcursor1")
+# Light and dark as the desktop says, and reports of crashes that the program could not write.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xdg-desktop-portal, systemd-coredump")
+include(CPack)

@@ -1,0 +1,59 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The manifest for Flatpak, which is read here and not built: does it fit the program?
+
+usage: test_flatpak_manifest.py BUILD-FOLDER"""
+
+import re
+import unittest
+
+import yaml
+
+from built import PROJECT
+
+#: Asked for by the toolkit, in no source of ours.
+_OF_THE_TOOLKIT = {"com.canonical.AppMenu.Registrar"}
+#: Names that every sandbox may talk to, and names of interfaces and other things that are no services.
+_FREE = re.compile(r"org\.freedesktop\.(portal\..*|DBus.*|Application|appearance|login1\..*)|com\.canonical\.Unity\.LauncherEntry|"
+                   r"org\.(gnome\.Shell|kde\.plasmashell)")
+
+
+class FlatpakManifest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.path, = (PROJECT / "packaging/flatpak").glob("*.yml")
+        cls.text = cls.path.read_text("utf-8")
+        cls.manifest = yaml.safe_load(cls.text)
+        cls.options = (PROJECT / "cmake/Configuration.cmake").read_text("utf-8")
+
+    def test_names(self):
+        application = re.search(r'set\(ORVANE_APP_ID "(.*?)"', self.options)[1]
+        self.assertEqual(self.manifest["id"], application)
+        self.assertEqual(self.path.stem, application)
+        self.assertEqual(self.manifest["command"], "orvanebreak")
+        self.assertTrue((PROJECT / f"assets/icon/{self.manifest['rename-icon']}.svg").is_file())
+
+    def test_says_that_it_is_not_built(self):
+        self.assertIn("NOT BUILT BY OUR TESTS", self.text)
+
+    def test_talks_to_whom_the_program_talks_and_nobody_else(self):
+        allowed = {option.partition("=")[2] for option in self.manifest["finish-args"] if "talk-name=" in option}
+        used = set()
+        for module in ("OrvaneBreak", "OrvaneBreakCore"):
+            for source in (PROJECT / module).rglob("*.cpp"):
+                used |= set(re.findall(r'"((?:org|com)\.[A-Za-z0-9.]+)"', source.read_text("utf-8")))
+        self.assertEqual(allowed - _OF_THE_TOOLKIT, {name for name in used if not _FREE.fullmatch(name)})
+
+    def test_nothing_else_is_opened(self):
+        others = [option for option in self.manifest["finish-args"] if "talk-name=" not in option]
+        self.assertEqual(set(others), {"--socket=wayland", "--socket=x11", "--share=ipc", "--share=network",
+                                       "--socket=pulseaudio", "--filesystem=xdg-config/autostart:ro"})
+
+    def test_sources_leave_out_what_git_leaves_out(self):
+        skipped = self.manifest["modules"][-1]["sources"][0]["skip"]
+        presets = re.findall(r"\$\{sourceDir\}/([a-z-]+)", (PROJECT / "CMakePresets.json").read_text("utf-8"))
+        self.assertEqual(set(presets) - set(skipped), set())
+
+
+if __name__ == "__main__":
+    unittest.main()
