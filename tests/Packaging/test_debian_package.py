@@ -99,6 +99,10 @@ class DebianPackage(unittest.TestCase):
         size = sum(entry.size for entry in self.entries)
         self.assertAlmostEqual(int(self.field("Installed-Size")), size / 1024, delta=200)
 
+    def test_readme_tells_its_size(self):
+        told = float(re.search(r"installed ([0-9.]+) MB", (PROJECT / "README.md").read_text("utf-8"))[1])
+        self.assertAlmostEqual(told, int(self.field("Installed-Size")) * 1024 / 1e6, delta=0.2)
+
     def test_contents(self):
         files = {entry.name.removeprefix("./") for entry in self.entries if not entry.isdir()}
         self.assertEqual(files, {
