@@ -42,7 +42,7 @@ struct UpdaterFixture
     void answer(const QByteArray &items) { http.answer(HttpAnswer{200, FeedMaker::feed(items)}); }
 
     /// Lets the download that goes on arrive, whole.
-    void deliver()
+    void deliver() const
     {
         downloads.answer(QByteArray(archiveLength, 'a'), Downloads::End::Complete);
         QCoreApplication::processEvents();
