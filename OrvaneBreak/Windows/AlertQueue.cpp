@@ -50,10 +50,13 @@ void AlertQueue::open(Entry entry)
 {
     QDialog &dialog = *entry.dialog;
     const Attention attention = entry.attention;
-    if (attention == Attention::Front)
+    if (attention == Attention::Front) {
         dialog.setWindowModality(Qt::ApplicationModal);
-    else
+    } else {
         dialog.setAttribute(Qt::WA_ShowWithoutActivating);
+        // Nobody has asked for it, so it keeps no program running whose window was closed.
+        dialog.setAttribute(Qt::WA_QuitOnClose, false);
+    }
     connect(&dialog, &QDialog::finished, this, [this, &dialog](int result) { finish(&dialog, result); });
     m_open.push_back(std::move(entry));
     m_present(dialog, attention);

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -107,6 +108,17 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         Fixture::press(u"updateOffer"_s, u"Ignorer cette version"_s);
         QCOMPARE(f.updaterSettings.text(u"SUSkippedVersion"_s), u"1.1"_s);
+    }
+
+    void whatComesUnaskedKeepsNoProgramRunning()
+    {
+        Fixture f({{u"SUEnableAutomaticChecks"_s, true}});
+        f.runLoop.advance(4s);
+        f.answer();
+        QVERIFY(Fixture::dialog(u"updateOffer"_s));
+        QTimer::singleShot(0, Fixture::window(), &QWidget::close);
+        // Ends when the last window that counts has been closed.
+        QCOMPARE(QApplication::exec(), 0);
     }
 
     void itWaitsForTheEndOfABreakAndOfAnotherDialog()
