@@ -86,7 +86,7 @@ QList<CoreDump> readCoreDumps(const CoreDumpQuery &query, const std::stop_token 
     sd_journal_seek_tail(journal.get());
     while (!stop.stop_requested() && dumps.size() < mostDumps && sd_journal_previous(journal.get()) > 0) {
         const FileDate date = dateOf(journal.get());
-        if (date <= query.after)
+        if (!(query.after < date))
             break;
         dumps.append({date, field(journal.get(), "COREDUMP_SIGNAL").toInt(),
                       field(journal.get(), "COREDUMP_SIGNAL_NAME"), field(journal.get(), "MESSAGE")});

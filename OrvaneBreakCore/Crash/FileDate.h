@@ -5,9 +5,9 @@
 
 #include <sys/stat.h>
 
-#include <compare>
 #include <cstdint>
 #include <optional>
+#include <tuple>
 
 /// A file's date as precisely as file systems keep it.
 struct FileDate
@@ -25,7 +25,12 @@ struct FileDate
     /// ISO 8601 in UTC with nine decimal places, for example "2026-11-21T14:25:07.123456789Z".
     [[nodiscard]] QString text() const;
 
-    friend auto operator<=>(const FileDate &, const FileDate &) = default;
+    friend bool operator==(const FileDate &, const FileDate &) = default;
+
+    friend bool operator<(const FileDate &first, const FileDate &second)
+    {
+        return std::tie(first.seconds, first.nanoseconds) < std::tie(second.seconds, second.nanoseconds);
+    }
 
     std::int64_t seconds = 0; ///< Since the beginning of 1970.
     std::int32_t nanoseconds = 0;

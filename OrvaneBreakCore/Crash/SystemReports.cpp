@@ -90,7 +90,7 @@ std::optional<SystemReports> readSystemReports(const std::filesystem::path &fold
         if (!isReportName(path.filename().native()))
             continue;
         const FileDate date = dateOf(path);
-        if (date <= lastScan)
+        if (!(lastScan < date))
             continue;
         const std::optional<QString> text = readText(path, largestReport);
         if (!text)
