@@ -6,7 +6,7 @@
 SPUStandardUpdaterController::SPUStandardUpdaterController(bool startingUpdater,
                                                            SPUUpdater::Services services,
                                                            SPUUpdater::Configuration configuration)
-    : m_updater(services, std::move(configuration))
+    : m_updater(std::move(services), std::move(configuration))
 {
     if (startingUpdater)
         m_updater.start();

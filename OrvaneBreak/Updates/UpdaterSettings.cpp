@@ -24,7 +24,7 @@ const QString feedDateKey = u"SUFeedDate"_s;
 
 constexpr qint64 defaultInterval = 86'400;
 constexpr qint64 shortestInterval = 60;
-constexpr qint64 longestInterval = 100 * 365 * defaultInterval;
+constexpr qint64 longestInterval = 100LL * 365 * defaultInterval;
 
 } // namespace
 

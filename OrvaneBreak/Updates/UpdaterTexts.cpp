@@ -20,8 +20,7 @@ UpdaterText UpdaterTexts::noFeed()
 
 UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
 {
-    const UpdaterText upToDate{u"OrvaneBreak est à jour"_s,
-                               u"La version %1 est la plus récente."_s.arg(installed)};
+    UpdaterText upToDate{u"OrvaneBreak est à jour"_s, u"La version %1 est la plus récente."_s.arg(installed)};
     switch (reason) {
     case NoUpdate::SystemTooOld:
         return {
