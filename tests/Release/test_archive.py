@@ -17,10 +17,11 @@ import unittest
 
 from tree import PROJECT
 
-sys.path.insert(0, str(PROJECT / "tests/Desktop"))
+sys.path += [str(PROJECT / "tests/Desktop"), str(PROJECT / "tools")]
 
 from driver.waiting import wait_until
 from driver.x11 import X11Bed
+from releasing.source import Source
 
 # The libraries that every desktop has; all others have to be in the archive.
 _SYSTEM = re.compile(r"(ld-linux.*|lib(c|m|dl|rt|pthread|resolv|util|stdc\+\+|gcc_s|GL|EGL|GLX|GLdispatch|X11|X11-xcb|xcb|Xau|"
@@ -75,7 +76,7 @@ class Archive(unittest.TestCase):
         self.assertTrue(all(name == self.folder.name or name.startswith(self.folder.name + "/") for name in names))
 
     def test_entries_tell_nothing_of_the_build(self):
-        time = int(output_of("git", "-C", PROJECT, "log", "-1", "--format=%ct"))
+        time = Source(PROJECT).commit_time()
         for entry in self.entries:
             self.assertTrue(entry.isfile() or entry.isdir(), entry.name)
             self.assertEqual((entry.uid, entry.gid, entry.uname, entry.gname, entry.mtime), (0, 0, "", "", time), entry.name)
