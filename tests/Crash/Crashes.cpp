@@ -38,6 +38,12 @@ void (*volatile nowhere)() = nullptr;
     return (nowhere ? 0 : recurseForEver(depth + 1)) + filling[0];
 }
 
+[[gnu::noinline]] void callNowhere()
+{
+    nowhere();
+    calls = 1;
+}
+
 [[gnu::noinline]] int recurse(int depth)
 {
     const int before = calls;
@@ -110,7 +116,7 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"overflow", [] { recurseForEver(0); }},
     {"thread overflow", [] { inThread([] { recurseForEver(0); }); }},
     {"deep", [] { recurse(deepCalls); }},
-    {"nowhere", [] { nowhere(); }},
+    {"nowhere", callNowhere},
     {"bad free", freeWhatIsNotAllocated},
     {"corrupt heap", corruptHeap},
     {"throw exception", [] { throwText("the disk is tired"); }},
