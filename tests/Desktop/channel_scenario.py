@@ -5,7 +5,6 @@ Status 0: all kept; 1: one is broken."""
 
 import argparse
 import pathlib
-import signal
 import sys
 import tempfile
 
@@ -16,7 +15,7 @@ from driver.x11 import X11Bed  # noqa: E402
 from makers_server import MakersServer, make_certificate  # noqa: E402
 from scenario import channel_hostile_part, channel_part  # noqa: E402
 from scenario.channel_desk import ChannelDesk  # noqa: E402
-from scenario.promises import Report, table, write_json  # noqa: E402
+from scenario.promises import carry_out  # noqa: E402
 
 
 def run(arguments, report):
@@ -47,13 +46,7 @@ def main():
     parser.add_argument("--makers-server", type=pathlib.Path, required=True, help="the server's executable")
     parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
     arguments = parser.parse_args()
-    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
-    report = Report("x11-channel")
-    run(arguments, report)
-    print(table([report]))
-    if arguments.results:
-        write_json([report], arguments.results)
-    return 1 if report.broken else 0
+    return carry_out("x11-channel", lambda report: run(arguments, report), arguments.results)
 
 
 if __name__ == "__main__":

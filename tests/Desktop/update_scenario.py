@@ -5,13 +5,12 @@ Status 0: all kept; 1: one is broken."""
 
 import argparse
 import pathlib
-import signal
 import sys
 import tempfile
 
 from driver.x11 import X11Bed
 from scenario import update_part
-from scenario.promises import Report, table, write_json
+from scenario.promises import carry_out
 from scenario.update_desk import UpdateDesk, makers_of
 
 
@@ -33,13 +32,7 @@ def main():
     parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
     parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
     arguments = parser.parse_args()
-    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
-    report = Report("x11-updates")
-    run(arguments, report)
-    print(table([report]))
-    if arguments.results:
-        write_json([report], arguments.results)
-    return 1 if report.broken else 0
+    return carry_out("x11-updates", lambda report: run(arguments, report), arguments.results)
 
 
 if __name__ == "__main__":

@@ -2,6 +2,8 @@
 """Collects what was kept and what was broken."""
 
 import json
+import signal
+import sys
 import time
 import traceback
 
@@ -75,3 +77,15 @@ def read_json(path):
         report.results, report.figures = content["promises"], content["figures"]
         reports.append(report)
     return reports
+
+
+def carry_out(name, run, results=None):
+    """Runs one scenario with a report of this name, prints it and keeps it in the file `results`; returns the status for the
+    process: 0 when every promise was kept. A scenario that is asked to end cleans up."""
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
+    report = Report(name)
+    run(report)
+    print(table([report]))
+    if results:
+        write_json([report], results)
+    return 1 if report.broken else 0
