@@ -167,7 +167,8 @@ class Removal(HomeCase):
         other = {".config/autostart/other.desktop": b"other", ".local/share/applications/other.desktop": b"other",
                  ".local/opt/other/file": b"other"}
         ours = {f".config/autostart/{APPLICATION}.desktop": b"ours", ".local/share/OrvaneBreak/pending-crash.txt": b"ours",
-                ".local/state/OrvaneBreak/Logs/DiagnosticReports/report.txt": b"ours"}
+                ".local/state/OrvaneBreak/Logs/DiagnosticReports/report.txt": b"ours",
+                ".cache/OrvaneBreak/updates/2.0.part": b"ours"}
         for path, content in {**self.mine, **other, **ours}.items():
             (self.home / path).parent.mkdir(parents=True, exist_ok=True)
             (self.home / path).write_bytes(content)
