@@ -8,6 +8,19 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Makes an empty program in the folder of a version, and returns its path.
+QString emptyProgram(const QString &version, const QString &name)
+{
+    QFile program(version + u"/bin/"_s + name);
+    if (!QDir().mkpath(version + u"/bin"_s) || !program.open(QIODevice::WriteOnly))
+        qFatal("cannot write a program of the test");
+    return program.fileName();
+}
+
+} // namespace
+
 class AutostartEntryTest : public QObject
 {
     Q_OBJECT
@@ -120,13 +133,10 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString version = folder.filePath(u"versions/1.0"_s);
-        QVERIFY(QDir().mkpath(version + u"/bin"_s));
-        QFile program(version + u"/bin/orvanebreak"_s);
-        QVERIFY(program.open(QIODevice::WriteOnly));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), program.fileName());
+        const QString program = emptyProgram(version, u"orvanebreak"_s);
+        QCOMPARE(AutostartEntry::stableExecutable(program), program);
         QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()),
-                 folder.filePath(u"current/bin/orvanebreak"_s));
+        QCOMPARE(AutostartEntry::stableExecutable(program), folder.filePath(u"current/bin/orvanebreak"_s));
         QCOMPARE(AutostartEntry::stableExecutable(u"/usr/bin/orvanebreak"_s), u"/usr/bin/orvanebreak"_s);
     }
 
@@ -134,17 +144,14 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString version = folder.filePath(u"versions/1.0"_s);
-        QVERIFY(QDir().mkpath(version + u"/bin"_s));
-        QFile program(version + u"/bin/orvanebreak-program"_s);
-        QVERIFY(program.open(QIODevice::WriteOnly));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), program.fileName());
+        const QString program = emptyProgram(version, u"orvanebreak-program"_s);
+        QCOMPARE(AutostartEntry::stableExecutable(program), program);
         QFile launcher(version + u"/bin/orvanebreak"_s);
         QVERIFY(launcher.open(QIODevice::WriteOnly));
         QVERIFY(launcher.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()), launcher.fileName());
+        QCOMPARE(AutostartEntry::stableExecutable(program), launcher.fileName());
         QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
-        QCOMPARE(AutostartEntry::stableExecutable(program.fileName()),
-                 folder.filePath(u"current/bin/orvanebreak"_s));
+        QCOMPARE(AutostartEntry::stableExecutable(program), folder.filePath(u"current/bin/orvanebreak"_s));
     }
 
     void standardPlace()
