@@ -73,6 +73,10 @@ std::optional<qint64> MessageArchive::acknowledged() const
 
 void MessageArchive::markShown(const ServerMessage &message, const QDateTime &now)
 {
+    // Acknowledged again, it would take back the acknowledgement of a later one, which the server would then
+    // give for good, and be ignored.
+    if (wasShown(message.id))
+        return;
     QJsonArray shown = shownMessages(m_preferences);
     shown.append(message.id);
     keepLast(shown);

@@ -106,6 +106,22 @@ private Q_SLOTS:
         QVERIFY(f.hasBadges());
     }
 
+    void aMessageReadWhileItsAlertIsOpenIsAcknowledgedOnce()
+    {
+        Launched f(true);
+        f.delegate.showMainWindow();
+        f.deliver(7, u"Bonjour"_s);
+        f.tray.choose(u"Message de Orvane Labs"_s);
+        f.runLoop.advance(1h);
+        f.deliver(8, u"Bonsoir"_s);
+        f.tray.choose(u"Message de Orvane Labs"_s);
+        QCOMPARE(f.dialogText(), u"Message de Orvane Labs / Bonjour"_s);
+        f.press(u"alertDefault"_s);
+        f.runLoop.advance(1h);
+        QCOMPARE(f.http.requests.constFirst().json()[u"m"_s], QJsonValue(8));
+        QCOMPARE(f.preferences.stored[u"OBShownMessages"_s], QJsonValue(QJsonArray{7, 8}));
+    }
+
     void theEmptyWindow()
     {
         Launched f;
