@@ -172,25 +172,31 @@ void EngineModel::scheduleNext(int minutes)
 void EngineModel::advance(Interval interval)
 {
     const Date end = now + interval;
-    for (;;) {
-        const std::vector<ObservedTimer> all = timers();
-        if (all.empty())
-            break;
-        // The latest due date that no timer is too impatient for.
-        Date wakeUp = Date::min();
-        for (const ObservedTimer &candidate : all) {
-            const bool suitsEverybody = std::all_of(all.begin(), all.end(), [&](const ObservedTimer &timer) {
-                return candidate.due <= timer.due + timer.tolerance;
-            });
-            if (suitsEverybody)
-                wakeUp = std::max(wakeUp, candidate.due);
-        }
-        if (wakeUp > end)
-            break;
-        now = std::max(now, wakeUp);
-        fireOverdue();
-    }
+    for (auto wakeUp = nextWakeUp(); wakeUp && *wakeUp <= end; wakeUp = nextWakeUp())
+        wake(*wakeUp);
     now = end;
+}
+
+std::optional<Date> EngineModel::nextWakeUp(const std::vector<ObservedTimer> &others) const
+{
+    std::vector<ObservedTimer> all = timers();
+    all.insert(all.end(), others.begin(), others.end());
+    // The latest due date that no timer is too impatient for.
+    std::optional<Date> wakeUp;
+    for (const ObservedTimer &candidate : all) {
+        const bool suitsEverybody = std::all_of(all.begin(), all.end(), [&](const ObservedTimer &timer) {
+            return candidate.due <= timer.due + timer.tolerance;
+        });
+        if (suitsEverybody)
+            wakeUp = std::max(wakeUp.value_or(Date::min()), candidate.due);
+    }
+    return wakeUp;
+}
+
+void EngineModel::wake(Date wakeUp)
+{
+    now = std::max(now, wakeUp);
+    fireOverdue();
 }
 
 void EngineModel::jump(Interval interval)

@@ -79,6 +79,12 @@ public:
     void advance(Interval interval);
     void jump(Interval interval);
 
+    /// The next date to wake at, given the timers of others that share the wake-ups.
+    [[nodiscard]] std::optional<Date> nextWakeUp(const std::vector<ObservedTimer> &others = {}) const;
+
+    /// The wake-up of that date has come.
+    void wake(Date wakeUp);
+
     [[nodiscard]] State state() const { return m_state; }
     [[nodiscard]] bool isActive() const;
     [[nodiscard]] bool isOnBreak() const;

@@ -32,7 +32,7 @@ private:
     QStringList &m_log;
 };
 
-/// An overlay that writes down every call.
+/// An overlay that writes down every call, and passes it on where a test wants to see the break.
 class FakeOverlay final : public BreakOverlay
 {
 public:
@@ -45,20 +45,27 @@ public:
     {
         isShown = true;
         m_log.append(QStringLiteral("show %1").arg(pauseSeconds));
+        if (next)
+            next->show(pauseSeconds);
     }
 
     void update(double secondsLeft, double fraction) override
     {
         m_log.append(QStringLiteral("update %1 %2").arg(secondsLeft, 0, 'f', 3).arg(fraction, 0, 'f', 3));
+        if (next)
+            next->update(secondsLeft, fraction);
     }
 
     void hide() override
     {
         isShown = false;
         m_log.append(QStringLiteral("hide"));
+        if (next)
+            next->hide();
     }
 
     bool isShown = false;
+    BreakOverlay *next = nullptr;
 
 private:
     QStringList &m_log;

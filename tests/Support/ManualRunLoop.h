@@ -4,6 +4,7 @@
 #include "Platform/RunLoop.h"
 #include "Platform/TimerSchedule.h"
 
+#include <optional>
 #include <vector>
 
 /// A run loop whose clock stands still until the test moves it.
@@ -32,6 +33,9 @@ public:
         schedule().clockChanged(m_now);
         schedule().fireDue(m_now);
     }
+
+    /// When the timers ask to be woken next.
+    [[nodiscard]] std::optional<Date> nextWakeUp() const { return schedule().nextWakeUp(); }
 
     [[nodiscard]] std::vector<TimerSchedule::Entry> timers() const { return schedule().entries(); }
     [[nodiscard]] int wakeUps() const { return m_wakeUps; }

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Engine/EngineModel.h"
+#include "Overlay/BreakOverlayController.h"
+#include "Support/ApplicationFixture.h"
+#include "Support/FakeOverlaySurface.h"
+
+/// The launched application with a real break screen, and the model of its engine, side by side: what is done
+/// to one is told to the other, and every wake-up compares them.
+class ComparedApplication final : public ApplicationFixture
+{
+public:
+    /// What outlives a run of the program.
+    struct Kept
+    {
+        Date now{std::chrono::seconds(1'790'000'000)};
+        QJsonObject preferences{{QStringLiteral("OBOnboarded"), true}};
+        QJsonObject updates;
+        int intervalMinutes = 20;
+        int pauseSeconds = 20;
+        bool soundEnabled = false;
+        bool isMenuBarMode = false;
+    };
+
+    explicit ComparedApplication(const Kept &kept);
+    ~ComparedApplication();
+
+    [[nodiscard]] Kept kept() const;
+
+    /// Lets time go on, one wake-up after the other.
+    void pass(Interval interval);
+
+    /// Sets the clock or ends a suspend.
+    void jump(Interval interval);
+
+    /// Tells the model what was done to the engine.
+    void tell(EngineModel::Event event, int minutes = 0);
+
+    /// The session is locked: the break screen goes, and none comes until it is unlocked.
+    void lock();
+    void unlock() { m_isLocked = false; }
+    [[nodiscard]] bool isLocked() const { return m_isLocked; }
+
+    /// Looks whether all that can be seen is what the model says.
+    void compare();
+
+    /// The first difference that was found, empty while there is none.
+    [[nodiscard]] const QString &difference() const { return m_difference; }
+    void differ(const QString &what);
+
+    /// The panel that has the keyboard, null without a break screen.
+    [[nodiscard]] QWidget *panel() const { return surface.panels.empty() ? nullptr : surface.panels.front(); }
+
+    EngineModel model;
+    FakeOverlaySurface surface;
+    bool isMenuBarMode = false;
+
+private:
+    void compareEngines();
+    void compareScreens();
+    void compareTexts();
+    void compareTimers();
+    void noteBreak(const QStringList &effects);
+    [[nodiscard]] std::vector<ObservedTimer> observed(bool ofTheEngine) const;
+
+    bool m_isLocked = false;
+    bool m_isCovered = false;
+    Interval m_breakLasted{};
+    Interval m_breakLength{};
+    bool m_wasClockSetBack = false;
+    QString m_difference;
+    BreakOverlayController m_screens{
+        surface, [this] { return m_isLocked ? QList<QScreen *>() : QGuiApplication::screens(); }};
+};
