@@ -26,6 +26,13 @@ public:
         m_now = end;
     }
 
+    /// Keeps the thread busy: time passes, and what has become due meanwhile runs at the end.
+    void block(Interval interval)
+    {
+        m_now += interval;
+        schedule().fireDue(m_now);
+    }
+
     /// Sets the clock or ends a suspend: first the time changes, then the overdue calls run.
     void jump(Interval interval)
     {
