@@ -36,8 +36,8 @@ public:
     /// The id to acknowledge; absent when nothing was shown yet.
     [[nodiscard]] std::optional<qint64> acknowledged() const;
 
-    /// Remembers that the message was shown, acknowledges it and adds it to the conversation. Does nothing for
-    /// a message that is remembered already.
+    /// Remembers that the message was shown, acknowledges it and adds it to the conversation. Does nothing
+    /// for a message that is remembered already.
     void markShown(const ServerMessage &message, const QDateTime &now);
 
     /// Adds a reply of the user's.
