@@ -14,7 +14,7 @@ namespace {
 constexpr qreal cornerRadius = 6;
 constexpr int buttonHeight = 28;
 constexpr int textFieldFrame = 3;
-constexpr int comboBoxPadding = 4;
+constexpr int textPadding = 4;
 
 /// The ink on the accent of the breaks, as on the large buttons.
 const QColor accentInk(4, 47, 46);
@@ -214,7 +214,13 @@ QRect HouseStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
 {
     const QRect area = QProxyStyle::subControlRect(control, option, subControl, widget);
     const bool isText = control == CC_ComboBox && subControl == SC_ComboBoxEditField;
-    return isText ? area.adjusted(comboBoxPadding, 0, 0, 0) : area;
+    return isText ? area.adjusted(textPadding, 0, 0, 0) : area;
+}
+
+QRect HouseStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
+{
+    const QRect area = QProxyStyle::subElementRect(element, option, widget);
+    return element == SE_LineEditContents ? area.adjusted(textPadding, 0, -textPadding, 0) : area;
 }
 
 QSize HouseStyle::sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
