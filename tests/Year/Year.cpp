@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int daysInAYear = 365;
-constexpr int mostOperationsInADay = 20;
+constexpr int mostOperationsInADay = 14;
 constexpr std::size_t rememberedOperations = 40;
 
 } // namespace

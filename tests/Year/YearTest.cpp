@@ -11,7 +11,8 @@
 
 using namespace Qt::StringLiterals;
 
-/// The whole application for a year of virtual time.
+/// The whole application for a year of virtual time. ORVANE_TEST_SEED repeats the year of one seed,
+/// ORVANE_TEST_YEARS lives more years, from that seed or a random one on.
 class YearTest : public QObject
 {
     Q_OBJECT
