@@ -68,6 +68,8 @@ void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, 
             Qt::QueuedConnection);
     };
     try {
+        // One whose answer nobody waits for any more may change the installation until its end.
+        m_thread = std::jthread();
         m_thread = std::jthread([this, archive, item, finish] {
             const SignalStack signalStack;
             finish(install(archive, item));

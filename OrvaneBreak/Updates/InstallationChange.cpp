@@ -165,20 +165,6 @@ std::optional<QString> InstallationChange::confirm()
     return std::nullopt;
 }
 
-std::optional<QString> InstallationChange::rollBack()
-{
-    const UpdateVersion previous = m_installation.previous();
-    if (!previous.isValid() || !Installation::hasPrograms(m_installation.folderOf(previous)))
-        return u"no previous version"_s;
-    if (!placeLink("current", previous)) {
-        const QString problem = systemProblem(u"going back to "_s + previous.text());
-        removeTemporaryNames();
-        return problem;
-    }
-    syncToDisk(m_root.get());
-    return endTrial() ? std::nullopt : std::optional(systemProblem(u"ending the trial"_s));
-}
-
 bool InstallationChange::placeLink(const char *name, const UpdateVersion &version) const
 {
     const std::string target = "versions/" + version.text().toStdString();

@@ -36,9 +36,6 @@ public:
     /// current nor previous. Does nothing when the running version is not the current one.
     [[nodiscard]] std::optional<QString> confirm();
 
-    /// Makes the previous version current again and ends the trial.
-    [[nodiscard]] std::optional<QString> rollBack();
-
 private:
     explicit InstallationChange(const Installation &installation);
 

@@ -49,7 +49,9 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     setAttribute(Qt::WA_QuitOnClose, false);
     // No task bar shows this window; without an icon of its own, all sizes of the application's would be sent
     // to the display server for every panel while the user waits for the picture.
-    setWindowIcon(QPixmap(1, 1));
+    QPixmap icon(1, 1);
+    icon.fill(Qt::transparent);
+    setWindowIcon(icon);
 
     m_ring->setFixedSize(ringSize, ringSize);
     m_ring->setSecondsLeft(pauseSeconds);

@@ -79,6 +79,22 @@ private Q_SLOTS:
         QVERIFY(diagnosticReport(facts).contains(u"Session bus       does not answer\n"_s));
     }
 
+    void colorSchemes()
+    {
+        DiagnosticFacts facts = bareFacts();
+        facts.hasSessionBus = true;
+        facts.portalVersion = 1;
+        const auto expect = [&](std::optional<uint> scheme, const QString &text) {
+            facts.portalScheme = scheme;
+            QVERIFY(diagnosticReport(facts).contains(u"color scheme: "_s + text + u'\n'));
+        };
+        expect(std::nullopt, u"none"_s);
+        expect(0, u"no preference"_s);
+        expect(1, u"dark"_s);
+        expect(2, u"light"_s);
+        expect(3, u"no preference"_s);
+    }
+
     void overlayKinds_data()
     {
         QTest::addColumn<QString>("requested");

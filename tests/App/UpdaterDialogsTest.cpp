@@ -64,6 +64,42 @@ class UpdaterDialogsTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QApplication::setWindowIcon(QPixmap(64, 64)); }
 
+    void whereItDoesNotInstallItselfTheOfferSaysWhoDoes_data()
+    {
+        QTest::addColumn<UpdateInstaller::Ability>("ability");
+        QTest::addColumn<QString>("ending");
+        QTest::newRow("package manager")
+            << UpdateInstaller::Ability::Others << u"par un autre programme, qui doit le mettre à jour."_s;
+        QTest::newRow("not writable") << UpdateInstaller::Ability::NotAllowed
+                                      << u"ne peut pas écrire dans son dossier : installe-la à la main."_s;
+    }
+
+    void whereItDoesNotInstallItselfTheOfferSaysWhoDoes()
+    {
+        QFETCH(const UpdateInstaller::Ability, ability);
+        QFETCH(const QString, ending);
+        Fixture f;
+        f.installer.currentAbility = ability;
+        f.find<QPushButton>(u"updatesButton"_s)->click();
+        f.answer();
+        const Alert *offer = Fixture::dialog(u"updateOffer"_s);
+        QVERIFY(offer);
+        const QString text = offer->findChild<QTextEdit *>(u"alertInformation"_s)->toPlainText();
+        QVERIFY2(text.endsWith(ending), qPrintable(text));
+    }
+
+    void whatIsForOtherSystemsAloneIsNoUpdate()
+    {
+        Fixture f;
+        f.find<QPushButton>(u"updatesButton"_s)->click();
+        const QByteArray item = FeedMaker::wholeItem("1.1").replace(R"(s:os="linux")", R"(s:os="other")");
+        f.http.answer(HttpAnswer{200, FeedMaker::feed(item)});
+        const Alert *answer = Fixture::dialog(u"updateAnswer"_s);
+        QVERIFY(answer);
+        QCOMPARE(answer->findChild<QTextEdit *>(u"alertInformation"_s)->toPlainText(),
+                 u"Aucune version n'est proposée pour ce système. Tu as la version 1.0."_s);
+    }
+
     void aRequestIsShownFromTheFirstClickToTheEnd()
     {
         Fixture f;

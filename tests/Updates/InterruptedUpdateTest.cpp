@@ -32,12 +32,6 @@ int startWell(const InstallationFixture &f)
     return change && !change->confirm() ? 0 : 5;
 }
 
-int goBack(const InstallationFixture &f)
-{
-    auto change = InstallationChange::begin(f.seenBy("1.3"));
-    return change && !change->rollBack() ? 0 : 6;
-}
-
 /// Whether the links, the trial and everything that is called a version make sense, whatever was interrupted.
 void checkInstallation(const InstallationFixture &f)
 {
@@ -114,12 +108,6 @@ private Q_SLOTS:
                                 [this](const InstallationFixture &f) { return installUpdate(f, m_archive); });
         // Each file and folder alone needs more than two calls.
         QVERIFY(calls > 30);
-    }
-
-    void killedOnTheWayBack() const
-    {
-        interruptEverywhere(
-            [this](const InstallationFixture &f) { QCOMPARE(installUpdate(f, m_archive), 0); }, goBack);
     }
 
     void killedWhileStarting() const

@@ -4,12 +4,22 @@
 import time
 
 
+_patience = 1.0
+
+
+def be_patient(factor):
+    """From now on everything may take this many times as long: for programs that are slowed down."""
+    global _patience
+    _patience = factor
+
+
 class TimedOut(Exception):
     """A condition did not come true in time; the text says which."""
 
 
 def wait_until(condition, what, timeout=10.0, interval=0.01):
     """Returns the first true value of condition(); raises TimedOut with `what` after `timeout` seconds."""
+    timeout *= _patience
     deadline = time.monotonic() + timeout
     while True:
         value = condition()

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -28,6 +29,8 @@ qsizetype threadCount()
 /// end of its input, whatever is still under way.
 int obeyCommands(const QString &soundsFolder)
 {
+    // A sanitizer starts its own thread with the first one.
+    std::thread([] {}).join();
     const qsizetype threadsAtRest = threadCount();
     auto chime = std::make_unique<CanberraChime>(soundsFolder);
     for (std::string command; std::getline(std::cin, command);) {

@@ -81,6 +81,21 @@ private Q_SLOTS:
         QCOMPARE(after.at(2), before.at(1));
     }
 
+    void anEntryShowsItsIcon()
+    {
+        MenuMirror mirror;
+        mirror.setMenu(menuOf({u"message"_s}));
+        const QAction *shown = mirror.shownMenu()->actions().constFirst();
+        QVERIFY(shown->icon().isNull());
+        auto menu = menuOf({u"message"_s});
+        QPixmap badge(4, 4);
+        badge.fill(Qt::red);
+        const QIcon icon(badge);
+        menu->actions().constFirst()->setIcon(icon);
+        mirror.setMenu(std::move(menu));
+        QCOMPARE(shown->icon().cacheKey(), icon.cacheKey());
+    }
+
     void aClickReachesTheLatestMenuOnly()
     {
         MenuMirror mirror;

@@ -1,0 +1,72 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Runs the program from its first start to its end under valgrind's memcheck on a virtual desktop, against a server of the
+makers, and prints what it lost and what it read or wrote where it must not. Status 0: nothing; 1: something."""
+
+import argparse
+import pathlib
+import shutil
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "MakersServer"))
+
+from driver import waiting  # noqa: E402
+from driver.tray import Tray  # noqa: E402
+from driver.x11 import X11Bed  # noqa: E402
+from makers_server import MakersServer  # noqa: E402
+from scenario import memory_part  # noqa: E402
+from scenario.channel_desk import ChannelDesk  # noqa: E402
+from scenario.promises import carry_out  # noqa: E402
+
+#: How many times slower than by itself a program may be under memcheck.
+_SLOWER = 12
+
+_SUPPRESSIONS = pathlib.Path(__file__).resolve().parent / "valgrind-suppressions"
+
+_MEMCHECK = """#!/bin/sh
+exec valgrind --quiet --error-exitcode={status} --leak-check=full --show-leak-kinds=definite \\
+    --errors-for-leak-kinds=definite --num-callers=40 --suppressions='{suppressions}' --gen-suppressions=all \\
+    --log-file='{logs}/memcheck-%p.txt' '{program}' "$@"
+"""
+
+
+def checked(program, folder):
+    """A program that is `program` under memcheck; what is found goes into `folder`, one file for each process."""
+    path = folder / "checked"
+    path.write_text(_MEMCHECK.format(status=memory_part.FOUND, suppressions=_SUPPRESSIONS, logs=folder,
+                                     program=program), "utf-8")
+    path.chmod(0o755)
+    return path
+
+
+def run(arguments, report):
+    waiting.be_patient(_SLOWER)
+    with X11Bed("openbox") as bed, tempfile.TemporaryDirectory() as folder:
+        logs = pathlib.Path(folder, "logs")
+        logs.mkdir()
+        desk = ChannelDesk(bed, checked(arguments.program.resolve(), logs), arguments.helpers.resolve())
+        desk.tray = Tray(bed)
+        with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "server")) as desk.server:
+            report.run(memory_part.whole_run, desk, report)
+            desk.tidy_up(program_runs=False)
+        found = "".join(path.read_text("utf-8", "replace") for path in sorted(logs.iterdir()) if path.suffix == ".txt")
+    print(found)
+    report.promise("nothing is lost, and nothing read or written where it must not be", not found, "see above")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable that takes a test server")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
+    parser.add_argument("--makers-server", type=pathlib.Path, required=True, help="the server's executable")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
+    arguments = parser.parse_args()
+    if not shutil.which("valgrind"):
+        print("not installed: valgrind (Debian package: valgrind)")
+        return 1
+    return carry_out("x11-memory", lambda report: run(arguments, report), arguments.results)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
