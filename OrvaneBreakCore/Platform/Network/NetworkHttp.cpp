@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -39,7 +40,7 @@ private:
     {
         // An exchange that was abandoned is closed.
         if (m_reply->isOpen())
-            m_body += m_reply->read(largestBody + 1 - m_body.size());
+            m_body += m_reply->read(std::min(m_reply->bytesAvailable(), largestBody + 1 - m_body.size()));
         if (m_body.size() > largestBody && m_reply->isRunning())
             m_reply->abort();
     }
