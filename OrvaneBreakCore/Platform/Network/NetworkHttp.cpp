@@ -99,7 +99,7 @@ template <typename Send>
 void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                            Completion completion, Send send)
 {
-    if (!isAllowed(url)) {
+    if (!isAllowed(url) || !SafeRequest::isPossible()) {
         QMetaObject::invokeMethod(
             &context, [completion = std::move(completion)] { completion(std::nullopt); },
             Qt::QueuedConnection);
