@@ -2,6 +2,7 @@
 #include "Platform/Network/NetworkHttp.h"
 
 #include "Platform/Network/SafeRequest.h"
+#include "Platform/Process/DescriptorReserve.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -99,7 +100,7 @@ template <typename Send>
 void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                            Completion completion, Send send)
 {
-    if (!isAllowed(url) || !SafeRequest::isPossible()) {
+    if (!isAllowed(url) || !DescriptorReserve::canThreadsWork()) {
         QMetaObject::invokeMethod(
             &context, [completion = std::move(completion)] { completion(std::nullopt); },
             Qt::QueuedConnection);

@@ -2,22 +2,15 @@
 #include "Platform/Network/SafeRequest.h"
 
 #include "Platform/Network/Http.h"
-#include "Platform/Preferences/FileDescriptor.h"
 
 #include <QNetworkReply>
 #include <QUrl>
 
-#include <sys/eventfd.h>
-
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
 
 constexpr int mostRedirects = 5;
-/// A thread with its event loop, the certificates, connections for both kinds of addresses, and a few more.
-constexpr std::size_t descriptorsOfExchange = 24;
 
 } // namespace
 
@@ -44,13 +37,4 @@ void SafeRequest::judgeRedirects(QNetworkReply &reply, QObject *context, std::fu
                          else
                              refuse();
                      });
-}
-
-bool SafeRequest::isPossible()
-{
-    std::array<FileDescriptor, descriptorsOfExchange> descriptors;
-    return std::all_of(descriptors.begin(), descriptors.end(), [](FileDescriptor &descriptor) {
-        descriptor = FileDescriptor(eventfd(0, EFD_CLOEXEC));
-        return descriptor.isOpen();
-    });
 }

@@ -20,8 +20,4 @@ namespace SafeRequest {
 /// to another address calls `refuse`, as long as `context` lives.
 void judgeRedirects(QNetworkReply &reply, QObject *context, std::function<void()> refuse);
 
-/// Whether the process has the descriptors that an exchange takes. Without them the toolkit's thread for it
-/// would end the process.
-[[nodiscard]] bool isPossible();
-
 } // namespace SafeRequest
