@@ -135,6 +135,10 @@ def bus_restarts(desk, report):
     desk.bed.start_bus("session-bus")
     desk.tray = Tray(desk.bed)
     report.promise("the eye does not come back with another session bus", stays_true(lambda: not desk.tray.items(), 1))
+    second = desk.start_again()
+    report.promise("another start in another session bus does not find the first program",
+                   comes_true(desk.tray.items, 5) and second.poll() is None)
+    desk.bed.stop(second)
     report.promise("silent when the session bus restarts", not desk.said(), desk.said())
     desk.bed.stop(desk.process)
     report.promise("it ends well after the session bus has restarted", desk.process.returncode == 0,
