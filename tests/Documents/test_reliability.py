@@ -4,6 +4,7 @@
 
 usage: test_reliability.py CTEST BUILD-FOLDER"""
 
+import functools
 import re
 import subprocess
 import sys
@@ -21,6 +22,7 @@ def rows():
     return [row for row in cells[1:] if not row[0].startswith("**")]
 
 
+@functools.cache
 def sources_of(test):
     """The text of the sources in which parts of this test are defined: its own in C++, or all that are in Python."""
     own = list((ROOT / "tests").rglob(f"{test}.cpp"))

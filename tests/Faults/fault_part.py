@@ -4,6 +4,7 @@
 import json
 import time
 
+from driver.bed import NotPossibleHere
 from driver.tray import Tray
 from driver.waiting import comes_true, stays_true, wait_until
 from scenario.application_desk import MENU_BAR_BOX, SETTINGS
@@ -54,7 +55,7 @@ def full_disk(desk, report):
     _run_out_of_room(desk, report, "limited files", lambda folder: FileSizeLimit())
     try:
         _run_out_of_room(desk, report, "full disk", SmallDisk)
-    except OSError as reason:
+    except NotPossibleHere as reason:
         report.not_possible("full disk: what was stored stays whole", reason)
 
 

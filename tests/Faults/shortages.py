@@ -5,13 +5,15 @@ import os
 import resource
 import subprocess
 
+from driver.bed import NotPossibleHere
 from driver.waiting import stays_true, wait_until
 
 _CALM_SECONDS = 0.5
 
 
 class SmallDisk:
-    """A file system of 256 KiB in a folder, to be used in a with statement; OSError where this process may mount none."""
+    """A file system of 256 KiB in a folder, to be used in a with statement; NotPossibleHere where this
+    process may mount none."""
 
     def __init__(self, folder):
         self._folder = folder
@@ -21,7 +23,7 @@ class SmallDisk:
         mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "tmpfs", self._folder], check=False,
                                  capture_output=True, text=True)
         if mounted.returncode != 0:
-            raise OSError(mounted.stderr.strip())
+            raise NotPossibleHere(mounted.stderr.strip())
         return self
 
     def __exit__(self, *_):
