@@ -44,6 +44,7 @@ AppDelegate::AppDelegate(Services services)
     , m_alerts(services.alerts)
     , m_statusController(std::move(services.makeTrayItem))
 {
+    m_statusController.onLost = [this] { awaitTray(); };
 }
 
 AppDelegate::~AppDelegate()
@@ -64,10 +65,7 @@ void AppDelegate::applicationDidFinishLaunching()
     };
     if (isMenuBarMode()) {
         m_statusController.enable(buildStatusMenu());
-        m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
-            if (m_statusController.isEnabled() && !m_statusController.isHosted())
-                showMainWindow();
-        });
+        awaitTray();
     } else {
         activate();
     }
@@ -80,6 +78,18 @@ void AppDelegate::applicationDidFinishLaunching()
         showSettings();
     if (isDebugSwitchOn("ORVANE_DEBUG_BREAK"))
         m_engine.breakNow();
+}
+
+void AppDelegate::awaitTray()
+{
+    m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
+        if (!m_statusController.isEnabled() || m_statusController.isHosted())
+            return;
+        if (m_engine.isOnBreak())
+            awaitTray();
+        else
+            showMainWindow();
+    });
 }
 
 void AppDelegate::applicationWillTerminate()

@@ -156,6 +156,7 @@ private:
     void showAlert(const QString &name, const QString &message, const QString &information,
                    const QString &button = QStringLiteral("OK"), const std::function<void()> &dismissed = {});
     void activate();
+    void awaitTray();
     void lastWindowMayHaveClosed();
     [[nodiscard]] bool isMenuBarMode() const;
 

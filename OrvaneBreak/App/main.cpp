@@ -21,6 +21,7 @@
 #include "Platform/OverlaySurface.h"
 #include "Platform/Preferences/JsonPreferences.h"
 #include "Platform/Process/Bundle.h"
+#include "Platform/Process/DescriptorReserve.h"
 #include "Platform/Process/DisplayProbe.h"
 #include "Platform/Process/MessageFilter.h"
 #include "Platform/Process/PlatformChoice.h"
@@ -76,6 +77,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const Bundle bundle = Bundle::main();
     const std::filesystem::path preferencesFile = JsonPreferences::defaultFile();
 
+    const DescriptorReserve descriptorReserve;
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
     const ChosenUserIdle idle = makeUserIdle(runLoop);

@@ -77,11 +77,8 @@ void MessageArchive::markShown(const ServerMessage &message, const QDateTime &no
     // give for good, and be ignored.
     if (wasShown(message.id))
         return;
-    QJsonArray shown = shownMessages(m_preferences);
-    shown.append(message.id);
-    keepLast(shown);
-    m_preferences.setValue(shownKey, shown);
-    m_preferences.setValue(acknowledgedKey, message.id);
+    // Each value is on the disk before the next one. Should the process die between two, the message may come
+    // again, but it is not missing from the conversation.
     const QJsonArray known = storedHistory(m_preferences);
     const bool isKnown = std::any_of(known.begin(), known.end(), [&](const QJsonValue &entry) {
         const QJsonValue id = entry[u"id"_s];
@@ -89,6 +86,11 @@ void MessageArchive::markShown(const ServerMessage &message, const QDateTime &no
     });
     if (!isKnown)
         append(message.id, message.text, now, false);
+    m_preferences.setValue(acknowledgedKey, message.id);
+    QJsonArray shown = shownMessages(m_preferences);
+    shown.append(message.id);
+    keepLast(shown);
+    m_preferences.setValue(shownKey, shown);
 }
 
 void MessageArchive::addReply(const QString &text, const QDateTime &now)

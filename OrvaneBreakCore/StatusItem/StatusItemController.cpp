@@ -14,8 +14,13 @@ StatusItemController::StatusItemController(MakeTrayItem makeTrayItem)
 
 void StatusItemController::enable(std::unique_ptr<QMenu> menu)
 {
-    if (!m_statusItem)
+    if (!m_statusItem) {
         m_statusItem = m_makeTrayItem();
+        m_statusItem->onLost = [this] {
+            if (onLost)
+                onLost();
+        };
+    }
     m_statusItem->setMenu(std::move(menu));
     refreshIcon();
 }

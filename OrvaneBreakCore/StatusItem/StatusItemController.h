@@ -30,6 +30,9 @@ public:
     /// Chooses the variant of the icon. Remembered while hidden.
     void setActive(bool active);
 
+    /// Called when an icon that was shown is lost for good: there is no tray any more that could show it.
+    std::function<void()> onLost;
+
 private:
     void refreshIcon();
 

@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -18,7 +19,7 @@ public:
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;
 
-    /// Whether a tray has been there to show the icon.
+    /// Whether a tray has been there to show the icon, which has not been lost since.
     [[nodiscard]] virtual bool isHosted() const = 0;
 
     /// Shows the symbol named `symbol` in `tint`; without a tint in a colour that suits any panel. An unknown
@@ -28,4 +29,8 @@ public:
     /// Attaches `menu` in place of any earlier one, also while that one is open. Every action has an object
     /// name of its own, by which entries are recognised from one menu to the next.
     virtual void setMenu(std::unique_ptr<QMenu> menu) = 0;
+
+    /// Called from the event loop when what carries the icon to the tray is gone, and no tray shows it any
+    /// more.
+    std::function<void()> onLost;
 };

@@ -81,6 +81,20 @@ private Q_SLOTS:
         QVERIFY(f.window()->isVisible());
     }
 
+    void aTrayThatIsLostLeavesTheWindowAsTheDoor()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        f.engine.breakNow();
+        f.tray.lose();
+        f.runLoop.advance(19s);
+        QVERIFY(f.engine.isOnBreak());
+        QVERIFY(!f.window()->isVisible());
+        f.runLoop.advance(7s);
+        QVERIFY(f.window()->isVisible());
+    }
+
     void withATrayTheWindowStaysHidden()
     {
         ApplicationFixture f;

@@ -19,6 +19,24 @@ struct Fixture
     MessageArchive archive{preferences};
 };
 
+/// Remembers what was stored after each change.
+class RecordingPreferences final : public Preferences
+{
+public:
+    [[nodiscard]] QJsonValue value(const QString &key) const override { return m_stored.value(key); }
+
+    void setValue(const QString &key, const QJsonValue &value) override
+    {
+        m_stored.setValue(key, value);
+        moments.append(m_stored.stored);
+    }
+
+    QList<QJsonObject> moments;
+
+private:
+    MemoryPreferences m_stored;
+};
+
 QJsonObject entry(qint64 id, const QString &body)
 {
     return {{u"id"_s, id}, {u"body"_s, body}, {u"date"_s, u"2026-01-01T00:00:00.000Z"_s}, {u"mine"_s, false}};
@@ -83,6 +101,21 @@ private Q_SLOTS:
         f.archive.markShown({7, u"Bonjour"_s}, now);
         f.archive.markShown({7, u"Bonsoir"_s}, now.addSecs(60));
         QCOMPARE(f.archive.history(now), (QList<ArchivedMessage>{{7, u"Bonjour"_s, now, false}}));
+    }
+
+    static void whenItDiesMeanwhileNoMessageIsMissing()
+    {
+        RecordingPreferences recording;
+        MessageArchive(recording).markShown({7, u"Bonjour"_s}, now);
+        QVERIFY(recording.moments.size() > 1);
+        for (const QJsonObject &moment : recording.moments) {
+            MemoryPreferences preferences(moment);
+            MessageArchive archive(preferences);
+            const QList<ArchivedMessage> expected{{7, u"Bonjour"_s, now, false}};
+            QCOMPARE(archive.history(now), expected);
+            archive.markShown({7, u"Bonjour"_s}, now.addSecs(3600));
+            QCOMPARE(archive.history(now), expected);
+        }
     }
 
     static void repliesHaveTheSecondsAsTheirIdAndAllStay()

@@ -14,6 +14,14 @@ struct Tray
     std::optional<QColor> tint;
     std::unique_ptr<QMenu> menu;
     bool isHosted = true;
+    TrayItem *item = nullptr;
+
+    /// Takes the icon away for good.
+    void lose()
+    {
+        isHosted = false;
+        item->onLost();
+    }
 
     /// The texts of the menu, "-" for a separator.
     [[nodiscard]] QStringList menuTexts() const
@@ -45,6 +53,7 @@ public:
     {
         ++m_tray.items;
         ++m_tray.itemsEverMade;
+        m_tray.item = this;
     }
 
     ~FakeTrayItem() override

@@ -17,7 +17,7 @@ public:
     enum class End
     {
         Complete,   ///< The server sent all that it announced.
-        Broken,     ///< No network, a connection that ended early, silence, a server in trouble.
+        Broken,     ///< No network, a connection that ended early, silence, a server or a machine in trouble.
         OtherRange, ///< The server has no such offset, or sends from another one; nothing was delivered.
         Refused     ///< Any other status, too many redirects or one to somewhere unsafe, a forbidden address.
     };

@@ -21,8 +21,9 @@ struct HttpAnswer
 class Http
 {
 public:
-    /// The answer whatever its status, or nothing when none came: no network, an invalid certificate, a
-    /// redirect to somewhere unsafe, an answer that took too long or is larger than a mebibyte.
+    /// The answer whatever its status, or nothing when none came: no network, no descriptors, an invalid
+    /// certificate, a redirect to somewhere unsafe, an answer that took too long or is larger than a
+    /// mebibyte.
     using Completion = std::function<void(const std::optional<HttpAnswer> &)>;
 
     Http() = default;

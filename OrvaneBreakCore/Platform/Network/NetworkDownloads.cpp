@@ -3,6 +3,7 @@
 
 #include "Platform/Network/Http.h"
 #include "Platform/Network/SafeRequest.h"
+#include "Platform/Process/DescriptorReserve.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -140,9 +141,11 @@ NetworkDownloads::~NetworkDownloads() = default;
 std::unique_ptr<Downloads::Exchange> NetworkDownloads::get(const QUrl &url, qint64 offset, Receiver receiver)
 {
     auto exchange = std::make_unique<NetworkExchange>(offset, std::move(receiver));
-    if (!Http::isAllowed(url)) {
+    const bool isAllowed = Http::isAllowed(url);
+    if (!isAllowed || !DescriptorReserve::canThreadsWork()) {
+        const End end = isAllowed ? End::Broken : End::Refused;
         QMetaObject::invokeMethod(
-            exchange.get(), [refused = exchange.get()] { refused->end(End::Refused); }, Qt::QueuedConnection);
+            exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);
         return exchange;
     }
     QNetworkRequest request = SafeRequest::to(url);

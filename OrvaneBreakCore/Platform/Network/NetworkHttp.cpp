@@ -2,6 +2,7 @@
 #include "Platform/Network/NetworkHttp.h"
 
 #include "Platform/Network/SafeRequest.h"
+#include "Platform/Process/DescriptorReserve.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -9,6 +10,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -39,7 +41,7 @@ private:
     {
         // An exchange that was abandoned is closed.
         if (m_reply->isOpen())
-            m_body += m_reply->read(largestBody + 1 - m_body.size());
+            m_body += m_reply->read(std::min(m_reply->bytesAvailable(), largestBody + 1 - m_body.size()));
         if (m_body.size() > largestBody && m_reply->isRunning())
             m_reply->abort();
     }
@@ -98,7 +100,7 @@ template <typename Send>
 void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                            Completion completion, Send send)
 {
-    if (!isAllowed(url)) {
+    if (!isAllowed(url) || !DescriptorReserve::canThreadsWork()) {
         QMetaObject::invokeMethod(
             &context, [completion = std::move(completion)] { completion(std::nullopt); },
             Qt::QueuedConnection);

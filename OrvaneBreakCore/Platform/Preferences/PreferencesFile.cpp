@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -36,18 +37,17 @@ constexpr std::size_t temporaryDigits = 16;
 
 std::optional<QByteArray> readBytes(int file)
 {
-    QByteArray bytes(sizeLimit + 1, Qt::Uninitialized);
-    qsizetype size = 0;
-    while (size < bytes.size()) {
-        const ssize_t length = uninterrupted(
-            [&] { return read(file, bytes.data() + size, static_cast<std::size_t>(bytes.size() - size)); });
+    // Piece by piece: memory for the largest file at once would be wanted for the smallest, too.
+    QByteArray bytes;
+    std::array<char, 16'384> piece = {};
+    while (bytes.size() <= sizeLimit) {
+        const ssize_t length = uninterrupted([&] { return read(file, piece.data(), piece.size()); });
         if (length < 0)
             return std::nullopt;
         if (length == 0)
             break;
-        size += length;
+        bytes.append(piece.data(), length);
     }
-    bytes.resize(size);
     return bytes;
 }
 

@@ -59,10 +59,12 @@ UnixSignals::UnixSignals(std::function<void()> onTerminate)
                      });
     wakeUpDescriptor = m_pipe.ends[1];
     setHandler(handleSignal);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 UnixSignals::~UnixSignals()
 {
     setHandler(SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
     wakeUpDescriptor = -1;
 }

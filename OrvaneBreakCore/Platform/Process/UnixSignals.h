@@ -6,7 +6,8 @@
 #include <functional>
 
 /// Turns the first SIGTERM, SIGINT or SIGHUP into a call on the user-interface thread. A second one ends the
-/// process at once, as it would without this class. One instance at a time.
+/// process at once, as it would without this class. SIGXFSZ is ignored meanwhile: what goes beyond a limit on
+/// the size of files fails like a write to a full disk. One instance at a time.
 class UnixSignals
 {
 public:

@@ -35,6 +35,9 @@ NotifierTrayItem::NotifierTrayItem()
     connect(serviceWatcher, &QDBusServiceWatcher::serviceRegistered, this, &NotifierTrayItem::lookForHost);
     bus.connect(watcherService, watcherPath, watcherService, u"StatusNotifierHostRegistered"_s, this,
                 SLOT(lookForHost()));
+    // What the bus library says to its own process. The toolkit never connects to another session bus.
+    bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                u"Disconnected"_s, this, SLOT(busLost()));
     lookForHost();
 }
 
@@ -68,6 +71,13 @@ void NotifierTrayItem::lookForHost()
         hostAnswered(*call);
         call->deleteLater();
     });
+}
+
+void NotifierTrayItem::busLost()
+{
+    m_trayIcon.reset();
+    if (onLost)
+        onLost();
 }
 
 void NotifierTrayItem::hostAnswered(const QDBusPendingCallWatcher &call)

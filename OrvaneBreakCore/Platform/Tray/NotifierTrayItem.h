@@ -28,6 +28,7 @@ public:
 
 private Q_SLOTS:
     void lookForHost();
+    void busLost();
 
 private:
     void hostAnswered(const QDBusPendingCallWatcher &call);

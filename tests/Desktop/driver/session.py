@@ -29,6 +29,8 @@ class SessionBed(Bed):
         self._children = Children()
         self._home = None
         self._bus_address = None
+        #: The process of the session bus.
+        self.bus = None
 
     def end(self):
         self._children.end_all()
@@ -99,7 +101,7 @@ class SessionBed(Bed):
             if not answer.readline():
                 raise CannotStart("dbus-daemon did not start")
         if name == "session-bus":
-            self._bus_address = address
+            self.bus, self._bus_address = process, address
         return process, address
 
     # -- small helpers

@@ -88,12 +88,12 @@ def leaving(desk, report):
 
 def server_killed(desk, report):
     """The X server is killed in the middle of a break."""
+    desk.start_in_break()
     check_end_with_server(desk, report, "the X server")
 
 
 def check_end_with_server(desk, report, server):
-    """Kills what shows the program's windows while they show a break."""
-    desk.start_in_break()
+    """Kills what shows the program's windows."""
     desk.bed.server.kill()
     report.promise(f"the program ends within 5 s when {server} is killed",
                    comes_true(lambda: desk.process.poll() is not None, 5))

@@ -105,6 +105,7 @@ def signals(desk, report):
 
 def compositor_killed(desk, report):
     """The compositor is killed in the middle of a break."""
+    desk.start_in_break()
     check_end_with_server(desk, report, "the display")
 
 

@@ -2,6 +2,7 @@
 #include "Platform/Network/NetworkDownloads.h"
 
 #include "ScriptedServer.h"
+#include "Support/NoDescriptors.h"
 
 #include <QTest>
 
@@ -104,6 +105,16 @@ private Q_SLOTS:
         QCOMPARE(f.begins, std::vector<qint64>{4});
         QCOMPARE(f.received, "ive");
         QVERIFY(f.server.received.toLower().contains("\r\nrange: bytes=4-\r\n"));
+    }
+
+    static void withoutDescriptorsItIsBroken()
+    {
+        Fixture f;
+        const NoDescriptors none;
+        f.get();
+        QVERIFY(f.ends.empty());
+        QTRY_VERIFY(f.hasEndedWith(End::Broken));
+        QVERIFY(f.isUntouched());
     }
 
     static void aServerThatKnowsNoRanges()

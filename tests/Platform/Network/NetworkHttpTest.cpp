@@ -2,6 +2,7 @@
 #include "Platform/Network/NetworkHttp.h"
 
 #include "ScriptedServer.h"
+#include "Support/NoDescriptors.h"
 
 #include <QTest>
 
@@ -105,6 +106,23 @@ private Q_SLOTS:
         QVERIFY(!f.isAnswered());
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(!f.answer);
+    }
+
+    static void withoutDescriptorsThereIsNoAnswer()
+    {
+        Fixture f;
+        f.server.reply = answerWith("200 OK", "{}");
+        {
+            const NoDescriptors none;
+            f.send();
+            QVERIFY(!f.isAnswered());
+            QTRY_VERIFY(f.isAnswered());
+            QVERIFY(!f.answer);
+        }
+        f.completions = 0;
+        f.send();
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(f.answer);
     }
 
     static void silenceAndDripsEndAtTheLimit()

@@ -1,0 +1,56 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Every fault in docs/reliability.md has its test.
+
+usage: test_reliability.py CTEST BUILD-FOLDER"""
+
+import functools
+import re
+import subprocess
+import sys
+import unittest
+
+from documents import ROOT
+
+CTEST = BUILD_FOLDER = None
+
+
+def rows():
+    """The cells of each row that names a fault."""
+    lines = (ROOT / "docs" / "reliability.md").read_text("utf-8").splitlines()
+    cells = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines if line.startswith("| ")]
+    return [row for row in cells[1:] if not row[0].startswith("**")]
+
+
+@functools.cache
+def sources_of(test):
+    """The text of the sources in which parts of this test are defined: its own in C++, or all that are in Python."""
+    own = list((ROOT / "tests").rglob(f"{test}.cpp"))
+    return "".join(path.read_text("utf-8") for path in own or (ROOT / "tests").rglob("*.py"))
+
+
+class Faults(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        listed = subprocess.run([CTEST, "--test-dir", BUILD_FOLDER, "-N"], capture_output=True, text=True, check=True)
+        cls.tests = set(re.findall(r"Test +#\d+: (\S+)", listed.stdout))
+
+    def test_there_are_rows(self):
+        self.assertGreater(len(rows()), 20)
+
+    def test_every_fault_has_tests_that_exist(self):
+        for fault, seen, column in rows():
+            named = re.findall(r"`([^`]+)`", column)
+            with self.subTest(fault=fault):
+                self.assertTrue(seen and named)
+            for name in named:
+                with self.subTest(fault=fault, test=name):
+                    test, _, part = name.partition("::")
+                    self.assertIn(test, self.tests)
+                    if part:
+                        self.assertRegex(sources_of(test), rf"\b(void|def) {re.escape(part)}\(")
+
+
+if __name__ == "__main__":
+    CTEST, BUILD_FOLDER = sys.argv[1:]
+    unittest.main(argv=sys.argv[:1])

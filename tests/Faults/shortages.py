@@ -1,0 +1,95 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What a program may run out of while it runs: room on the disk, and descriptors."""
+
+import os
+import resource
+import subprocess
+
+from driver.bed import NotPossibleHere
+from driver.waiting import stays_true, wait_until
+
+_CALM_SECONDS = 0.5
+
+
+class SmallDisk:
+    """A file system of 256 KiB in a folder, to be used in a with statement; NotPossibleHere where this
+    process may mount none."""
+
+    def __init__(self, folder):
+        self._folder = folder
+        self._ballast = folder / "ballast"
+
+    def __enter__(self):
+        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "tmpfs", self._folder], check=False,
+                                 capture_output=True, text=True)
+        if mounted.returncode != 0:
+            raise NotPossibleHere(mounted.stderr.strip())
+        return self
+
+    def __exit__(self, *_):
+        subprocess.run(["umount", "--lazy", self._folder], check=True)
+
+    def take_all(self, _process):
+        """Leaves no byte of room."""
+        with open(self._ballast, "wb", buffering=0) as ballast:
+            try:
+                while True:
+                    ballast.write(bytes(4096))
+            except OSError:
+                pass
+
+    def give_back(self, _process):
+        self._ballast.unlink()
+
+
+class FileSizeLimit:
+    """The same from a limit on the size of files, which are made and stay empty."""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        """The limit goes with the process."""
+
+    @staticmethod
+    def take_all(process):
+        _limit(process, resource.RLIMIT_FSIZE, 0)
+
+    @staticmethod
+    def give_back(process):
+        _limit(process, resource.RLIMIT_FSIZE, None)
+
+
+class Descriptors:
+    """The file descriptors of a process."""
+
+    @staticmethod
+    def take_all(process):
+        """Leaves none: the next one would be the first that the limit forbids."""
+        used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
+        _limit(process, resource.RLIMIT_NOFILE, next(number for number in range(len(used) + 1) if number not in used))
+
+    @staticmethod
+    def give_back(process):
+        _limit(process, resource.RLIMIT_NOFILE, None)
+
+
+def _limit(process, kind, value):
+    """Sets the limit that is in force; None for the one that may not be exceeded."""
+    _, most = resource.prlimit(process.pid, kind)
+    resource.prlimit(process.pid, kind, (most if value is None else value, most))
+
+
+def processor_seconds(process):
+    """The time that the processor has spent on a process so far."""
+    with open(f"/proc/{process.pid}/stat", encoding="ascii") as file:
+        words = file.read().rsplit(")", 1)[1].split()
+    return (int(words[11]) + int(words[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def wait_for_calm(process):
+    """Waits until a process has nothing to do for a while."""
+    def is_calm():
+        spent = processor_seconds(process)
+        return stays_true(lambda: processor_seconds(process) == spent, _CALM_SECONDS)
+    wait_until(is_calm, "a process that waits")

@@ -1,0 +1,109 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Has the program stand still for ten seconds and for a minute, and prints which promises it keeps. It waits most of the
+time, so that other tests may run beside it. Status 0: all kept; 1: one is broken."""
+
+import argparse
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "Desktop"))
+
+from driver.waiting import comes_true, wait_until  # noqa: E402
+from driver.x11 import X11Bed  # noqa: E402
+from scenario.desk import SWITCH_OFF, SWITCH_ON, Desk  # noqa: E402
+from scenario.promises import carry_out  # noqa: E402
+
+_SHORT, _LONG = 10, 60
+_BREAK_SECONDS = 20
+#: How late something may be that waits for a busy machine.
+_LATE = 3
+
+
+class StandingProgram:
+    """A program that is stopped from construction on."""
+
+    def __init__(self, desk):
+        self._desk = desk
+        self._began = time.monotonic()
+        os.kill(desk.process.pid, signal.SIGSTOP)
+
+    def go_on_after(self, seconds):
+        """Has it go on when it has stood still for so long."""
+        comes_true(lambda: time.monotonic() - self._began >= seconds, seconds + 1)
+        os.kill(self._desk.process.pid, signal.SIGCONT)
+
+
+def start_with_reminders(desk):
+    desk.start_with_tray()
+    desk.tray.click(SWITCH_ON)
+    wait_until(lambda: desk.tray.labels()[0] == SWITCH_OFF, "reminders that are on")
+
+
+def ten_seconds(desk, report):
+    """Ten seconds of standstill, while the program waits and in a break."""
+    start_with_reminders(desk)
+    standing = StandingProgram(desk)
+    second = desk.bed.run([desk.program, "--break-now"], stderr=subprocess.PIPE, text=True)
+    said = second.stderr.read().splitlines()
+    report.promise("a second start says that the first does not answer", second.wait(_SHORT) != 0 and len(said) == 1, said)
+    desk.bed.stop(second)
+    standing.go_on_after(_SHORT)
+    report.promise("the break that was asked for meanwhile comes, once on each screen",
+                   comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()), _LATE), desk.overlays())
+    began = time.monotonic()
+    comes_true(lambda: time.monotonic() - began > 2, 3)
+    StandingProgram(desk).go_on_after(_SHORT)
+    report.promise("ten seconds of standstill in a break leave it on the screen", desk.overlays())
+    ended = comes_true(lambda: not desk.overlays(), _BREAK_SECONDS)
+    length = time.monotonic() - began
+    report.promise("the break ends when it is due all the same",
+                   ended and abs(length - _BREAK_SECONDS) <= _LATE, f"{length:.1f} s")
+    check_afterwards(desk, report)
+
+
+def check_afterwards(desk, report):
+    report.promise("reminders are on after a standstill", desk.tray.labels()[0] == SWITCH_OFF, desk.tray.labels())
+    desk.begin_break()
+    report.promise("breaks come and go after a standstill", comes_true(desk.overlays, 1))
+    desk.end_break()
+    report.promise("silent after a standstill", not desk.said(), desk.said())
+    desk.stop_program()
+    report.promise("it ends well after a standstill", desk.process.returncode == 0, desk.process.returncode)
+
+
+def a_minute(desk, report, standing):
+    """A minute of standstill that began in a break."""
+    standing.go_on_after(_LONG)
+    report.promise("a break that was over long ago goes at once", comes_true(lambda: not desk.overlays(), _LATE))
+    check_afterwards(desk, report)
+
+
+def run(arguments, report):
+    program, helpers = arguments.program.resolve(), arguments.helpers.resolve()
+    with X11Bed() as first, X11Bed() as second:
+        longer, shorter = Desk(first, program, helpers), Desk(second, program, helpers)
+        start_with_reminders(longer)
+        longer.begin_break()
+        standing = StandingProgram(longer)
+        report.run(ten_seconds, shorter, report)
+        report.run(a_minute, longer, report, standing)
+    for bed in (first, second):
+        report.promise("the desktops end with all their processes", not bed.leftovers(), bed.leftovers())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable")
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
+    arguments = parser.parse_args()
+    return carry_out("x11-standstills", lambda report: run(arguments, report), arguments.results)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

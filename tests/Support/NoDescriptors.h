@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Platform/Preferences/FileDescriptor.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+
+/// Takes from this process every descriptor that it may open yet, as long as it lives.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_old);
+        const FileDescriptor next(open("/dev/null", O_RDONLY | O_CLOEXEC));
+        const rlimit none = {static_cast<rlim_t>(next.get()), m_old.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &m_old); }
+    NoDescriptors(const NoDescriptors &) = delete;
+    NoDescriptors &operator=(const NoDescriptors &) = delete;
+
+private:
+    rlimit m_old = {};
+};
