@@ -31,6 +31,7 @@
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
 #include "Platform/Windowing/WindowPresence.h"
+#include "Visuals/HouseStyle.h"
 #include "Visuals/Symbols.h"
 #include "Windows/AlertQueue.h"
 
@@ -164,6 +165,8 @@ int main(int argc, char **argv)
     }
     preventSessionBusLaunch();
 
+    // Before the application: it would load the desktop's own style first.
+    QApplication::setStyle(new HouseStyle);
     QApplication application(argc, argv);
     platformEnvironment.reset();
     QApplication::setApplicationName(u"OrvaneBreak"_s);
