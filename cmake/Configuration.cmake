@@ -22,6 +22,7 @@ set(ORVANE_APP_ID "ch.orvanelabs.OrvaneBreak" CACHE STRING
 
 option(ORVANE_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 set(ORVANE_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, for example address,undefined")
+option(ORVANE_FUZZ "Make programs of tests/Fuzz that run for long, with clang's libFuzzer" OFF)
 
 # The program talks over HTTPS alone; over HTTP it reaches this machine, for trials.
 foreach(address IN ITEMS ORVANE_SERVER_BASE ORVANE_FEED_URL ORVANE_WEBSITE_URL)

@@ -1,15 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/DiagnosticReport.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int labelWidth = 18;
 
+/// Some of it comes from the environment, where anything may stand.
+QString withoutControls(QString text)
+{
+    const auto isControl = [](QChar character) { return character.category() == QChar::Other_Control; };
+    std::replace_if(text.begin(), text.end(), isControl, u' ');
+    return text;
+}
+
 QString line(const QString &label, const QString &text)
 {
-    return u"  "_s + label.leftJustified(labelWidth) + text + u'\n';
+    return u"  "_s + label.leftJustified(labelWidth) + withoutControls(text) + u'\n';
 }
 
 QString orUnset(const QString &text)

@@ -6,11 +6,14 @@
 #include <QDBusMessage>
 #include <QDBusReply>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int timeoutMilliseconds = 5000;
+constexpr qsizetype longestToken = 1'024;
 
 /// What the desktop gave this process to prove that the user asked for it.
 QVariantMap platformDataOfThisStart()
@@ -25,11 +28,18 @@ QVariantMap platformDataOfThisStart()
     return data;
 }
 
-/// The toolkit reads the token from the environment when it activates a window the next time.
+bool isControl(char byte)
+{
+    return (byte >= 0 && byte < ' ') || byte == '\x7f';
+}
+
+/// The toolkit reads the token from the environment when it activates a window the next time. Anybody on the
+/// bus may send one, and no program can be started with a very long variable.
 void rememberToken(const QVariantMap &platformData)
 {
     const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();
-    if (!token.isEmpty())
+    if (!token.isEmpty() && token.size() <= longestToken &&
+        std::none_of(token.begin(), token.end(), isControl))
         qputenv("XDG_ACTIVATION_TOKEN", token);
 }
 

@@ -40,7 +40,8 @@ public:
     /// Called for the desktop entry's action "break-now".
     std::function<void()> onBreakNow;
 
-    /// What the bus calls; `platformData` may carry an activation token.
+    /// What the bus calls; `platformData` may carry an activation token. One that is no single line of text,
+    /// or longer than 1,024 bytes, is left alone.
     void activate(const QVariantMap &platformData) const;
     void activateAction(const QString &name, const QVariantMap &platformData) const;
 

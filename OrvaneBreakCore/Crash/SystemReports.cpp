@@ -58,7 +58,8 @@ std::optional<QString> readText(const std::filesystem::path &path, qint64 limit)
     QFile file;
     if (!file.open(descriptor.get(), QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray bytes = file.read(limit + 1);
+    // Memory for as much as there is: the limit is far above that.
+    const QByteArray bytes = file.read(std::min(limit, qint64{status.st_size}) + 1);
     if (bytes.size() > limit || file.error() != QFileDevice::NoError)
         return std::nullopt;
     QStringDecoder decoder(QStringDecoder::Utf8,

@@ -63,6 +63,13 @@ private Q_SLOTS:
                                                 "  Settings portal   unknown without a session bus\n"_s);
     }
 
+    void whateverStandsInTheEnvironmentIsOneLine()
+    {
+        DiagnosticFacts facts = bareFacts();
+        facts.currentDesktop = u"two\nlines and \x1b[2J"_s;
+        QVERIFY(diagnosticReport(facts).contains(u"  Desktop           two lines and  [2J\n"_s));
+    }
+
     void aBusWithoutServices()
     {
         DiagnosticFacts facts = bareFacts();

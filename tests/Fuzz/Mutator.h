@@ -2,60 +2,44 @@
 #pragma once
 
 #include <QByteArray>
-#include <QDir>
-#include <QFile>
 #include <QList>
 
+#include <algorithm>
 #include <random>
 #include <utility>
-
-/// The seed that ORVANE_TEST_SEED names, or else any; told in the test's output.
-inline unsigned chosenSeed()
-{
-    const QByteArray chosen = qgetenv("ORVANE_TEST_SEED");
-    const unsigned value = chosen.isEmpty() ? std::random_device()() : chosen.toUInt();
-    qInfo("seed %u; ORVANE_TEST_SEED repeats it", value);
-    return value;
-}
 
 /// Makes many inputs out of a few: bytes change, go, come, and move from one input to the other. The same
 /// seed makes the same inputs. Words that mean something to the reader come in, too.
 class Mutator
 {
 public:
-    Mutator(const QString &folder, unsigned seed, QList<QByteArray> words = jsonWords())
+    Mutator(QList<QByteArray> corpus, QList<QByteArray> words, unsigned seed)
         : m_random(seed)
         , m_words(std::move(words))
+        , m_corpus(std::move(corpus))
     {
-        for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
-            QFile file(entry.filePath());
-            if (file.open(QIODevice::ReadOnly))
-                m_corpus.append(file.readAll());
-        }
     }
 
-    [[nodiscard]] const QList<QByteArray> &corpus() const { return m_corpus; }
+    /// One input of the corpus.
+    [[nodiscard]] QByteArray any() { return oneOf(m_corpus); }
 
-    QByteArray next()
+    /// `input` with one to eight changes.
+    [[nodiscard]] QByteArray changed(QByteArray input)
     {
-        QByteArray input = m_corpus.at(below(m_corpus.size()));
         for (qsizetype changes = 1 + below(8); changes > 0; --changes)
             change(input);
         return input;
     }
 
-private:
-    static QList<QByteArray> jsonWords()
-    {
-        return {"\\u0000", "\\ud800",   "\\udc00", "1e3", "-0",       "1.0",          "null",
-                "true",    "[[[[",      "}}}}",    "\"",  "\xff\xfe", "\xed\xa0\x80", "9223372036854775808",
-                "|",       "{\"id\":1,"};
-    }
+    [[nodiscard]] unsigned number() { return static_cast<unsigned>(m_random()); }
 
+private:
     qsizetype below(qsizetype limit)
     {
         return std::uniform_int_distribution<qsizetype>(0, std::max<qsizetype>(limit, 1) - 1)(m_random);
     }
+
+    QByteArray oneOf(const QList<QByteArray> &choices) { return choices.value(below(choices.size())); }
 
     void change(QByteArray &input)
     {
@@ -69,7 +53,7 @@ private:
             input.remove(place, 1 + below(16));
             break;
         case 2:
-            input.insert(place, m_words.at(below(m_words.size())));
+            input.insert(place, oneOf(m_words));
             break;
         case 3:
             input.insert(place, input.mid(below(input.size()), below(64)));
@@ -78,7 +62,7 @@ private:
             input.truncate(place);
             break;
         default:
-            input.insert(place, m_corpus.at(below(m_corpus.size())).mid(below(64), below(64)));
+            input.insert(place, any().mid(below(64), below(64)));
         }
     }
 

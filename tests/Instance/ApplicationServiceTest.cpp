@@ -71,6 +71,10 @@ private Q_SLOTS:
         service.activate({{u"activation-token"_s, u"token-7"_s}});
         QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-7"));
         qunsetenv("XDG_ACTIVATION_TOKEN");
+        for (const QString &token : {u"two\nlines"_s, QString(1'025, u'x')}) {
+            service.activate({{u"activation-token"_s, token}});
+            QVERIFY(!qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
+        }
         // Nobody listens, and what is unknown is left alone.
         service.activateAction(u"something-else"_s, {{u"activation-token"_s, 7.5}});
     }

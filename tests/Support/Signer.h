@@ -16,7 +16,15 @@
 class Signer
 {
 public:
+    using Seed = std::array<unsigned char, crypto_sign_SEEDBYTES>;
+
     Signer() { crypto_sign_keypair(m_publicKey.data(), m_privateKey.data()); }
+
+    /// The same keys for the same seed.
+    explicit Signer(const Seed &seed)
+    {
+        crypto_sign_seed_keypair(m_publicKey.data(), m_privateKey.data(), seed.data());
+    }
 
     [[nodiscard]] QByteArray publicKeyBase64() const
     {

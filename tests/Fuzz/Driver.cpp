@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+//
+// usage: TARGET COUNT CORPUS [WORDS]
+//
+// Runs a target without libFuzzer: on every file of the folder CORPUS, then on COUNT inputs made out of
+// these. WORDS is a dictionary as libFuzzer reads them. Whatever kills the process, the input is left in the
+// file "crash-TARGET" of the current folder.
+#include "Fuzz/Mutator.h"
+#include "Fuzz/Target.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <optional>
+
+[[gnu::weak]] std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size,
+                                                  std::size_t largestSize, unsigned seed);
+
+namespace {
+
+constexpr std::size_t largestInput = 65'536;
+
+QByteArray current;
+QByteArray crashFile;
+std::optional<Mutator> mutator;
+
+void keepInput(int number)
+{
+    const int file = open(crashFile.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (file >= 0 && write(file, current.constData(), static_cast<std::size_t>(current.size())) >= 0) {
+        constexpr char message[] = "the input that killed it is kept\n";
+        static_cast<void>(!write(STDERR_FILENO, message, sizeof message - 1));
+    }
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+}
+
+/// A sanitizer that handles a signal itself aborts afterwards.
+void keepInputOfCrashes()
+{
+    for (const int number : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+        struct sigaction action = {};
+        if (sigaction(number, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
+            continue;
+        action.sa_handler = keepInput;
+        sigaction(number, &action, nullptr);
+    }
+}
+
+QList<QByteArray> readCorpus(const QString &folder)
+{
+    QList<QByteArray> corpus;
+    for (const QFileInfo &entry : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
+        QFile file(entry.filePath());
+        if (file.open(QIODevice::ReadOnly))
+            corpus.append(file.readAll());
+    }
+    require(!corpus.isEmpty(), "there is a corpus");
+    return corpus;
+}
+
+/// The word in quotation marks in a line of a dictionary.
+QByteArray readWord(const QByteArray &line)
+{
+    QByteArray word = line.mid(line.indexOf('"') + 1);
+    word.truncate(word.lastIndexOf('"'));
+    for (qsizetype place = word.indexOf('\\'); place >= 0; place = word.indexOf('\\', place + 1)) {
+        if (word.mid(place + 1, 1) == "x")
+            word.replace(place, 4, QByteArray::fromHex(word.mid(place + 2, 2)));
+        else
+            word.remove(place, 1);
+    }
+    return word;
+}
+
+QList<QByteArray> readWords(const QString &path)
+{
+    QList<QByteArray> words;
+    QFile file(path);
+    require(file.open(QIODevice::ReadOnly), "there are words");
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine().trimmed();
+        if (!line.isEmpty() && !line.startsWith('#'))
+            words.append(readWord(line));
+    }
+    return words;
+}
+
+unsigned chosenSeed()
+{
+    const QByteArray chosen = qgetenv("ORVANE_TEST_SEED");
+    const unsigned seed = chosen.isEmpty() ? std::random_device()() : chosen.toUInt();
+    std::printf("seed %u; ORVANE_TEST_SEED repeats it\n", seed);
+    std::fflush(stdout);
+    return seed;
+}
+
+QByteArray nextInput()
+{
+    QByteArray input = mutator->any();
+    if (!LLVMFuzzerCustomMutator)
+        return mutator->changed(input);
+    const auto size = static_cast<std::size_t>(input.size());
+    input.resize(largestInput);
+    input.truncate(static_cast<qsizetype>(LLVMFuzzerCustomMutator(
+        reinterpret_cast<std::uint8_t *>(input.data()), size, largestInput, mutator->number())));
+    return input;
+}
+
+void run(const QByteArray &input)
+{
+    current = input;
+    const QByteArray copy(input.constData(), input.size());
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(copy.constData()),
+                           static_cast<std::size_t>(copy.size()));
+}
+
+} // namespace
+
+std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t largestSize)
+{
+    const QByteArray changed = mutator->changed(fuzzInput(data, size));
+    const std::size_t newSize = std::min(static_cast<std::size_t>(changed.size()), largestSize);
+    std::copy_n(changed.constData(), newSize, data);
+    return newSize;
+}
+
+int main(int argc, char **argv)
+{
+    require(argc == 3 || argc == 4, "the arguments are: COUNT CORPUS [WORDS]");
+    const int count = QByteArray(argv[1]).toInt();
+    const QList<QByteArray> corpus = readCorpus(QFile::decodeName(argv[2]));
+    mutator.emplace(corpus, argc == 4 ? readWords(QFile::decodeName(argv[3])) : QList<QByteArray>(),
+                    chosenSeed());
+    crashFile = QByteArray("crash-") + program_invocation_short_name;
+    keepInputOfCrashes();
+    for (const QByteArray &input : corpus)
+        run(input);
+    for (int index = 0; index < count; ++index)
+        run(nextInput());
+    const auto runs = static_cast<std::size_t>(corpus.size()) + static_cast<std::size_t>(count);
+    std::printf("%zu of %zu inputs were accepted\n", acceptedInputs, runs);
+    require(acceptedInputs > 0 && acceptedInputs < runs, "some inputs are accepted, and some are not");
+    return EXIT_SUCCESS;
+}
