@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""How soon the window and the icon are there, from the moment at which the program begins to run."""
+
+import time
+
+from driver.probe import Probe
+from driver.tray import Tray
+from driver.waiting import wait_until
+
+from . import subjects
+from .table import Row, median
+
+_WATCHED_MILLISECONDS = 1000
+_LOOK_EVERY_MILLISECONDS = 1
+_WINDOW_GOAL = 1.3
+
+
+def measure(kit):
+    """The rows about the start. The subjects take turns, so that what else the machine does strikes all alike."""
+    windows = {kit.reference: [], kit.in_dock: []}
+    icons = {kit.reference: [], kit.in_menu_bar: []}
+    with subjects.plain_bed() as bed:
+        tray, probe = Tray(bed), Probe(bed, kit.helpers)
+        places = {subject: _background(bed, subject) for subject in windows}
+        for _ in range(kit.choose(21, 5)):
+            for subject, samples in windows.items():
+                samples.append(_first_window(bed, probe, subject, *places[subject]))
+            for subject, samples in icons.items():
+                samples.append(_first_icon(bed, tray, subject))
+    return [Row("first window, painted", median(windows[kit.in_dock]), "ms", median(windows[kit.reference]),
+                ratio=_WINDOW_GOAL),
+            Row("icon in the tray", median(icons[kit.in_menu_bar]), "ms", median(icons[kit.reference]))]
+
+
+def _background(bed, subject):
+    """A place in the window that shows nothing but its background, and the colour there. This start also leaves behind
+    what only a first start makes."""
+    process, _ = subject.start(bed)
+    left, top, _, bottom = bed.window_box(subjects.wait_for_window(bed, subject))
+    place = (left + 3, (top + bottom) // 2)
+    time.sleep(1)
+    colour = bed.picture().getpixel(place)
+    _stop(bed, subject, process)
+    return place, colour
+
+
+def _first_window(bed, probe, subject, place, colour):
+    """Milliseconds until the window shows its background."""
+    watch = probe.sample([place], _WATCHED_MILLISECONDS, _LOOK_EVERY_MILLISECONDS)
+    process, began = subject.start(bed)
+    painted = [change.time for change in watch.results() if change.value == colour]
+    _stop(bed, subject, process)
+    return (painted[0] - began) / 1e6
+
+
+def _first_icon(bed, tray, subject):
+    """Milliseconds until the tray has the icon."""
+    known = len(tray.arrivals())
+    process, began = subject.start(bed)
+    arrival = wait_until(lambda: tray.arrivals()[known:], "the icon")[0]
+    time.sleep(0.5)
+    _stop(bed, subject, process)
+    return (arrival - began) / 1e6
+
+
+def _stop(bed, subject, process):
+    bed.stop(process)
+    wait_until(lambda: not bed.windows_titled(subject.title), "no window after the end")
