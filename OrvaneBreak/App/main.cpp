@@ -164,6 +164,8 @@ int main(int argc, char **argv)
     }
     preventSessionBusLaunch();
 
+    // Keeps out the plugin for the desktop's theme, which would bring another toolkit with it.
+    QApplication::setDesktopSettingsAware(false);
     QApplication application(argc, argv);
     platformEnvironment.reset();
     QApplication::setApplicationName(u"OrvaneBreak"_s);
