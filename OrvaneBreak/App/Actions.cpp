@@ -14,6 +14,8 @@
 #include <QPushButton>
 #include <QUrl>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -33,7 +35,9 @@ void AppDelegate::refreshBreakUI()
                              .arg(BreakSettings::intervalMinutes(m_preferences))
                              .arg(BreakSettings::pauseSeconds(m_preferences)));
     m_statusController.setActive(isActive);
-    if (m_statusController.isEnabled())
+    // The entries are the same at every minute.
+    const bool hasChanged = std::exchange(m_shownActive, isActive) != isActive;
+    if (hasChanged && m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
 }
 

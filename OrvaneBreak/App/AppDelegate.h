@@ -184,6 +184,7 @@ private:
     SymbolButton *m_messagesButton = nullptr;
     BadgeImageView *m_messagesBadge = nullptr;
     QAction *m_appMessagesItem = nullptr;
+    bool m_shownActive = false; ///< Whether reminders are on in what is shown.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
     Timer m_trayDeadline;
