@@ -79,6 +79,7 @@ void AppDelegate::toggleSound(const QCheckBox &sender)
 
 void AppDelegate::showSettings()
 {
+    ensureSettingsView();
     m_mainView->hide();
     m_settingsView->show();
     setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled());
@@ -86,7 +87,8 @@ void AppDelegate::showSettings()
 
 void AppDelegate::showMain()
 {
-    m_settingsView->hide();
+    if (m_settingsView)
+        m_settingsView->hide();
     m_mainView->show();
 }
 

@@ -42,6 +42,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -53,6 +54,16 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// What nobody sees begins as long after the launch, when the first window has been painted.
+constexpr std::chrono::seconds settlingTime{1};
+
+/// The largest picture of the icon that the first window needs. The one above costs more than all others
+/// together, and only screens of a higher resolution show it.
+int largestIconAtStart(const QApplication &application)
+{
+    return application.devicePixelRatio() > 1 ? 256 : 128;
+}
 
 /// The login item, as the sandbox has it where the program is in one.
 std::unique_ptr<LoginItem> makeLoginItem()
@@ -129,7 +140,10 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
+    QTimer::singleShot(settlingTime, &application, [] {
+        QApplication::setWindowIcon(Symbols::applicationIcon());
+        BreakOverlayController::warmUp();
+    });
     const int status = QApplication::exec();
     launcher = updater.launcher();
     return status;
@@ -171,7 +185,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(u"OrvaneBreak"_s);
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(Symbols::applicationIcon());
+    QApplication::setWindowIcon(Symbols::applicationIcon(largestIconAtStart(application)));
 
     ApplicationService service(QStringLiteral(ORVANE_APP_ID));
     switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {
