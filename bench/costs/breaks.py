@@ -114,7 +114,7 @@ def thousand(kit):
 def _take_breaks(desk, count):
     for _ in range(count):
         desk.tray.click(BREAK_NOW)
-        wait_until(desk.overlays, "the break")
+        wait_until(desk.break_has_keyboard, "the break with the keyboard")
         desk.end_break()
 
 
