@@ -38,6 +38,7 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <array>
@@ -63,6 +64,14 @@ constexpr std::chrono::seconds settlingTime{1};
 int largestIconAtStart(const QApplication &application)
 {
     return application.devicePixelRatio() > 1 ? 256 : 128;
+}
+
+/// What the start has needed and freed would stay with the process for the days that it waits.
+void giveMemoryBack()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 /// The login item, as the sandbox has it where the program is in one.
@@ -143,6 +152,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(settlingTime, &application, [] {
         QApplication::setWindowIcon(Symbols::applicationIcon());
         BreakOverlayController::warmUp();
+        giveMemoryBack();
     });
     const int status = QApplication::exec();
     launcher = updater.launcher();

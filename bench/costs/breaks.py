@@ -75,7 +75,7 @@ def cost(kit):
 
 def _during(bed, process, kit):
     time.sleep(3)
-    return _cpu_percent([process.pid, bed.server.pid], kit.choose(12, 8))
+    return _cpu_percent([process.pid, bed.server.pid], kit.choose(10, 8))
 
 
 def whole(kit):

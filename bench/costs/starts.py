@@ -22,7 +22,7 @@ def measure(kit):
     with subjects.plain_bed() as bed:
         tray, probe = Tray(bed), Probe(bed, kit.helpers)
         places = {subject: _background(bed, subject) for subject in windows}
-        for _ in range(kit.choose(21, 5)):
+        for _ in range(kit.choose(15, 5)):
             for subject, samples in windows.items():
                 samples.append(_first_window(bed, probe, subject, *places[subject]))
             for subject, samples in icons.items():

@@ -102,7 +102,7 @@ def idle(kit):
             processes[subject], _ = subject.start(bed)
             _switch_on(bed, tray, subject, kit)
         time.sleep(40)  # the threads that painted the icon live for 30 seconds
-        quiet = _watch_all(processes, kit.choose(240, 60))
+        quiet = _watch_all(processes, kit.choose(180, 60))
         for bed in beds.values():
             _move_pointer(bed, 62)
         time.sleep(1)
