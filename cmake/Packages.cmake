@@ -54,6 +54,6 @@ set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-wayland)
 # One instance and the tray, HTTPS, a sound that is heard, and the desktop's own pointer, which the toolkit loads on X11.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "default-dbus-session-bus | dbus-session-bus, ca-certificates, libcanberra-pulse, libxcursor1")
-# Light and dark as the desktop says, and reports of crashes that the program could not write.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xdg-desktop-portal, systemd-coredump")
+# Light and dark as the desktop says, reports of crashes that the program could not write, and the pictures in messages.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xdg-desktop-portal, systemd-coredump, fonts-noto-color-emoji")
 include(CPack)

@@ -31,6 +31,7 @@
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
 #include "Platform/Windowing/WindowPresence.h"
+#include "Visuals/HouseStyle.h"
 #include "Visuals/Symbols.h"
 #include "Windows/AlertQueue.h"
 
@@ -190,6 +191,8 @@ int main(int argc, char **argv)
 
     // Keeps out the plugin for the desktop's theme, which would bring another toolkit with it.
     QApplication::setDesktopSettingsAware(false);
+    // Before the application: it would load the desktop's own style first.
+    QApplication::setStyle(new HouseStyle);
     QApplication application(argc, argv);
     platformEnvironment.reset();
     QApplication::setApplicationName(u"OrvaneBreak"_s);

@@ -62,6 +62,7 @@ void AppDelegate::showOnboardingIfNeeded()
     question.setWindowTitle(u"OrvaneBreak"_s);
     question.setWindowModality(Qt::ApplicationModal);
     question.setTextFormat(Qt::PlainText);
+    question.setFont(systemFont(13, QFont::Normal));
     if (auto *welcome = question.findChild<QLabel *>(u"qt_msgbox_label"_s))
         welcome->setFont(systemFont(15, QFont::DemiBold));
     question.setIconPixmap(QApplication::windowIcon().pixmap(QSize(64, 64), qApp->devicePixelRatio()));

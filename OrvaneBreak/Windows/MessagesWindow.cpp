@@ -153,6 +153,8 @@ void MessagesWindow::addReplyField(QWidget &content)
     field->setAccessibleName(field->placeholderText());
     field->setFont(systemFont(13, QFont::Normal));
     field->setTabChangesFocus(true);
+    // Two whole lines fit in then.
+    field->document()->setDocumentMargin(2);
     field->setGeometry(margin, 428, contentWidth, 40);
     field->onReturn = [this] { send(); };
 }

@@ -21,7 +21,7 @@ def measure(kit):
     icons = {kit.reference: [], kit.in_menu_bar: []}
     with subjects.plain_bed() as bed:
         tray, probe = Tray(bed), Probe(bed, kit.helpers)
-        places = {subject: _background(bed, subject) for subject in windows}
+        places = {subject: _mark(bed, subject) for subject in windows}
         for _ in range(kit.choose(15, 5)):
             for subject, samples in windows.items():
                 samples.append(_first_window(bed, probe, subject, *places[subject]))
@@ -32,20 +32,25 @@ def measure(kit):
             Row("icon in the tray", median(icons[kit.in_menu_bar]), "ms", median(icons[kit.reference]))]
 
 
-def _background(bed, subject):
-    """A place in the window that shows nothing but its background, and the colour there. This start also leaves behind
-    what only a first start makes."""
+def _mark(bed, subject):
+    """A place in the window that shows something else than its background, and the colour there. This start also leaves
+    behind what only a first start makes."""
     process, _ = subject.start(bed)
-    left, top, _, bottom = bed.window_box(subjects.wait_for_window(bed, subject))
-    place = (left + 3, (top + bottom) // 2)
-    time.sleep(1)
-    colour = bed.picture().getpixel(place)
+    box = bed.window_box(subjects.wait_for_window(bed, subject))
+    time.sleep(2)
+    picture = bed.picture().crop(box)
+    background = picture.getpixel((3, picture.height // 2))
+    bed.move_pointer(5, 5)
+
+    def difference(place):
+        return sum(abs(a - b) for a, b in zip(picture.getpixel(place), background))
+    place = max(((x, y) for y in range(40, picture.height - 5) for x in range(5, picture.width - 5)), key=difference)
     _stop(bed, subject, process)
-    return place, colour
+    return (box[0] + place[0], box[1] + place[1]), picture.getpixel(place)
 
 
 def _first_window(bed, probe, subject, place, colour):
-    """Milliseconds until the window shows its background."""
+    """Milliseconds until the window shows what is in it."""
     watch = probe.sample([place], _WATCHED_MILLISECONDS, _LOOK_EVERY_MILLISECONDS)
     process, began = subject.start(bed)
     painted = [change.time for change in watch.results() if change.value == colour]

@@ -5,8 +5,11 @@
 usage: test_commands.py ORVANEBREAK MAKERS-SERVER"""
 
 import json
+import os
+import pathlib
 import re
 import shlex
+import socket
 import subprocess
 import sys
 import tempfile
@@ -22,6 +25,26 @@ _NO_COMMANDS = ("v2|",)
 # Programs of the system, whose options are theirs.
 _SYSTEM = {"openssl", "tar", "sha256sum", "git", "apt", "sudo", "dpkg", "lintian", "flatpak", "flatpak-builder",
            "appstreamcli", "gpg", "cd", "rm", "mkdir"}
+
+# The commands of this project that documents tell people to type, and what runs them in every run of the tests.
+_RUN_BY = {
+    "./run": "tests/Documents/test_pictures.py",
+    "./test": ".ci/run",
+    "tools/install-packages": "test",
+    "tools/tour": "run",
+    "tools/portraits": "tests/Documents/test_pictures.py",
+    "tools/side-by-side": "tests/Documents/test_pictures.py",
+    "tools/package-debian": "tests/Packaging/test_debian_package.py",
+    "tools/release": "tests/Release/test_publishing.py",
+    "tools/where-it-crashed": "tests/Crash/test_program.py",
+    "install": "tests/Release/test_installation.py",
+    "makers-server": "tests/Documents/test_commands.py",
+    "cmake": "tests/Documents/test_commands.py",
+    "ctest": "test",
+}
+
+# These take many minutes: the tests only ask them what they do.
+_ON_DEMAND = ()
 
 # Code in the prose that begins so is a file of the source tree, or a command that begins with one.
 _FOLDERS = ("./", "tools/", "tests/", "bench/", "cmake/", "docs/", "packaging/", "assets/")
@@ -46,6 +69,17 @@ def commands_of(line):
 
 
 class Commands(unittest.TestCase):
+    def test_every_command_is_run_somewhere(self):
+        seen = set()
+        for path in documents():
+            for line in Document(path).code_lines():
+                if not line.startswith(_NO_COMMANDS):
+                    seen.update(words[0] for words in commands_of(line))
+        for command in seen - _SYSTEM - set(_ON_DEMAND):
+            with self.subTest(command=command):
+                where = _RUN_BY[re.sub(r"^OrvaneBreak-\S+/", "", command)]
+                self.assertIn(pathlib.PurePath(command).name, (ROOT / where).read_text("utf-8"), where)
+
     def test_blocks(self):
         for path in documents():
             for line in Document(path).code_lines():
@@ -146,10 +180,36 @@ class Running(unittest.TestCase):
                 self.assertEqual(done.returncode, 0, done.stderr)
 
     def test_help(self):
-        for program in (ROOT / "test", ORVANEBREAK, MAKERS_SERVER):
+        for program in (ROOT / "test", ORVANEBREAK, MAKERS_SERVER, *(ROOT / command for command in _ON_DEMAND)):
             with self.subTest(program=str(program)):
                 self.assertTrue(help_of(program))
 
+    def test_configuring(self):
+        with tempfile.TemporaryDirectory() as folder:
+            done = subprocess.run(["cmake", "--preset", "dev", "-B", folder], cwd=ROOT, capture_output=True, text=True,
+                                  timeout=110, check=False)
+            self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_makers_server(self):
+        start, *others = [line for line in Document(ROOT / "docs" / "protocol.md").code_lines()
+                          if line.startswith("makers-server")]
+        self.assertTrue(others)
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            port = free.getsockname()[1]
+        with tempfile.TemporaryDirectory() as folder:
+            environment = {**os.environ, "XDG_STATE_HOME": folder}
+            words = shlex.split(start.removesuffix("&"))
+            words[words.index("--port") + 1] = str(port)
+            with subprocess.Popen([MAKERS_SERVER, *words[1:]], env=environment, stdout=subprocess.PIPE, text=True) as server:
+                try:
+                    self.assertTrue(any(line.startswith("listening on ") for line in server.stdout))
+                    for line in others:
+                        with self.subTest(line=line):
+                            done = subprocess.run([MAKERS_SERVER, *shlex.split(line)[1:]], env=environment,
+                                                  capture_output=True, text=True, timeout=60, check=False)
+                            self.assertEqual(done.returncode, 0, done.stderr)
+                finally:
+                    server.terminate()
 
 
 if __name__ == "__main__":

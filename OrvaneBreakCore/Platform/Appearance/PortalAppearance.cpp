@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Appearance/PortalAppearance.h"
 
+#include "Visuals/HouseStyle.h"
+#include "Visuals/Palette.h"
+
 #include <QApplication>
 #include <QDBusMessage>
 #include <QPalette>
@@ -32,49 +35,29 @@ PortalAppearance::Scheme schemeOf(QVariant value)
     }
 }
 
-QPalette darkPalette()
+/// What the portal on `bus` says, waiting for a quarter of a second at most.
+PortalAppearance::Scheme askedFor(const QDBusConnection &bus)
 {
-    QPalette palette(QColor(0x32, 0x35, 0x3a), QColor(0x24, 0x26, 0x2a));
-    palette.setColor(QPalette::Base, QColor(0x1b, 0x1d, 0x20));
-    palette.setColor(QPalette::AlternateBase, QColor(0x24, 0x26, 0x2a));
-    palette.setColor(QPalette::ToolTipBase, QColor(0x32, 0x35, 0x3a));
-    palette.setColor(QPalette::Highlight, QColor(0x14, 0x8f, 0x82));
-    palette.setColor(QPalette::Link, QColor(0x2d, 0xd4, 0xbf));
-    for (const QPalette::ColorRole role :
-         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
-          QPalette::HighlightedText, QPalette::BrightText}) {
-        palette.setColor(role, QColor(0xf2, 0xf3, 0xf4));
-        palette.setColor(QPalette::Disabled, role, QColor(0x80, 0x84, 0x8a));
-    }
-    palette.setColor(QPalette::PlaceholderText, QColor(0x9a, 0x9e, 0xa4));
-    return palette;
-}
-
-QPalette lightPalette()
-{
-    QPalette palette(QColor(0xe9, 0xeb, 0xed), QColor(0xf4, 0xf5, 0xf6));
-    palette.setColor(QPalette::Base, Qt::white);
-    palette.setColor(QPalette::Highlight, QColor(0x0d, 0x80, 0x76));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(0x0d, 0x94, 0x88));
-    return palette;
+    QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
+    question << appearanceNameSpace << colorScheme;
+    const QDBusMessage answer = bus.call(question, QDBus::Block, timeoutMilliseconds);
+    const bool isAnswered = answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty();
+    return isAnswered ? schemeOf(answer.arguments().constFirst()) : PortalAppearance::Scheme::NoPreference;
 }
 
 } // namespace
 
 PortalAppearance::PortalAppearance(QDBusConnection bus)
 {
-    if (!bus.isConnected())
+    if (!bus.isConnected()) {
+        apply(Scheme::NoPreference);
         return;
+    }
     // Without this the connection is refused, silently: the bus looks the slot's types up by their names.
     qRegisterMetaType<QDBusVariant>();
     bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
-    question << appearanceNameSpace << colorScheme;
-    const QDBusMessage answer = bus.call(question, QDBus::Block, timeoutMilliseconds);
-    if (answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty())
-        apply(schemeOf(answer.arguments().constFirst()));
+    apply(askedFor(bus));
 }
 
 void PortalAppearance::apply(Scheme scheme)
@@ -88,6 +71,9 @@ void PortalAppearance::apply(Scheme scheme)
         break;
     case Scheme::NoPreference:
         QApplication::setPalette(QPalette());
+        // A desktop with dark colours of its own keeps them.
+        if (!isDarkAppearance(QApplication::palette()))
+            QApplication::setPalette(lightPalette());
         break;
     }
 }

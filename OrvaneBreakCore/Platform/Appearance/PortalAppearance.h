@@ -6,7 +6,8 @@
 #include <QObject>
 
 /// Gives the application the light or dark palette that the desktop's settings portal asks for, now and
-/// whenever it changes. Where there is no portal, or it has no preference, the toolkit's own palette stays.
+/// whenever it changes. Where there is no portal, or it has no preference, a desktop with a dark palette
+/// keeps it and every other gets the light one.
 class PortalAppearance final : public QObject
 {
     Q_OBJECT

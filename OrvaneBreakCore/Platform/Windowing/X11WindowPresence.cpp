@@ -25,6 +25,7 @@ constexpr std::uint32_t stateLimit = 64;
 X11WindowPresence::X11WindowPresence(xcb_connection_t *connection)
     : m_connection(connection)
     , m_root(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root)
+    , m_rootDepth(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root_depth)
     , m_state(X11Connection::atom(connection, "_NET_WM_STATE"))
     , m_skipTaskbar(X11Connection::atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"))
     , m_skipPager(X11Connection::atom(connection, "_NET_WM_STATE_SKIP_PAGER"))
@@ -59,10 +60,26 @@ void X11WindowPresence::bringToFront(QWidget &window)
 
 bool X11WindowPresence::eventFilter(QObject *watched, QEvent *event)
 {
-    // Comes before the native window is mapped; window managers forget the state of a window that is hidden.
-    if (event->type() == QEvent::Show)
-        setStateBeforeMapping(static_cast<std::uint32_t>(qobject_cast<QWidget *>(watched)->winId()));
+    auto *window = qobject_cast<QWidget *>(watched);
+    if (event->type() == QEvent::Show) {
+        // Comes before the native window is mapped; window managers forget the state of a window that is
+        // hidden.
+        setStateBeforeMapping(static_cast<std::uint32_t>(window->winId()));
+        setBackground(*window);
+    } else if (event->type() == QEvent::PaletteChange && window->testAttribute(Qt::WA_WState_Created)) {
+        setBackground(*window);
+    }
     return false;
+}
+
+void X11WindowPresence::setBackground(const QWidget &window) const
+{
+    // Only there is a pixel written as red, green and blue.
+    if (m_rootDepth != 24 || window.testAttribute(Qt::WA_TranslucentBackground))
+        return;
+    const std::uint32_t pixel = window.palette().color(QPalette::Window).rgb() & RGB_MASK;
+    xcb_change_window_attributes(m_connection, static_cast<std::uint32_t>(window.winId()), XCB_CW_BACK_PIXEL,
+                                 &pixel);
 }
 
 void X11WindowPresence::setStateBeforeMapping(std::uint32_t window) const

@@ -30,11 +30,14 @@ protected:
 
 private:
     void setStateBeforeMapping(std::uint32_t window) const;
+    /// What the server shows of `window` until it has drawn itself for the first time.
+    void setBackground(const QWidget &window) const;
     void changeStateOfMapped(std::uint32_t window) const;
     void sendToRoot(std::uint32_t window, std::uint32_t type, const std::uint32_t (&data)[5]) const;
 
     xcb_connection_t *m_connection;
     std::uint32_t m_root;
+    int m_rootDepth;
     std::uint32_t m_state;
     std::uint32_t m_skipTaskbar;
     std::uint32_t m_skipPager;

@@ -141,12 +141,13 @@ class Desk:
         return [layout.find_parts(picture, output, scale) for output in self.bed.outputs()]
 
     def settled_picture(self):
-        """The picture of a desktop that has finished drawing: it has been the same for a while."""
+        """The picture of a desktop that has finished drawing: it has been the same for a while, but for a blinking cursor."""
         known = []
 
         def is_settled():
             known.append(self.bed.picture())
-            return len(known) > 5 and len({picture.tobytes() for picture in known[-6:]}) == 1
+            return len(known) > 5 and len({picture.tobytes() for picture in known[-6:]}) <= 2 and known[-1].tobytes() in {
+                picture.tobytes() for picture in known[-6:-1]}
         wait_until(is_settled, "a picture that stays", interval=0.03)
         return known[-1]
 

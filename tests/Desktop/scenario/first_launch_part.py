@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 import os
 import signal
+import time
 
 from driver.waiting import comes_true, stays_true, wait_until
 
@@ -61,3 +62,28 @@ def interrupted(desk, report):
                        stays_true(lambda: len(desk.windows()) == 1, 0.5))
         report.promise("it lives in the Dock until it is answered", desk.is_listed() and not desk.tray.items())
         desk.finish()
+
+
+_WATCHED = 3.0  # Seconds from the start of the program.
+
+
+def watched(desk, report):
+    """What somebody sees who looks at the screen while the program starts."""
+    before = desk.settled_picture()
+    began = time.monotonic()
+    desk.start({"OBOnboarded": True})
+    seen = []
+    while time.monotonic() - began < _WATCHED:
+        seen.append((time.monotonic() - began, desk.bed.picture()))
+    desk.wait_for_window()
+    last = desk.settled_picture()
+    left, top, right, bottom = desk.bed.window_box(min(desk.windows()))
+    edge, inside = ((left + right) // 2, top - 4), (left + 10, bottom - 10)
+    shown = [(when, picture) for when, picture in seen if picture.getpixel(edge) != before.getpixel(edge)]
+    report.promise("the window has its colour from the moment it is on the screen", shown and all(
+        picture.getpixel(inside) == last.getpixel(inside) for _, picture in shown))
+    finished = [when for when, picture in shown if picture.tobytes() == last.tobytes()]
+    report.promise("nothing changes, moves or flickers once the window is there", finished and all(
+        picture.tobytes() == last.tobytes() for when, picture in shown if when > finished[0]))
+    print(f"the window is on the screen after {1000 * shown[0][0]:.0f} ms and finished after {1000 * finished[0]:.0f} ms")
+    desk.finish()

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QIcon>
+#include <QPalette>
+#include <QProxyStyle>
+
+/// The colours of the windows in the light and in the dark appearance.
+[[nodiscard]] QPalette lightPalette();
+[[nodiscard]] QPalette darkPalette();
+
+/// How the toolkit's own controls look among ours: flat, with the same round corners, focus ring and answers
+/// to the pointer, on every desktop. Needs the toolkit's Fusion style and no plugin.
+class HouseStyle final : public QProxyStyle
+{
+    Q_OBJECT
+
+public:
+    HouseStyle();
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override;
+    void drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                     const QWidget *widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
+                            const QWidget *widget) const override;
+    [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption *option,
+                                  const QWidget *widget) const override;
+    [[nodiscard]] QRect subControlRect(ComplexControl control, const QStyleOptionComplex *option,
+                                       SubControl subControl, const QWidget *widget) const override;
+    [[nodiscard]] QRect subElementRect(SubElement element, const QStyleOption *option,
+                                       const QWidget *widget) const override;
+    [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
+                                         const QWidget *widget) const override;
+    [[nodiscard]] QIcon standardIcon(StandardPixmap icon, const QStyleOption *option,
+                                     const QWidget *widget) const override;
+};
