@@ -93,9 +93,9 @@ class WaylandBed(SessionBed):
         if not copy.exists():
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(path, copy)
-            share = path.parent.parent / "share"
+            share = path.parent.parent / "share" / "OrvaneBreak"
             if path.parent.name == "bin" and share.is_dir():
-                shutil.copytree(share, copy.parent.parent / "share", dirs_exist_ok=True)
+                shutil.copytree(share, copy.parent.parent / "share" / "OrvaneBreak", dirs_exist_ok=True)
         return copy
 
     # -- what a person sees and does
