@@ -14,6 +14,8 @@
 #include <QPushButton>
 #include <QUrl>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -33,7 +35,9 @@ void AppDelegate::refreshBreakUI()
                              .arg(BreakSettings::intervalMinutes(m_preferences))
                              .arg(BreakSettings::pauseSeconds(m_preferences)));
     m_statusController.setActive(isActive);
-    if (m_statusController.isEnabled())
+    // The entries are the same at every minute.
+    const bool hasChanged = std::exchange(m_shownActive, isActive) != isActive;
+    if (hasChanged && m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
 }
 
@@ -75,6 +79,7 @@ void AppDelegate::toggleSound(const QCheckBox &sender)
 
 void AppDelegate::showSettings()
 {
+    ensureSettingsView();
     m_mainView->hide();
     m_settingsView->show();
     setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled());
@@ -82,7 +87,8 @@ void AppDelegate::showSettings()
 
 void AppDelegate::showMain()
 {
-    m_settingsView->hide();
+    if (m_settingsView)
+        m_settingsView->hide();
     m_mainView->show();
 }
 

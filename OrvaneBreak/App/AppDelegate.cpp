@@ -23,6 +23,9 @@ namespace {
 /// How long a tray that starts with the session may take before the user is shown the main window instead.
 constexpr Interval trayPatience = 5s;
 
+/// What nobody sees begins as long after the launch, when the first window has been painted.
+constexpr Interval settlingTime = 1s;
+
 bool isDebugSwitchOn(const char *variable)
 {
     return qgetenv(variable) == "1";
@@ -71,7 +74,10 @@ void AppDelegate::applicationDidFinishLaunching()
     }
     showOnboardingIfNeeded();
     refreshBreakUI();
-    syncWithServer();
+    m_settling = m_runLoop.scheduleOnce(m_runLoop.now() + settlingTime, 1s, [this] {
+        ensureSettingsView();
+        syncWithServer();
+    });
     m_syncTimer = m_runLoop.scheduleRepeating(1h, 1min, [this] { syncWithServer(); });
     m_updaterController.updater().setUpdateCheckInterval(1h);
     if (isDebugSwitchOn("ORVANE_DEBUG_SETTINGS"))

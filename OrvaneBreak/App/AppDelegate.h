@@ -143,6 +143,7 @@ private:
     void buildMainWindow();
     [[nodiscard]] QWidget *buildMainView();
     [[nodiscard]] QWidget *buildSettingsView();
+    void ensureSettingsView();
     void buildRhythmCards(QWidget &root);
     void buildSystemCard(QWidget &root);
     void buildFooter(QWidget &root);
@@ -173,7 +174,8 @@ private:
     AlertQueue &m_alerts;
     StatusItemController m_statusController;
 
-    // All but the messages window are there from the launch to the end.
+    // All but the messages window are there from the launch to the end, the settings page from shortly after
+    // it.
     std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
     std::unique_ptr<MainWindow> m_mainWindow;
     std::unique_ptr<MessagesWindow> m_messagesWindow;
@@ -185,8 +187,10 @@ private:
     SymbolButton *m_messagesButton = nullptr;
     BadgeImageView *m_messagesBadge = nullptr;
     QAction *m_appMessagesItem = nullptr;
+    bool m_shownActive = false; ///< Whether reminders are on in what is shown.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
     Timer m_trayDeadline;
+    Timer m_settling;
     Timer m_syncTimer;
 };

@@ -40,10 +40,12 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -55,6 +57,24 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// What nobody sees begins as long after the launch, when the first window has been painted.
+constexpr std::chrono::seconds settlingTime{1};
+
+/// The largest picture of the icon that the first window needs. The one above costs more than all others
+/// together, and only screens of a higher resolution show it.
+int largestIconAtStart(const QApplication &application)
+{
+    return application.devicePixelRatio() > 1 ? 256 : 128;
+}
+
+/// What the start has needed and freed would stay with the process for the days that it waits.
+void giveMemoryBack()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
 
 /// The login item, as the sandbox has it where the program is in one.
 std::unique_ptr<LoginItem> makeLoginItem()
@@ -132,7 +152,11 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(0, &application, &BreakOverlayController::warmUp);
+    QTimer::singleShot(settlingTime, &application, [] {
+        QApplication::setWindowIcon(Symbols::applicationIcon());
+        BreakOverlayController::warmUp();
+        giveMemoryBack();
+    });
     const int status = QApplication::exec();
     launcher = updater.launcher();
     return status;
@@ -167,6 +191,8 @@ int main(int argc, char **argv)
     }
     preventSessionBusLaunch();
 
+    // Keeps out the plugin for the desktop's theme, which would bring another toolkit with it.
+    QApplication::setDesktopSettingsAware(false);
     // Before the application: it would load the desktop's own style first.
     QApplication::setStyle(new HouseStyle);
     QApplication application(argc, argv);
@@ -174,7 +200,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(u"OrvaneBreak"_s);
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(Symbols::applicationIcon());
+    QApplication::setWindowIcon(Symbols::applicationIcon(largestIconAtStart(application)));
 
     ApplicationService service(QStringLiteral(ORVANE_APP_ID));
     switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {

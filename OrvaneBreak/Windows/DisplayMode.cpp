@@ -36,17 +36,14 @@ void AppDelegate::buildMainWindow()
     m_mainWindow = std::make_unique<MainWindow>(std::move(m_menuBar), winSize);
     m_presence.adopt(*m_mainWindow);
     m_mainView = buildMainView();
-    m_settingsView = buildSettingsView();
-    m_settingsView->hide();
     m_mainWindow->addPage(m_mainView);
-    m_mainWindow->addPage(m_settingsView);
     m_mainWindow->installEventFilter(this);
     m_mainWindow->onReturn = [this] {
         if (!m_mainView->isHidden())
             m_breakButton->click();
     };
     m_mainWindow->onBack = [this] {
-        if (!m_settingsView->isHidden())
+        if (m_mainView->isHidden())
             showMain();
     };
     if (!isMenuBarMode())
@@ -84,7 +81,8 @@ void AppDelegate::showOnboardingIfNeeded()
     question.exec();
 
     m_preferences.setValue(menuBarModeKey, question.clickedButton() == menuBar);
-    setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
+    if (m_menuBarCheckbox)
+        setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
     applyDisplayMode();
 }
 

@@ -11,6 +11,7 @@
 #include "Visuals/SymbolButton.h"
 #include "Visuals/TextButton.h"
 #include "Windows/CheckBoxes.h"
+#include "Windows/MainWindow.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -139,6 +140,15 @@ void placeButtonRow(QPushButton &first, QPushButton &second, int top)
 }
 
 } // namespace
+
+void AppDelegate::ensureSettingsView()
+{
+    if (m_settingsView)
+        return;
+    m_settingsView = buildSettingsView();
+    m_settingsView->hide();
+    m_mainWindow->addPage(m_settingsView);
+}
 
 QWidget *AppDelegate::buildSettingsView()
 {

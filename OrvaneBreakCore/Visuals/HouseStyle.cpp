@@ -229,3 +229,12 @@ QSize HouseStyle::sizeFromContents(ContentsType type, const QStyleOption *option
     const QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
     return type == CT_PushButton ? result.expandedTo({0, buttonHeight}) : result;
 }
+
+QIcon HouseStyle::standardIcon(StandardPixmap icon, const QStyleOption *option, const QWidget *widget) const
+{
+    // Every menu bar asks for the arrow of one that is too long. Ours never are, and reading the picture
+    // loads a plugin for every format that there is.
+    if (icon == SP_ToolBarHorizontalExtensionButton)
+        return {};
+    return QProxyStyle::standardIcon(icon, option, widget);
+}

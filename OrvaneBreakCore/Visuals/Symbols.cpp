@@ -80,11 +80,13 @@ QIcon Symbols::icon(const QString &name, const QColor &tint)
     return icon;
 }
 
-QIcon Symbols::applicationIcon()
+QIcon Symbols::applicationIcon(int largest)
 {
     QSvgRenderer renderer(picture(u"icon/orvanebreak.svg"_s));
     QIcon icon;
-    for (const int pixels : applicationIconSizes)
-        icon.addPixmap(QPixmap::fromImage(drawn(renderer, pixels)));
+    for (const int pixels : applicationIconSizes) {
+        if (pixels <= largest)
+            icon.addPixmap(QPixmap::fromImage(drawn(renderer, pixels)));
+    }
     return icon;
 }

@@ -18,7 +18,8 @@ namespace Symbols {
 /// 14 to 64 pixels. A null icon for an unknown name. Needs the application object.
 [[nodiscard]] QIcon icon(const QString &name, const QColor &tint);
 
-/// The icon of the application's windows, from 16 to 256 pixels. Needs the application object.
-[[nodiscard]] QIcon applicationIcon();
+/// The icon of the application's windows, from 16 to `largest` pixels, of the 256 that there are. Needs the
+/// application object.
+[[nodiscard]] QIcon applicationIcon(int largest = 256);
 
 } // namespace Symbols

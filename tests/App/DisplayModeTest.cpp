@@ -57,6 +57,30 @@ private Q_SLOTS:
         QVERIFY(f.delegate.applicationShouldTerminateAfterLastWindowClosed());
     }
 
+    void theFirstWindowComesBeforeWhatNobodySees()
+    {
+        ApplicationFixture f;
+        f.delegate.applicationDidFinishLaunching();
+        QVERIFY(f.window()->isVisible());
+        QVERIFY(f.http.requests.isEmpty());
+        QVERIFY(!f.window()->findChild<QWidget *>(u"settingsView"_s));
+        f.runLoop.advance(1s);
+        QCOMPARE(f.http.requests.size(), 1);
+        QVERIFY(f.find<QWidget>(u"settingsView"_s)->isHidden());
+    }
+
+    void theSettingsComeBeforeTheirTimeToWhoAsksForThem()
+    {
+        ApplicationFixture f;
+        f.delegate.applicationDidFinishLaunching();
+        f.delegate.showSettings();
+        const auto *page = f.find<QWidget>(u"settingsView"_s);
+        QVERIFY(page->isVisible());
+        f.runLoop.advance(1s);
+        QCOMPARE(f.find<QWidget>(u"settingsView"_s), page);
+        QVERIFY(page->isVisible());
+    }
+
     void menuBarModeHidesTheWindowBehindTheEye()
     {
         ApplicationFixture f;

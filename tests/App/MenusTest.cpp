@@ -2,6 +2,7 @@
 #include "Support/ApplicationFixture.h"
 #include "Support/Widgets.h"
 
+#include <QCheckBox>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
@@ -150,6 +151,28 @@ private Q_SLOTS:
         QVERIFY(!f.engine.isActive());
         QCOMPARE(f.tray.menuTexts().constFirst(), u"Protéger mes yeux"_s);
         QCOMPARE(f.tray.symbol, u"eye"_s);
+    }
+
+    void statusMenuStaysTheSameFromMinuteToMinute()
+    {
+        InMenuBar f;
+        f.tray.choose(u"Protéger mes yeux"_s);
+        const QMenu *menu = f.tray.menu.get();
+        f.runLoop.advance(3min);
+        QCOMPARE(f.tray.menu.get(), menu);
+    }
+
+    void statusMenuKnowsWhatHappenedWhileItWasAway()
+    {
+        InMenuBar f;
+        f.tray.choose(u"Protéger mes yeux"_s);
+        auto *box = f.find<QCheckBox>(u"menuBarCheckbox"_s);
+        box->setChecked(false);
+        f.delegate.breakToggled();
+        box->setChecked(true);
+        QCOMPARE(f.tray.menuTexts().constFirst(), u"Protéger mes yeux"_s);
+        f.delegate.breakToggled();
+        QCOMPARE(f.tray.menuTexts().constFirst(), u"Arrêter les rappels"_s);
     }
 
     void breakAndPostponementWithRemindersOff()

@@ -58,7 +58,7 @@ def application(desk, report):
                  modes_part.closing, modes_part.switching,
                  switches_part.debug_switches, switches_part.command_line, accessibility_part.tree,
                  accessibility_part.keyboard_only, accessibility_part.scales, session_part.appearance,
-                 session_part.global_menu, session_part.launcher, trouble_part.starts_at_once, trouble_part.bus_dies,
+                 session_part.desktop_theme, session_part.global_menu, session_part.launcher, trouble_part.starts_at_once, trouble_part.bus_dies,
                  trouble_part.login_item, trouble_part.edited_preferences):
         desk.tidy_up(program_runs=False)
         report.run(part, desk, report)

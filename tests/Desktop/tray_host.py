@@ -9,6 +9,7 @@ Reads commands from standard input and answers each with one line of JSON:
   click LABEL       chooses the entry with that label; answers the monotonic time of the click in nanoseconds
   icon              pixmaps of the first item: width, height, and the colours in them with their number of pixels
   updates           number of announcements of a changed menu since the start
+  arrivals          monotonic times in nanoseconds at which items were registered
 """
 
 import collections
@@ -46,6 +47,7 @@ class Watcher(dbus.service.Object):
     def __init__(self, bus):
         self._bus = bus
         self.items = []
+        self.arrivals = []
         self._ownership = dbus.service.BusName(WATCHER, bus)
         super().__init__(bus, "/StatusNotifierWatcher")
         bus.add_signal_receiver(self._owner_changed, "NameOwnerChanged", "org.freedesktop.DBus")
@@ -59,6 +61,7 @@ class Watcher(dbus.service.Object):
         item = (sender, service) if service.startswith("/") else (service, "/StatusNotifierItem")
         if item not in self.items:
             self.items.append(item)
+            self.arrivals.append(time.monotonic_ns())
         self.StatusNotifierItemRegistered("".join(item))
 
     @dbus.service.method(WATCHER, in_signature="s")
@@ -112,7 +115,8 @@ class TrayHost:
         """The answer to one command, as an object for JSON."""
         command, _, argument = line.partition(" ")
         actions = {"items": self._items, "menu": self._menu, "open": self._open, "icon": self._icon,
-                   "updates": lambda: self._updates, "click": lambda: self._click(argument)}
+                   "updates": lambda: self._updates, "arrivals": lambda: self._watcher.arrivals,
+                   "click": lambda: self._click(argument)}
         if command not in actions:
             return {"error": f"unknown command: {command}"}
         try:

@@ -44,7 +44,7 @@ _RUN_BY = {
 }
 
 # These take many minutes: the tests only ask them what they do.
-_ON_DEMAND = ("tests/Fuzz/run",)
+_ON_DEMAND = ("bench/run", "bench/measure-crash-scan", "tests/Fuzz/run", "tools/measure-coverage")
 
 # Code in the prose that begins so is a file of the source tree, or a command that begins with one.
 _FOLDERS = ("./", "tools/", "tests/", "bench/", "cmake/", "docs/", "packaging/", "assets/")

@@ -76,7 +76,12 @@ struct ApplicationFixture : EngineFixture
         preferences.setValue(QStringLiteral("OBOnboarded"), true);
     }
 
-    void launch() { delegate.applicationDidFinishLaunching(); }
+    /// Until what waits for the first window has been done as well.
+    void launch()
+    {
+        delegate.applicationDidFinishLaunching();
+        runLoop.advance(std::chrono::seconds(1));
+    }
 
     [[nodiscard]] static QWidget *window(const QString &name = QStringLiteral("mainWindow"))
     {

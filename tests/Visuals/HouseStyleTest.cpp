@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -66,6 +67,17 @@ private Q_SLOTS:
     {
         failOnUnexpectedWarnings();
         QApplication::setPalette(lightPalette());
+    }
+
+    /// First: what is loaded stays.
+    static void menuBarsLoadNoPicturePlugins()
+    {
+        const QMenuBar bar;
+        QFile maps(u"/proc/self/maps"_s);
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        const QByteArray loaded = maps.readAll();
+        QVERIFY(loaded.contains("/platforms/"));
+        QVERIFY(!loaded.contains("/imageformats/"));
     }
 
     static void textsAreReadable_data()

@@ -9,6 +9,7 @@
 #include <QNetworkRequest>
 #include <QPointer>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 #include <memory>
@@ -19,6 +20,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestBody = 1'048'576;
+
+/// Names below "invalid" belong to nobody, ever. Asking for one would tell the resolver of it, and load all
+/// that a secure connection needs.
+bool isForNobody(const QUrl &url)
+{
+    return url.host().endsWith(".invalid"_L1);
+}
 
 /// One exchange; it goes with its reply.
 class Exchange final : public QObject
@@ -100,7 +108,7 @@ template <typename Send>
 void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                            Completion completion, Send send)
 {
-    if (!isAllowed(url) || !DescriptorReserve::canThreadsWork()) {
+    if (!isAllowed(url) || isForNobody(url) || !DescriptorReserve::canThreadsWork()) {
         QMetaObject::invokeMethod(
             &context, [completion = std::move(completion)] { completion(std::nullopt); },
             Qt::QueuedConnection);

@@ -37,6 +37,10 @@ class Tray(BusService):
     def updates(self):
         return self._ask("updates")
 
+    def arrivals(self):
+        """The monotonic times in nanoseconds at which items were registered."""
+        return self._ask("arrivals")
+
     def _ask(self, line):
         answer = super()._ask(line)
         if isinstance(answer, dict) and "error" in answer:

@@ -25,7 +25,7 @@ class X11Bed(SessionBed):
     #: None is the bottom.
     panel_rows = (-30, None)
     panel_colour = (230, 230, 235)
-    wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80))
+    wallpaper_colours = ((200, 120, 40), (40, 120, 200), (120, 160, 80), (160, 80, 140))
 
     def __init__(self, window_manager=None, compositor=False, panel=False, monitors=SMALL, wallpaper=None,
                  panel_options=None, theme="Clearlooks"):

@@ -31,8 +31,8 @@ def repaints(desk, report):
 
 def opening(desk, report):
     """How the break opens and closes."""
-    points, picture = _background_points(desk), desk.settled_picture()
-    _, changes = _open_and_close(desk, points)
+    points, picture = background_points(desk), desk.settled_picture()
+    _, changes = open_and_close(desk, points)
     wrong = []
     for index, point in enumerate(points):
         seen = [change.value for change in changes if change.area == index]
@@ -48,10 +48,10 @@ def latency(desk, report):
     desk.begin_break()
     texts = [(box.left, box.top, *box.size) for boxes in desk.parts() for name, box in boxes.items() if name != "ring"]
     desk.end_break()
-    areas = _background_points(desk) + texts
+    areas = background_points(desk) + texts
     figures = []
     for _ in range(_MEASUREMENTS):
-        moment, changes = _open_and_close(desk, areas)
+        moment, changes = open_and_close(desk, areas)
         first = [min((change.time for change in changes if change.area == index and change.time > moment),
                      default=float("inf")) for index in range(len(areas))]
         figures.append((max(first) - moment) / 1e6)
@@ -61,19 +61,19 @@ def latency(desk, report):
     report.figures["milliseconds until the picture is complete"] = [round(figure) for figure in figures]
 
 
-def _background_points(desk):
+def background_points(desk):
     """Places on each screen that are away from the texts: its edges, and beside them."""
     return [(output.x + round(output.width * x), output.y + round(output.height * y)) for output in desk.bed.outputs()
             for x, y in ((0.05, 0.04), (0.5, 0.04), (0.95, 0.04), (0.05, 0.97), (0.5, 0.97), (0.95, 0.97), (0.15, 0.5))]
 
 
-def _open_and_close(desk, areas):
+def open_and_close(desk, areas, milliseconds=_WATCHED_MILLISECONDS):
     """Watches the areas while a break comes and goes; returns the moment of the click and the changes."""
     desk.rest_pointer()
-    watch = desk.probe.sample(areas, _WATCHED_MILLISECONDS, 2)
+    watch = desk.probe.sample(areas, milliseconds, 2)
     moment = desk.tray.click(BREAK_NOW)
     wait_until(desk.overlays, "the break windows")
-    comes_true(lambda: time.monotonic_ns() - moment > _WATCHED_MILLISECONDS * 1e6 / 2, 2)
+    comes_true(lambda: time.monotonic_ns() - moment > milliseconds * 1e6 / 2, 2)
     desk.bed.press("Escape")
     changes = watch.results()
     desk.wait_for_end()

@@ -61,6 +61,18 @@ def appearance(desk, report):
     portal.stop()
 
 
+def desktop_theme(desk, report):
+    """The plugin through which the toolkit follows the desktop's theme, with a library of windows of its own."""
+    def is_loaded(environment):
+        desk.start_in_dock(environment)
+        maps = pathlib.Path(f"/proc/{desk.process.pid}/maps").read_text()
+        desk.finish()
+        return "/platformthemes/" in maps
+    report.promise("the desktop's theme comes to who asks for it", is_loaded({"QT_QPA_PLATFORMTHEME": "gtk3"}),
+                   "Debian package: qt6-gtk-platformtheme")
+    report.promise("no theme plugin is loaded on GNOME", not is_loaded({"XDG_CURRENT_DESKTOP": "GNOME"}))
+
+
 def launcher(desk, report):
     """A launcher starts the program through the session bus."""
     entry = _install(desk)
