@@ -3,7 +3,6 @@
 """Tries the program against a real server of the makers on a virtual desktop, and prints which promises it keeps.
 Status 0: all kept; 1: one is broken."""
 
-import argparse
 import pathlib
 import sys
 import tempfile
@@ -13,7 +12,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "MakersS
 from driver.tray import Tray  # noqa: E402
 from driver.x11 import X11Bed  # noqa: E402
 from makers_server import MakersServer, make_certificate  # noqa: E402
-from scenario import channel_hostile_part, channel_part  # noqa: E402
+from scenario import channel_hostile_part, channel_part, command_line  # noqa: E402
 from scenario.channel_desk import ChannelDesk  # noqa: E402
 from scenario.promises import carry_out  # noqa: E402
 
@@ -40,12 +39,8 @@ def run(arguments, report):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable that takes a test server")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
-    parser.add_argument("--makers-server", type=pathlib.Path, required=True, help="the server's executable")
-    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    arguments = parser.parse_args()
+    arguments = command_line.read(
+        __doc__, program="the executable that takes a test server", makers_server="the server's executable")
     return carry_out("x11-channel", lambda report: run(arguments, report), arguments.results)
 
 

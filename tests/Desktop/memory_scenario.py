@@ -3,7 +3,6 @@
 """Runs the program from its first start to its end under valgrind's memcheck on a virtual desktop, against a server of the
 makers, and prints what it lost and what it read or wrote where it must not. Status 0: nothing; 1: something."""
 
-import argparse
 import pathlib
 import shutil
 import sys
@@ -15,7 +14,7 @@ from driver import waiting  # noqa: E402
 from driver.tray import Tray  # noqa: E402
 from driver.x11 import X11Bed  # noqa: E402
 from makers_server import MakersServer  # noqa: E402
-from scenario import memory_part  # noqa: E402
+from scenario import command_line, memory_part  # noqa: E402
 from scenario.channel_desk import ChannelDesk  # noqa: E402
 from scenario.promises import carry_out  # noqa: E402
 
@@ -56,12 +55,8 @@ def run(arguments, report):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable that takes a test server")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
-    parser.add_argument("--makers-server", type=pathlib.Path, required=True, help="the server's executable")
-    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    arguments = parser.parse_args()
+    arguments = command_line.read(
+        __doc__, program="the executable that takes a test server", makers_server="the server's executable")
     if not shutil.which("valgrind"):
         print("not installed: valgrind (Debian package: valgrind)")
         return 1

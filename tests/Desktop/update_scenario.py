@@ -3,13 +3,11 @@
 """Installs the released program in a home, has it update itself from a web server, and prints which promises it keeps.
 Status 0: all kept; 1: one is broken."""
 
-import argparse
-import pathlib
 import sys
 import tempfile
 
 from driver.x11 import X11Bed
-from scenario import update_part
+from scenario import command_line, update_part
 from scenario.promises import carry_out
 from scenario.update_desk import UpdateDesk, makers_of
 
@@ -27,11 +25,7 @@ def run(arguments, report):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--build-folder", type=pathlib.Path, required=True, help="what was built for a release")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
-    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    arguments = parser.parse_args()
+    arguments = command_line.read(__doc__, build_folder="what was built for a release")
     return carry_out("x11-updates", lambda report: run(arguments, report), arguments.results)
 
 

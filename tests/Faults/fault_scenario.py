@@ -3,7 +3,6 @@
 """Takes from the program what it needs while it runs, and prints which promises it keeps. Status 0: all kept; 1: one is
 broken."""
 
-import argparse
 import pathlib
 import sys
 
@@ -12,6 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "Desktop
 import fault_part  # noqa: E402
 from driver.tray import Tray  # noqa: E402
 from driver.x11 import X11Bed  # noqa: E402
+from scenario import command_line  # noqa: E402
 from scenario.application_desk import ApplicationDesk  # noqa: E402
 from scenario.promises import carry_out  # noqa: E402
 
@@ -28,11 +28,7 @@ def run(arguments, report):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
-    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    arguments = parser.parse_args()
+    arguments = command_line.read(__doc__, program="the executable")
     return carry_out("x11-faults", lambda report: run(arguments, report), arguments.results)
 
 

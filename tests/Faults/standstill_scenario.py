@@ -3,7 +3,6 @@
 """Has the program stand still for ten seconds and for a minute, and prints which promises it keeps. It waits most of the
 time, so that other tests may run beside it. Status 0: all kept; 1: one is broken."""
 
-import argparse
 import os
 import pathlib
 import signal
@@ -15,6 +14,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "Desktop
 
 from driver.waiting import comes_true, wait_until  # noqa: E402
 from driver.x11 import X11Bed  # noqa: E402
+from scenario import command_line  # noqa: E402
 from scenario.desk import SWITCH_OFF, SWITCH_ON, Desk  # noqa: E402
 from scenario.promises import carry_out  # noqa: E402
 
@@ -97,11 +97,7 @@ def run(arguments, report):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", type=pathlib.Path, required=True, help="the executable")
-    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
-    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    arguments = parser.parse_args()
+    arguments = command_line.read(__doc__, program="the executable")
     return carry_out("x11-standstills", lambda report: run(arguments, report), arguments.results)
 
 

@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The arguments that all scenarios have in common."""
+
+import argparse
+import pathlib
+
+
+def read(documentation, **wanted):
+    """Reads the command line of a scenario: `wanted` names its own paths and says what each is, all of them required."""
+    parser = argparse.ArgumentParser(description=documentation)
+    for name, meaning in wanted.items():
+        parser.add_argument(f"--{name.replace('_', '-')}", type=pathlib.Path, required=True, help=meaning)
+    parser.add_argument("--helpers", type=pathlib.Path, required=True, help="folder of the helper programs")
+    parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
+    return parser.parse_args()
