@@ -40,7 +40,7 @@ private Q_SLOTS:
                 QTest::addRow("%u", seed) << seed;
         }
         const quint32 first = isGiven ? given : std::random_device()();
-        const quint32 years = qMax(1, qEnvironmentVariableIntValue("ORVANE_TEST_YEARS"));
+        const auto years = static_cast<quint32>(qMax(1, qEnvironmentVariableIntValue("ORVANE_TEST_YEARS")));
         for (quint32 year = 0; year < years; ++year)
             QTest::addRow("%u", first + year) << first + year;
     }
