@@ -144,6 +144,33 @@ private Q_SLOTS:
         QCOMPARE(button.cursor().shape(), Qt::PointingHandCursor);
     }
 
+    void buttonsAnswerToThePointer()
+    {
+        AccentButton accent(u"Envoyer"_s, breakTealFixed);
+        SymbolButton symbol(u"eye"_s, 16, u"Veille"_s);
+        AccentCheckBox box(u"Son"_s);
+        AccentCheckBox checkedBox(u"Son"_s);
+        checkedBox.setChecked(true);
+        for (QAbstractButton *button :
+             {static_cast<QAbstractButton *>(&accent), static_cast<QAbstractButton *>(&symbol),
+              static_cast<QAbstractButton *>(&box)}) {
+            button->resize(button->sizeHint().expandedTo({30, 30}));
+            const QImage still = painted(*button, Qt::white);
+            button->setAttribute(Qt::WA_UnderMouse);
+            const QImage below = painted(*button, Qt::white);
+            QVERIFY(below != still);
+            button->setDown(true);
+            QVERIFY(painted(*button, Qt::white) != below);
+            button->setDown(false);
+            button->setAttribute(Qt::WA_UnderMouse, false);
+            QCOMPARE(painted(*button, Qt::white), still);
+        }
+        checkedBox.resize(checkedBox.sizeHint());
+        const QImage checked = painted(checkedBox, Qt::white);
+        checkedBox.setDown(true);
+        QVERIFY(painted(checkedBox, Qt::white) != checked);
+    }
+
     void theFocusIsShownOnceTheKeyboardHasMovedIt()
     {
         QWidget window;
