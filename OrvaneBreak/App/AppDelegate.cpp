@@ -23,9 +23,6 @@ namespace {
 /// How long a tray that starts with the session may take before the user is shown the main window instead.
 constexpr Interval trayPatience = 5s;
 
-/// What nobody sees begins as long after the launch, when the first window has been painted.
-constexpr Interval settlingTime = 1s;
-
 bool isDebugSwitchOn(const char *variable)
 {
     return qgetenv(variable) == "1";

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QSize>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -40,6 +41,9 @@ class AppDelegate final : public QObject
 public:
     /// Size of the main window's content in device-independent pixels; both pages are laid out in it.
     static constexpr QSize winSize{430, 500};
+
+    /// What nobody sees begins as long after the launch, when the first window has been painted.
+    static constexpr std::chrono::seconds settlingTime{1};
 
     /// What the delegate works with; the references outlive it.
     struct Services

@@ -45,7 +45,6 @@
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -57,9 +56,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What nobody sees begins as long after the launch, when the first window has been painted.
-constexpr std::chrono::seconds settlingTime{1};
 
 /// The largest picture of the icon that the first window needs. The one above costs more than all others
 /// together, and only screens of a higher resolution show it.
@@ -152,7 +148,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(settlingTime, &application, [] {
+    QTimer::singleShot(AppDelegate::settlingTime, &application, [] {
         QApplication::setWindowIcon(Symbols::applicationIcon());
         BreakOverlayController::warmUp();
         giveMemoryBack();

@@ -15,7 +15,7 @@ constexpr qreal cornerRadius = 7;
 /// Dark or light, whichever reads better on the bezel.
 QColor titleColor(const QColor &bezel)
 {
-    return qGray(bezel.rgb()) > 110 ? QColor(4, 47, 46) : QColor(Qt::white);
+    return qGray(bezel.rgb()) > 110 ? breakTealInk : QColor(Qt::white);
 }
 
 } // namespace

@@ -77,7 +77,7 @@ void AccentCheckBox::paintIndicator(QPainter &painter) const
     painter.setPen(Qt::NoPen);
     painter.setBrush(isDown() ? fill.darker(115) : fill);
     painter.drawRoundedRect(square.adjusted(-0.5, -0.5, 0.5, 0.5), cornerRadius, cornerRadius);
-    const QColor ink = AppearanceColor(QColor(Qt::white), QColor(4, 47, 46)).resolved(palette());
+    const QColor ink = AppearanceColor(QColor(Qt::white), breakTealInk).resolved(palette());
     painter.setPen(QPen(ink, 2 / square.width(), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);
     painter.translate(square.topLeft());

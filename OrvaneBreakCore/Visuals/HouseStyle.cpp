@@ -16,9 +16,6 @@ constexpr int buttonHeight = 28;
 constexpr int textFieldFrame = 3;
 constexpr int textPadding = 4;
 
-/// The ink on the accent of the breaks, as on the large buttons.
-const QColor accentInk(4, 47, 46);
-
 bool isDefaultButton(const QStyleOption &option)
 {
     const auto *button = qstyleoption_cast<const QStyleOptionButton *>(&option);
@@ -174,7 +171,7 @@ void HouseStyle::drawControl(ControlElement element, const QStyleOption *option,
         if (const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
             button && isDefaultButton(*option)) {
             QStyleOptionButton onAccent = *button;
-            onAccent.palette.setColor(QPalette::ButtonText, accentInk);
+            onAccent.palette.setColor(QPalette::ButtonText, breakTealInk);
             QProxyStyle::drawControl(element, &onAccent, painter, widget);
             break;
         }

@@ -44,6 +44,9 @@ struct AppearanceColor
 inline const QColor breakTealFixed = QColor::fromRgbF(0.078F, 0.722F, 0.651F);
 inline const QColor orvaneMauveFixed = QColor::fromRgbF(0.486F, 0.227F, 0.929F);
 
+/// Dark text and marks on breakTealFixed.
+inline const QColor breakTealInk(4, 47, 46);
+
 /// Text colours from the most to the least prominent; each is at least 4.5 times as bright or dark as the
 /// windows it stands on.
 [[nodiscard]] AppearanceColor labelColor();

@@ -26,6 +26,20 @@ inline QImage painted(QWidget &widget, const QColor &background = Qt::black, qre
     return image;
 }
 
+/// Whether a control in the active `window` looks different with the focus once the keyboard has moved it
+/// there.
+inline bool showsFocusOfTheKeyboard(QWidget &window, QWidget &control)
+{
+    window.setAttribute(Qt::WA_KeyboardFocusChange, false);
+    control.setFocus();
+    const bool hasFocus = control.hasFocus();
+    const QImage focusedByMouse = painted(control, Qt::white);
+    window.setAttribute(Qt::WA_KeyboardFocusChange);
+    const QImage focusedByKeyboard = painted(control, Qt::white);
+    control.clearFocus();
+    return hasFocus && painted(control, Qt::white) == focusedByMouse && focusedByKeyboard != focusedByMouse;
+}
+
 /// Whether two colours differ by at most `tolerance` in every channel.
 inline bool isNear(const QColor &left, const QColor &right, int tolerance = 3)
 {

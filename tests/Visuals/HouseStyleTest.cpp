@@ -148,13 +148,8 @@ private Q_SLOTS:
             layout.addWidget(control);
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        for (QWidget *control : controls) {
-            window.setAttribute(Qt::WA_KeyboardFocusChange, false);
-            control->setFocus();
-            const QImage focusedByMouse = painted(*control, Qt::white);
-            window.setAttribute(Qt::WA_KeyboardFocusChange);
-            QVERIFY(painted(*control, Qt::white) != focusedByMouse);
-        }
+        for (QWidget *control : controls)
+            QVERIFY(showsFocusOfTheKeyboard(window, *control));
     }
 
     static void textFieldsShowWhereKeysArrive()
