@@ -71,7 +71,7 @@ def press(name):
         if control.get_name() == name and control.get_n_actions() > 0:
             control.do_action(0)
             return
-    sys.exit(f"nothing named {name} can be pressed")
+    sys.exit(1)
 
 
 def main():

@@ -109,6 +109,7 @@ def no_descriptors(desk, report):
     report.promise("no descriptors: it costs nothing to wait", spent <= _MOST_PROCESSOR_SECONDS, f"{spent:.2f} s")
     Descriptors.give_back(desk.process)
     desk.reader.press(_SOUND)
+    wait_until(lambda: desk.is_checked(_SOUND), "the box with its mark")
     desk.reader.press(_SOUND)
     _has_break(desk, report, "with descriptors again, breaks come")
     report.promise("with descriptors again, settings are stored",

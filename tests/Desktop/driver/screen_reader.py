@@ -55,9 +55,9 @@ class ScreenReader:
                           f"a control named {name}")
 
     def press(self, name):
-        """Does what the control does when it is pressed."""
-        if self._run("press", name) is None:
-            raise LookupError(f"nothing named {name} can be pressed")
+        """Waits for a control with this name, and does what it does when it is pressed."""
+        # A button that is pressed this way stays down for a while before it acts: what it shows comes later.
+        wait_until(lambda: self._run("press", name) is not None, f"a control named {name} that can be pressed")
 
     def _run(self, *arguments):
         """What the reader printed; None when it failed."""
