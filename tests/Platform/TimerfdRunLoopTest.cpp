@@ -4,7 +4,50 @@
 #include <QEventLoop>
 #include <QTest>
 
+#include <dlfcn.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
 using namespace std::chrono_literals;
+
+namespace {
+
+/// At its next use a timer says that the clock was set: the first of these functions that the program calls.
+bool isClockSet = false;
+int clockDescriptor = -1;
+
+template <typename Function>
+Function *next(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+int toldThatTheClockWasSet()
+{
+    isClockSet = false;
+    errno = ECANCELED;
+    return -1;
+}
+
+} // namespace
+
+// The kernel arms the timer all the same.
+extern "C" int timerfd_settime(int descriptor, int flags, const itimerspec *value, itimerspec *old) noexcept
+{
+    clockDescriptor = descriptor;
+    const int status = next<decltype(timerfd_settime)>("timerfd_settime")(descriptor, flags, value, old);
+    return isClockSet ? toldThatTheClockWasSet() : status;
+}
+
+extern "C" ssize_t read(int descriptor, void *buffer, size_t size)
+{
+    static auto *const nextRead = next<decltype(read)>("read");
+    const ssize_t length = nextRead(descriptor, buffer, size);
+    return isClockSet && descriptor == clockDescriptor ? toldThatTheClockWasSet() : length;
+}
 
 /// The run loop on the kernel's timer. Only the shortest of waits are real; a clock that is set is a clock of
 /// the test's.
@@ -85,6 +128,32 @@ private Q_SLOTS:
         // The kernel's clock has not been set: by its time the repeating timer is due at once.
         QTRY_VERIFY(repeated > 0);
         QCOMPARE(once, 0);
+    }
+
+    void kernelSaysThatTheClockWasSetWhenItsTimerIsRead()
+    {
+        Settable f;
+        int once = 0;
+        int repeated = 0;
+        const Timer oneShot = f.runLoop.scheduleOnce(f.runLoop.now() + 1ms, 0s, [&] { ++once; });
+        const Timer repeating = f.runLoop.scheduleRepeating(1ms, 0s, [&] { ++repeated; });
+        f.offset = -1h;
+        isClockSet = true;
+        QTRY_VERIFY(repeated > 0);
+        QCOMPARE(once, 0);
+        QVERIFY(!isClockSet);
+    }
+
+    void kernelSaysThatTheClockWasSetWhenATimerIsArmed()
+    {
+        Settable f;
+        int calls = 0;
+        isClockSet = true;
+        const Timer timer = f.runLoop.scheduleOnce(f.runLoop.now() + 20min, 10s, [&] { ++calls; });
+        QVERIFY(!isClockSet);
+        f.offset = 20min;
+        QCOMPARE(calls, 0);
+        QTRY_COMPARE(calls, 1);
     }
 
     void timersThatOutliveTheRunLoop()

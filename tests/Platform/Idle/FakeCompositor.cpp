@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 /// What clients ask for; every function gets the compositor as the user data of the resource or global.
 struct FakeCompositor::Requests
@@ -158,6 +159,21 @@ wl_global *FakeCompositor::offerKdeIdle()
 void FakeCompositor::withdraw(wl_global *global)
 {
     wl_global_destroy(global);
+}
+
+void FakeCompositor::withdrawWhenTold(wl_global *global, const wl_global *later)
+{
+    m_withdrawn = global;
+    m_later = later;
+    wl_display_set_global_filter(
+        m_display,
+        [](const wl_client *, const wl_global *told, void *data) {
+            auto &self = *static_cast<FakeCompositor *>(data);
+            if (told == self.m_later && self.m_withdrawn)
+                wl_global_remove(std::exchange(self.m_withdrawn, nullptr));
+            return true;
+        },
+        this);
 }
 
 void FakeCompositor::pump()

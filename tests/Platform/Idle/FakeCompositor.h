@@ -37,6 +37,9 @@ public:
     wl_global *offerKdeIdle();
     void withdraw(wl_global *global);
 
+    /// Withdraws a global at the moment at which a client is told of a later one.
+    void withdrawWhenTold(wl_global *global, const wl_global *later);
+
     /// Handles what clients have sent and sends what is to be sent; never waits.
     void pump();
 
@@ -60,6 +63,8 @@ private:
     friend struct Requests;
 
     wl_display *m_display;
+    wl_global *m_withdrawn = nullptr;
+    const wl_global *m_later = nullptr;
     std::vector<Notification> m_notifications;
     int m_registries = 0;
     int m_seatBindings = 0;

@@ -3,6 +3,7 @@
 
 #include "Platform/Idle/FakeCompositor.h"
 
+#include <QByteArray>
 #include <QtGlobal>
 
 #include <atomic>
