@@ -14,3 +14,10 @@ macro(orvane_count_lines)
         add_compile_options(-O0 --coverage -fprofile-update=atomic)
     endif()
 endmacro()
+
+# orvane_count_to_the_end(TARGET): what a program of the tests does before it is killed counts as well.
+function(orvane_count_to_the_end target)
+    if(ORVANE_COVERAGE)
+        target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/Support/CountedEnds.cpp)
+    endif()
+endfunction()

@@ -17,9 +17,9 @@ from driver.sway import SwayBed
 from driver.x11 import LARGE, X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
-from scenario import (accessibility_part, ending_part, first_launch_part, hotplug_part, keyboard_part, look_part,
-                      modes_part, pace_part, pause_part, service_part, session_part, shell_part, switches_part,
-                      tray_part, trouble_part, wayland_break_part, wayland_change_part)
+from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
+                      keyboard_part, look_part, modes_part, pace_part, pause_part, service_part, session_part,
+                      shell_part, sound_part, switches_part, tray_part, trouble_part, wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, table, write_json
@@ -58,8 +58,9 @@ def application(desk, report):
                  modes_part.closing, modes_part.switching,
                  switches_part.debug_switches, switches_part.command_line, accessibility_part.tree,
                  accessibility_part.keyboard_only, accessibility_part.scales, session_part.appearance,
-                 session_part.desktop_theme, session_part.global_menu, session_part.launcher, trouble_part.starts_at_once, trouble_part.bus_dies,
-                 trouble_part.login_item, trouble_part.edited_preferences):
+                 session_part.desktop_theme, session_part.global_menu, session_part.launcher,
+                 sound_part.chime, diagnostics_part.desktop, diagnostics_part.troubles, trouble_part.starts_at_once,
+                 trouble_part.bus_dies, trouble_part.login_item, trouble_part.edited_preferences):
         desk.tidy_up(program_runs=False)
         report.run(part, desk, report)
     desk.tidy_up(program_runs=False)

@@ -22,7 +22,7 @@ VALUES = {"none": 0, "dark": 1, "light": 2}
 
 
 class Portal(dbus.service.Object):
-    """Answers Read and announces changes."""
+    """Answers Read, tells its version, and announces changes."""
 
     def __init__(self, bus, scheme):
         self._ownership = dbus.service.BusName(SERVICE, bus)
@@ -34,6 +34,12 @@ class Portal(dbus.service.Object):
         if (name_space, key) != (APPEARANCE, KEY):
             raise dbus.DBusException("no such setting", name="org.freedesktop.portal.Error.NotFound")
         return dbus.UInt32(self._value, variant_level=1)
+
+    @dbus.service.method("org.freedesktop.DBus.Properties", in_signature="ss", out_signature="v")
+    def Get(self, interface, name):
+        if (interface, name) != (SETTINGS, "version"):
+            raise dbus.DBusException("no such property", name="org.freedesktop.DBus.Error.UnknownProperty")
+        return dbus.UInt32(1, variant_level=1)
 
     @dbus.service.signal(SETTINGS, signature="ssv")
     def SettingChanged(self, name_space, key, value):

@@ -1,0 +1,53 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+import os
+import re
+import signal
+import subprocess
+
+from driver.settings_portal import SettingsPortal
+
+_LINE = re.compile(r"  (\S(?:.*?\S)?) {2,}(\S.*)")
+
+
+def desktop(desk, report):
+    """What --diagnostics tells of a desktop."""
+    portal = SettingsPortal(desk.bed, "dark")
+    told = _diagnose(desk, report, "with everything")
+    portal.stop()
+    _expect(report, "with everything", told,
+            {"Overlay": "windows that bypass the window manager", "Session bus": "present", "Tray host": "present",
+             "Settings portal": "version 1, color scheme: dark"})
+    report.promise("--diagnostics has an idle source here", told.get("Idle time") not in (None, "none", "unknown"), told)
+    told = _diagnose(desk, report, "without a portal")
+    _expect(report, "without a portal", told, {"Tray host": "present", "Settings portal": "absent"})
+
+
+def troubles(desk, report):
+    """What --diagnostics tells where things are missing, or do not answer."""
+    empty = desk.bed.home / "no-bus-to-diagnose"
+    empty.mkdir(mode=0o700)
+    without = _diagnose(desk, report, "without a display and a bus",
+                        {"DISPLAY": None, "DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)})
+    _expect(report, "without a display and a bus", without,
+            {"Overlay": "none without a display", "Idle time": "none", "Session bus": "absent",
+             "Tray host": "unknown without a session bus"})
+    bus, address = desk.bed.start_bus("bus-to-diagnose")
+    os.kill(bus.pid, signal.SIGSTOP)
+    silent = _diagnose(desk, report, "with a bus that does not answer", {"DBUS_SESSION_BUS_ADDRESS": address})
+    _expect(report, "with a bus that does not answer", silent, {"Session bus": "does not answer"})
+    os.kill(bus.pid, signal.SIGCONT)
+    desk.bed.stop(bus)
+
+
+def _diagnose(desk, report, where, changes=None):
+    """What each line says, by the word before it."""
+    environment = {name: value for name, value in {**desk.bed.environment(), **(changes or {})}.items() if value is not None}
+    run = subprocess.run([desk.program, "--diagnostics"], env=environment, capture_output=True, text=True, timeout=20,
+                         check=False)
+    report.promise(f"--diagnostics ends well {where}", run.returncode == 0 and not run.stderr
+                   and run.stdout.startswith("OrvaneBreak "), run)
+    return dict(_LINE.fullmatch(line).groups() for line in run.stdout.splitlines()[1:])
+
+
+def _expect(report, where, told, wanted):
+    report.promise(f"--diagnostics tells what is there {where}", wanted.items() <= told.items(), told)
