@@ -29,7 +29,6 @@ StrictJson::StrictJson(std::unique_ptr<nlohmann::json> object)
 
 StrictJson::~StrictJson() = default;
 StrictJson::StrictJson(StrictJson &&) noexcept = default;
-StrictJson &StrictJson::operator=(StrictJson &&) noexcept = default;
 
 std::optional<StrictJson> StrictJson::parseObject(const QByteArray &bytes)
 {

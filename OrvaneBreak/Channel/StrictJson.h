@@ -20,9 +20,9 @@ public:
 
     ~StrictJson();
     StrictJson(StrictJson &&) noexcept;
-    StrictJson &operator=(StrictJson &&) noexcept;
     StrictJson(const StrictJson &) = delete;
     StrictJson &operator=(const StrictJson &) = delete;
+    StrictJson &operator=(StrictJson &&) = delete;
 
     /// Members; absent when there is none with this name, or it has another type.
     [[nodiscard]] std::optional<std::string> text(const char *name) const;

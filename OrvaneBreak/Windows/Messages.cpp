@@ -54,7 +54,7 @@ void AppDelegate::showPendingMessageIfSafe()
     refreshMessageBadges();
     // A dialog that is open or waits may well be this very message.
     const bool isSafe = !m_engine.isOnBreak() && m_mainWindow->isVisible() && !m_alerts.isBusy();
-    if (m_channel.pendingMessage() && isSafe)
+    if (isSafe)
         showPendingMessage();
 }
 

@@ -57,6 +57,14 @@ private Q_SLOTS:
         QVERIFY(f.delegate.applicationShouldTerminateAfterLastWindowClosed());
     }
 
+    void nobodyIsShownAWindowThatIsNotThereYet()
+    {
+        ApplicationFixture f;
+        f.delegate.showMainWindow();
+        QVERIFY(f.presence.log.isEmpty());
+        QVERIFY(!f.window());
+    }
+
     void theFirstWindowComesBeforeWhatNobodySees()
     {
         ApplicationFixture f;

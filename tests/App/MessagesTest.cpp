@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/MessagesFixture.h"
 #include "Support/Widgets.h"
+#include "Windows/TextView.h"
 
 #include <QJsonArray>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QScrollArea>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -199,6 +201,20 @@ private Q_SLOTS:
         f.press(u"alertDefault"_s);
         f.delegate.showMessages();
         QCOMPARE(f.bodies(), QStringList{text});
+    }
+
+    void theWheelScrollsTheConversationAndNoText()
+    {
+        Launched f;
+        f.deliver(7, u"Une ligne"_s);
+        f.press(u"alertDefault"_s);
+        f.delegate.showMessages();
+        auto *text = f.inMessages<TextView>(u"messageBody"_s);
+        QWheelEvent turned(QPointF(1, 1), QPointF(1, 1), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                           Qt::NoScrollPhase, false);
+        turned.accept();
+        QCoreApplication::sendEvent(text->viewport(), &turned);
+        QVERIFY(!turned.isAccepted());
     }
 
     static void textsOfEveryKind_data()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Channel/ServerChannel.h"
 
+#include "Engine/SharedInstance.h"
 #include "Platform/Process/Bundle.h"
 #include "Support/FakeHttp.h"
 #include "Support/ManualRunLoop.h"
@@ -65,6 +66,13 @@ class ServerChannelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    static void itIsTheSharedOne()
+    {
+        Fixture f;
+        const SharedInstance<ServerChannel> shared(f.channel);
+        QCOMPARE(&ServerChannel::shared(), &f.channel);
+    }
+
     static void theIdentifierIsMadeOnceAndKept()
     {
         Fixture f;

@@ -26,9 +26,13 @@ class ApplicationServiceTest : public QObject
 
     SessionBusDaemon m_bus;
 
-    static QProcess *startSecond(const QString &action)
+    static QProcess *startSecond(const QString &action, const QString &token = {})
     {
         auto *process = new QProcess(QCoreApplication::instance());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_ACTIVATION_TOKEN"_s, token);
+        environment.insert(u"DESKTOP_STARTUP_ID"_s, token);
+        process->setProcessEnvironment(environment);
         process->start(QCoreApplication::applicationFilePath(), {u"--second"_s, action});
         return process;
     }
@@ -63,6 +67,26 @@ private Q_SLOTS:
         QTRY_COMPARE(third->state(), QProcess::NotRunning);
         QCOMPARE(activations, 1);
         QCOMPARE(breaks, 1);
+    }
+
+    void theSecondHandsOverWhatTheDesktopGaveIt()
+    {
+        ApplicationService service(applicationId);
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+        QProcess *second = startSecond({}, u"token-8"_s);
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-8"));
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+
+    void whoReleasesTheNameMakesRoomForAFirst()
+    {
+        ApplicationService service(applicationId);
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+        service.release();
+        QProcess *second = startSecond({});
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(second->exitCode(), static_cast<int>(ApplicationService::Start::First));
     }
 
     void theActivationTokenIsKeptForTheToolkit()

@@ -94,6 +94,14 @@ private Q_SLOTS:
         next.confirm();
     }
 
+    static void aVersionThatIsNotThere()
+    {
+        const Fixture f;
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: no other whole version: 1.3");
+        QVERIFY(!f.installer->activate(UpdateVersion(u"1.3"_s)));
+        QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
+    }
+
     static void notTheMakers()
     {
         Fixture f;

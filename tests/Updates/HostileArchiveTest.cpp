@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Updates/UnpackFixture.h"
 
+#include <clocale>
+
 using namespace Qt::StringLiterals;
 using namespace UnpackFixture;
 
@@ -32,6 +34,14 @@ private Q_SLOTS:
         refuse(packed(updateWith({file(path.toStdString())}), {archive_write_add_filter_zstd},
                       archive_write_set_format_gnutar),
                UnpackProblem::Path);
+    }
+
+    static void aPathThatCannotBeSaidHere()
+    {
+        std::setlocale(LC_ALL, "C.UTF-8");
+        const QByteArray archive = packed(updateWith({file(in("\u00e9"))}));
+        std::setlocale(LC_ALL, "C");
+        refuse(archive, UnpackProblem::Damaged);
     }
 
     static void theLongestPath()

@@ -10,6 +10,8 @@ namespace {
 
 constexpr int manyCalls = 1'000;
 
+using Failure = void (*)(int call, bool isOnce);
+
 /// What a process of the old version does. Returns 0, or a number that tells where it stopped.
 int installUpdate(const InstallationFixture &f, const QByteArray &archive)
 {
@@ -122,30 +124,64 @@ private Q_SLOTS:
         QVERIFY(trials > 0 && trials < calls);
     }
 
-    static void fullDisk_data()
+    static void failingDisk_data()
     {
+        QTest::addColumn<Failure>("failure");
         QTest::addColumn<bool>("isOnce");
-        QTest::newRow("stays full") << false;
-        QTest::newRow("for a moment") << true;
+        QTest::newRow("stays full") << &SystemCalls::fillDiskBefore << false;
+        QTest::newRow("full for a moment") << &SystemCalls::fillDiskBefore << true;
+        QTest::newRow("stays broken") << &SystemCalls::breakDiskBefore << false;
+        QTest::newRow("broken for a moment") << &SystemCalls::breakDiskBefore << true;
     }
 
-    void fullDisk() const
+    void failingDisk() const
     {
+        QFETCH(const Failure, failure);
         QFETCH(const bool, isOnce);
         for (int call = 1;; ++call) {
             QVERIFY(call < manyCalls);
             const InstallationFixture f;
             const int status = runInChild([&] {
-                SystemCalls::fillDiskBefore(call, isOnce);
+                failure(call, isOnce);
                 const int result = installUpdate(f, m_archive);
                 return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
             });
             checkInstallation(f);
             const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
             QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
-            QVERIFY(isSwitched || !f.names().contains(u"trial"_s));
+            // Where nothing can be taken away either, the next attempt does.
+            const bool takesAway = failure == &SystemCalls::fillDiskBefore;
+            QVERIFY(isSwitched || !takesAway || !f.names().contains(u"trial"_s));
             // What was unpacked is gone at once, and what was staged at the next attempt.
-            QVERIFY(status != 2 || f.versions() == QStringList{u"1.2"_s});
+            QVERIFY(status != 2 || !takesAway || f.versions() == QStringList{u"1.2"_s});
+            checkCompletion(f, m_archive);
+            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
+            if (status == SystemCalls::killedStatus)
+                break;
+        }
+    }
+
+    static void diskBreaksAtTheFirstStart_data()
+    {
+        QTest::addColumn<bool>("isOnce");
+        QTest::newRow("stays broken") << false;
+        QTest::newRow("for a moment") << true;
+    }
+
+    void diskBreaksAtTheFirstStart() const
+    {
+        QFETCH(const bool, isOnce);
+        for (int call = 1;; ++call) {
+            QVERIFY(call < manyCalls);
+            const InstallationFixture f;
+            f.put("1.1");
+            QCOMPARE(installUpdate(f, m_archive), 0);
+            const int status = runInChild([&] {
+                SystemCalls::breakDiskBefore(call, isOnce);
+                const int result = startWell(f);
+                return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
+            });
+            checkInstallation(f);
             checkCompletion(f, m_archive);
             QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
             if (status == SystemCalls::killedStatus)

@@ -20,10 +20,11 @@ enum class Mode
     Idle,
     Kill,
     Full,
-    FullOnce
+    Broken
 };
 
 Mode mode = Mode::Idle;
+bool isOnce = false;
 int limit = 0;
 int calls = 0;
 
@@ -36,14 +37,17 @@ enum class Need
 /// Counts a call; false when it is to fail.
 bool isAllowed(Need need)
 {
-    if (mode == Mode::Idle || (mode != Mode::Kill && need == Need::Nothing))
+    if (mode == Mode::Idle || (mode == Mode::Full && need == Need::Nothing))
         return true;
     ++calls;
-    if (mode == Mode::Kill && calls == limit)
-        _exit(SystemCalls::killedStatus);
-    const bool fails = (mode == Mode::Full && calls >= limit) || (mode == Mode::FullOnce && calls == limit);
+    if (mode == Mode::Kill) {
+        if (calls == limit)
+            _exit(SystemCalls::killedStatus);
+        return true;
+    }
+    const bool fails = isOnce ? calls == limit : calls >= limit;
     if (fails)
-        errno = ENOSPC;
+        errno = mode == Mode::Full ? ENOSPC : EIO;
     return !fails;
 }
 
@@ -53,9 +57,10 @@ int called(Need need, long number, Arguments... arguments)
     return isAllowed(need) ? static_cast<int>(syscall(number, arguments...)) : -1;
 }
 
-void start(Mode chosen, int call)
+void start(Mode chosen, int call, bool isForOnce)
 {
     mode = chosen;
+    isOnce = isForOnce;
     limit = call;
     calls = 0;
 }
@@ -64,12 +69,17 @@ void start(Mode chosen, int call)
 
 void SystemCalls::killBefore(int call)
 {
-    start(Mode::Kill, call);
+    start(Mode::Kill, call, true);
 }
 
 void SystemCalls::fillDiskBefore(int call, bool isOnce)
 {
-    start(isOnce ? Mode::FullOnce : Mode::Full, call);
+    start(Mode::Full, call, isOnce);
+}
+
+void SystemCalls::breakDiskBefore(int call, bool isOnce)
+{
+    start(Mode::Broken, call, isOnce);
 }
 
 int SystemCalls::count()
@@ -103,6 +113,16 @@ REPLACED int openat(int folder, const char *path, int flags, ...)
 REPLACED ssize_t write(int file, const void *bytes, size_t length)
 {
     return isAllowed(Need::Space) ? syscall(SYS_write, file, bytes, length) : -1;
+}
+
+REPLACED ssize_t pread(int file, void *bytes, size_t length, off_t offset)
+{
+    return isAllowed(Need::Nothing) ? syscall(SYS_pread64, file, bytes, length, offset) : -1;
+}
+
+REPLACED int ftruncate(int file, off_t length) noexcept
+{
+    return called(Need::Nothing, SYS_ftruncate, file, length);
 }
 
 REPLACED int fsync(int file)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "SystemCalls.h"
 #include "UpdateDownloadFixture.h"
 
 #include <QRegularExpression>
@@ -137,6 +138,44 @@ private Q_SLOTS:
             return f.hasFailed() && f.names().isEmpty() ? 0 : 1;
         });
         QCOMPARE(status, 0);
+    }
+
+    static void aDiskThatBreaks_data()
+    {
+        QTest::addColumn<bool>("isOnce");
+        QTest::newRow("stays broken") << false;
+        QTest::newRow("for a moment") << true;
+    }
+
+    static void aDiskThatBreaks()
+    {
+        QFETCH(const bool, isOnce);
+        constexpr int wrong = 1;
+        constexpr int unbroken = 2;
+        int status = 0;
+        for (int call = 1; status == 0 && call < 100; ++call) {
+            Fixture f;
+            f.leave("0123");
+            status = runInChild([&] {
+                SystemCalls::breakDiskBefore(call, isOnce);
+                f.start();
+                // The server begins anew, and then tells nothing of the rest.
+                f.downloads.begin(0);
+                f.downloads.send("012345");
+                f.downloads.end(End::Broken);
+                f.runLoop.advance(2s);
+                f.downloads.end(End::OtherRange);
+                f.runLoop.advance(2s);
+                f.downloads.answer(archive, End::Complete);
+                QCoreApplication::processEvents();
+                if (f.completions != 1 || (f.result && f.result != archive))
+                    return wrong;
+                if (SystemCalls::count() >= call)
+                    return 0;
+                return f.result ? unbroken : wrong;
+            });
+        }
+        QCOMPARE(status, unbroken);
     }
 };
 

@@ -10,13 +10,18 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSpinBox>
+#include <QStyleFactory>
+#include <QStyleOption>
 #include <QTest>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -180,6 +185,62 @@ private Q_SLOTS:
         bar.resize(300, bar.sizeHint().height());
         const QImage image = painted(bar, QColor(1, 2, 3));
         QCOMPARE(image.pixelColor(250, image.height() - 1), image.pixelColor(250, 2));
+    }
+
+    static void theMenuBarMarksWhatIsPointedAt()
+    {
+        QMenuBar bar;
+        bar.setNativeMenuBar(false);
+        bar.addAction(u"OrvaneBreak"_s);
+        QAction *second = bar.addAction(u"Édition"_s);
+        bar.resize(300, bar.sizeHint().height());
+        const QPoint corner = bar.actionGeometry(second).topLeft() + QPoint(6, 3);
+        const QImage still = painted(bar, Qt::white);
+        bar.setActiveAction(second);
+        const QImage marked = painted(bar, Qt::white);
+        QVERIFY(marked.pixelColor(corner) != still.pixelColor(corner));
+        QCOMPARE(marked.pixelColor(6, 3), still.pixelColor(6, 3));
+    }
+
+    static void whatIsNotOursLooksAsTheToolkitDrawsIt()
+    {
+        const QWidget plain;
+        QSpinBox number;
+        QStyleOptionFocusRect focus;
+        focus.rect = QRect(0, 0, 40, 20);
+        QStyleOptionSpinBox spin;
+        spin.initFrom(&number);
+        spin.rect = focus.rect;
+        const auto draw = [&](QStyle &style) {
+            QImage image(40, 20, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            style.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, &plain);
+            style.drawPrimitive(QStyle::PE_IndicatorArrowDown, &focus, &painter, &plain);
+            style.drawComplexControl(QStyle::CC_SpinBox, &spin, &painter, &number);
+            return image;
+        };
+        const std::unique_ptr<QStyle> toolkits(QStyleFactory::create(u"fusion"_s));
+        HouseStyle house;
+        QCOMPARE(draw(house), draw(*toolkits));
+        QVERIFY(!house.standardIcon(QStyle::SP_MessageBoxWarning, nullptr, nullptr).isNull());
+    }
+
+    static void whatIsOursIsLeftOut()
+    {
+        QMenuBar bar;
+        QPushButton button;
+        QStyleOptionFocusRect focus;
+        focus.rect = QRect(0, 0, 40, 20);
+        QImage image(40, 20, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        const QImage empty = image;
+        QPainter painter(&image);
+        HouseStyle house;
+        house.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, &button);
+        house.drawPrimitive(QStyle::PE_PanelMenuBar, &focus, &painter, &bar);
+        painter.end();
+        QCOMPARE(image, empty);
     }
 };
 

@@ -27,7 +27,7 @@ class ApplicationDesk(Desk):
         self.config = None
         self._folders = 0
 
-    def start(self, preferences=None, environment=None):
+    def start(self, preferences=None, environment=None, arguments=()):
         """Starts the program with these preferences; without them it is a first launch."""
         self._folders += 1
         self.config = self.bed.home / f"config-{self._folders}"
@@ -35,11 +35,11 @@ class ApplicationDesk(Desk):
         if preferences is not None:
             (self.config / "OrvaneBreak").mkdir(mode=0o700)
             self.preferences_file.write_text(json.dumps(preferences), "utf-8")
-        self.start_over(environment)
+        self.start_over(environment, arguments)
 
-    def start_over(self, environment=None):
+    def start_over(self, environment=None, arguments=()):
         """Starts the program with the configuration that the last run left."""
-        self.start_program({"XDG_CONFIG_HOME": str(self.config), **(environment or {})})
+        self.start_program({"XDG_CONFIG_HOME": str(self.config), **(environment or {})}, arguments)
 
     def start_in_dock(self, environment=None):
         self.start({"OBOnboarded": True}, environment)

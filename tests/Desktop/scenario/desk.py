@@ -44,7 +44,7 @@ class Desk:
 
     # -- the program
 
-    def start_program(self, environment=None):
+    def start_program(self, environment=None, arguments=()):
         """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it
         gets those of somebody who lives in the menu bar."""
         self._runs += 1
@@ -53,7 +53,7 @@ class Desk:
             self.write_preferences(file.parent.parent)
         self._error_file = self.bed.home / f"stderr-{self._runs}"
         with open(self._error_file, "wb") as errors:
-            self.process = self.bed.run([self.program], environment, stderr=errors)
+            self.process = self.bed.run([self.program, *arguments], environment, stderr=errors)
 
     def start_again(self, *arguments):
         """Starts the program a second time; returns its process."""

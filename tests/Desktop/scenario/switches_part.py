@@ -26,6 +26,18 @@ def debug_switches(desk, report):
     desk.finish()
 
 
+def break_at_launch(desk, report):
+    """A first start that is asked for a break."""
+    desk.start({"OBOnboarded": True}, arguments=["--break-now"])
+    report.promise("--break-now begins a break where the program does not run yet",
+                   comes_true(lambda: len(desk.overlays()) == 2, 5))
+    report.promise("the break of --break-now has the keyboard", comes_true(desk.break_has_keyboard, 3))
+    desk.bed.press("Escape")
+    report.promise("the break of --break-now ends with Escape, and the program stays",
+                   comes_true(lambda: not desk.overlays(), 3) and desk.process.poll() is None)
+    desk.finish()
+
+
 def command_line(desk, report):
     """The command line, where there is neither a display nor a session bus."""
     def run(*arguments):
