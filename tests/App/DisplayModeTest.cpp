@@ -176,6 +176,16 @@ private Q_SLOTS:
         QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
     }
 
+    /// A desktop that shows the menu bar itself does not know that a question is open.
+    void theSettingsFollowTheAnswerWhereTheyWereOpenedMeanwhile()
+    {
+        FirstLaunch f;
+        whenAsked([&f](const QMessageBox &) { f.delegate.showSettings(); });
+        answer(u"Dans la barre de menus"_s);
+        f.launch();
+        QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
+    }
+
     void escapeAndTheCloseButtonAreAnyOtherAnswer()
     {
         FirstLaunch escape;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/SystemCalls.h"
 #include "Updates/InstallationFixture.h"
-#include "Updates/SystemCalls.h"
 
 #include <functional>
 
@@ -10,7 +10,7 @@ namespace {
 
 constexpr int manyCalls = 1'000;
 
-using Failure = void (*)(int call, bool isOnce);
+using Failure = void (*)(int call, int failures);
 
 /// What a process of the old version does. Returns 0, or a number that tells where it stopped.
 int installUpdate(const InstallationFixture &f, const QByteArray &archive)
@@ -127,22 +127,23 @@ private Q_SLOTS:
     static void failingDisk_data()
     {
         QTest::addColumn<Failure>("failure");
-        QTest::addColumn<bool>("isOnce");
-        QTest::newRow("stays full") << &SystemCalls::fillDiskBefore << false;
-        QTest::newRow("full for a moment") << &SystemCalls::fillDiskBefore << true;
-        QTest::newRow("stays broken") << &SystemCalls::breakDiskBefore << false;
-        QTest::newRow("broken for a moment") << &SystemCalls::breakDiskBefore << true;
+        QTest::addColumn<int>("failures");
+        QTest::newRow("stays full") << &SystemCalls::fillDiskBefore << SystemCalls::forEver;
+        QTest::newRow("full for a moment") << &SystemCalls::fillDiskBefore << 1;
+        QTest::newRow("stays broken") << &SystemCalls::breakDiskBefore << SystemCalls::forEver;
+        QTest::newRow("broken for a moment") << &SystemCalls::breakDiskBefore << 1;
+        QTest::newRow("broken for two moments") << &SystemCalls::breakDiskBefore << 2;
     }
 
     void failingDisk() const
     {
         QFETCH(const Failure, failure);
-        QFETCH(const bool, isOnce);
+        QFETCH(const int, failures);
         for (int call = 1;; ++call) {
             QVERIFY(call < manyCalls);
             const InstallationFixture f;
             const int status = runInChild([&] {
-                failure(call, isOnce);
+                failure(call, failures);
                 const int result = installUpdate(f, m_archive);
                 return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
             });
@@ -163,21 +164,22 @@ private Q_SLOTS:
 
     static void diskBreaksAtTheFirstStart_data()
     {
-        QTest::addColumn<bool>("isOnce");
-        QTest::newRow("stays broken") << false;
-        QTest::newRow("for a moment") << true;
+        QTest::addColumn<int>("failures");
+        QTest::newRow("stays broken") << SystemCalls::forEver;
+        QTest::newRow("for a moment") << 1;
+        QTest::newRow("for two moments") << 2;
     }
 
     void diskBreaksAtTheFirstStart() const
     {
-        QFETCH(const bool, isOnce);
+        QFETCH(const int, failures);
         for (int call = 1;; ++call) {
             QVERIFY(call < manyCalls);
             const InstallationFixture f;
             f.put("1.1");
             QCOMPARE(installUpdate(f, m_archive), 0);
             const int status = runInChild([&] {
-                SystemCalls::breakDiskBefore(call, isOnce);
+                SystemCalls::breakDiskBefore(call, failures);
                 const int result = startWell(f);
                 return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
             });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "SystemCalls.h"
+#include "Support/SystemCalls.h"
 #include "UpdateDownloadFixture.h"
 
 #include <QRegularExpression>
@@ -142,14 +142,15 @@ private Q_SLOTS:
 
     static void aDiskThatBreaks_data()
     {
-        QTest::addColumn<bool>("isOnce");
-        QTest::newRow("stays broken") << false;
-        QTest::newRow("for a moment") << true;
+        QTest::addColumn<int>("failures");
+        QTest::newRow("stays broken") << SystemCalls::forEver;
+        QTest::newRow("for a moment") << 1;
+        QTest::newRow("for two moments") << 2;
     }
 
     static void aDiskThatBreaks()
     {
-        QFETCH(const bool, isOnce);
+        QFETCH(const int, failures);
         constexpr int wrong = 1;
         constexpr int unbroken = 2;
         int status = 0;
@@ -157,7 +158,7 @@ private Q_SLOTS:
             Fixture f;
             f.leave("0123");
             status = runInChild([&] {
-                SystemCalls::breakDiskBefore(call, isOnce);
+                SystemCalls::breakDiskBefore(call, failures);
                 f.start();
                 // The server begins anew, and then tells nothing of the rest.
                 f.downloads.begin(0);

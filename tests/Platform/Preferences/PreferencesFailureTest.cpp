@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/SystemCalls.h"
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
@@ -69,6 +70,8 @@ private Q_SLOTS:
     void whatIsNoFileStays();
     void aParentThatIsAFileKeepsTheValuesInMemory();
     void aFullDiskLeavesTheOldFile();
+    void aDiskThatBreaks_data();
+    void aDiskThatBreaks();
     void whatCouldNotBeReadAgainIsNotWritten();
     void abandonedTemporaryFilesAreRemoved();
     void aFolderLockedByAnotherProcessIsNotWaitedForLong();
@@ -190,6 +193,55 @@ void PreferencesFailureTest::aFullDiskLeavesTheOldFile()
     const JsonPreferences preferences(folder.file());
     QCOMPARE(preferences.text(key), QString(100, u'x'));
     QCOMPARE(preferences.integer(u"other"_s), 2);
+}
+
+void PreferencesFailureTest::aDiskThatBreaks_data()
+{
+    QTest::addColumn<int>("failures");
+    QTest::addColumn<QByteArray>("before");
+    for (const auto &[name, failures] : {std::pair("stays broken", SystemCalls::forEver),
+                                         std::pair("for a moment", 1), std::pair("for two moments", 2)}) {
+        QTest::newRow(name) << failures << R"({"kept": 1, "key": 1})"_ba;
+        QTest::addRow("%s, with a damaged file", name) << failures << "{"_ba;
+    }
+}
+
+void PreferencesFailureTest::aDiskThatBreaks()
+{
+    QFETCH(const int, failures);
+    QFETCH(const QByteArray, before);
+    const bool isDamaged = before == "{";
+    constexpr int wrong = 1;
+    constexpr int unbroken = 2;
+    int status = 0;
+    for (int call = 1; status == 0; ++call) {
+        QVERIFY(call < 200);
+        const ScratchFolder folder;
+        folder.write(before);
+        status = runInChild([&] {
+            SystemCalls::breakDiskBefore(call, failures);
+            JsonPreferences preferences(folder.file());
+            preferences.setValue(key, 2);
+            if (preferences.integer(key) != 2)
+                return wrong;
+            return SystemCalls::count() < call ? unbroken : 0;
+        });
+        // What was there before is there in one of its two places, and nothing else is taken for it.
+        const QStringList aside = folder.asideNames();
+        const bool isUntouched = folder.bytes() == before;
+        if (isDamaged)
+            QVERIFY(isUntouched || (aside.size() == 1 && folder.aside(aside.constFirst()) == before));
+        else
+            QVERIFY(aside.isEmpty());
+        JsonPreferences mended(folder.file());
+        mended.setValue(u"other"_s, 3);
+        QCOMPARE(mended.integer(u"kept"_s), isDamaged ? std::nullopt : std::optional(1));
+        const bool isStored = mended.integer(key) == 2;
+        QVERIFY(isStored || isUntouched || isDamaged);
+        QVERIFY(isStored || status != unbroken);
+        QCOMPARE(folder.names().size(), isDamaged ? 2 : 1);
+    }
+    QCOMPARE(status, unbroken);
 }
 
 void PreferencesFailureTest::whatCouldNotBeReadAgainIsNotWritten()

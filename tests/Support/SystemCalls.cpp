@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/SystemCalls.h"
+#include "Support/SystemCalls.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,8 +24,8 @@ enum class Mode
 };
 
 Mode mode = Mode::Idle;
-bool isOnce = false;
 int limit = 0;
+int failuresLeft = 0;
 int calls = 0;
 
 enum class Need
@@ -45,10 +45,11 @@ bool isAllowed(Need need)
             _exit(SystemCalls::killedStatus);
         return true;
     }
-    const bool fails = isOnce ? calls == limit : calls >= limit;
-    if (fails)
-        errno = mode == Mode::Full ? ENOSPC : EIO;
-    return !fails;
+    if (calls < limit || failuresLeft == 0)
+        return true;
+    --failuresLeft;
+    errno = mode == Mode::Full ? ENOSPC : EIO;
+    return false;
 }
 
 template <typename... Arguments>
@@ -57,10 +58,10 @@ int called(Need need, long number, Arguments... arguments)
     return isAllowed(need) ? static_cast<int>(syscall(number, arguments...)) : -1;
 }
 
-void start(Mode chosen, int call, bool isForOnce)
+void start(Mode chosen, int call, int failures)
 {
     mode = chosen;
-    isOnce = isForOnce;
+    failuresLeft = failures;
     limit = call;
     calls = 0;
 }
@@ -69,17 +70,17 @@ void start(Mode chosen, int call, bool isForOnce)
 
 void SystemCalls::killBefore(int call)
 {
-    start(Mode::Kill, call, true);
+    start(Mode::Kill, call, 1);
 }
 
-void SystemCalls::fillDiskBefore(int call, bool isOnce)
+void SystemCalls::fillDiskBefore(int call, int failures)
 {
-    start(Mode::Full, call, isOnce);
+    start(Mode::Full, call, failures);
 }
 
-void SystemCalls::breakDiskBefore(int call, bool isOnce)
+void SystemCalls::breakDiskBefore(int call, int failures)
 {
-    start(Mode::Broken, call, isOnce);
+    start(Mode::Broken, call, failures);
 }
 
 int SystemCalls::count()
@@ -107,12 +108,19 @@ REPLACED int openat(int folder, const char *path, int flags, ...)
         va_end(arguments);
         return called(Need::Space, SYS_openat, folder, path, flags, permissions);
     }
-    return static_cast<int>(syscall(SYS_openat, folder, path, flags, permissions));
+    // Nothing has changed when a process dies that was only to read.
+    return mode == Mode::Kill ? static_cast<int>(syscall(SYS_openat, folder, path, flags, permissions))
+                              : called(Need::Nothing, SYS_openat, folder, path, flags, permissions);
 }
 
 REPLACED ssize_t write(int file, const void *bytes, size_t length)
 {
     return isAllowed(Need::Space) ? syscall(SYS_write, file, bytes, length) : -1;
+}
+
+REPLACED ssize_t read(int file, void *bytes, size_t length)
+{
+    return mode == Mode::Kill || isAllowed(Need::Nothing) ? syscall(SYS_read, file, bytes, length) : -1;
 }
 
 REPLACED ssize_t pread(int file, void *bytes, size_t length, off_t offset)
@@ -144,6 +152,18 @@ REPLACED int symlinkat(const char *target, int folder, const char *path) noexcep
 REPLACED int renameat(int oldFolder, const char *oldPath, int newFolder, const char *newPath) noexcept
 {
     return called(Need::Space, SYS_renameat2, oldFolder, oldPath, newFolder, newPath, 0U);
+}
+
+REPLACED int renameat2(int oldFolder, const char *oldPath, int newFolder, const char *newPath,
+                       unsigned flags) noexcept
+{
+    return called(Need::Space, SYS_renameat2, oldFolder, oldPath, newFolder, newPath, flags);
+}
+
+REPLACED int linkat(int oldFolder, const char *oldPath, int newFolder, const char *newPath,
+                    int flags) noexcept
+{
+    return called(Need::Space, SYS_linkat, oldFolder, oldPath, newFolder, newPath, flags);
 }
 
 REPLACED int unlinkat(int folder, const char *path, int flags) noexcept
