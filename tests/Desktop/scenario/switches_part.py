@@ -26,6 +26,15 @@ def debug_switches(desk, report):
     desk.finish()
 
 
+def log_switch(desk, report):
+    """What libraries say, which nobody reads but who asks for it."""
+    for value in ("0", "1"):
+        desk.start_in_dock({"QT_DEBUG_PLUGINS": "1", "ORVANE_DEBUG_LOG": value})
+        report.promise(f"ORVANE_DEBUG_LOG={value} {'shows' if value == '1' else 'hides'} what the toolkit says",
+                       any("platforms" in line for line in desk.said()) == (value == "1"), len(desk.said()))
+        desk.finish()
+
+
 def break_at_launch(desk, report):
     """A first start that is asked for a break."""
     desk.start({"OBOnboarded": True}, arguments=["--break-now"])
