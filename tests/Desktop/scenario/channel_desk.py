@@ -19,9 +19,9 @@ class ChannelDesk(ApplicationDesk):
         super().__init__(bed, program, helpers, pictures)
         self.server = None
 
-    def start_over(self, environment=None):
-        super().start_over({"ORVANE_TEST_SERVER": self.server.address, "ORVANE_TEST_PUBLIC_KEY": self.server.public_key,
-                            **(environment or {})})
+    def start_over(self, environment=None, arguments=()):
+        server = {"ORVANE_TEST_SERVER": self.server.address, "ORVANE_TEST_PUBLIC_KEY": self.server.public_key}
+        super().start_over({**server, **(environment or {})}, arguments)
 
     def wait_for_check_in(self, known):
         """Waits until the server has had more check-ins than those `known`."""
