@@ -19,6 +19,11 @@ extern "C" [[noreturn]] __attribute__((visibility("default"))) void _exit(int st
         syscall(SYS_exit_group, status);
 }
 
+extern "C" [[noreturn]] __attribute__((visibility("default"))) void _Exit(int status)
+{
+    _exit(status);
+}
+
 namespace {
 
 void countBefore(int number)
