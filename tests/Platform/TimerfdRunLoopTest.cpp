@@ -61,6 +61,14 @@ class TimerfdRunLoopTest : public QObject
         TimerfdRunLoop runLoop{[this] { return TimerfdRunLoop::systemNow() + offset; }};
     };
 
+    struct TwoTimers : Settable
+    {
+        int once = 0;
+        int repeated = 0;
+        Timer oneShot = runLoop.scheduleOnce(runLoop.now() + 1ms, 0s, [this] { ++once; });
+        Timer repeating = runLoop.scheduleRepeating(1ms, 0s, [this] { ++repeated; });
+    };
+
 private Q_SLOTS:
     void aDateInThePastFiresFromTheEventLoopAndNotBefore()
     {
@@ -118,29 +126,21 @@ private Q_SLOTS:
 
     void clockSetBackWaitsOnButARepeatingTimerDoesNot()
     {
-        Settable f;
-        int once = 0;
-        int repeated = 0;
-        const Timer oneShot = f.runLoop.scheduleOnce(f.runLoop.now() + 1ms, 0s, [&] { ++once; });
-        const Timer repeating = f.runLoop.scheduleRepeating(1ms, 0s, [&] { ++repeated; });
+        TwoTimers f;
         f.offset = -1h;
         f.runLoop.clockWasSet();
         // The kernel's clock has not been set: by its time the repeating timer is due at once.
-        QTRY_VERIFY(repeated > 0);
-        QCOMPARE(once, 0);
+        QTRY_VERIFY(f.repeated > 0);
+        QCOMPARE(f.once, 0);
     }
 
     void kernelSaysThatTheClockWasSetWhenItsTimerIsRead()
     {
-        Settable f;
-        int once = 0;
-        int repeated = 0;
-        const Timer oneShot = f.runLoop.scheduleOnce(f.runLoop.now() + 1ms, 0s, [&] { ++once; });
-        const Timer repeating = f.runLoop.scheduleRepeating(1ms, 0s, [&] { ++repeated; });
+        TwoTimers f;
         f.offset = -1h;
         isClockSet = true;
-        QTRY_VERIFY(repeated > 0);
-        QCOMPARE(once, 0);
+        QTRY_VERIFY(f.repeated > 0);
+        QCOMPARE(f.once, 0);
         QVERIFY(!isClockSet);
     }
 
