@@ -149,6 +149,7 @@ private Q_SLOTS:
             });
             checkInstallation(f);
             const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
+            QVERIFY(!isSwitched || f.seenBy("1.3").isOnTrial());
             QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
             // Where nothing can be taken away either, the next attempt does.
             const bool takesAway = failure == &SystemCalls::fillDiskBefore;
@@ -184,6 +185,7 @@ private Q_SLOTS:
                 return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
             });
             checkInstallation(f);
+            QVERIFY(status != 0 || !f.seenBy("1.3").isOnTrial());
             checkCompletion(f, m_archive);
             QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
             if (status == SystemCalls::killedStatus)
