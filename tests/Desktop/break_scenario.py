@@ -14,7 +14,7 @@ from driver.bed import CannotStart
 from driver.gnome import GnomeBed
 from driver.kwin import KWinBed
 from driver.sway import SwayBed
-from driver.x11 import LARGE, X11Bed
+from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
@@ -79,14 +79,6 @@ BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (manag
         "x11-application": (managed("openbox"), ApplicationDesk, application)}
 
 
-def measure(program, helpers, report):
-    """Measurements on two large screens."""
-    with X11Bed("openbox", compositor=True, panel=True, monitors=LARGE) as bed:
-        desk = Desk(bed, program, helpers)
-        desk.start_with_tray()
-        pace_part.latency(desk, report)
-
-
 def everyday_on_wayland(desk, report, helpers):
     """The same on a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
@@ -120,8 +112,6 @@ def try_on(name, program, helpers, pictures):
     with make_bed() as bed:
         scenario(make_desk(bed, program, helpers, pictures), report)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
-    if name == "x11-openbox":
-        report.run(measure, program, helpers, report)
     return report
 
 

@@ -12,9 +12,8 @@ from .bed import CannotStart, NotPossibleHere, Output
 from .session import SessionBed
 from .waiting import wait_until
 
-#: Two monitors of different size, and two for measurements.
+#: Two monitors of different size.
 SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
-LARGE = (Output("LEFT", 0, 0, 1920, 1080), Output("RIGHT", 1920, 0, 1920, 1080))
 
 
 class X11Bed(SessionBed):

@@ -7,9 +7,7 @@ from . import layout
 from .desk import BREAK_NOW, near
 
 _MEASURED_SECONDS = 2
-_MEASUREMENTS = 5
 _WATCHED_MILLISECONDS = 1000
-_OPENING_LIMIT = 100
 
 
 def repaints(desk, report):
@@ -41,24 +39,6 @@ def opening(desk, report):
                                   and near(seen[2], light, 0)):
             wrong.append((point, seen))
     report.promise("opens and closes in one step, without a flash", not wrong, wrong[:3])
-
-
-def latency(desk, report):
-    """How long the picture takes, from the click in the menu."""
-    desk.begin_break()
-    texts = [(box.left, box.top, *box.size) for boxes in desk.parts() for name, box in boxes.items() if name != "ring"]
-    desk.end_break()
-    areas = background_points(desk) + texts
-    figures = []
-    for _ in range(_MEASUREMENTS):
-        moment, changes = open_and_close(desk, areas)
-        first = [min((change.time for change in changes if change.area == index and change.time > moment),
-                     default=float("inf")) for index in range(len(areas))]
-        figures.append((max(first) - moment) / 1e6)
-    # A busy machine makes single openings slow; a slow program makes all of them slow.
-    report.promise(f"picture complete within {_OPENING_LIMIT} ms on two screens of 1920x1080",
-                   min(figures) <= _OPENING_LIMIT, f"{min(figures):.0f} ms")
-    report.figures["milliseconds until the picture is complete"] = [round(figure) for figure in figures]
 
 
 def background_points(desk):
