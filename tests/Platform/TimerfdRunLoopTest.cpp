@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
 using namespace std::chrono_literals;
 

@@ -102,6 +102,31 @@ class InterruptedUpdateTest : public QObject
         return 0;
     }
 
+    /// Has `failure` begin at each of the calls of `work`, each time after `prepare`, until one comes to its
+    /// end before. `look` sees what came of it: the status of `work`, or `killedStatus` when nothing failed.
+    void failEverywhere(Failure failure, int failures,
+                        const std::function<void(const InstallationFixture &)> &prepare,
+                        const std::function<int(const InstallationFixture &)> &work,
+                        const std::function<void(const InstallationFixture &, int)> &look) const
+    {
+        for (int call = 1;; ++call) {
+            QVERIFY(call < manyCalls);
+            const InstallationFixture f;
+            prepare(f);
+            const int status = runInChild([&] {
+                failure(call, failures);
+                const int result = work(f);
+                return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
+            });
+            checkInstallation(f);
+            look(f, status);
+            checkCompletion(f, m_archive);
+            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
+            if (status == SystemCalls::killedStatus)
+                return;
+        }
+    }
+
 private Q_SLOTS:
     void killedWhileInstalling() const
     {
@@ -139,28 +164,19 @@ private Q_SLOTS:
     {
         QFETCH(const Failure, failure);
         QFETCH(const int, failures);
-        for (int call = 1;; ++call) {
-            QVERIFY(call < manyCalls);
-            const InstallationFixture f;
-            const int status = runInChild([&] {
-                failure(call, failures);
-                const int result = installUpdate(f, m_archive);
-                return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
+        // Where nothing can be taken away either, the next attempt does.
+        const bool takesAway = failure == &SystemCalls::fillDiskBefore;
+        failEverywhere(
+            failure, failures, [](const InstallationFixture &) {},
+            [this](const InstallationFixture &f) { return installUpdate(f, m_archive); },
+            [takesAway](const InstallationFixture &f, int status) {
+                const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
+                QVERIFY(!isSwitched || f.seenBy("1.3").isOnTrial());
+                QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
+                QVERIFY(isSwitched || !takesAway || !f.names().contains(u"trial"_s));
+                // What was unpacked is gone at once, and what was staged at the next attempt.
+                QVERIFY(status != 2 || !takesAway || f.versions() == QStringList{u"1.2"_s});
             });
-            checkInstallation(f);
-            const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
-            QVERIFY(!isSwitched || f.seenBy("1.3").isOnTrial());
-            QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
-            // Where nothing can be taken away either, the next attempt does.
-            const bool takesAway = failure == &SystemCalls::fillDiskBefore;
-            QVERIFY(isSwitched || !takesAway || !f.names().contains(u"trial"_s));
-            // What was unpacked is gone at once, and what was staged at the next attempt.
-            QVERIFY(status != 2 || !takesAway || f.versions() == QStringList{u"1.2"_s});
-            checkCompletion(f, m_archive);
-            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
-            if (status == SystemCalls::killedStatus)
-                break;
-        }
     }
 
     static void diskBreaksAtTheFirstStart_data()
@@ -174,23 +190,16 @@ private Q_SLOTS:
     void diskBreaksAtTheFirstStart() const
     {
         QFETCH(const int, failures);
-        for (int call = 1;; ++call) {
-            QVERIFY(call < manyCalls);
-            const InstallationFixture f;
-            f.put("1.1");
-            QCOMPARE(installUpdate(f, m_archive), 0);
-            const int status = runInChild([&] {
-                SystemCalls::breakDiskBefore(call, failures);
-                const int result = startWell(f);
-                return SystemCalls::count() < call ? SystemCalls::killedStatus : result;
+        failEverywhere(
+            &SystemCalls::breakDiskBefore, failures,
+            [this](const InstallationFixture &f) {
+                f.put("1.1");
+                QCOMPARE(installUpdate(f, m_archive), 0);
+            },
+            startWell,
+            [](const InstallationFixture &f, int status) {
+                QVERIFY(status != 0 || !f.seenBy("1.3").isOnTrial());
             });
-            checkInstallation(f);
-            QVERIFY(status != 0 || !f.seenBy("1.3").isOnTrial());
-            checkCompletion(f, m_archive);
-            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString::number(call)));
-            if (status == SystemCalls::killedStatus)
-                break;
-        }
     }
 };
 

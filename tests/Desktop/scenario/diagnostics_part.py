@@ -41,12 +41,12 @@ def troubles(desk, report):
 
 def _diagnose(desk, report, where, changes=None):
     """What each line says, by the word before it."""
-    environment = {name: value for name, value in {**desk.bed.environment(), **(changes or {})}.items() if value is not None}
-    run = subprocess.run([desk.program, "--diagnostics"], env=environment, capture_output=True, text=True, timeout=20,
-                         check=False)
-    report.promise(f"--diagnostics ends well {where}", run.returncode == 0 and not run.stderr
-                   and run.stdout.startswith("OrvaneBreak "), run)
-    return dict(_LINE.fullmatch(line).groups() for line in run.stdout.splitlines()[1:])
+    process = desk.bed.run([desk.program, "--diagnostics"], changes, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    told, complaints = process.communicate(timeout=20)
+    desk.bed.stop(process)
+    report.promise(f"--diagnostics ends well {where}", process.returncode == 0 and not complaints
+                   and told.startswith("OrvaneBreak "), (process.returncode, told, complaints))
+    return dict(_LINE.fullmatch(line).groups() for line in told.splitlines()[1:])
 
 
 def _expect(report, where, told, wanted):

@@ -5,8 +5,6 @@ import wave
 from driver.sound_server import SoundServer
 from driver.waiting import comes_true, stays_true, wait_until
 
-from .desk import BREAK_NOW
-
 _CHIME = pathlib.Path(__file__).resolve().parents[3] / "assets/sounds/Glass.wav"
 _QUIET_BYTES = 2 * 32000
 
@@ -19,13 +17,13 @@ def chime(desk, report):
     known = samples[len(samples) // 4:].rstrip(b"\0")
     server = SoundServer(desk.bed)
     _start(desk, server, is_on=False)
-    _begin_break(desk)
+    desk.begin_break()
     report.promise("a break is quiet where the sound is off", stays_true(lambda: not any(server.recorded()), 1))
     desk.end_break()
     desk.finish()
     _start(desk, server, is_on=True)
     for number in (1, 2):
-        _begin_break(desk)
+        desk.begin_break()
         report.promise("every break begins with its sound, sample for sample",
                        comes_true(lambda number=number: server.recorded().count(known) == number, 5))
         desk.end_break()
@@ -40,9 +38,3 @@ def chime(desk, report):
 def _start(desk, server, is_on):
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True, "OBSoundEnabled": is_on}, server.environment)
     wait_until(desk.tray.items, "the icon in the tray")
-
-
-def _begin_break(desk):
-    desk.tray.click(BREAK_NOW)
-    desk.wait_for_overlays()
-    wait_until(desk.break_has_keyboard, "the break with the keyboard")
