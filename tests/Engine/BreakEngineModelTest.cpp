@@ -4,6 +4,7 @@
 #include "Support/EngineFakes.h"
 #include "Support/ManualRunLoop.h"
 #include "Support/MemoryPreferences.h"
+#include "Support/TestSeed.h"
 
 #include <QTest>
 
@@ -215,12 +216,7 @@ class BreakEngineModelTest : public QObject
 private Q_SLOTS:
     void aMillionRandomOperations()
     {
-        bool isGiven = false;
-        const int given = qEnvironmentVariableIntValue("ORVANE_TEST_SEED", &isGiven);
-        const std::uint32_t seed = isGiven ? static_cast<std::uint32_t>(given) : std::random_device()();
-        qInfo("seed %u; run again with ORVANE_TEST_SEED=%d", seed, static_cast<int>(seed));
-
-        Comparison comparison(seed);
+        Comparison comparison(testSeed());
         for (int operation = 0; operation < 1'000'000; ++operation) {
             comparison.step();
             const QString difference = comparison.difference();

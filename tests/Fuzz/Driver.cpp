@@ -7,6 +7,7 @@
 // file "crash-TARGET" of the current folder.
 #include "Fuzz/Mutator.h"
 #include "Fuzz/Target.h"
+#include "Support/TestSeed.h"
 
 #include <QDir>
 #include <QFile>
@@ -91,15 +92,6 @@ QList<QByteArray> readWords(const QString &path)
     return words;
 }
 
-unsigned chosenSeed()
-{
-    const QByteArray chosen = qgetenv("ORVANE_TEST_SEED");
-    const unsigned seed = chosen.isEmpty() ? std::random_device()() : chosen.toUInt();
-    std::printf("seed %u; ORVANE_TEST_SEED repeats it\n", seed);
-    std::fflush(stdout);
-    return seed;
-}
-
 QByteArray nextInput()
 {
     QByteArray input = mutator->any();
@@ -136,7 +128,7 @@ int main(int argc, char **argv)
     const int count = QByteArray(argv[1]).toInt();
     const QList<QByteArray> corpus = readCorpus(QFile::decodeName(argv[2]));
     mutator.emplace(corpus, argc == 4 ? readWords(QFile::decodeName(argv[3])) : QList<QByteArray>(),
-                    chosenSeed());
+                    testSeed());
     crashFile = QByteArray("crash-") + program_invocation_short_name;
     keepInputOfCrashes();
     for (const QByteArray &input : corpus)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/TestSeed.h"
 
 #include <QJsonDocument>
 #include <QRandomGenerator>
@@ -99,11 +100,7 @@ private Q_SLOTS:
 void PreferencesTortureTest::killedWritersLeaveAWholeFile()
 {
     const ScratchFolder folder;
-    const quint32 seed = qEnvironmentVariableIsSet("ORVANE_TEST_SEED")
-                             ? qEnvironmentVariable("ORVANE_TEST_SEED").toUInt()
-                             : QRandomGenerator::system()->generate();
-    qInfo("ORVANE_TEST_SEED=%u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random(testSeed());
     qint64 lastGeneration = 0;
     int killedWhileWriting = 0;
     for (int number = 0; number < kills; ++number) {
