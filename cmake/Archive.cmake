@@ -10,6 +10,7 @@
 # it starts, as the environment would be. The system's libraries come before the fallback ones, see GatherLibraries.cmake.
 add_executable(orvanebreak-program $<TARGET_OBJECTS:orvanebreak>)
 target_link_libraries(orvanebreak-program PRIVATE $<TARGET_PROPERTY:orvanebreak,LINK_LIBRARIES>)
+add_dependencies(orvanebreak-program orvane-modules)
 target_link_options(orvanebreak-program PRIVATE LINKER:--disable-new-dtags)
 set(system_folders /usr/lib64 /usr/lib)
 if(CMAKE_LIBRARY_ARCHITECTURE)

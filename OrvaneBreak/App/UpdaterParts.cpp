@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/UpdaterParts.h"
 
+#include "Platform/Modules/Module.h"
 #include "Platform/Process/UserFolders.h"
+#include "Updates/ArchiveModule.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -15,6 +17,12 @@ std::filesystem::path launcherOf(const std::variant<Installation, NoInstallation
     if (const auto *installation = std::get_if<Installation>(&place))
         return installation->launcher();
     return QFile::encodeName(QCoreApplication::applicationFilePath()).toStdString();
+}
+
+std::unique_ptr<ArchiveReader> openArchive(QByteArrayView bytes)
+{
+    const auto *module = Module::load<ArchiveModule>();
+    return module ? module->open(bytes) : nullptr;
 }
 
 } // namespace
@@ -36,7 +44,7 @@ UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, con
     : m_launcher(launcherOf(place))
     , m_settings(preferencesFolder / "updater.json")
     , m_download(m_downloads, runLoop, UserFolders::cache() / "OrvaneBreak" / "updates")
-    , m_installer(place, configuration.key, configuration.installed)
+    , m_installer(place, configuration.key, configuration.installed, &openArchive)
     , m_dialogs(alerts)
     , m_controller(true,
                    {runLoop, m_settings, http, m_download, m_installer, m_dialogs,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/Network/NetworkDownloads.h"
+#include "Platform/Network/OnDemandDownloads.h"
 #include "Platform/Preferences/JsonPreferences.h"
 #include "Updates/HomeInstaller.h"
 #include "Updates/StandardUpdaterController.h"
@@ -37,7 +37,7 @@ private:
 
     std::filesystem::path m_launcher;
     JsonPreferences m_settings;
-    NetworkDownloads m_downloads;
+    OnDemandDownloads m_downloads;
     UpdateDownload m_download;
     HomeInstaller m_installer;
     UpdaterDialogs m_dialogs;

@@ -16,7 +16,7 @@
 #include "Platform/Appearance/PortalAppearance.h"
 #include "Platform/Idle/UserIdleFactory.h"
 #include "Platform/Launcher/LauncherCount.h"
-#include "Platform/Network/NetworkHttp.h"
+#include "Platform/Network/OnDemandHttp.h"
 #include "Platform/Overlay/OverlaySurfaceFactory.h"
 #include "Platform/OverlaySurface.h"
 #include "Platform/Preferences/JsonPreferences.h"
@@ -28,7 +28,7 @@
 #include "Platform/Process/SessionBus.h"
 #include "Platform/Process/UnixSignals.h"
 #include "Platform/Session/SessionLock.h"
-#include "Platform/Sound/CanberraChime.h"
+#include "Platform/Sound/OnDemandChime.h"
 #include "Platform/TimerfdRunLoop.h"
 #include "Platform/Tray/NotifierTrayItem.h"
 #include "Platform/Windowing/WindowPresence.h"
@@ -97,7 +97,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
     const ChosenUserIdle idle = makeUserIdle(runLoop);
-    CanberraChime chime(bundle.soundsFolder());
+    OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     SessionLock sessionLock;
     auto overlay = std::make_unique<BreakOverlayController>(*surface, [&sessionLock] {
@@ -118,7 +118,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
                           else
                               dialog.show();
                       });
-    NetworkHttp http;
+    OnDemandHttp http;
     UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(),
                          &AppDelegate::openOrvaneLabs);
     ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},

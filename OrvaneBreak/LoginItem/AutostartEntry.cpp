@@ -89,12 +89,15 @@ AutostartEntry::Parameters AutostartEntry::standardParameters(const QString &app
 
 QString AutostartEntry::stableExecutable(const QString &executable)
 {
-    static const QRegularExpression versioned(u"^(.*)/versions/[^/]+/(.*)$"_s);
-    const QString command = launcherOf(executable);
-    const QRegularExpressionMatch match = versioned.match(command);
-    const QString stable = match.captured(1) + u"/current/"_s + match.captured(2);
-    const bool isSameFile = match.hasMatch() && !QFileInfo(stable).canonicalFilePath().isEmpty() &&
-                            QFileInfo(stable).canonicalFilePath() == QFileInfo(command).canonicalFilePath();
+    static constexpr auto versions = "/versions/"_L1;
+    QString command = launcherOf(executable);
+    const qsizetype begin = command.lastIndexOf(versions);
+    const qsizetype end = begin < 0 ? begin : command.indexOf(u'/', begin + versions.size());
+    if (end < 0)
+        return command;
+    const QString stable = command.first(begin) + u"/current"_s + command.sliced(end);
+    const QString stableFile = QFileInfo(stable).canonicalFilePath();
+    const bool isSameFile = !stableFile.isEmpty() && stableFile == QFileInfo(command).canonicalFilePath();
     return isSameFile ? stable : command;
 }
 

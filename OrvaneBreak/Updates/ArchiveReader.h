@@ -5,40 +5,31 @@
 
 #include <QByteArrayView>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <variant>
-
-struct archive;
-struct archive_entry;
 
 /// Reads a tar archive packed with zstd from memory, one entry after the other. Whatever the archive has
 /// besides files, folders and symbolic links is a problem. Any thread, one at a time.
 class ArchiveReader
 {
 public:
-    /// `bytes` outlives the reader; any bytes may be given.
-    explicit ArchiveReader(QByteArrayView bytes);
+    ArchiveReader() = default;
+    virtual ~ArchiveReader() = default;
+    ArchiveReader(const ArchiveReader &) = delete;
+    ArchiveReader &operator=(const ArchiveReader &) = delete;
 
     /// The next entry; nothing (monostate) after the last one; or what is wrong, after which the reader is of
     /// no use.
-    [[nodiscard]] std::variant<std::monostate, ArchiveEntry, UnpackProblem> next();
+    [[nodiscard]] virtual std::variant<std::monostate, ArchiveEntry, UnpackProblem> next() = 0;
 
     /// Fills `buffer` with the next bytes of the entry's content and returns how many there were, 0 at its
     /// end; absent when the archive is damaged.
-    [[nodiscard]] std::optional<std::size_t> read(std::span<char> buffer);
-
-private:
-    struct Free
-    {
-        void operator()(archive *reader) const;
-    };
-
-    [[nodiscard]] bool isPackedOnceWithZstd() const;
-    [[nodiscard]] static std::variant<std::monostate, ArchiveEntry, UnpackProblem>
-    converted(archive_entry *entry);
-
-    std::unique_ptr<archive, Free> m_archive;
-    bool m_isOpen = false;
+    [[nodiscard]] virtual std::optional<std::size_t> read(std::span<char> buffer) = 0;
 };
+
+/// Makes a reader of any `bytes`, which outlive it; null when this machine cannot read archives now. Any
+/// thread.
+using OpenArchive = std::function<std::unique_ptr<ArchiveReader>(QByteArrayView bytes)>;

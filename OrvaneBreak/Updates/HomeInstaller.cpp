@@ -37,10 +37,12 @@ UpdateFailure failureOf(const UnpackFailure &failure)
 } // namespace
 
 HomeInstaller::HomeInstaller(std::variant<Installation, NoInstallation> installation,
-                             std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed)
+                             std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed,
+                             OpenArchive openArchive)
     : m_installation(std::move(installation))
     , m_key(key)
     , m_installed(std::move(installed))
+    , m_openArchive(std::move(openArchive))
 {
 }
 
@@ -93,7 +95,12 @@ std::optional<UpdateFailure> HomeInstaller::install(const QByteArray &archive, c
         log(u"the installation cannot be changed now"_s);
         return UpdateFailure::Disk;
     }
-    const auto unpacked = unpackArchive(archive, change->newStagingFolder());
+    const std::unique_ptr<ArchiveReader> reader = m_openArchive(archive);
+    if (!reader) {
+        log(u"archives cannot be read now"_s);
+        return UpdateFailure::Disk;
+    }
+    const auto unpacked = unpackArchive(std::move(*reader), change->newStagingFolder());
     if (const auto *failure = std::get_if<UnpackFailure>(&unpacked))
         return failureOf(*failure);
     const auto &update = std::get<UnpackedUpdate>(unpacked);

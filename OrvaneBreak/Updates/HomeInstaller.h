@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Updates/ArchiveReader.h"
 #include "Updates/Installation.h"
 #include "Updates/UpdateInstaller.h"
 #include "Updates/UpdateSignature.h"
@@ -16,9 +17,10 @@ class HomeInstaller final : public QObject, public UpdateInstaller
 
 public:
     /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version
-    /// that runs.
+    /// that runs. Where `openArchive` returns null, nothing can be written.
     HomeInstaller(std::variant<Installation, NoInstallation> installation,
-                  std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed);
+                  std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed,
+                  OpenArchive openArchive);
 
     /// Waits for what is being written.
     ~HomeInstaller() override;
@@ -37,5 +39,6 @@ private:
     std::variant<Installation, NoInstallation> m_installation;
     std::optional<UpdateSignature::PublicKey> m_key;
     UpdateVersion m_installed;
+    OpenArchive m_openArchive;
     std::jthread m_thread;
 };

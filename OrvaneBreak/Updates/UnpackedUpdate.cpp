@@ -2,7 +2,6 @@
 #include "Updates/UnpackedUpdate.h"
 
 #include "Platform/Preferences/FileCalls.h"
-#include "Updates/ArchiveReader.h"
 #include "Updates/FolderWriter.h"
 
 #include <QFile>
@@ -24,7 +23,7 @@ constexpr auto informationFile = "/share/OrvaneBreak/Info.json";
 class Unpacking
 {
 public:
-    Unpacking(QByteArrayView archive, const std::filesystem::path &folder, const UnpackLimits &limits)
+    Unpacking(ArchiveReader &archive, const std::filesystem::path &folder, const UnpackLimits &limits)
         : m_folder(folder)
         , m_reader(archive)
         , m_rules(limits)
@@ -46,7 +45,7 @@ private:
     [[nodiscard]] std::variant<UnpackedUpdate, UnpackFailure> judged() const;
 
     std::filesystem::path m_folder;
-    ArchiveReader m_reader;
+    ArchiveReader &m_reader;
     ArchiveRules m_rules;
     FolderWriter m_writer;
 };
@@ -156,7 +155,7 @@ std::variant<UnpackedUpdate, UnpackFailure> Unpacking::judged() const
 } // namespace
 
 std::variant<UnpackedUpdate, UnpackFailure>
-unpackArchive(QByteArrayView archive, const std::filesystem::path &folder, const UnpackLimits &limits)
+unpackArchive(ArchiveReader &&archive, const std::filesystem::path &folder, const UnpackLimits &limits)
 {
     Unpacking unpacking(archive, folder, limits);
     auto result = unpacking.run();

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Updates/ArchiveRules.h"
+#include "Updates/ArchiveReader.h"
 
-#include <QByteArrayView>
 #include <QString>
 
 #include <filesystem>
@@ -23,9 +22,9 @@ struct UnpackFailure
     QString detail; ///< For the log: the path of the entry, or what the system says.
 };
 
-/// Unpacks an update into `folder`, which does not exist yet and is made for the user alone. When this
-/// returns an update, all of it is on the disk, with the modes 0755 and 0644; otherwise `folder` is gone
-/// again. Any bytes may be given, but only those whose signature was verified should be: these very bytes,
-/// for a file may have changed since. Takes as long as writing takes; any thread.
+/// Unpacks what `archive` has still to read into `folder`, which does not exist yet and is made for the user
+/// alone. When this returns an update, all of it is on the disk, with the modes 0755 and 0644; otherwise
+/// `folder` is gone again. Any bytes may be read, but only those whose signature was verified should be:
+/// these very bytes, for a file may have changed since. Takes as long as writing takes; any thread.
 [[nodiscard]] std::variant<UnpackedUpdate, UnpackFailure>
-unpackArchive(QByteArrayView archive, const std::filesystem::path &folder, const UnpackLimits &limits = {});
+unpackArchive(ArchiveReader &&archive, const std::filesystem::path &folder, const UnpackLimits &limits = {});

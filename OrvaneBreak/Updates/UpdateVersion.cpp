@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Updates/UpdateVersion.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -30,10 +28,22 @@ std::strong_ordering compareNumbers(const QString &first, const QString &second)
     return a.size() == b.size() ? ordering(a.compare(b)) : a.size() <=> b.size();
 }
 
-bool isNumber(const QString &identifier)
+bool isDigit(QChar character)
 {
-    return std::all_of(identifier.begin(), identifier.end(),
-                       [](QChar character) { return character >= u'0' && character <= u'9'; });
+    return character >= u'0' && character <= u'9';
+}
+
+bool isNumber(const QString &text)
+{
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), isDigit);
+}
+
+bool isIdentifier(const QString &text)
+{
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar character) {
+        return isDigit(character) || (character >= u'a' && character <= u'z') ||
+               (character >= u'A' && character <= u'Z') || character == u'-';
+    });
 }
 
 std::strong_ordering compareIdentifiers(const QString &first, const QString &second)
@@ -61,16 +71,18 @@ std::strong_ordering comparePreReleases(const QStringList &first, const QStringL
 
 UpdateVersion::UpdateVersion(const QString &text)
 {
-    static const QRegularExpression pattern(
-        uR"(\A([0-9]+(?:\.[0-9]+)*)(?:-([0-9A-Za-z-]+(?:\.[0-9A-Za-z-]+)*))?\z)"_s);
     if (text.size() > lengthLimit)
         return;
-    const QRegularExpressionMatch match = pattern.match(text);
-    if (!match.hasMatch())
+    // By hand, because every start reads a version, and regular expressions cost half a megabyte of memory.
+    const qsizetype hyphen = text.indexOf(u'-');
+    const QStringList numbers = text.first(hyphen < 0 ? text.size() : hyphen).split(u'.');
+    const QStringList preRelease = hyphen < 0 ? QStringList() : text.sliced(hyphen + 1).split(u'.');
+    if (!std::all_of(numbers.begin(), numbers.end(), isNumber) ||
+        !std::all_of(preRelease.begin(), preRelease.end(), isIdentifier))
         return;
     m_text = text;
-    m_numbers = match.captured(1).split(u'.');
-    m_preRelease = match.captured(2).split(u'.', Qt::SkipEmptyParts);
+    m_numbers = numbers;
+    m_preRelease = preRelease;
 }
 
 std::partial_ordering UpdateVersion::operator<=>(const UpdateVersion &other) const

@@ -2,8 +2,10 @@
 #include "Crash/FileDate.h"
 
 #include <QDateTime>
-#include <QRegularExpression>
 #include <QTimeZone>
+
+#include <algorithm>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -14,6 +16,21 @@ constexpr int decimalPlaces = 9;
 QDateTime wholeSeconds(const FileDate &date)
 {
     return QDateTime::fromSecsSinceEpoch(date.seconds, QTimeZone::utc());
+}
+
+bool isDigit(QChar character)
+{
+    return character >= u'0' && character <= u'9';
+}
+
+/// Whether `text` is as `form` says, where a "d" stands for a digit. By hand, because every start reads a
+/// date, and regular expressions cost half a megabyte of memory.
+bool isOfForm(const QString &text, QLatin1StringView form)
+{
+    return text.size() == form.size() &&
+           std::equal(text.begin(), text.end(), form.begin(), [](QChar character, char wanted) {
+               return wanted == 'd' ? isDigit(character) : character == QLatin1Char(wanted);
+           });
 }
 
 } // namespace
@@ -29,16 +46,22 @@ FileDate FileDate::of(const timespec &time)
 
 std::optional<FileDate> FileDate::parse(const QString &text)
 {
-    static const QRegularExpression form(
-        uR"(^(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d)(?:\.(\d{1,9}))?(Z|[+-]\d\d:\d\d)$)"_s);
-    const QRegularExpressionMatch match = form.match(text);
-    if (!match.hasMatch())
+    static constexpr auto secondsForm = "dddd-dd-ddTdd:dd:dd"_L1;
+    const QString seconds = text.first(std::min(text.size(), secondsForm.size()));
+    QString zone = text.sliced(seconds.size());
+    QString decimals;
+    if (zone.startsWith(u'.')) {
+        const auto end = std::find_if_not(std::next(zone.cbegin()), zone.cend(), isDigit);
+        decimals = QString(std::next(zone.cbegin()), std::distance(zone.cbegin(), end) - 1);
+        zone.remove(0, decimals.size() + 1);
+        if (decimals.isEmpty() || decimals.size() > decimalPlaces)
+            return std::nullopt;
+    }
+    const bool isZone = zone == u'Z' || isOfForm(zone, "+dd:dd"_L1) || isOfForm(zone, "-dd:dd"_L1);
+    const QDateTime date = QDateTime::fromString(seconds + zone, Qt::ISODate);
+    if (!isOfForm(seconds, secondsForm) || !isZone || !date.isValid())
         return std::nullopt;
-    const QDateTime date = QDateTime::fromString(match.captured(1) + match.captured(3), Qt::ISODate);
-    if (!date.isValid())
-        return std::nullopt;
-    const QString decimals = match.captured(2).leftJustified(decimalPlaces, u'0');
-    return FileDate{date.toSecsSinceEpoch(), decimals.toInt()};
+    return FileDate{date.toSecsSinceEpoch(), decimals.leftJustified(decimalPlaces, u'0').toInt()};
 }
 
 QString FileDate::text() const

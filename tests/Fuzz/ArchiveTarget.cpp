@@ -2,6 +2,7 @@
 #include "Fuzz/Target.h"
 #include "Platform/Preferences/ScratchFolder.h"
 #include "Updates/ArchiveMaker.h"
+#include "Updates/LibarchiveReader.h"
 #include "Updates/UnpackedUpdate.h"
 
 #include <QList>
@@ -104,7 +105,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     limits.entries = 100;
     limits.totalBytes = 1'000'000;
     const std::filesystem::path folder = scratch.path("unpacked");
-    const auto result = unpackArchive(archive, folder, limits);
+    const auto result = unpackArchive(LibarchiveReader(archive), folder, limits);
     const auto *update = std::get_if<UnpackedUpdate>(&result);
     require(scratch.names() == (update ? QStringList{QStringLiteral("unpacked")} : QStringList()),
             "nothing is outside of the folder, and no failure leaves anything");

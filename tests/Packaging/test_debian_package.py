@@ -82,11 +82,15 @@ class DebianPackage(unittest.TestCase):
 
     def test_symbols_are_beside_it(self):
         symbols, = self.package.parent.glob("*.ddeb")
-        program = self.folder / "usr/bin/orvanebreak"
-        identifier = re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", program))[1]
-        self.assertIn(f"/usr/lib/debug/.build-id/{identifier[:2]}/{identifier[2:]}.debug\n",
-                      output_of("dpkg-deb", "--contents", symbols))
-        self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", program))
+        for program in self.programs():
+            identifier = re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", program))[1]
+            self.assertIn(f"/usr/lib/debug/.build-id/{identifier[:2]}/{identifier[2:]}.debug\n",
+                          output_of("dpkg-deb", "--contents", symbols))
+            self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", program))
+
+    def programs(self):
+        """The program and its modules."""
+        return [self.folder / "usr/bin/orvanebreak", *(self.folder / "usr/lib/orvanebreak/modules").iterdir()]
 
     def test_fields(self):
         architecture = output_of("dpkg", "--print-architecture").strip()
@@ -107,6 +111,9 @@ class DebianPackage(unittest.TestCase):
         files = {entry.name.removeprefix("./") for entry in self.entries if not entry.isdir()}
         self.assertEqual(files, {
             "usr/bin/orvanebreak",
+            "usr/lib/orvanebreak/modules/archive.so",
+            "usr/lib/orvanebreak/modules/network.so",
+            "usr/lib/orvanebreak/modules/sound.so",
             "usr/share/OrvaneBreak/Info.json",
             "usr/share/OrvaneBreak/sounds/Glass.wav",
             f"usr/share/applications/{self.application}.desktop",
@@ -135,13 +142,16 @@ class DebianPackage(unittest.TestCase):
         self.assertIn("NOM", self.unzipped("usr/share/man/fr/man1/orvanebreak.1.gz"))
 
     def test_dependencies_are_what_is_used(self):
-        program = self.folder / "usr/bin/orvanebreak"
-        needed = set(re.findall(r"\(NEEDED\).*\[(.*)\]", output_of("readelf", "--dynamic", "--wide", program)))
-        places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", program)))
-        owners = {owner_of(places[name]) for name in needed if name in places}
+        owners = set()
+        for program in self.programs():
+            section = output_of("readelf", "--dynamic", "--wide", program)
+            places = dict(re.findall(r"(\S+) => (\S+)", output_of("ldd", program)))
+            needed = re.findall(r"\(NEEDED\).*\[(.*)\]", section)
+            owners |= {owner_of(places[name]) for name in needed if name in places}
+            self.assertEqual(complaints("ldd", "-u", program), "", "linked and not used")
+            self.assertNotRegex(section, "RPATH|RUNPATH")
         virtual = {name for name in names_in(self.field("Depends")) if name.endswith("-abi")}
         self.assertEqual(names_in(self.field("Depends")) - virtual, owners | _LOADED)
-        self.assertEqual(complaints("ldd", "-u", program), "", "linked and not used")
 
     def test_wayland_is_there(self):
         files = output_of("dpkg-query", "--listfiles", "qt6-wayland")

@@ -30,6 +30,7 @@ _PLUGINS = {"platforms/libqxcb.so", "platforms/libqwayland-generic.so", "wayland
             "wayland-decoration-client/libbradient.so", "tls/libqopensslbackend.so", "iconengines/libqsvgicon.so",
             "imageformats/libqsvg.so", "platforminputcontexts/libcomposeplatforminputcontextplugin.so",
             "platforminputcontexts/libibusplatforminputcontextplugin.so"}
+_MODULES = {"archive.so", "network.so", "sound.so"}
 _BUILD_FOLDER = pathlib.Path(sys.argv.pop(1)) if len(sys.argv) > 1 else None
 
 
@@ -59,12 +60,12 @@ class Archive(unittest.TestCase):
             reader.extractall(cls.scratch)
         cls.folder = cls.scratch / cls.entries[0].name
         cls.program = cls.folder / "bin/orvanebreak-program"
+        cls.modules = cls.folder / "lib/orvanebreak/modules"
         cls.version = output_of(_BUILD_FOLDER / "bin/orvanebreak", "--version").split()[1]
 
     def test_same_bytes_each_time(self):
-        for suffix in ("tar.zst", "debug"):
-            first, second = (path.with_name(path.name.removesuffix("tar.zst") + suffix) for path in self.archives)
-            self.assertEqual(first.read_bytes(), second.read_bytes(), suffix)
+        first, second = ({path.name: path.read_bytes() for path in archive.parent.iterdir()} for archive in self.archives)
+        self.assertEqual(first, second)
 
     def test_names(self):
         machine = os.uname().machine
@@ -83,7 +84,7 @@ class Archive(unittest.TestCase):
             self.assertIn(entry.mode, (0o755,) if entry.isdir() else (0o755, 0o644), entry.name)
 
     def test_program_tells_nothing_of_the_build(self):
-        for path in (self.program, self.archives[0].with_name(self.archives[0].name.removesuffix("tar.zst") + "debug")):
+        for path in (path for pair in self.symbols().items() for path in pair):
             self.assertNotIn(os.fsencode(PROJECT), path.read_bytes(), path)
 
     def test_layout(self):
@@ -93,16 +94,23 @@ class Archive(unittest.TestCase):
             self.assertTrue((self.folder / name).is_file(), name)
         information = json.loads((self.folder / "share/OrvaneBreak/Info.json").read_text("utf-8"))
         self.assertEqual(information["CFBundleShortVersionString"], self.version)
+        self.assertEqual({path.name for path in self.modules.iterdir()}, _MODULES)
         plugins = self.folder / "lib/qt6/plugins"
         self.assertEqual({path.relative_to(plugins).as_posix() for path in plugins.rglob("*.so")}, _PLUGINS)
 
+    def symbols(self):
+        """The program and its modules, each with the file that crash reports are read with."""
+        stem = self.archives[0].name.removesuffix("tar.zst")
+        return {self.program: self.archives[0].with_name(stem + "debug"),
+                **{self.modules / name: self.archives[0].with_name(f"{stem}{name}.debug") for name in _MODULES}}
+
     def test_symbols_are_beside_it(self):
-        debug = self.archives[0].with_name(self.archives[0].name.removesuffix("tar.zst") + "debug")
-        identifiers = {re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", path))[1]
-                       for path in (self.program, debug)}
-        self.assertEqual(len(identifiers), 1)
-        self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", self.program))
-        self.assertIn(".debug_info", output_of("readelf", "--sections", "--wide", debug))
+        for program, debug in self.symbols().items():
+            identifiers = {re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", path))[1]
+                           for path in (program, debug)}
+            self.assertEqual(len(identifiers), 1, program)
+            self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", program))
+            self.assertIn(".debug_info", output_of("readelf", "--sections", "--wide", debug))
 
     def test_every_library_is_there(self):
         own = {path.name for path in (*self.folder.glob("lib/*.so*"), *self.folder.glob("lib/fallback/*.so*"))}
@@ -129,6 +137,8 @@ class Archive(unittest.TestCase):
             self.assertTrue(any(path.endswith("platforms/libqxcb.so") for path in toolkit), toolkit)
             inside = str(root.resolve() / "versions" / self.version) + "/"
             self.assertEqual([path for path in toolkit if not path.startswith(inside)], [])
+            self.assertEqual([path for path in mapped if "/lib/orvanebreak/modules/" in path or "libQt6Network" in path], [],
+                             "loaded without need")
             bed.stop(process)
             self.assertEqual(process.returncode, 0)
 

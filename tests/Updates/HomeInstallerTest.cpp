@@ -17,6 +17,11 @@ namespace {
 constexpr auto urlEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
 
 /// The installer that runs as version 1.2, and the makers that it believes.
+std::unique_ptr<ArchiveReader> open(QByteArrayView bytes)
+{
+    return std::make_unique<LibarchiveReader>(bytes);
+}
+
 struct Fixture
 {
     /// What the makers announce of `archive`.
@@ -51,7 +56,7 @@ struct Fixture
     const Signer makers;
     std::unique_ptr<HomeInstaller> installer = std::make_unique<HomeInstaller>(
         installation.seenBy("1.2"), UpdateSignature::parsePublicKey(makers.publicKeyBase64()),
-        UpdateVersion(u"1.2"_s));
+        UpdateVersion(u"1.2"_s), &open);
     QObject context;
     std::vector<std::optional<UpdateFailure>> answers;
     bool isOnThisThread = false;
@@ -67,7 +72,7 @@ private Q_SLOTS:
     static void whoReplacesTheProgram()
     {
         const auto ability = [](NoInstallation reason) {
-            return HomeInstaller(reason, {}, UpdateVersion(u"1.2"_s)).ability();
+            return HomeInstaller(reason, {}, UpdateVersion(u"1.2"_s), &open).ability();
         };
         QCOMPARE(ability(NoInstallation::PackageManager), UpdateInstaller::Ability::Others);
         QCOMPARE(ability(NoInstallation::BuildTree), UpdateInstaller::Ability::Others);
@@ -87,7 +92,7 @@ private Q_SLOTS:
         QVERIFY(f.installer->activate(UpdateVersion(u"1.3"_s)));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.3"_s);
 
-        HomeInstaller next(f.installation.seenBy("1.3"), {}, UpdateVersion(u"1.3"_s));
+        HomeInstaller next(f.installation.seenBy("1.3"), {}, UpdateVersion(u"1.3"_s), &open);
         QVERIFY(next.isOnTrial());
         next.confirm();
         QVERIFY(!next.isOnTrial());
@@ -112,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(f.answers.front(), UpdateFailure::NotGenuine);
 
         f.installer = std::make_unique<HomeInstaller>(f.installation.seenBy("1.2"), std::nullopt,
-                                                      UpdateVersion(u"1.2"_s));
+                                                      UpdateVersion(u"1.2"_s), &open);
         QVERIFY(f.prepare("1.3"));
         QCOMPARE(f.answers.front(), UpdateFailure::NotGenuine);
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
@@ -148,12 +153,24 @@ private Q_SLOTS:
     static void withoutAnInstallationNothingHappens()
     {
         Fixture f;
-        f.installer =
-            std::make_unique<HomeInstaller>(NoInstallation::BuildTree, std::nullopt, UpdateVersion(u"1.2"_s));
+        f.installer = std::make_unique<HomeInstaller>(NoInstallation::BuildTree, std::nullopt,
+                                                      UpdateVersion(u"1.2"_s), &open);
         QVERIFY(f.prepare("1.3"));
         QCOMPARE(f.answers.front(), UpdateFailure::Disk);
         QVERIFY(!f.installer->activate(UpdateVersion(u"1.3"_s)));
         f.installer->confirm();
+        QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
+    }
+
+    static void withoutAReaderOfArchivesNothingIsWritten()
+    {
+        Fixture f;
+        f.installer = std::make_unique<HomeInstaller>(
+            f.installation.seenBy("1.2"), UpdateSignature::parsePublicKey(f.makers.publicKeyBase64()),
+            UpdateVersion(u"1.2"_s), [](QByteArrayView /*bytes*/) { return nullptr; });
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: archives cannot be read now");
+        QVERIFY(f.prepare("1.3"));
+        QCOMPARE(f.answers.front(), UpdateFailure::Disk);
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
     }
 

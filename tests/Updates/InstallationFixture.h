@@ -4,6 +4,7 @@
 #include "Platform/Preferences/ScratchFolder.h"
 #include "Updates/ArchiveMaker.h"
 #include "Updates/InstallationChange.h"
+#include "Updates/LibarchiveReader.h"
 #include "Updates/UnpackedUpdate.h"
 
 #include <QTest>
@@ -31,7 +32,7 @@ public:
     void put(const std::string &version) const
     {
         const std::filesystem::path staging = m_root / "versions" / "put";
-        const auto result = unpackArchive(ArchiveMaker::packedUpdate(version), staging);
+        const auto result = unpackArchive(LibarchiveReader(ArchiveMaker::packedUpdate(version)), staging);
         if (!std::holds_alternative<UnpackedUpdate>(result))
             qFatal("cannot unpack a version for the test");
         std::filesystem::rename(staging / ("OrvaneBreak-" + version), m_root / "versions" / version);

@@ -17,7 +17,8 @@ NoInstallation reason(const std::filesystem::path &bin)
 
 std::filesystem::path unpacked(const InstallationChange &change, const std::string &version)
 {
-    const auto result = unpackArchive(ArchiveMaker::packedUpdate(version), change.newStagingFolder());
+    const auto result =
+        unpackArchive(LibarchiveReader(ArchiveMaker::packedUpdate(version)), change.newStagingFolder());
     return std::get<UnpackedUpdate>(result).folder;
 }
 

@@ -18,7 +18,7 @@ int installUpdate(const InstallationFixture &f, const QByteArray &archive)
     auto change = InstallationChange::begin(f.seenBy("1.2"));
     if (!change)
         return 1;
-    const auto unpacked = unpackArchive(archive, change->newStagingFolder());
+    const auto unpacked = unpackArchive(LibarchiveReader(archive), change->newStagingFolder());
     const auto *update = std::get_if<UnpackedUpdate>(&unpacked);
     if (!update)
         return 2;

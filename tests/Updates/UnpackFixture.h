@@ -3,6 +3,7 @@
 
 #include "Platform/Preferences/ScratchFolder.h"
 #include "Updates/ArchiveMaker.h"
+#include "Updates/LibarchiveReader.h"
 #include "Updates/UnpackedUpdate.h"
 
 #include <QTest>
@@ -49,7 +50,7 @@ inline std::string in(const std::string &path)
 inline void refuse(const QByteArray &archive, UnpackProblem expected, const UnpackLimits &limits = {})
 {
     const Place place;
-    const auto result = unpackArchive(archive, place.folder, limits);
+    const auto result = unpackArchive(LibarchiveReader(archive), place.folder, limits);
     const auto *failure = std::get_if<UnpackFailure>(&result);
     QVERIFY(failure);
     QCOMPARE(static_cast<int>(failure->problem), static_cast<int>(expected));
@@ -59,7 +60,7 @@ inline void refuse(const QByteArray &archive, UnpackProblem expected, const Unpa
 inline void accept(const QByteArray &archive, const UnpackLimits &limits = {})
 {
     const Place place;
-    const auto result = unpackArchive(archive, place.folder, limits);
+    const auto result = unpackArchive(LibarchiveReader(archive), place.folder, limits);
     const auto *failure = std::get_if<UnpackFailure>(&result);
     QVERIFY2(!failure, qPrintable(failure ? failure->detail : QString()));
 }

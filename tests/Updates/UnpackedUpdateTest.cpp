@@ -16,7 +16,7 @@ private Q_SLOTS:
     static void aWholeUpdate()
     {
         const Place place;
-        const auto result = unpackArchive(packedUpdate("1.3"), place.folder);
+        const auto result = unpackArchive(LibarchiveReader(packedUpdate("1.3")), place.folder);
         const auto &unpacked = std::get<UnpackedUpdate>(result);
         QCOMPARE(unpacked.version.text(), u"1.3"_s);
         QCOMPARE(unpacked.folder, place.folder / top);
@@ -29,10 +29,10 @@ private Q_SLOTS:
     {
         const Place place;
         umask(077);
-        const auto result = unpackArchive(
+        const QByteArray archive =
             packed(updateWith({file(in("a"), "a", 0777), file(in("b"), "b", 0606), file(in("c"), "c", 0400),
-                               file(in("d"), "d", 0010), folder(in("e"), 0777)})),
-            place.folder);
+                               file(in("d"), "d", 0010), folder(in("e"), 0777)}));
+        const auto result = unpackArchive(LibarchiveReader(archive), place.folder);
         umask(022);
         QVERIFY(std::holds_alternative<UnpackedUpdate>(result));
         QCOMPARE(place.mode("a"), 0755U);
@@ -49,8 +49,8 @@ private Q_SLOTS:
     {
         const Place place;
         const QByteArray large = QByteArray("0123456789").repeated(100'000);
-        const auto result = unpackArchive(
-            packed(updateWith({file(in("empty"), ""), file(in("large"), large)})), place.folder);
+        const QByteArray archive = packed(updateWith({file(in("empty"), ""), file(in("large"), large)}));
+        const auto result = unpackArchive(LibarchiveReader(archive), place.folder);
         QVERIFY(std::holds_alternative<UnpackedUpdate>(result));
         QCOMPARE(ScratchFolder::bytesOf(place.folder / top / "empty"), QByteArray());
         QVERIFY(std::filesystem::exists(place.folder / top / "empty"));
@@ -62,7 +62,7 @@ private Q_SLOTS:
         const Place place;
         std::filesystem::create_directory(place.folder);
         ScratchFolder::writeTo(place.folder / "mine", "mine");
-        const auto result = unpackArchive(packedUpdate("1.3"), place.folder);
+        const auto result = unpackArchive(LibarchiveReader(packedUpdate("1.3")), place.folder);
         QCOMPARE(std::get<UnpackFailure>(result).problem, UnpackProblem::Disk);
         QCOMPARE(ScratchFolder::bytesOf(place.folder / "mine"), "mine");
         QVERIFY(!std::filesystem::exists(place.folder / top));
@@ -124,7 +124,7 @@ private Q_SLOTS:
             signal(SIGXFSZ, SIG_IGN);
             const rlimit limit = {50'000, 50'000};
             setrlimit(RLIMIT_FSIZE, &limit);
-            const auto result = unpackArchive(archive, place.folder);
+            const auto result = unpackArchive(LibarchiveReader(archive), place.folder);
             const auto *failure = std::get_if<UnpackFailure>(&result);
             return failure && failure->problem == UnpackProblem::Disk && !failure->detail.isEmpty() ? 0 : 1;
         });

@@ -13,13 +13,13 @@ from . import building
 #: The strongest level that needs no more memory for unpacking.
 STRONGEST = 19
 _PROGRAM = "bin/orvanebreak-program"
+_MODULES = "lib/orvanebreak/modules/*.so"
 
 
 @dataclasses.dataclass(frozen=True)
 class Archive:
-    """A finished archive and what crash reports of it are read with."""
+    """A finished archive."""
     path: pathlib.Path
-    debug_path: pathlib.Path
     architecture: str
     #: What share/OrvaneBreak/Info.json in it says.
     information: bytes
@@ -37,23 +37,25 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
     name = f"OrvaneBreak-{source.version()}"
     path = output / f"{name}-linux-{architecture}.tar.zst"
     unfinished = path.with_name(path.name + ".new")
-    debug_path = output / f"{name}-linux-{architecture}.debug"
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch) / name
         tar = pathlib.Path(scratch) / "archive.tar"
         building.run(["cmake", "--install", build_folder, "--component", "data", "--prefix", folder], environment)
         building.run(["cmake", "--install", build_folder, "--component", "archive", "--prefix", folder], environment)
-        _split_symbols(folder / _PROGRAM, debug_path, environment)
+        _split_symbols(folder / _PROGRAM, output / f"{name}-linux-{architecture}.debug", environment)
+        for module in folder.glob(_MODULES):
+            _split_symbols(module, output / f"{name}-linux-{architecture}.{module.name}.debug", environment)
         pack(folder, tar, source.commit_time())
         # One thread, because several cut the content by their number.
         building.run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
     unfinished.replace(path)
-    return Archive(path, debug_path, architecture, information)
+    return Archive(path, architecture, information)
 
 
 def _split_symbols(program, debug_path, environment):
-    """Moves what only a debugger reads out of the program; the build id in both says that they belong together."""
+    """Moves what only a debugger reads, and who reads crash reports, out of a program or a module; the build id in both says
+    that they belong together."""
     building.run(["objcopy", "--only-keep-debug", "--compress-debug-sections", program, debug_path], environment)
     debug_path.chmod(0o644)
     # The names of functions stay: crash reports name ours.

@@ -43,4 +43,8 @@ public:
 
     /// Whether the program talks to `url` at all: over HTTPS, or over HTTP with this machine alone.
     [[nodiscard]] static bool isAllowed(const QUrl &url);
+
+protected:
+    /// Calls `completion` with nothing, as post() does when no answer comes.
+    static void completeWithoutAnswer(QObject &context, Completion completion);
 };

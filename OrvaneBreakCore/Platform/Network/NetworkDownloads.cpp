@@ -3,7 +3,7 @@
 
 #include "Platform/Network/Http.h"
 #include "Platform/Network/SafeRequest.h"
-#include "Platform/Process/DescriptorReserve.h"
+#include "Platform/Process/SpareDescriptors.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -142,7 +142,7 @@ std::unique_ptr<Downloads::Exchange> NetworkDownloads::get(const QUrl &url, qint
 {
     auto exchange = std::make_unique<NetworkExchange>(offset, std::move(receiver));
     const bool isAllowed = Http::isAllowed(url);
-    if (!isAllowed || !DescriptorReserve::canThreadsWork()) {
+    if (!isAllowed || !SpareDescriptors::sufficeForThread()) {
         const End end = isAllowed ? End::Broken : End::Refused;
         QMetaObject::invokeMethod(
             exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);

@@ -2,7 +2,7 @@
 #include "Platform/Network/NetworkHttp.h"
 
 #include "Platform/Network/SafeRequest.h"
-#include "Platform/Process/DescriptorReserve.h"
+#include "Platform/Process/SpareDescriptors.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -20,13 +20,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestBody = 1'048'576;
-
-/// Names below "invalid" belong to nobody, ever. Asking for one would tell the resolver of it, and load all
-/// that a secure connection needs.
-bool isForNobody(const QUrl &url)
-{
-    return url.host().endsWith(".invalid"_L1);
-}
 
 /// One exchange; it goes with its reply.
 class Exchange final : public QObject
@@ -108,10 +101,8 @@ template <typename Send>
 void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                            Completion completion, Send send)
 {
-    if (!isAllowed(url) || isForNobody(url) || !DescriptorReserve::canThreadsWork()) {
-        QMetaObject::invokeMethod(
-            &context, [completion = std::move(completion)] { completion(std::nullopt); },
-            Qt::QueuedConnection);
+    if (!isAllowed(url) || !SpareDescriptors::sufficeForThread()) {
+        completeWithoutAnswer(context, std::move(completion));
         return;
     }
     QNetworkReply *reply = send(SafeRequest::to(url));

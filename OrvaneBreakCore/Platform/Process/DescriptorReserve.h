@@ -18,10 +18,6 @@ class DescriptorReserve final : public QObject
 public:
     DescriptorReserve();
 
-    /// Whether the process may open the descriptors that a thread takes for a network exchange or a sound.
-    /// The libraries that do such things end a process in which they get none, or take those of the reserve.
-    [[nodiscard]] static bool canThreadsWork();
-
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void customEvent(QEvent *event) override;

@@ -2,7 +2,7 @@
 #include "Platform/Sound/CanberraChime.h"
 
 #include "Crash/SignalStack.h"
-#include "Platform/Process/DescriptorReserve.h"
+#include "Platform/Process/SpareDescriptors.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -135,7 +135,7 @@ CanberraChime::CanberraChime(const QString &soundsFolder)
 
 void CanberraChime::play(const QString &name)
 {
-    if (!DescriptorReserve::canThreadsWork() || m_isPlaying->exchange(true))
+    if (!SpareDescriptors::sufficeForThread() || m_isPlaying->exchange(true))
         return;
     Sound sound{name.toStdString(), QFile::encodeName(m_soundsFolder + u'/' + name + u".wav"_s).toStdString(),
                 QCoreApplication::applicationName().toStdString(),

@@ -4,7 +4,6 @@
 #include "ScriptedServer.h"
 #include "Support/NoDescriptors.h"
 
-#include <QFile>
 #include <QTest>
 
 #include <memory>
@@ -124,21 +123,6 @@ private Q_SLOTS:
         f.send();
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(f.answer);
-    }
-
-    static void namesOfNobodyAreNotLookedUp()
-    {
-        Fixture f;
-        f.sendTo(QUrl(u"https://example.invalid/"_s));
-        QVERIFY(!f.isAnswered());
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(!f.answer);
-        // What a secure connection needs is loaded for the first of them.
-        QFile maps(u"/proc/self/maps"_s);
-        QVERIFY(maps.open(QIODevice::ReadOnly));
-        const QByteArray loaded = maps.readAll();
-        QVERIFY(loaded.contains("libQt6Network"));
-        QVERIFY(!loaded.contains("libssl.so"));
     }
 
     static void silenceAndDripsEndAtTheLimit()

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/ArchiveReader.h"
+#include "Updates/LibarchiveReader.h"
 
 #include <archive.h>
 #include <archive_entry.h>
 #include <sys/stat.h>
 
-void ArchiveReader::Free::operator()(archive *reader) const
+void LibarchiveReader::Free::operator()(archive *reader) const
 {
     archive_read_free(reader);
 }
 
-ArchiveReader::ArchiveReader(QByteArrayView bytes)
+LibarchiveReader::LibarchiveReader(QByteArrayView bytes)
     : m_archive(archive_read_new())
 {
     m_isOpen = m_archive && archive_read_support_filter_zstd(m_archive.get()) == ARCHIVE_OK &&
@@ -19,7 +19,7 @@ ArchiveReader::ArchiveReader(QByteArrayView bytes)
                                         static_cast<std::size_t>(bytes.size())) == ARCHIVE_OK;
 }
 
-std::variant<std::monostate, ArchiveEntry, UnpackProblem> ArchiveReader::next()
+std::variant<std::monostate, ArchiveEntry, UnpackProblem> LibarchiveReader::next()
 {
     if (!m_isOpen || !isPackedOnceWithZstd())
         return UnpackProblem::Damaged;
@@ -31,20 +31,20 @@ std::variant<std::monostate, ArchiveEntry, UnpackProblem> ArchiveReader::next()
     return result == ARCHIVE_OK ? converted(entry) : UnpackProblem::Damaged;
 }
 
-std::optional<std::size_t> ArchiveReader::read(std::span<char> buffer)
+std::optional<std::size_t> LibarchiveReader::read(std::span<char> buffer)
 {
     const la_ssize_t length = archive_read_data(m_archive.get(), buffer.data(), buffer.size());
     return length < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(length));
 }
 
-bool ArchiveReader::isPackedOnceWithZstd() const
+bool LibarchiveReader::isPackedOnceWithZstd() const
 {
     // The library unpacks as often as it recognizes something packed, and counts what is not packed as well.
     return archive_filter_count(m_archive.get()) == 2 &&
            archive_filter_code(m_archive.get(), 0) == ARCHIVE_FILTER_ZSTD;
 }
 
-std::variant<std::monostate, ArchiveEntry, UnpackProblem> ArchiveReader::converted(archive_entry *entry)
+std::variant<std::monostate, ArchiveEntry, UnpackProblem> LibarchiveReader::converted(archive_entry *entry)
 {
     constexpr mode_t specialBits = S_ISUID | S_ISGID | S_ISVTX;
     constexpr mode_t executeBits = S_IXUSR | S_IXGRP | S_IXOTH;

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QtPlugin>
+
+#include <memory>
+
+class Chime;
+class QString;
+
+/// What the module for the sounds offers.
+class SoundModule
+{
+public:
+    static constexpr const char *fileName = "sound.so";
+
+    SoundModule() = default;
+    virtual ~SoundModule() = default;
+    SoundModule(const SoundModule &) = delete;
+    SoundModule &operator=(const SoundModule &) = delete;
+
+    /// The sound `name` of the chime is the file `name`.wav in `soundsFolder`.
+    [[nodiscard]] virtual std::unique_ptr<Chime> makeChime(const QString &soundsFolder) const = 0;
+};
+
+Q_DECLARE_INTERFACE(SoundModule, "OrvaneBreak.SoundModule")
