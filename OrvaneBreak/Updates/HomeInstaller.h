@@ -17,7 +17,7 @@ class HomeInstaller final : public QObject, public UpdateInstaller
 
 public:
     /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version
-    /// that runs. Where `openArchive` returns null, nothing can be written.
+    /// that runs. Where `openArchive` returns null, the update fails as on a disk that cannot be written.
     HomeInstaller(std::variant<Installation, NoInstallation> installation,
                   std::optional<UpdateSignature::PublicKey> key, UpdateVersion installed,
                   OpenArchive openArchive);

@@ -106,8 +106,11 @@ private Q_SLOTS:
         QFile whole(Module::folder() + u"/archive.so"_s);
         QVERIFY(whole.open(QIODevice::ReadOnly));
         const QByteArray bytes = whole.readAll();
-        ScratchFolder::writeTo(folder.path("truncated.so"), bytes.first(4'000));
-        refuse(path("truncated.so"));
+        for (const qsizetype length : {0, 1, 63, 4'000}) {
+            const std::string name = "truncated-" + std::to_string(length);
+            ScratchFolder::writeTo(folder.path(name), bytes.first(length));
+            refuse(path(name.c_str()));
+        }
 
         std::filesystem::create_directory(folder.path("folder.so"));
         refuse(path("folder.so"));
