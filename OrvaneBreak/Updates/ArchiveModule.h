@@ -1,23 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Platform/Modules/ModuleInterface.h"
+
 #include <QByteArrayView>
-#include <QtPlugin>
 
 #include <memory>
 
 class ArchiveReader;
 
 /// What the module for archives offers.
-class ArchiveModule
+class ArchiveModule : public ModuleInterface
 {
 public:
     static constexpr const char *fileName = "archive.so";
-
-    ArchiveModule() = default;
-    virtual ~ArchiveModule() = default;
-    ArchiveModule(const ArchiveModule &) = delete;
-    ArchiveModule &operator=(const ArchiveModule &) = delete;
 
     /// A reader of any `bytes`, which outlive it. Any thread.
     [[nodiscard]] virtual std::unique_ptr<ArchiveReader> open(QByteArrayView bytes) const = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QtPlugin>
+#include "Platform/Modules/ModuleInterface.h"
 
 #include <memory>
 
@@ -9,15 +9,10 @@ class Downloads;
 class Http;
 
 /// What the module for the network offers.
-class NetworkModule
+class NetworkModule : public ModuleInterface
 {
 public:
     static constexpr const char *fileName = "network.so";
-
-    NetworkModule() = default;
-    virtual ~NetworkModule() = default;
-    NetworkModule(const NetworkModule &) = delete;
-    NetworkModule &operator=(const NetworkModule &) = delete;
 
     [[nodiscard]] virtual std::unique_ptr<Http> makeHttp() const = 0;
     [[nodiscard]] virtual std::unique_ptr<Downloads> makeDownloads() const = 0;

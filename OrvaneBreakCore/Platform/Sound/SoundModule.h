@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QtPlugin>
+#include "Platform/Modules/ModuleInterface.h"
 
 #include <memory>
 
@@ -9,15 +9,10 @@ class Chime;
 class QString;
 
 /// What the module for the sounds offers.
-class SoundModule
+class SoundModule : public ModuleInterface
 {
 public:
     static constexpr const char *fileName = "sound.so";
-
-    SoundModule() = default;
-    virtual ~SoundModule() = default;
-    SoundModule(const SoundModule &) = delete;
-    SoundModule &operator=(const SoundModule &) = delete;
 
     /// The sound `name` of the chime is the file `name`.wav in `soundsFolder`.
     [[nodiscard]] virtual std::unique_ptr<Chime> makeChime(const QString &soundsFolder) const = 0;
