@@ -8,7 +8,7 @@
 # The same program, which looks for libraries beside itself. As DT_RPATH this also counts for what the libraries and the
 # plug-ins need in their turn, so these stay as the distribution built them, and nothing is handed down to the programs that
 # it starts, as the environment would be. The system's libraries come before the fallback ones, see GatherLibraries.cmake.
-add_executable(orvanebreak-program $<TARGET_OBJECTS:orvanebreak>)
+add_executable(orvanebreak-program EXCLUDE_FROM_ALL $<TARGET_OBJECTS:orvanebreak>)
 target_link_libraries(orvanebreak-program PRIVATE $<TARGET_PROPERTY:orvanebreak,LINK_LIBRARIES>)
 add_dependencies(orvanebreak-program orvane-modules)
 target_link_options(orvanebreak-program PRIVATE LINKER:--disable-new-dtags)

@@ -24,8 +24,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 24;
-constexpr int contentRight = 406;
+constexpr int pageMargin = 24;
+constexpr int pageRight = 406;
 constexpr int cardLeft = 40;
 constexpr int cardRight = 390;
 constexpr int popUpLeft = 270;
@@ -127,7 +127,7 @@ void placeButtonRow(QPushButton &first, QPushButton &second, int top)
 {
     constexpr int gap = 10;
     QFont font = first.font();
-    while (margin + first.width() + gap + second.width() > contentRight &&
+    while (pageMargin + first.width() + gap + second.width() > pageRight &&
            font.pixelSize() > smallestFontSize) {
         font.setPixelSize(font.pixelSize() - 1);
         for (QPushButton *button : {&first, &second}) {
@@ -135,8 +135,8 @@ void placeButtonRow(QPushButton &first, QPushButton &second, int top)
             fitWithPadding(*button);
         }
     }
-    first.move(margin, top);
-    second.move(margin + first.width() + gap, top);
+    first.move(pageMargin, top);
+    second.move(pageMargin + first.width() + gap, top);
 }
 
 } // namespace
@@ -174,7 +174,7 @@ QWidget *AppDelegate::buildSettingsView()
     connect(report, &QPushButton::clicked, this, &AppDelegate::reportProblemPressed);
     placeButtonRow(*updates, *report, 332);
 
-    page.add(new Separator, u"separator"_s)->setGeometry(margin, 372, contentRight - margin, 1);
+    page.add(new Separator, u"separator"_s)->setGeometry(pageMargin, 372, pageRight - pageMargin, 1);
     buildFooter(*root);
     return root;
 }
@@ -182,7 +182,7 @@ QWidget *AppDelegate::buildSettingsView()
 void AppDelegate::buildRhythmCards(QWidget &root)
 {
     PageBuilder page(&root);
-    page.card({margin, 94, 382, 80});
+    page.card({pageMargin, 94, 382, 80});
     QComboBox *interval =
         page.popUpRow(u"Intervalle entre les pauses"_s, u"intervalPopUp"_s, 115, BreakSettings::intervals,
                       &BreakSettings::IntervalOption::minutes, BreakSettings::intervalMinutes(m_preferences));
@@ -192,7 +192,7 @@ void AppDelegate::buildRhythmCards(QWidget &root)
                       &BreakSettings::PauseOption::secondes, BreakSettings::pauseSeconds(m_preferences));
     connect(pause, &QComboBox::activated, this, [this, pause] { pauseDurationChanged(*pause); });
 
-    page.card({margin, 184, 382, 38});
+    page.card({pageMargin, 184, 382, 38});
     QCheckBox *sound = page.checkBox(u"Jouer un son doux au début de la pause"_s, u"soundCheckbox"_s, 193,
                                      BreakSettings::soundEnabled(m_preferences));
     connect(sound, &QCheckBox::toggled, this, [this, sound] { toggleSound(*sound); });
@@ -201,7 +201,7 @@ void AppDelegate::buildRhythmCards(QWidget &root)
 void AppDelegate::buildSystemCard(QWidget &root)
 {
     PageBuilder page(&root);
-    page.card({margin, 232, 382, 90});
+    page.card({pageMargin, 232, 382, 90});
     const SPUUpdater &updater = m_updaterController.updater();
     QCheckBox *updates =
         page.checkBox(u"Installer les mises à jour automatiquement"_s, u"autoUpdatesCheckbox"_s, 242,
@@ -221,14 +221,14 @@ void AppDelegate::buildFooter(QWidget &root)
     PageBuilder page(&root);
     const QString version = m_bundle.shortVersion();
     fit(*page.label(u"OrvaneBreak v"_s + version, u"versionLabel"_s, 12, QFont::DemiBold, labelColor()),
-        {margin, 420}, contentRight);
+        {pageMargin, 420}, pageRight);
     fit(*page.label(u"Développé par Orvane Labs,\nstudio suisse d'applications Mac."_s, u"makersLabel"_s, 11,
                     QFont::Normal, secondaryLabelColor()),
-        {margin, 438}, contentRight);
+        {pageMargin, 438}, pageRight);
     auto *link = page.add(new TextButton(QStringLiteral(ORVANE_WEBSITE_NAME), systemFont(12, QFont::DemiBold),
                                          orvaneMauve(), 0),
                           u"websiteLink"_s);
     link->setAccessibleDescription(QStringLiteral(ORVANE_WEBSITE_URL));
     connect(link, &QPushButton::clicked, this, &AppDelegate::openOrvaneLabs);
-    fit(*link, {margin, 470}, contentRight);
+    fit(*link, {pageMargin, 470}, pageRight);
 }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int bezelHeight = 32;
 constexpr int horizontalPadding = 20;
-constexpr qreal cornerRadius = 7;
+constexpr qreal buttonCornerRadius = 7;
 
 /// Dark or light, whichever reads better on the bezel.
 QColor titleColor(const QColor &bezel)
@@ -46,8 +46,9 @@ void AccentButton::paintEvent(QPaintEvent * /*event*/)
         fill = m_bezel.lighter(110);
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
-    painter.drawRoundedRect(area, cornerRadius, cornerRadius);
-    paintFocusRing(painter, *this, QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius + 1, labelColor());
+    painter.drawRoundedRect(area, buttonCornerRadius, buttonCornerRadius);
+    paintFocusRing(painter, *this, QRectF(rect()).adjusted(1, 1, -1, -1), buttonCornerRadius + 1,
+                   labelColor());
     painter.setPen(titleColor(m_bezel));
     painter.setFont(font());
     painter.drawText(rect(), Qt::AlignCenter, text());

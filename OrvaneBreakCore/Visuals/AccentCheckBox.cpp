@@ -13,7 +13,7 @@ namespace {
 
 constexpr int indicatorSize = 15;
 constexpr int gap = 7;
-constexpr qreal cornerRadius = 4;
+constexpr qreal boxCornerRadius = 4;
 
 /// The tick, in a square of side 1.
 QPainterPath tick()
@@ -57,7 +57,7 @@ void AccentCheckBox::paintEvent(QPaintEvent * /*event*/)
     painter.setRenderHint(QPainter::Antialiasing);
     paintIndicator(painter);
     const QRect textArea = rect().adjusted(indicatorSize + gap, 0, 0, 0);
-    paintFocusRing(painter, *this, QRectF(textArea).adjusted(-4, 1, -1, -1), cornerRadius);
+    paintFocusRing(painter, *this, QRectF(textArea).adjusted(-4, 1, -1, -1), boxCornerRadius);
     painter.setPen(labelColor().resolved(palette()));
     painter.setFont(font());
     painter.drawText(textArea, Qt::AlignLeft | Qt::AlignVCenter, text());
@@ -70,13 +70,13 @@ void AccentCheckBox::paintIndicator(QPainter &painter) const
     if (!isChecked()) {
         painter.setPen(QPen(shade(palette(), isHot ? 0.8F : 0.55F), 1));
         painter.setBrush(shade(palette(), isDown() ? 0.15F : 0.04F));
-        painter.drawRoundedRect(square, cornerRadius, cornerRadius);
+        painter.drawRoundedRect(square, boxCornerRadius, boxCornerRadius);
         return;
     }
     const QColor fill = AppearanceColor(QColor(0x0d, 0x80, 0x76), breakTealFixed).resolved(palette());
     painter.setPen(Qt::NoPen);
     painter.setBrush(isDown() ? fill.darker(115) : fill);
-    painter.drawRoundedRect(square.adjusted(-0.5, -0.5, 0.5, 0.5), cornerRadius, cornerRadius);
+    painter.drawRoundedRect(square.adjusted(-0.5, -0.5, 0.5, 0.5), boxCornerRadius, boxCornerRadius);
     const QColor ink = AppearanceColor(QColor(Qt::white), breakTealInk).resolved(palette());
     painter.setPen(QPen(ink, 2 / square.width(), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(Qt::NoBrush);

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr qreal cornerRadius = 10;
+constexpr qreal cardCornerRadius = 10;
 
 } // namespace
 
@@ -17,7 +17,8 @@ void Card::paintEvent(QPaintEvent * /*event*/)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(shade(palette(), 0.08F), 1));
     painter.setBrush(shade(palette(), 0.05F));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cardCornerRadius,
+                            cardCornerRadius);
 }
 
 void Separator::paintEvent(QPaintEvent * /*event*/)

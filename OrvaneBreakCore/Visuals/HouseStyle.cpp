@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qreal cornerRadius = 6;
+constexpr qreal controlCornerRadius = 6;
 constexpr int buttonHeight = 28;
 constexpr int textFieldFrame = 3;
 constexpr int textPadding = 4;
@@ -43,14 +43,14 @@ void paintBezel(QPainter &painter, const QStyleOption &option, const QWidget *wi
     const QColor plain = isDark ? shade(option.palette, 0.1F) : QColor(Qt::white);
     painter.setPen(isDefault ? QPen(Qt::NoPen) : QPen(shade(option.palette, 0.22F), 1));
     painter.setBrush(isDefault ? breakTealFixed : plain);
-    painter.drawRoundedRect(isDefault ? area.adjusted(-0.5, -0.5, 0.5, 0.5) : area, cornerRadius,
-                            cornerRadius);
+    painter.drawRoundedRect(isDefault ? area.adjusted(-0.5, -0.5, 0.5, 0.5) : area, controlCornerRadius,
+                            controlCornerRadius);
     painter.setPen(Qt::NoPen);
     painter.setBrush(shade(option.palette, answer(option.state)));
-    painter.drawRoundedRect(area, cornerRadius, cornerRadius);
+    painter.drawRoundedRect(area, controlCornerRadius, controlCornerRadius);
     if (widget)
-        paintFocusRing(painter, *widget, QRectF(option.rect).adjusted(1, 1, -1, -1), cornerRadius + 0.5,
-                       isDefault ? labelColor() : breakTeal());
+        paintFocusRing(painter, *widget, QRectF(option.rect).adjusted(1, 1, -1, -1),
+                       controlCornerRadius + 0.5, isDefault ? labelColor() : breakTeal());
     painter.restore();
 }
 
@@ -64,8 +64,8 @@ void paintTextField(QPainter &painter, const QStyleOption &option)
     painter.setPen(hasFocus ? QPen(breakTeal().resolved(option.palette), 2)
                             : QPen(shade(option.palette, 0.25F), 1));
     const qreal inset = painter.pen().widthF() / 2;
-    painter.drawRoundedRect(QRectF(option.rect).adjusted(inset, inset, -inset, -inset), cornerRadius,
-                            cornerRadius);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(inset, inset, -inset, -inset), controlCornerRadius,
+                            controlCornerRadius);
     painter.restore();
 }
 
@@ -88,7 +88,8 @@ void paintMenuBarItem(QPainter &painter, const QStyleOptionMenuItem &item, const
     if (item.state.testFlag(QStyle::State_Selected)) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(shade(item.palette, 0.1F));
-        painter.drawRoundedRect(QRectF(item.rect).adjusted(1, 1, -1, -1), cornerRadius - 2, cornerRadius - 2);
+        painter.drawRoundedRect(QRectF(item.rect).adjusted(1, 1, -1, -1), controlCornerRadius - 2,
+                                controlCornerRadius - 2);
     }
     painter.restore();
     const int mnemonic =

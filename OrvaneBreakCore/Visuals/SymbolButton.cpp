@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr qreal cornerRadius = 6;
+constexpr qreal symbolCornerRadius = 6;
 
 } // namespace
 
@@ -35,9 +35,9 @@ void SymbolButton::paintEvent(QPaintEvent * /*event*/)
     if (isDown() || underMouse()) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(shade(palette(), isDown() ? 0.16F : 0.08F));
-        painter.drawRoundedRect(area, cornerRadius, cornerRadius);
+        painter.drawRoundedRect(area, symbolCornerRadius, symbolCornerRadius);
     }
-    paintFocusRing(painter, *this, area, cornerRadius);
+    paintFocusRing(painter, *this, area, symbolCornerRadius);
     const QImage image = Symbols::image(m_symbol, m_size, m_tint.resolved(palette()), devicePixelRatioF());
     if (!image.isNull())
         painter.drawImage(QPointF(width() - m_size, height() - m_size) / 2, image);

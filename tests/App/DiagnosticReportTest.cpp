@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/DiagnosticReport.h"
 
+#include "Support/TestProgram.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -131,5 +133,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(DiagnosticReportTest)
+ORVANE_TEST(DiagnosticReportTest, QCoreApplication)
 #include "DiagnosticReportTest.moc"

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/ApplicationFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QMessageBox>
 #include <QPushButton>
@@ -302,5 +304,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(DisplayModeTest)
+ORVANE_TEST(DisplayModeTest, QApplication)
 #include "DisplayModeTest.moc"

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/BreakSettings.h"
 #include "Support/ApplicationFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "Visuals/Palette.h"
 
+#include <QApplication>
 #include <QPushButton>
 #include <QTest>
 
@@ -153,5 +155,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(MainViewTest)
+ORVANE_TEST(MainViewTest, QApplication)
 #include "MainViewTest.moc"

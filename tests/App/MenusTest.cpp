@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/ApplicationFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -241,5 +243,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(MenusTest)
+ORVANE_TEST(MenusTest, QApplication)
 #include "MenusTest.moc"

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/MessagesFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "Windows/TextView.h"
 
+#include <QApplication>
 #include <QJsonArray>
 #include <QPlainTextEdit>
 #include <QScreen>
@@ -305,5 +307,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(MessagesTest)
+ORVANE_TEST(MessagesTest, QApplication)
 #include "MessagesTest.moc"

@@ -8,8 +8,10 @@
 #include "Platform/Network/NetworkDownloads.h"
 #include "Platform/Network/NetworkHttp.h"
 #include "Platform/Network/ScriptedServer.h"
+#include "Support/TestProgram.h"
 #include "Updates/FeedMaker.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -221,5 +223,5 @@ private:
     }
 };
 
-QTEST_MAIN(PrivacyTest)
+ORVANE_TEST(PrivacyTest, QApplication)
 #include "PrivacyTest.moc"

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "App/MessagesFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
@@ -116,5 +118,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(ReportsTest)
+ORVANE_TEST(ReportsTest, QApplication)
 #include "ReportsTest.moc"

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/BreakSettings.h"
 #include "Support/ApplicationFixture.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
@@ -285,5 +287,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(SettingsViewTest)
+ORVANE_TEST(SettingsViewTest, QApplication)
 #include "SettingsViewTest.moc"

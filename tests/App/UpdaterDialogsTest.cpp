@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/ApplicationFixture.h"
+#include "Support/TestProgram.h"
 #include "Updates/FeedMaker.h"
 #include "Windows/Alert.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -223,5 +225,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(UpdaterDialogsTest)
+ORVANE_TEST(UpdaterDialogsTest, QApplication)
 #include "UpdaterDialogsTest.moc"

@@ -2,6 +2,7 @@
 #include "Channel/CheckInAnswer.h"
 
 #include "Support/Signer.h"
+#include "Support/TestProgram.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -252,5 +253,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(CheckInAnswerTest)
+ORVANE_TEST(CheckInAnswerTest, TestProgram::NoApplication)
 #include "CheckInAnswerTest.moc"

@@ -2,6 +2,7 @@
 #include "Channel/MessageArchive.h"
 
 #include "Support/MemoryPreferences.h"
+#include "Support/TestProgram.h"
 
 #include <QJsonArray>
 #include <QTest>
@@ -190,5 +191,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(MessageArchiveTest)
+ORVANE_TEST(MessageArchiveTest, TestProgram::NoApplication)
 #include "MessageArchiveTest.moc"

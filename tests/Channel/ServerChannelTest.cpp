@@ -7,6 +7,7 @@
 #include "Support/ManualRunLoop.h"
 #include "Support/MemoryPreferences.h"
 #include "Support/Signer.h"
+#include "Support/TestProgram.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -261,5 +262,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ServerChannelTest)
+ORVANE_TEST(ServerChannelTest, QCoreApplication)
 #include "ServerChannelTest.moc"

@@ -3,6 +3,7 @@
 #include "Crash/SystemReports.h"
 #include "Platform/Preferences/ScratchFolder.h"
 #include "Support/ManualRunLoop.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -160,5 +161,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CoreDumpsTest)
+ORVANE_TEST(CoreDumpsTest, QCoreApplication)
 #include "CoreDumpsTest.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -248,5 +249,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CrashCaptureTest)
+ORVANE_TEST(CrashCaptureTest, QCoreApplication)
 #include "CrashCaptureTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Crash/ExceptionText.h"
 #include "Crash/ProgramSymbols.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -70,5 +71,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CrashTextTest)
+ORVANE_TEST(CrashTextTest, QCoreApplication)
 #include "CrashTextTest.moc"

@@ -8,6 +8,7 @@
 #include "Platform/Process/Bundle.h"
 #include "Support/FakeHttp.h"
 #include "Support/MemoryPreferences.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -227,5 +228,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CrashUploadTest)
+ORVANE_TEST(CrashUploadTest, QCoreApplication)
 #include "CrashUploadTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Platform/Preferences/FileDescriptor.h"
 #include "Platform/Preferences/ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -232,5 +233,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemReportsTest)
+ORVANE_TEST(SystemReportsTest, QCoreApplication)
 #include "SystemReportsTest.moc"

@@ -2,6 +2,7 @@
 #include "Engine/BreakEngine.h"
 #include "Engine/BreakSettings.h"
 #include "Support/EngineFixture.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -87,5 +88,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(BreakEngineClockTest)
+ORVANE_TEST(BreakEngineClockTest, TestProgram::NoApplication)
 #include "BreakEngineClockTest.moc"

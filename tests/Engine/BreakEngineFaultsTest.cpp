@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/BreakEngine.h"
 #include "Support/EngineFixture.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -199,5 +200,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(BreakEngineFaultsTest)
+ORVANE_TEST(BreakEngineFaultsTest, TestProgram::NoApplication)
 #include "BreakEngineFaultsTest.moc"

@@ -4,6 +4,7 @@
 #include "Support/EngineFakes.h"
 #include "Support/ManualRunLoop.h"
 #include "Support/MemoryPreferences.h"
+#include "Support/TestProgram.h"
 #include "Support/TestSeed.h"
 
 #include <QTest>
@@ -230,5 +231,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(BreakEngineModelTest)
+ORVANE_TEST(BreakEngineModelTest, TestProgram::NoApplication)
 #include "BreakEngineModelTest.moc"

@@ -4,6 +4,7 @@
 #include "Engine/BreakSettings.h"
 #include "Engine/SharedInstance.h"
 #include "Support/EngineFixture.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -387,5 +388,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(BreakEngineTest)
+ORVANE_TEST(BreakEngineTest, TestProgram::NoApplication)
 #include "BreakEngineTest.moc"

@@ -2,6 +2,7 @@
 #include "Engine/BreakSettings.h"
 
 #include "Support/MemoryPreferences.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -98,5 +99,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(BreakSettingsTest)
+ORVANE_TEST(BreakSettingsTest, TestProgram::NoApplication)
 #include "BreakSettingsTest.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Engine/StatusText.h"
 
+#include "Support/TestProgram.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -58,5 +60,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(StatusTextTest)
+ORVANE_TEST(StatusTextTest, TestProgram::NoApplication)
 #include "StatusTextTest.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/ManualRunLoop.h"
+#include "Support/TestProgram.h"
 
 #include <QStringList>
 #include <QTest>
@@ -159,5 +160,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TimerScheduleTest)
+ORVANE_TEST(TimerScheduleTest, TestProgram::NoApplication)
 #include "TimerScheduleTest.moc"

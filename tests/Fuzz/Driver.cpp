@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 //
-// usage: TARGET COUNT CORPUS [WORDS]
+// usage: PROGRAM TARGET COUNT CORPUS [WORDS]
 //
-// Runs a target without libFuzzer: on every file of the folder CORPUS, then on COUNT inputs made out of
-// these. WORDS is a dictionary as libFuzzer reads them. Whatever kills the process, the input is left in the
-// file "crash-TARGET" of the current folder.
+// Runs one of the program's targets without libFuzzer: on every file of the folder CORPUS, then on COUNT
+// inputs made out of these. WORDS is a dictionary as libFuzzer reads them. Whatever kills the process, the
+// input is left in the file "crash-TARGET" of the current folder.
 #include "Fuzz/Mutator.h"
 #include "Fuzz/Target.h"
 #include "Support/TestSeed.h"
@@ -15,17 +15,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <csignal>
 #include <optional>
-
-[[gnu::weak]] std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size,
-                                                  std::size_t largestSize, unsigned seed);
 
 namespace {
 
 constexpr std::size_t largestInput = 65'536;
 
+FuzzTarget target;
 QByteArray current;
 QByteArray crashFile;
 std::optional<Mutator> mutator;
@@ -51,6 +49,15 @@ void keepInputOfCrashes()
         action.sa_handler = keepInput;
         sigaction(number, &action, nullptr);
     }
+}
+
+FuzzTarget findTarget(const QByteArray &name)
+{
+    const std::vector<FuzzTarget> &targets = fuzzTargets();
+    const auto found = std::find_if(targets.begin(), targets.end(),
+                                    [&](const FuzzTarget &each) { return each.name == name; });
+    require(found != targets.end(), "there is a target of this name");
+    return *found;
 }
 
 QList<QByteArray> readCorpus(const QString &folder)
@@ -95,12 +102,12 @@ QList<QByteArray> readWords(const QString &path)
 QByteArray nextInput()
 {
     QByteArray input = mutator->any();
-    if (!LLVMFuzzerCustomMutator)
+    if (!target.changeInput)
         return mutator->changed(input);
     const auto size = static_cast<std::size_t>(input.size());
     input.resize(largestInput);
-    input.truncate(static_cast<qsizetype>(LLVMFuzzerCustomMutator(
-        reinterpret_cast<std::uint8_t *>(input.data()), size, largestInput, mutator->number())));
+    input.truncate(static_cast<qsizetype>(target.changeInput(reinterpret_cast<std::uint8_t *>(input.data()),
+                                                             size, largestInput, mutator->number())));
     return input;
 }
 
@@ -108,8 +115,8 @@ void run(const QByteArray &input)
 {
     current = input;
     const QByteArray copy(input.constData(), input.size());
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(copy.constData()),
-                           static_cast<std::size_t>(copy.size()));
+    target.run(reinterpret_cast<const std::uint8_t *>(copy.constData()),
+               static_cast<std::size_t>(copy.size()));
 }
 
 } // namespace
@@ -124,12 +131,13 @@ std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t l
 
 int main(int argc, char **argv)
 {
-    require(argc == 3 || argc == 4, "the arguments are: COUNT CORPUS [WORDS]");
-    const int count = QByteArray(argv[1]).toInt();
-    const QList<QByteArray> corpus = readCorpus(QFile::decodeName(argv[2]));
-    mutator.emplace(corpus, argc == 4 ? readWords(QFile::decodeName(argv[3])) : QList<QByteArray>(),
+    require(argc == 4 || argc == 5, "the arguments are: TARGET COUNT CORPUS [WORDS]");
+    target = findTarget(argv[1]);
+    const int count = QByteArray(argv[2]).toInt();
+    const QList<QByteArray> corpus = readCorpus(QFile::decodeName(argv[3]));
+    mutator.emplace(corpus, argc == 5 ? readWords(QFile::decodeName(argv[4])) : QList<QByteArray>(),
                     testSeed());
-    crashFile = QByteArray("crash-") + program_invocation_short_name;
+    crashFile = QByteArray("crash-") + target.name;
     keepInputOfCrashes();
     for (const QByteArray &input : corpus)
         run(input);

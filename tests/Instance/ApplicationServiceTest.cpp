@@ -2,6 +2,7 @@
 #include "Instance/ApplicationService.h"
 
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -33,7 +34,8 @@ class ApplicationServiceTest : public QObject
         environment.insert(u"XDG_ACTIVATION_TOKEN"_s, token);
         environment.insert(u"DESKTOP_STARTUP_ID"_s, token);
         process->setProcessEnvironment(environment);
-        process->start(QCoreApplication::applicationFilePath(), {u"--second"_s, action});
+        process->start(QCoreApplication::applicationFilePath(),
+                       {u"ApplicationServiceTest"_s, u"--second"_s, action});
         return process;
     }
 
@@ -119,7 +121,7 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
+static int runApplicationServiceTest(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     if (application.arguments().value(1) == "--second"_L1) {
@@ -129,5 +131,7 @@ int main(int argc, char **argv)
     ApplicationServiceTest test;
     return QTest::qExec(&test, argc, argv);
 }
+
+ORVANE_TEST_WITH_MAIN(ApplicationServiceTest, runApplicationServiceTest)
 
 #include "ApplicationServiceTest.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LoginItem/AutostartEntry.h"
 
+#include "Support/TestProgram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -167,5 +169,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AutostartEntryTest)
+ORVANE_TEST(AutostartEntryTest, QCoreApplication)
 #include "AutostartEntryTest.moc"

@@ -2,6 +2,7 @@
 #include "LoginItem/PortalLoginItem.h"
 
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 #include "Support/ThreadedBusService.h"
 
 #include <QDBusContext>
@@ -199,5 +200,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PortalLoginItemTest)
+ORVANE_TEST(PortalLoginItemTest, QCoreApplication)
 #include "PortalLoginItemTest.moc"

@@ -4,6 +4,7 @@
 #include "Overlay/BreakOverlayPanel.h"
 #include "Overlay/RingView.h"
 #include "Support/FakeOverlaySurface.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
@@ -163,5 +164,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(BreakOverlayControllerTest)
+ORVANE_TEST(BreakOverlayControllerTest, QApplication)
 #include "BreakOverlayControllerTest.moc"

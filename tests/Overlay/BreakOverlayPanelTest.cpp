@@ -2,6 +2,7 @@
 #include "Overlay/BreakOverlayPanel.h"
 
 #include "Overlay/RingView.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
@@ -173,5 +174,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(BreakOverlayPanelTest)
+ORVANE_TEST(BreakOverlayPanelTest, QApplication)
 #include "BreakOverlayPanelTest.moc"

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Overlay/RingView.h"
 
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
 #include <QtMath>
@@ -196,5 +198,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(RingViewTest)
+ORVANE_TEST(RingViewTest, QApplication)
 #include "RingViewTest.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/TimerfdRunLoop.h"
 
+#include "Support/TestProgram.h"
+
 #include <QEventLoop>
 #include <QTest>
 
@@ -166,5 +168,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TimerfdRunLoopTest)
+ORVANE_TEST(TimerfdRunLoopTest, QCoreApplication)
 #include "TimerfdRunLoopTest.moc"

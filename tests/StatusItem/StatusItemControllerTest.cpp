@@ -2,8 +2,10 @@
 #include "StatusItem/StatusItemController.h"
 
 #include "Support/FakeTray.h"
+#include "Support/TestProgram.h"
 #include "Visuals/Palette.h"
 
+#include <QApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -92,5 +94,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(StatusItemControllerTest)
+ORVANE_TEST(StatusItemControllerTest, QApplication)
 #include "StatusItemControllerTest.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/FeedMaker.h"
 
 #include <QTimeZone>
@@ -207,5 +208,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(AppcastTest)
+ORVANE_TEST(AppcastTest, TestProgram::NoApplication)
 #include "AppcastTest.moc"

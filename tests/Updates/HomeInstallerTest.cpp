@@ -2,6 +2,7 @@
 #include "Updates/HomeInstaller.h"
 
 #include "Support/Signer.h"
+#include "Support/TestProgram.h"
 #include "Updates/InstallationFixture.h"
 
 #include <QCoreApplication>
@@ -204,5 +205,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(HomeInstallerTest)
+ORVANE_TEST(HomeInstallerTest, QCoreApplication)
 #include "HomeInstallerTest.moc"

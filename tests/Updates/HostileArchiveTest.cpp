@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/UnpackFixture.h"
 
 #include <clocale>
@@ -192,5 +193,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(HostileArchiveTest)
+ORVANE_TEST(HostileArchiveTest, TestProgram::NoApplication)
 #include "HostileArchiveTest.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/InstallationFixture.h"
 
 using namespace Qt::StringLiterals;
@@ -230,5 +231,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(InstallationTest)
+ORVANE_TEST(InstallationTest, TestProgram::NoApplication)
 #include "InstallationTest.moc"

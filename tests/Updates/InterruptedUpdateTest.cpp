@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/SystemCalls.h"
+#include "Support/TestProgram.h"
 #include "Updates/InstallationFixture.h"
 
 #include <functional>
@@ -203,5 +204,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(InterruptedUpdateTest)
+ORVANE_TEST(InterruptedUpdateTest, TestProgram::NoApplication)
 #include "InterruptedUpdateTest.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/UnpackFixture.h"
 
 #include <sys/resource.h>
@@ -133,5 +134,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UnpackedUpdateTest)
+ORVANE_TEST(UnpackedUpdateTest, TestProgram::NoApplication)
 #include "UnpackedUpdateTest.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Updates/UpdateChoice.h"
 
+#include "Support/TestProgram.h"
+
 #include <QTest>
 #include <QTimeZone>
 
@@ -149,5 +151,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UpdateChoiceTest)
+ORVANE_TEST(UpdateChoiceTest, TestProgram::NoApplication)
 #include "UpdateChoiceTest.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Support/SystemCalls.h"
+#include "Support/TestProgram.h"
 #include "UpdateDownloadFixture.h"
 
 #include <QRegularExpression>
@@ -180,5 +181,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateDownloadFileTest)
+ORVANE_TEST(UpdateDownloadFileTest, QCoreApplication)
 #include "UpdateDownloadFileTest.moc"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "UpdateDownloadFixture.h"
 
 #include <QRegularExpression>
@@ -219,5 +220,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdateDownloadTest)
+ORVANE_TEST(UpdateDownloadTest, QCoreApplication)
 #include "UpdateDownloadTest.moc"

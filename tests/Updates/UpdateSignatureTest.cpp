@@ -2,6 +2,7 @@
 #include "Updates/UpdateSignature.h"
 
 #include "Support/Signer.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -9,7 +10,7 @@ using namespace UpdateSignature;
 
 namespace {
 
-constexpr auto urlEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
+constexpr auto signatureEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
 
 } // namespace
 
@@ -19,14 +20,14 @@ class UpdateSignatureTest : public QObject
 
     const Signer m_makers;
     const QByteArray m_archive = QByteArray(100'000, 'a');
-    const QByteArray m_signature = QByteArray::fromBase64(m_makers.sign(m_archive), urlEncoding);
+    const QByteArray m_signature = QByteArray::fromBase64(m_makers.sign(m_archive), signatureEncoding);
     const PublicKey m_key = parsePublicKey(m_makers.publicKeyBase64()).value_or(PublicKey{});
 
 private Q_SLOTS:
     void theMakersArchive() const
     {
         QVERIFY(verify(m_archive, m_archive.size(), m_signature, m_key));
-        QVERIFY(verify({}, 0, QByteArray::fromBase64(m_makers.sign({}), urlEncoding), m_key));
+        QVERIFY(verify({}, 0, QByteArray::fromBase64(m_makers.sign({}), signatureEncoding), m_key));
     }
 
     void anotherArchive() const
@@ -87,5 +88,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UpdateSignatureTest)
+ORVANE_TEST(UpdateSignatureTest, TestProgram::NoApplication)
 #include "UpdateSignatureTest.moc"

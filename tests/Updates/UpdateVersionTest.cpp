@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Updates/UpdateVersion.h"
 
+#include "Support/TestProgram.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -108,5 +110,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(UpdateVersionTest)
+ORVANE_TEST(UpdateVersionTest, TestProgram::NoApplication)
 #include "UpdateVersionTest.moc"

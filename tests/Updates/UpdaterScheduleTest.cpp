@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/UpdaterFixture.h"
 
 #include <QTest>
@@ -218,5 +219,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdaterScheduleTest)
+ORVANE_TEST(UpdaterScheduleTest, QCoreApplication)
 #include "UpdaterScheduleTest.moc"

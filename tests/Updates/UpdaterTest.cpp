@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
 #include "Updates/UpdaterFixture.h"
 
 #include <QTest>
@@ -392,5 +393,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UpdaterTest)
+ORVANE_TEST(UpdaterTest, QCoreApplication)
 #include "UpdaterTest.moc"

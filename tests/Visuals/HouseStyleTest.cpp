@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Visuals/HouseStyle.h"
 
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "Visuals/AccentButton.h"
 #include "Visuals/Palette.h"
@@ -244,5 +245,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(HouseStyleTest)
+ORVANE_TEST(HouseStyleTest, QApplication)
 #include "HouseStyleTest.moc"

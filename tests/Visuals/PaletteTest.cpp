@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Visuals/Palette.h"
 
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "Visuals/AccentButton.h"
 #include "Visuals/AccentCheckBox.h"
 #include "Visuals/SymbolButton.h"
 #include "Visuals/TextButton.h"
 
+#include <QApplication>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -187,5 +189,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PaletteTest)
+ORVANE_TEST(PaletteTest, QApplication)
 #include "PaletteTest.moc"

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Visuals/Symbols.h"
 
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -204,5 +206,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(SymbolsTest)
+ORVANE_TEST(SymbolsTest, QApplication)
 #include "SymbolsTest.moc"

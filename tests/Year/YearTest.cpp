@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Year/Year.h"
 
+#include "Support/TestProgram.h"
 #include "Support/TestSeed.h"
 #include "Support/Widgets.h"
 
@@ -64,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(YearTest)
+ORVANE_TEST(YearTest, QApplication)
 #include "YearTest.moc"

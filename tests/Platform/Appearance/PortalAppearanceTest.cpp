@@ -3,6 +3,7 @@
 
 #include "Platform/Appearance/FakePortal.h"
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "Visuals/HouseStyle.h"
 
@@ -113,5 +114,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PortalAppearanceTest)
+ORVANE_TEST(PortalAppearanceTest, QApplication)
 #include "PortalAppearanceTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Platform/Idle/FakeIdleMonitor.h"
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -147,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(MutterUserIdleTest)
+ORVANE_TEST(MutterUserIdleTest, QCoreApplication)
 #include "MutterUserIdleTest.moc"

@@ -5,6 +5,7 @@
 #include "Platform/Idle/RunningCompositor.h"
 #include "Platform/Idle/SettableClock.h"
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -113,5 +114,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UserIdleFactoryTest)
+ORVANE_TEST(UserIdleFactoryTest, QCoreApplication)
 #include "UserIdleFactoryTest.moc"

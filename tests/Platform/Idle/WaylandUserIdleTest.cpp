@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Idle/WaylandIdleFixture.h"
+#include "Support/TestProgram.h"
 
 #include <QAbstractEventDispatcher>
 #include <QRegularExpression>
@@ -279,5 +280,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(WaylandUserIdleTest)
+ORVANE_TEST(WaylandUserIdleTest, QCoreApplication)
 #include "WaylandUserIdleTest.moc"

@@ -2,6 +2,7 @@
 #include "Platform/Idle/SettableClock.h"
 #include "Platform/Idle/UserIdleFactory.h"
 #include "Platform/Idle/X11UserIdle.h"
+#include "Support/TestProgram.h"
 
 #include <QProcess>
 #include <QTest>
@@ -112,5 +113,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(X11UserIdleDesktopTest)
+ORVANE_TEST(X11UserIdleDesktopTest, QCoreApplication)
 #include "X11UserIdleDesktopTest.moc"

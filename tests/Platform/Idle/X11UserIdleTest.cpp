@@ -2,6 +2,7 @@
 #include "Platform/Idle/X11UserIdle.h"
 
 #include "Platform/Idle/ScriptedXServer.h"
+#include "Support/TestProgram.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -129,5 +130,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(X11UserIdleTest)
+ORVANE_TEST(X11UserIdleTest, QCoreApplication)
 #include "X11UserIdleTest.moc"

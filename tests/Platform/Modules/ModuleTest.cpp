@@ -8,10 +8,12 @@
 #include "Platform/Network/ScriptedServer.h"
 #include "Platform/Preferences/ScratchFolder.h"
 #include "Platform/Sound/SoundModule.h"
+#include "Support/TestProgram.h"
 #include "Updates/ArchiveMaker.h"
 #include "Updates/ArchiveModule.h"
 #include "Updates/ArchiveReader.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QTest>
 
@@ -134,5 +136,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(ModuleTest)
+ORVANE_TEST(ModuleTest, QApplication)
 #include "ModuleTest.moc"

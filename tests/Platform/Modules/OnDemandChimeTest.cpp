@@ -2,6 +2,7 @@
 #include "Platform/Sound/OnDemandChime.h"
 
 #include "Support/EngineFakes.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -58,5 +59,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(OnDemandChimeTest)
+ORVANE_TEST(OnDemandChimeTest, TestProgram::NoApplication)
 #include "OnDemandChimeTest.moc"

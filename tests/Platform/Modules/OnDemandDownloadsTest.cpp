@@ -3,6 +3,7 @@
 
 #include "Platform/Network/Http.h"
 #include "Support/FakeDownloads.h"
+#include "Support/TestProgram.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -91,5 +92,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(OnDemandDownloadsTest)
+ORVANE_TEST(OnDemandDownloadsTest, QCoreApplication)
 #include "OnDemandDownloadsTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Platform/Network/Downloads.h"
 #include "Support/FakeHttp.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -119,5 +120,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(OnDemandHttpTest)
+ORVANE_TEST(OnDemandHttpTest, QCoreApplication)
 #include "OnDemandHttpTest.moc"

@@ -2,6 +2,7 @@
 #include "Platform/Launcher/LauncherCount.h"
 
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 #include <QVariantMap>
@@ -74,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LauncherCountTest)
+ORVANE_TEST(LauncherCountTest, QCoreApplication)
 #include "LauncherCountTest.moc"

@@ -3,6 +3,7 @@
 
 #include "ScriptedServer.h"
 #include "Support/NoDescriptors.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -262,5 +263,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(NetworkDownloadsTest)
+ORVANE_TEST(NetworkDownloadsTest, QCoreApplication)
 #include "NetworkDownloadsTest.moc"

@@ -3,6 +3,7 @@
 
 #include "ScriptedServer.h"
 #include "Support/NoDescriptors.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -206,5 +207,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(NetworkHttpTest)
+ORVANE_TEST(NetworkHttpTest, QCoreApplication)
 #include "NetworkHttpTest.moc"

@@ -2,8 +2,10 @@
 #include "Platform/Overlay/FullScreenOverlaySurface.h"
 
 #include "Overlay/BreakOverlayPanel.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QGuiApplication>
 #include <QTest>
 
@@ -27,5 +29,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(FullScreenOverlaySurfaceTest)
+ORVANE_TEST(FullScreenOverlaySurfaceTest, QApplication)
 #include "FullScreenOverlaySurfaceTest.moc"

@@ -5,6 +5,7 @@
 #include "Platform/Overlay/FakeLayerShell.h"
 #include "Platform/Wayland/WaylandDisplay.h"
 #include "Platform/Wayland/WaylandGlobals.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -173,5 +174,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LayerShellTest)
+ORVANE_TEST(LayerShellTest, QCoreApplication)
 #include "LayerShellTest.moc"

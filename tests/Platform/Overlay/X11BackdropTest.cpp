@@ -2,8 +2,10 @@
 #include "Platform/Overlay/X11Backdrop.h"
 
 #include "Overlay/BreakOverlayPanel.h"
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QTest>
 
 /// The darkened picture of a screen and how a panel shows it.
@@ -49,5 +51,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(X11BackdropTest)
+ORVANE_TEST(X11BackdropTest, QApplication)
 #include "X11BackdropTest.moc"

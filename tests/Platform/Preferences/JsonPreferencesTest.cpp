@@ -2,6 +2,7 @@
 #include "Platform/Preferences/JsonPreferences.h"
 
 #include "ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QJsonDocument>
 #include <QTest>
@@ -296,5 +297,5 @@ void JsonPreferencesTest::strangeTextIsWritten()
     QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 
-QTEST_GUILESS_MAIN(JsonPreferencesTest)
+ORVANE_TEST(JsonPreferencesTest, QCoreApplication)
 #include "JsonPreferencesTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -146,5 +147,5 @@ void PreferencesDamageTest::damageBehindALinkIsPutAsideThere()
     QCOMPARE(ScratchFolder::bytesOf(dotfiles.filePath(aside.at(0)).toStdString()), "damage"_ba);
 }
 
-QTEST_GUILESS_MAIN(PreferencesDamageTest)
+ORVANE_TEST(PreferencesDamageTest, QCoreApplication)
 #include "PreferencesDamageTest.moc"

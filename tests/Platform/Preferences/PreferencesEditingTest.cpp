@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -241,5 +242,5 @@ void PreferencesEditingTest::withoutInotifyChangesAreSeenToo()
     QCOMPARE(status, 0);
 }
 
-QTEST_GUILESS_MAIN(PreferencesEditingTest)
+ORVANE_TEST(PreferencesEditingTest, QCoreApplication)
 #include "PreferencesEditingTest.moc"

@@ -2,6 +2,7 @@
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
 #include "Support/SystemCalls.h"
+#include "Support/TestProgram.h"
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
@@ -292,5 +293,5 @@ void PreferencesFailureTest::aFolderLockedByAnotherProcessIsNotWaitedForLong()
     QCOMPARE(folder.bytes(), "{\n    \"key\": 1\n}\n"_ba);
 }
 
-QTEST_GUILESS_MAIN(PreferencesFailureTest)
+ORVANE_TEST(PreferencesFailureTest, QCoreApplication)
 #include "PreferencesFailureTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/TestProgram.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -96,5 +97,5 @@ void PreferencesLinkTest::aDanglingLinkIsFilled()
     QCOMPARE(ScratchFolder::bytesOf(folder.path("target")), "{\n    \"key\": 1\n}\n"_ba);
 }
 
-QTEST_GUILESS_MAIN(PreferencesLinkTest)
+ORVANE_TEST(PreferencesLinkTest, QCoreApplication)
 #include "PreferencesLinkTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Preferences/JsonPreferences.h"
 #include "ScratchFolder.h"
+#include "Support/TestProgram.h"
 #include "Support/TestSeed.h"
 
 #include <QJsonDocument>
@@ -140,5 +141,5 @@ void PreferencesTortureTest::twoProcessesLoseNoChange()
     QCOMPARE(preferences.integer(u"other"_s), changes);
 }
 
-QTEST_GUILESS_MAIN(PreferencesTortureTest)
+ORVANE_TEST(PreferencesTortureTest, QCoreApplication)
 #include "PreferencesTortureTest.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Process/Bundle.h"
 
+#include "Support/TestProgram.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -48,5 +50,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(BundleTest)
+ORVANE_TEST(BundleTest, QCoreApplication)
 #include "BundleTest.moc"

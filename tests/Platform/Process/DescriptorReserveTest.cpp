@@ -2,7 +2,9 @@
 #include "Platform/Process/DescriptorReserve.h"
 
 #include "Support/NoDescriptors.h"
+#include "Support/TestProgram.h"
 
+#include <QApplication>
 #include <QTest>
 #include <QWidget>
 
@@ -54,5 +56,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(DescriptorReserveTest)
+ORVANE_TEST(DescriptorReserveTest, QApplication)
 #include "DescriptorReserveTest.moc"

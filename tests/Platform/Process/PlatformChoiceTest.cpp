@@ -3,6 +3,7 @@
 
 #include "Platform/Idle/RunningCompositor.h"
 #include "Platform/Overlay/FakeLayerShell.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -133,5 +134,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlatformChoiceTest)
+ORVANE_TEST(PlatformChoiceTest, QCoreApplication)
 #include "PlatformChoiceTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Platform/Session/FakeLockService.h"
 #include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
 
 #include <QDBusObjectPath>
 #include <QDBusVariant>
@@ -138,5 +139,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SessionLockTest)
+ORVANE_TEST(SessionLockTest, QCoreApplication)
 #include "SessionLockTest.moc"

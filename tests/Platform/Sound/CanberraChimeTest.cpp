@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Sound/CanberraChime.h"
 
+#include "Support/TestProgram.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QLocalServer>
@@ -62,7 +64,8 @@ private:
         environment.insert(u"HOME"_s, m_folder->path());
         environment.insert(u"XDG_CONFIG_HOME"_s, m_folder->path());
         m_player->setProcessEnvironment(environment);
-        m_player->start(QCoreApplication::applicationFilePath(), {u"--obey"_s, soundsFolder});
+        m_player->start(QCoreApplication::applicationFilePath(),
+                        {u"CanberraChimeTest"_s, u"--obey"_s, soundsFolder});
     }
 
     /// Whether the player has carried out `command`.
@@ -163,7 +166,7 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char **argv)
+static int runCanberraChimeTest(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
@@ -172,5 +175,7 @@ int main(int argc, char **argv)
     CanberraChimeTest test;
     return QTest::qExec(&test, argc, argv);
 }
+
+ORVANE_TEST_WITH_MAIN(CanberraChimeTest, runCanberraChimeTest)
 
 #include "CanberraChimeTest.moc"

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Platform/Tray/MenuMirror.h"
 
+#include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
+#include <QApplication>
 #include <QPointer>
 #include <QTest>
 
@@ -136,5 +138,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(MenuMirrorTest)
+ORVANE_TEST(MenuMirrorTest, QApplication)
 #include "MenuMirrorTest.moc"

@@ -3,6 +3,7 @@
 
 #include "Platform/Idle/RunningCompositor.h"
 #include "Platform/Wayland/WaylandDisplay.h"
+#include "Support/TestProgram.h"
 
 #include <QTest>
 
@@ -46,5 +47,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(WaylandGlobalsTest)
+ORVANE_TEST(WaylandGlobalsTest, QCoreApplication)
 #include "WaylandGlobalsTest.moc"
