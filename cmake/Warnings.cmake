@@ -9,6 +9,10 @@ target_compile_options(OrvaneCompileOptions INTERFACE
 target_compile_definitions(OrvaneCompileOptions INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+# Where files are compiled together, the constants of one stand behind the names of the next.
+if(CMAKE_UNITY_BUILD)
+    target_compile_options(OrvaneCompileOptions INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-shadow>)
+endif()
 
 if(ORVANE_WARNINGS_AS_ERRORS)
     target_compile_options(OrvaneCompileOptions INTERFACE -Werror)
