@@ -11,6 +11,7 @@ import tempfile
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "MakersServer"))
 
 from driver import waiting  # noqa: E402
+from driver.packages import not_installed  # noqa: E402
 from driver.tray import Tray  # noqa: E402
 from driver.x11 import X11Bed  # noqa: E402
 from makers_server import MakersServer  # noqa: E402
@@ -58,7 +59,7 @@ def main():
     arguments = command_line.read(
         __doc__, program="the executable that takes a test server", makers_server="the server's executable")
     if not shutil.which("valgrind"):
-        print("not installed: valgrind (Debian package: valgrind)")
+        print(not_installed("valgrind"))
         return 1
     return carry_out("x11-memory", lambda report: run(arguments, report), arguments.results)
 

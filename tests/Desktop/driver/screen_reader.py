@@ -8,6 +8,7 @@ import pathlib
 import subprocess
 
 from .bed import CannotStart
+from .packages import not_installed
 from .waiting import wait_until
 
 _PROGRAM = pathlib.Path(__file__).resolve().parent.parent / "screen_reader.py"
@@ -37,7 +38,7 @@ class ScreenReader:
         self._bed = bed
         launcher = next((path for path in _LAUNCHERS if os.path.exists(path)), None)
         if not launcher:
-            raise CannotStart("not installed: at-spi-bus-launcher (Debian package: at-spi2-core)")
+            raise CannotStart(not_installed("at-spi-bus-launcher"))
         self._launcher = bed.run([launcher, "--launch-immediately"])
         wait_until(lambda: self._run("announce") is not None, "the accessibility bus")
 

@@ -11,11 +11,6 @@ from . import desktop_files
 from .bed import Bed, CannotStart
 from .children import Children
 
-_PACKAGE_OF = {"Xvfb": "xvfb", "xrandr": "x11-xserver-utils", "xdotool": "xdotool", "xprop": "x11-utils",
-               "dbus-daemon": "dbus", "hsetroot": "hsetroot", "picom": "picom", "xfce4-panel": "xfce4-panel",
-               "wmctrl": "wmctrl", "xwininfo": "x11-utils", "openbox": "openbox", "xfwm4": "xfwm4", "i3": "i3-wm",
-               "swaymsg": "sway", "swaybar": "sway", "kwin_wayland": "kwin-wayland",
-               "kscreen-doctor": "libkf5screen-bin", "Xwayland": "xwayland"}
 _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
 
 
@@ -73,13 +68,6 @@ class SessionBed(Bed):
         return path
 
     # -- parts of the start
-
-    @staticmethod
-    def _require_programs(programs):
-        missing = [program for program in programs if not shutil.which(program)]
-        if missing:
-            packages = " ".join(_PACKAGE_OF.get(program, program) for program in missing)
-            raise CannotStart(f"not installed: {' '.join(missing)} (Debian packages: {packages})")
 
     def _make_home(self):
         self._home = pathlib.Path(tempfile.mkdtemp(prefix="orvanebreak-bed-"))

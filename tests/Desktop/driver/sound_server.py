@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """A sound server of the bed with one loudspeaker that nobody hears: what it plays is recorded."""
 
-import shutil
 import subprocess
 
-from .bed import CannotStart
+from .packages import require
 from .waiting import wait_until
 
 _RATE = 32000
@@ -14,8 +13,7 @@ class SoundServer:
     """Runs and records from construction to `stop`. `environment` leads programs to it."""
 
     def __init__(self, bed):
-        if not shutil.which("pulseaudio") or not shutil.which("parec"):
-            raise CannotStart("not installed: pulseaudio, parec (Debian packages: pulseaudio, pulseaudio-utils)")
+        require("pulseaudio", "parec")
         self._bed = bed
         socket = bed.home / "sound"
         self.environment = {"PULSE_SERVER": f"unix:{socket}"}

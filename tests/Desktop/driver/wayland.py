@@ -9,6 +9,7 @@ import subprocess
 
 from PIL import Image
 
+from . import packages
 from .bed import CannotStart, Output
 from .session import SessionBed
 from .waiting import comes_true
@@ -48,7 +49,7 @@ class WaylandBed(SessionBed):
     # -- coming and going
 
     def start(self):
-        self._require_programs(["dbus-daemon", *self.required_programs])
+        packages.require("dbus-daemon", *self.required_programs)
         self._require_account()
         self._make_home()
         self.start_bus("session-bus")

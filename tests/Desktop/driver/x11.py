@@ -7,7 +7,7 @@ import re
 
 from PIL import Image, ImageGrab
 
-from . import desktop_files
+from . import desktop_files, packages
 from .bed import CannotStart, NotPossibleHere, Output
 from .session import SessionBed
 from .waiting import wait_until
@@ -45,7 +45,7 @@ class X11Bed(SessionBed):
     # -- coming and going
 
     def start(self):
-        self._require_programs(self._required_programs())
+        packages.require(*self._required_programs())
         self._make_home()
         self._start_server()
         self.start_bus("session-bus")
@@ -164,7 +164,7 @@ class X11Bed(SessionBed):
     def _start_settings(self):
         programs = glob.glob("/usr/lib/*/xfce4/xfconf/xfconfd") + glob.glob("/usr/lib*/xfce4/xfconf/xfconfd")
         if not programs:
-            raise CannotStart("not installed: xfconfd (Debian package: xfconf)")
+            raise CannotStart(packages.not_installed("xfconfd"))
         if self.panel:
             options = {"output": "Primary", **self._panel_options}
             self.write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))

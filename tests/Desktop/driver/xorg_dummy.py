@@ -6,6 +6,7 @@ import re
 import shutil
 
 from .bed import CannotStart, Output
+from .packages import not_installed
 from .waiting import wait_until
 from .x11 import X11Bed
 
@@ -52,7 +53,7 @@ class XorgDummyBed(X11Bed):
         if os.geteuid() != 0:
             raise CannotStart("Xorg with the dummy driver needs root", is_by_design=True)
         if not shutil.which(_SERVER):
-            raise CannotStart("not installed: Xorg (Debian packages: xserver-xorg-core xserver-xorg-video-dummy)")
+            raise CannotStart(not_installed("Xorg"))
         config = self.write("xorg.conf", _CONFIGURATION)
         self._run_server([_SERVER, "-config", config, "-noreset", "-nolisten", "tcp", "-ac", "-novtswitch",
                           "-sharevts", "-logfile", self.home / "xorg.log"])

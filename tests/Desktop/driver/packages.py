@@ -1,0 +1,55 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The packages of Debian that hold what the scripts of this project use, as tools/packages names them."""
+
+import shutil
+
+from .bed import CannotStart
+
+#: For each program its package, or several.
+OF_PROGRAM = {
+    "Xorg": "xserver-xorg-core xserver-xorg-video-dummy", "Xvfb": "xvfb", "Xwayland": "xwayland", "addr2line": "binutils",
+    "appstreamcli": "appstream", "at-spi-bus-launcher": "at-spi2-core", "c++": "g++", "c++filt": "binutils",
+    "clang": "clang", "clang++": "clang libclang-rt-dev", "clang-format": "clang-format", "clang-tidy": "clang-tidy",
+    "cmake": "cmake", "cpack": "cmake", "cppcheck": "cppcheck", "ctest": "cmake", "dbus-daemon": "dbus",
+    "dbus-monitor": "dbus", "dbus-run-session": "dbus", "dbus-send": "dbus",
+    "desktop-file-validate": "desktop-file-utils", "dpkg-shlibdeps": "dpkg-dev", "fc-match": "fontconfig", "file": "file",
+    "gcov": "g++", "gcovr": "gcovr", "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "hsetroot": "hsetroot",
+    "i3": "i3-wm", "i3-msg": "i3-wm", "kscreen-doctor": "libkscreen-bin|libkf5screen-bin", "kwin_wayland": "kwin-wayland",
+    "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db", "ninja": "ninja-build", "objcopy": "binutils",
+    "openbox": "openbox", "openssl": "openssl", "parec": "pulseaudio-utils", "picom": "picom",
+    "pkg-config": "pkg-config", "pulseaudio": "pulseaudio", "python3": "python3", "readelf": "binutils",
+    "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg", "swaymsg": "sway",
+    "systemd-journal-remote": "systemd-journal-remote", "valgrind": "valgrind", "waybar": "waybar",
+    "wayland-scanner": "libwayland-bin", "wmctrl": "wmctrl", "xdotool": "xdotool", "xfce4-panel": "xfce4-panel",
+    "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils", "xterm": "xterm",
+    "xwininfo": "x11-utils", "zstd": "zstd"}
+
+#: For each module of Python.
+OF_MODULE = {
+    "PIL": "python3-pil", "dbus": "python3-dbus", "dbusmock": "python3-dbusmock", "gi": "python3-gi",
+    "gi.repository.Atspi": "gir1.2-atspi-2.0", "gi.repository.GLib": "python3-gi", "gi.repository.Gio": "python3-gi",
+    "yaml": "python3-yaml"}
+
+#: For each library that CMake or pkg-config is asked for.
+OF_LIBRARY = {
+    "PkgConfig": "pkg-config", "PlasmaWaylandProtocols": "plasma-wayland-protocols", "Qt6Core": "qt6-base-dev",
+    "Qt6DBus": "qt6-base-dev", "Qt6Gui": "qt6-base-dev", "Qt6GuiPrivate": "qt6-base-private-dev",
+    "Qt6HttpServer": "qt6-httpserver-dev qt6-websockets-dev", "Qt6Network": "qt6-base-dev", "Qt6Svg": "qt6-svg-dev",
+    "Qt6Test": "qt6-base-dev", "Qt6Widgets": "qt6-base-dev", "libarchive": "libarchive-dev",
+    "libcanberra": "libcanberra-dev", "libsodium": "libsodium-dev", "libsystemd": "libsystemd-dev",
+    "nlohmann_json": "nlohmann-json3-dev", "wayland-client": "libwayland-dev", "wayland-protocols": "wayland-protocols",
+    "wayland-server": "libwayland-dev", "xcb": "libxcb1-dev", "xcb-damage": "libxcb-damage0-dev",
+    "xcb-screensaver": "libxcb-screensaver0-dev"}
+
+
+def not_installed(*programs):
+    """What to say where programs are missing."""
+    packages = " ".join(OF_PROGRAM.get(program, program) for program in programs)
+    return f"not installed: {' '.join(programs)} (Debian packages: {packages})"
+
+
+def require(*programs):
+    """CannotStart where one of the programs is missing."""
+    missing = [program for program in programs if not shutil.which(program)]
+    if missing:
+        raise CannotStart(not_installed(*missing))
