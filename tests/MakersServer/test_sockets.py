@@ -6,9 +6,11 @@ usage: test_sockets.py EXECUTABLE"""
 
 import concurrent.futures
 import json
+import os
 import pathlib
 import re
 import socket
+import subprocess
 import tempfile
 import time
 import unittest
@@ -26,6 +28,14 @@ _MUCH = 16 << 20
 def request(path="/api/check.php"):
     body = json.dumps(check_in_members()).encode()
     return b"POST %s HTTP/1.1\r\nHost: here\r\nContent-Length: %d\r\n\r\n%s" % (path.encode(), len(body), body)
+
+
+def read_answer(stream):
+    """The head of an answer, and its body as long as the head says."""
+    head = b""
+    while (line := stream.readline()) not in (b"\r\n", b""):
+        head += line
+    return head, stream.read(int(re.search(rb"Content-Length: (\d+)\r\n", head)[1]))
 
 
 class SocketCase(unittest.TestCase):
@@ -51,11 +61,9 @@ class SocketCase(unittest.TestCase):
             return stream.read(length)
 
     def answer(self, mode):
-        """The head of an answer, and its body as long as it says."""
         self.server.misbehave(mode)
         with self.connect(request()) as connection, connection.makefile("rb") as stream:
-            head = b"".join(iter(stream.readline, b"\r\n"))
-            return head, stream.read(int(re.search(rb"Content-Length: (\d+)\r\n", head)[1]))
+            return read_answer(stream)
 
     def status(self, name):
         """A number in what the system knows of the process of the server."""
@@ -164,25 +172,26 @@ class Endless(SocketCase):
 class Records(SocketCase):
     def test_every_request_of_many_clients_once(self):
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
-            bodies = list(pool.map(lambda number: self.server.check_in(d=f"DEVICE-{number}"), range(40)))
+            bodies = list(pool.map(lambda number: self.server.check_in(d=f"DEVICE-{number}", m=3), range(40)))
         self.assertEqual({body["mid"] for body in bodies}, {7})
-        devices = [json.loads(line["body"])["d"] for line in self.server.received("check-in")]
-        self.assertCountEqual(devices, [f"DEVICE-{number}" for number in range(40)])
+        devices = [f"DEVICE-{number}" for number in range(40)]
+        self.assertCountEqual([json.loads(line["body"])["d"] for line in self.server.received("check-in")], devices)
+        self.assertCountEqual([line["device"] for line in self.server.received("acknowledgement")], devices)
+        self.assertCountEqual(json.loads((self.server.folder / "acknowledgements.json").read_text("utf-8")), devices)
 
     def test_every_request_of_one_connection_once(self):
         with self.connect(request() + request("/elsewhere")) as connection, connection.makefile("rb") as stream:
             for status in (b"200", b"404", b"200"):
-                head = b"".join(iter(stream.readline, b"\r\n"))
-                self.assertEqual(head.split()[1], status)
-                stream.read(int(re.search(rb"Content-Length: (\d+)", head)[1]))
+                self.assertEqual(read_answer(stream)[0].split()[1], status)
                 if status == b"404":
                     connection.sendall(request())
         self.assertEqual([line["kind"] for line in self.server.received()], ["check-in", "other", "check-in"])
 
-    def test_a_request_that_comes_byte_by_byte(self):
+    def test_a_request_that_comes_in_pieces(self):
         connection = self.connect()
-        for byte in request():
-            connection.send(bytes([byte]))
+        for piece in (request()[:20], request()[20:-40], request()[-40:-5], request()[-5:]):
+            connection.sendall(piece)
+            time.sleep(0.1)
         self.assertEqual(connection.recv(15), b"HTTP/1.1 200 OK")
         self.assertEqual(len(self.server.received()), 1)
 
@@ -194,8 +203,10 @@ class Records(SocketCase):
         self.assertEqual(self.server.received(), [])
 
 
-class Tree(SocketCase):
+class Tree(unittest.TestCase):
     def test_nothing_is_written_beside_the_executable(self):
+        environment = {name: value for name, value in os.environ.items() if name != "PYTHONDONTWRITEBYTECODE"}
+        subprocess.run([self.executable, "--help"], env=environment, stdout=subprocess.DEVNULL, timeout=20, check=True)
         self.assertEqual(list(pathlib.Path(self.executable).parent.rglob("*.pyc")), [])
 
 
