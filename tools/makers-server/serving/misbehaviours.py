@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The ways to answer wrongly, and the one that is chosen."""
 
+import os
 import re
 import typing
-import uuid
 import zlib
 
 from . import Trouble, answers
@@ -118,7 +118,7 @@ ALL = (
     Misbehaviour("late", "answers after N seconds of silence", "30", _is_duration, answer=_paced(answers.late)),
     Misbehaviour("truncated", "a whole answer whose JSON ends in the middle", answer=_body(lambda body: body[:len(body) // 2])),
     Misbehaviour("wrong-nonce", "properly signed for another request",
-                 claims=lambda honest, _: {**honest, "n": uuid.uuid4().hex.upper()}),
+                 claims=lambda honest, _: {**honest, "n": os.urandom(16).hex().upper()}),
     Misbehaviour("wrong-key", "properly signed by somebody else", members=_signed_by_somebody_else),
     Misbehaviour("old-clock", "the clock of the server is N seconds behind", "600", _is_whole_seconds, claims=_later(-1)),
     Misbehaviour("future-clock", "the clock of the server is N seconds ahead", "660", _is_whole_seconds, claims=_later(1)),
