@@ -50,6 +50,10 @@ class MakersServer:
         self._process.stdout.close()
         raise RuntimeError(f"the makers' server ended with status {self._process.wait(10)}")
 
+    @property
+    def process_id(self):
+        return self._process.pid
+
     def stop(self):
         """Ends it; an error when it was no longer there."""
         self._process.terminate()
@@ -140,8 +144,5 @@ def make_certificate(folder, subject):
 def run_tests(unittest):
     """The main part of a test program: the path of the server is its first argument."""
     import sys
-    executable = sys.argv.pop(1)
-    if not executable:
-        sys.exit("makers-server was not built: tools/install-packages build test")
-    unittest.TestCase.executable = executable
+    unittest.TestCase.executable = sys.argv.pop(1)
     unittest.main()

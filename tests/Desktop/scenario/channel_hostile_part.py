@@ -3,9 +3,10 @@ from driver.waiting import comes_true, stays_true
 
 _TEXT = "Personne n'a signé cela pour toi"
 _MODES = [("truncated",), ("wrong-nonce",), ("wrong-key",), ("old-clock",), ("future-clock",), ("zero-id",),
-          ("empty-message",), ("not-json",), ("redirect-loop",), ("endless-body",), ("close-in-answer",),
-          ("duplicate-members",), ("trailing-bytes",), ("huge-number",), ("boolean-id",), ("float-id",),
-          ("lone-surrogate",), ("invalid-utf8",), ("late",), ("slow-drip",)] + \
+          ("empty-message",), ("not-json",), ("redirect-loop",), ("garbage-status",), ("endless-body",),
+          ("close-before-answer",), ("close-in-answer",), ("truncated-gzip",), ("duplicate-members",), ("trailing-bytes",),
+          ("huge-number",), ("boolean-id",), ("float-id",), ("lone-surrogate",), ("invalid-utf8",), ("late",),
+          ("slow-drip",)] + \
          [(mode, member) for mode in ("wrong-types", "without") for member in ("n", "ts", "mid", "msg", "sig")]
 
 

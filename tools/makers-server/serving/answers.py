@@ -1,0 +1,82 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Answers, and the ways in which their bytes travel. Each way is a generator of what to send: bytes, or a number of seconds of
+silence. One without an end is asked for more as fast as the client reads."""
+
+import itertools
+import typing
+
+_REASONS = {200: "OK", 307: "Temporary Redirect", 400: "Bad Request", 404: "Not Found", 405: "Method Not Allowed",
+            500: "Internal Server Error"}
+_AT_ONCE = 65536
+
+
+def at_once(answer):
+    yield answer.head() + answer.body
+
+
+class Answer(typing.NamedTuple):
+    status: int
+    body: bytes
+    headers: tuple = ("Content-Type: application/json",)
+    #: One of the functions of this module.
+    travel: typing.Callable = at_once
+    #: Whether the connection waits for another request afterwards.
+    stays_open: bool = True
+
+    def head(self, framing=None):
+        """The status and the headers; without anything else said, they announce the length of the whole body."""
+        lines = (f"HTTP/1.1 {self.status} {_REASONS[self.status]}", *self.headers,
+                 framing or f"Content-Length: {len(self.body)}", "", "")
+        return "\r\n".join(lines).encode()
+
+
+def late(answer, seconds):
+    yield seconds
+    yield from at_once(answer)
+
+
+def dripping(answer, seconds):
+    yield answer.head()
+    for byte in answer.body:
+        yield bytes([byte])
+        yield seconds
+
+
+def half(answer):
+    yield answer.head() + answer.body[:len(answer.body) // 2]
+
+
+def nothing(_answer):
+    yield b""
+
+
+def garbage_status(answer):
+    """The rest is as it should be."""
+    yield b"HTPP/1,1 \xff\0 twenty\r\n" + answer.head().partition(b"\r\n")[2] + answer.body
+
+
+def endless_head(answer):
+    yield answer.head().removesuffix(b"\r\n")
+    yield from itertools.repeat(b"X-Filler: and so on\r\n" * (_AT_ONCE // 21))
+
+
+def endless_interim(_answer):
+    yield from itertools.repeat(b"HTTP/1.1 100 Continue\r\n\r\n" * (_AT_ONCE // 25))
+
+
+def endless_body(answer):
+    """The body, then spaces."""
+    yield answer.head("Connection: close") + answer.body
+    yield from itertools.repeat(b" " * _AT_ONCE)
+
+
+def endless_chunks(answer):
+    """The same, with every byte in a chunk of its own."""
+    yield answer.head("Transfer-Encoding: chunked") + b"".join(b"1\r\n%c\r\n" % byte for byte in answer.body)
+    yield from itertools.repeat(b"1\r\n \r\n" * (_AT_ONCE // 6))
+
+
+def endless_chunk_extension(answer):
+    """The size of the first chunk, and what is said about it."""
+    yield answer.head("Transfer-Encoding: chunked") + b"%x;extension=" % len(answer.body)
+    yield from itertools.repeat(b"x" * _AT_ONCE)

@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The three endpoints: what is answered to a request."""
+
+import sys
+import threading
+import time
+
+from . import Trouble, misbehaviours, request_form
+from .answers import Answer
+from .files import Outbox, ReceivedLog, compact_json
+
+_ACKNOWLEDGEMENTS = "acknowledgements.json"
+
+
+class Endpoints:
+    """Keeps everything in `folder`. `plain_address` is where the server listens without TLS, "http://127.0.0.1:PORT"."""
+
+    def __init__(self, folder, key):
+        self.plain_address = None
+        self._folder = folder
+        self._key = key
+        self._received = ReceivedLog(folder)
+        self._one_at_a_time = threading.Lock()
+
+    def answer(self, request):
+        """Records the request and answers it, wrongly if a misbehaviour is chosen. A check-in is given the message published
+        last, unless its device has acknowledged that message at any time. Unknown paths are answered with 404, other methods
+        than POST with 405, a request in a wrong form with 400, and a trouble of the server's own, told on the standard error,
+        with 500; all of them with "ok" false. Any thread."""
+        with self._one_at_a_time:
+            try:
+                return self._respond(request)
+            except (Trouble, OSError) as trouble:
+                print(f"makers-server: {trouble}", file=sys.stderr, flush=True)
+                return Answer(500, compact_json(_refusal("the server is in trouble")))
+
+    def _respond(self, request):
+        mode, argument = misbehaviours.chosen(self._folder)
+        if request.query == "redirected":
+            # Whoever followed the redirection to this address is answered honestly, or it would have no end.
+            mode = misbehaviours.NONE
+        context = misbehaviours.Context(argument, request.path, self.plain_address)
+        status, members = self._draft(request, lambda claims: _changed(claims, mode.claims, context))
+        answer = Answer(status, compact_json(_changed(members, mode.members, context)))
+        return _changed(answer, mode.answer, context)
+
+    def _draft(self, request, change_claims):
+        """The status, and the members of the object that it comes with."""
+        kind, *_ = request_form.ENDPOINTS.get(request.path, ["other"])
+        members, problem = {}, ""
+        if kind == "other":
+            status, problem = 404, "unknown path"
+        elif request.method != "POST":
+            status, problem = 405, "not POST"
+        else:
+            members, problem = request_form.read(request.path, request.body)
+            status = 400 if problem else 200
+        self._received.add_request(kind, request, problem)
+        if problem:
+            return status, _refusal(problem)
+        return status, self._key.signed(change_claims(self._claims(members))) if kind == "check-in" else {"ok": True}
+
+    def _claims(self, members):
+        device, devices = members["d"], self._folder.read(_ACKNOWLEDGEMENTS, {})
+        acknowledged = devices.setdefault(device, [])
+        if "m" in members and members["m"] not in acknowledged:
+            acknowledged.append(int(members["m"]))
+            self._folder.write(_ACKNOWLEDGEMENTS, devices)
+            self._received.add({"kind": "acknowledgement", "device": device, "message": int(members["m"])})
+        newest = Outbox(self._folder).newest()
+        if newest["id"] in acknowledged:
+            newest = {"id": 0, "text": ""}
+        return {"n": members["n"], "ts": int(time.time()), "mid": newest["id"], "msg": newest["text"]}
+
+
+def _changed(stage, change, context):
+    return change(stage, context) if change else stage
+
+
+def _refusal(problem):
+    return {"ok": False, "problem": problem}
