@@ -15,18 +15,19 @@ from driver import packages  # noqa: E402
 
 #: What a script is started with: the groups that it installs itself, or that the documents name for it.
 _GROUPS = {
-    "run": ["build", "tour"], "test": ["build", "test", "desktops"],
+    "run": ["build", "tour"], "test": ["build", "test", "desktops", "bare"],
     "bench/run": ["build", "test"], "bench/measure-crash-scan": ["build", "test"], "tests/Fuzz/run": ["build", "fuzz"],
-    "tools/check-cppcheck": ["test"], "tools/check-format": ["test"], "tools/install-packages": ["build"],
+    "tools/check-cppcheck": ["test"], "tools/check-format": ["test"], "tools/check-tests": ["build", "test"],
+    "tools/install-packages": ["build"],
     "tools/make-chime": ["tour"], "tools/make-known-answers": ["test"],
     "tools/measure-coverage": ["build", "test", "coverage", "desktops"], "tools/package-debian": ["build", "release"],
     "tools/portraits": ["build", "test"], "tools/release": ["build", "release"],
     "tools/run-with-makers-server": ["build", "makers-server"], "tools/side-by-side": ["tour"],
-    "tools/tour": ["tour"], "tools/where-it-crashed": ["release"]}
+    "tools/tour": ["tour"], "tools/try-on": ["bare"], "tools/where-it-crashed": ["release"]}
 
 #: Programs of packages that every Debian system has, Essential or of the priority "required".
-_EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod cp date diff dirname dpkg dpkg-deb dpkg-query env find grep id ldd ln
-    mkdir mktemp mount mv nologin nproc readlink rm rmdir sed setarch sh sort tail tar touch tr umount unshare useradd
+_EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock grep id ldd ln
+    mkdir mktemp mount mv nologin nproc readlink rm rmdir sed setarch sh sort tail tar tee touch tr umount unshare useradd
     xargs""".split())
 
 #: What is used where it is there, and does without.
@@ -81,7 +82,7 @@ def installed_by(script):
 
 
 def closure(script, without=()):
-    """The script and all that it starts or imports, but for what installs packages for itself."""
+    """The script and all that it starts or imports, but for what installs packages, for itself or for others."""
     seen, unseen = set(), {script}
     if name_of(script) in ("test", "tools/measure-coverage"):
         unseen |= {path for path in scripts() if path.is_relative_to(ROOT / "tests") and name_of(path) != "tests/Fuzz/run"}
@@ -90,7 +91,7 @@ def closure(script, without=()):
     while unseen:
         seen |= unseen
         unseen = {file for path in unseen for file in uses_of(path).files} - seen - set(without)
-        unseen = {file for file in unseen if not installed_by(file)}
+        unseen = {file for file in unseen if not installed_by(file) and name_of(file) != "tools/install-packages"}
     return seen - set(without)
 
 
