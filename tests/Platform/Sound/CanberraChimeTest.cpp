@@ -5,11 +5,14 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <unistd.h>
 
 #include <iostream>
 #include <memory>
@@ -22,17 +25,23 @@ namespace {
 
 constexpr int patience = 10'000;
 
+const QString taskFolder = u"/proc/self/task/"_s;
+
 qsizetype threadCount()
 {
-    return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+    return QDir(taskFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
 }
 
 /// A program that obeys one command per line and repeats each when it has been carried out. It leaves at the
 /// end of its input, whatever is still under way.
 int obeyCommands(const QString &soundsFolder)
 {
-    // A sanitizer starts its own thread with the first one.
-    std::thread([] {}).join();
+    // A sanitizer starts its own thread with the first one. The kernel lists a thread for a moment after it
+    // was joined.
+    pid_t first = 0;
+    std::thread([&first] { first = gettid(); }).join();
+    if (!QTest::qWaitFor([=] { return !QFile::exists(taskFolder + QString::number(first)); }, patience))
+        return EXIT_FAILURE;
     const qsizetype threadsAtRest = threadCount();
     auto chime = std::make_unique<CanberraChime>(soundsFolder);
     for (std::string command; std::getline(std::cin, command);) {
