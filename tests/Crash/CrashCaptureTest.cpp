@@ -102,7 +102,7 @@ private Q_SLOTS:
         QTest::newRow("thread overflow") << SIGSEGV << segmentation << u"recurseForEver"_s;
         QTest::newRow("nowhere") << SIGSEGV << segmentation << u"orvanebreak"_s;
         QTest::newRow("damaged stack") << SIGSEGV << segmentation << u"damageStack"_s;
-        QTest::newRow("two threads") << SIGSEGV << segmentation << u"crashTwice"_s;
+        QTest::newRow("two threads") << SIGSEGV << segmentation << u"crashAtOnce"_s;
         QTest::newRow("bad free") << SIGABRT << abort << u"freeWhatIsNotAllocated"_s;
         QTest::newRow("corrupt heap") << SIGABRT << abort << u"corruptHeap"_s;
         QTest::newRow("throw exception")

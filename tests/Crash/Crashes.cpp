@@ -91,10 +91,17 @@ void corruptHeap()
     std::raise(SIGSEGV);
 }
 
+/// Its own frame stays on the stack, whichever of the threads is first.
+[[gnu::noinline]] void crashAtOnce()
+{
+    std::raise(SIGSEGV);
+    asm volatile("");
+}
+
 void crashTwice()
 {
-    std::thread other([] { std::raise(SIGSEGV); });
-    std::raise(SIGSEGV);
+    std::thread other(crashAtOnce);
+    crashAtOnce();
     other.join();
 }
 

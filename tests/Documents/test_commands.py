@@ -44,7 +44,8 @@ _RUN_BY = {
 }
 
 # These take many minutes: the tests only ask them what they do.
-_ON_DEMAND = ("bench/run", "bench/measure-crash-scan", "tests/Fuzz/run", "tools/measure-coverage")
+_ON_DEMAND = ("bench/run", "bench/measure-crash-scan", "tests/Fuzz/run", "tools/measure-coverage",
+              "tools/try-on")
 
 # Code in the prose that begins so is a file of the source tree, or a command that begins with one.
 _FOLDERS = ("./", "tools/", "tests/", "bench/", "cmake/", "docs/", "packaging/", "assets/")
@@ -135,8 +136,12 @@ class Commands(unittest.TestCase):
         self._check_definitions(arguments)
 
     def _ctest(self, arguments, options):
-        folders = [preset.get("binaryDir") for preset in presets()["configurePresets"]]
-        self.assertIn("${sourceDir}/" + arguments[arguments.index("--test-dir") + 1], folders)
+        if "--preset" in arguments:
+            self.assertIn(arguments[arguments.index("--preset") + 1],
+                          [preset["name"] for preset in presets()["testPresets"]])
+        else:
+            folders = [preset.get("binaryDir") for preset in presets()["configurePresets"]]
+            self.assertIn("${sourceDir}/" + arguments[arguments.index("--test-dir") + 1], folders)
         labels = {label for path in (ROOT / "tests").rglob("CMakeLists.txt")
                   for found in re.findall(r'LABELS "?([\w;]+)', path.read_text("utf-8")) for label in found.split(";")}
         for option in {"--label-exclude", "--label-regex"} & set(options):

@@ -7,8 +7,13 @@ import json
 import pathlib
 import signal
 import subprocess
+import sys
 import tempfile
 import urllib.parse
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent.parent / "tools" / "makers-server"))
+
+from serving.files import ReceivedLog, StateFolder  # noqa: E402
 
 NONCE = "0123456789ABCDEF0123456789ABCDEF"
 # What stands in front of the 32 bytes of an Ed25519 public key in the form that openssl reads.
@@ -74,8 +79,9 @@ class MakersServer:
         self.command("misbehave", mode, *argument)
 
     def received(self, *kinds):
-        """What was received so far, oldest first, of these kinds or of all."""
-        return [json.loads(line) for line in self.command("list", *kinds).stdout.splitlines()]
+        """What was received so far, oldest first, of these kinds or of all. It is what the command "list" prints, read from the
+        same file, because tests ask many times a second."""
+        return [json.loads(line) for line in ReceivedLog(StateFolder(self.folder)).lines(kinds)]
 
     def connection(self, context=None, timeout=10):
         """A connection that follows no redirection; with TLS when the address says so."""
