@@ -95,6 +95,10 @@ class X11Bed(SessionBed):
         """Asks a window to close, as the button in its frame does."""
         self._call(["wmctrl", "-i", "-c", str(identifier)])
 
+    def focus(self, identifier):
+        """Gives a window the keyboard, as programs do it."""
+        self._call(["xdotool", "windowfocus", str(identifier)])
+
     def press(self, key):
         self._call(["xdotool", "key", key])
 
