@@ -157,6 +157,14 @@ class Desk:
             self._pictures.mkdir(parents=True, exist_ok=True)
             self.bed.picture().save(self._pictures / f"{self.bed.name}-{name}.png", compress_level=1)
 
+    def panel_boxes(self):
+        """The panel, as a PIL picture is cropped, where there is one."""
+        if not self.bed.panel:
+            return []
+        first, (top, bottom) = self.bed.outputs()[0], self.bed.panel_rows
+        top = top if top >= 0 else first.height + top
+        return [(first.x, first.y + top, first.box[2], first.y + (first.height if bottom is None else bottom))]
+
     def rest_pointer(self):
         self.bed.move_pointer(*RESTING_PLACE)
 
