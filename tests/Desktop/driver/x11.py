@@ -170,6 +170,8 @@ class X11Bed(SessionBed):
         if not programs:
             raise CannotStart("not installed: xfconfd (Debian package: xfconf)")
         if self.panel:
+            # A button that fades is never what it was, nor what it will be.
+            self.write("config/gtk-3.0/settings.ini", "[Settings]\ngtk-enable-animations=false\n")
             options = {"output": "Primary", **self._panel_options}
             self.write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
         self.run([programs[0]])
