@@ -43,7 +43,6 @@ def _focus_returns(desk, report, name, other, before):
     if not is_back():
         # After SIGKILL nobody is left to give the focus back; what matters is that the keyboard is not lost.
         desk.bed.click(*other.place_to_click())
-        desk.rest_pointer()
     report.promise(f"nothing is left on any screen after {name}",
                    comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 2))
     if name == "SIGKILL":
@@ -51,6 +50,7 @@ def _focus_returns(desk, report, name, other, before):
         desk.bed.type("k")
         report.promise("after SIGKILL a click is enough to type into the other program",
                        comes_true(lambda: other.keys()[known:] == ["6b"], 2))
+    desk.rest_pointer()
 
 
 def _processes(desk):
