@@ -196,9 +196,10 @@ class X11Bed(SessionBed):
                    "the window manager")
 
     def _start_picom(self):
-        """picom 12.5 without --vsync copies the wallpaper over everything in the smallest rectangle around all that changes at
-        the same time below a translucent window, whatever program that is of. Its own sample configuration has vsync on."""
-        self.run(["picom", "--backend", "xrender", "--vsync", "--config", self.write("picom.conf", "")])
+        """Has it paint everything anew whenever something changes. Otherwise picom 12.5 copies the wallpaper over the smallest
+        rectangle around all that changed below translucent windows, whatever programs they belong to, and what
+        stood there in between is gone until it changes itself."""
+        self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", self.write("picom.conf", "")])
         wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
 
     def _panel_is_up(self):
