@@ -39,10 +39,10 @@ class Cover:
     pictures. Every pixel counts, also between the texts; in the boxes of the texts and of the ring most do. In the boxes
     `restless` other programs may draw something else during a break: nothing there is brighter than darkened white."""
 
-    def __init__(self, *pictures, outputs, scale=1.0, restless=()):
+    def __init__(self, *pictures, outputs, restless=()):
         self._expected = [dimmed(picture) for picture in pictures]
         self._outputs = list(outputs)
-        self._contents = {output: layout.content_boxes(output, scale * output.scale) for output in self._outputs}
+        self._contents = {output: layout.content_boxes(output, output.scale) for output in self._outputs}
         self._restless = list(restless)
 
     def bare_parts(self, picture):
@@ -50,7 +50,7 @@ class Cover:
         difference = functools.reduce(ImageChops.darker, (ImageChops.difference(picture, expected)
                                                           for expected in self._expected))
         for box in self._restless:
-            difference.paste(self._excess(picture.crop(box)), box[:2])
+            difference.paste(_excess(picture.crop(box)), box[:2])
         return [part for output in self._outputs if (part := self._bare_part(difference, output))]
 
     def _bare_part(self, difference, output):
@@ -69,9 +69,10 @@ class Cover:
         left, top, right, bottom = _strange(screen).getbbox()
         return BarePart(output.name, (left + output.x, top + output.y, right + output.x, bottom + output.y), deviation)
 
-    @staticmethod
-    def _excess(picture):
-        return picture.point(lambda value: max(0, value - round(255 * LIGHT)))
+
+def _excess(picture):
+    """How much brighter than darkened white it is."""
+    return picture.point(lambda value: max(0, value - round(255 * LIGHT)))
 
 
 def _strange(difference):

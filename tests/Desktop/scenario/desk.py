@@ -9,6 +9,7 @@ from driver.tray import Tray
 from driver.waiting import comes_true, wait_until
 
 from . import layout
+from .cover import LIGHT
 
 BREAK_NOW = "Faire une pause maintenant"
 SWITCH_ON = "Protéger mes yeux"
@@ -171,7 +172,7 @@ class Desk:
     @staticmethod
     def dimmed(colour):
         """What a colour looks like under a break."""
-        return tuple(round(part * 0.25) for part in colour)
+        return tuple(round(part * LIGHT) for part in colour)
 
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
         """Another program's window with the keyboard."""

@@ -22,9 +22,10 @@ def cover(desk, report):
     desk.keep_picture("break")
     watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs()), _LENGTH + 5)
     lasted = time.monotonic() - began
-    report.promise("covers every pixel of every screen until it ends by itself after 20 s", abs(lasted - _LENGTH) < 2,
-                   f"{lasted:.1f} s, {watched}")
-    if desk.overlays():
+    has_ended = comes_true(lambda: not desk.overlays(), 1)
+    report.promise("covers every pixel of every screen until it ends by itself after 20 s",
+                   abs(lasted - _LENGTH) < 2 and has_ended, f"{lasted:.1f} s, {watched}")
+    if not has_ended:
         desk.end_break()
     _check_nothing_left(desk, report, before)
     _cover_full_screen(desk, report)
