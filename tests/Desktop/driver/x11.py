@@ -196,9 +196,9 @@ class X11Bed(SessionBed):
                    "the window manager")
 
     def _start_picom(self):
-        """Has it paint everything anew whenever something changes. Otherwise picom 12.5 copies the wallpaper over the smallest
-        rectangle around all that changed below translucent windows, whatever programs they belong to, and what
-        stood there in between is gone until it changes itself."""
+        """Has it paint everything anew whenever something changes. Otherwise picom 12.5 and 13 copy the wallpaper over the smallest
+        rectangle around all that changed in or below translucent windows, whatever programs they belong to; what
+        stood in between is gone until it changes itself."""
         self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", self.write("picom.conf", "")])
         wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
 
