@@ -2,7 +2,6 @@
 """Compares whole screens: whether a break darkens every pixel of them, all the time that it lasts."""
 
 import dataclasses
-import functools
 import time
 
 from PIL import Image, ImageChops
@@ -47,11 +46,16 @@ class Cover:
 
     def bare_parts(self, picture):
         """Where the picture is not covered; empty when it is, everywhere."""
-        difference = functools.reduce(ImageChops.darker, (ImageChops.difference(picture, expected)
-                                                          for expected in self._expected))
-        for box in self._restless:
-            difference.paste(_excess(picture.crop(box)), box[:2])
-        return [part for output in self._outputs if (part := self._bare_part(difference, output))]
+        difference, found = None, []
+        for expected in self._expected:
+            another = ImageChops.difference(picture, expected)
+            difference = ImageChops.darker(difference, another) if difference else another
+            for box in self._restless:
+                difference.paste(_excess(picture.crop(box)), box[:2])
+            found = [part for output in self._outputs if (part := self._bare_part(difference, output))]
+            if not found:
+                break
+        return found
 
     def _bare_part(self, difference, output):
         screen = difference.crop(output.box)
