@@ -69,13 +69,16 @@ def application(desk, report):
 
 
 def hotplug(desk, report):
-    """Monitors that come and go."""
+    """Monitors that come and go, below a compositor of another kind."""
+    desk.tidy_up(program_runs=True)
+    report.run(look_part.cover, desk, report)
+    desk.tidy_up(program_runs=False)
     report.run(hotplug_part.hotplug, desk, report)
 
 
 BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
         "x11-i3": (managed("i3"), Desk, everyday), "x11-bare": (X11Bed, Desk, everyday),
-        "x11-hotplug": (lambda: XorgDummyBed("openbox", compositor=True), Desk, hotplug),
+        "x11-hotplug": (lambda: XorgDummyBed("xfwm4", compositor="own"), Desk, hotplug),
         "x11-application": (managed("openbox"), ApplicationDesk, application)}
 
 

@@ -17,8 +17,9 @@ SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
 
 
 class X11Bed(SessionBed):
-    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor and a panel at the bottom
-    of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
+    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor (picom, or with "own" that of
+    xfwm4) and a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless a picture is
+    given."""
 
     #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
     #: None is the bottom.
@@ -53,9 +54,8 @@ class X11Bed(SessionBed):
             self._start_settings()
         if self.window_manager:
             self._start_window_manager()
-        if self.compositor:
-            self.run(["picom", "--backend", "xrender", "--config", self.write("picom.conf", "")])
-            wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
+        if self.compositor is True:
+            self._start_picom()
         self.show_wallpaper()
         if self.panel:
             self.panel_process = self.run(["xfce4-panel", "--disable-wm-check"])
@@ -95,6 +95,10 @@ class X11Bed(SessionBed):
         """Asks a window to close, as the button in its frame does."""
         self._call(["wmctrl", "-i", "-c", str(identifier)])
 
+    def focus(self, identifier):
+        """Gives a window the keyboard, as programs do it."""
+        self._call(["xdotool", "windowfocus", str(identifier)])
+
     def press(self, key):
         self._call(["xdotool", "key", key])
 
@@ -125,14 +129,15 @@ class X11Bed(SessionBed):
         self.wallpaper = Image.open(path).convert("RGB")
         self._call(["hsetroot", "-root", "-full", str(path)])
         if is_visible:
-            wait_until(lambda: self.picture().getpixel((5, 5)) == self.wallpaper.getpixel((5, 5)), "the wallpaper")
+            wait_until(lambda: all(self.picture().crop(output.box).tobytes() == self.wallpaper.crop(output.box).tobytes()
+                                   for output in self._monitors), "the wallpaper")
 
     # -- parts of the start
 
     def _required_programs(self):
         programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot", "wmctrl"]
         programs += [self.window_manager] if self.window_manager else []
-        programs += ["picom"] if self.compositor else []
+        programs += ["picom"] if self.compositor is True else []
         return programs + (["xfce4-panel"] if self.panel else [])
 
     def _start_server(self):
@@ -166,6 +171,8 @@ class X11Bed(SessionBed):
         if not programs:
             raise CannotStart(packages.not_installed("xfconfd"))
         if self.panel:
+            # A button that fades is never what it was, nor what it will be.
+            self.write("config/gtk-3.0/settings.ini", "[Settings]\ngtk-enable-animations=false\n")
             options = {"output": "Primary", **self._panel_options}
             self.write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
         self.run([programs[0]])
@@ -181,12 +188,19 @@ class X11Bed(SessionBed):
             config = self.write("openbox.xml", desktop_files.OPENBOX.format(theme=self._theme))
             self.run(["openbox", "--sm-disable", "--config-file", config])
         elif self.window_manager == "xfwm4":
-            self.run(["xfwm4", "--compositor=off"])
+            self.run(["xfwm4", "--compositor=on" if self.compositor == "own" else "--compositor=off"])
         else:
             first, second = self._monitors[0].name, self._monitors[-1].name
             self.run(["i3", "-c", self.write("i3.conf", desktop_files.I3.format(first=first, second=second))])
         wait_until(lambda: "window id" in self._call(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
                    "the window manager")
+
+    def _start_picom(self):
+        """Has it paint everything anew whenever something changes. Otherwise picom 12.5 and 13 copy the wallpaper over the smallest
+        rectangle around all that changed in or below translucent windows, whatever programs they belong to; what
+        stood in between is gone until it changes itself."""
+        self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", self.write("picom.conf", "")])
+        wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
 
     def _panel_is_up(self):
         first = self._monitors[0]

@@ -9,6 +9,7 @@ from driver.tray import Tray
 from driver.waiting import comes_true, wait_until
 
 from . import layout
+from .cover import LIGHT
 
 BREAK_NOW = "Faire une pause maintenant"
 SWITCH_ON = "Protéger mes yeux"
@@ -157,13 +158,21 @@ class Desk:
             self._pictures.mkdir(parents=True, exist_ok=True)
             self.bed.picture().save(self._pictures / f"{self.bed.name}-{name}.png", compress_level=1)
 
+    def panel_boxes(self):
+        """The panel, as a PIL picture is cropped, where there is one."""
+        if not self.bed.panel:
+            return []
+        first, (top, bottom) = self.bed.outputs()[0], self.bed.panel_rows
+        top = top if top >= 0 else first.height + top
+        return [(first.x, first.y + top, first.box[2], first.y + (first.height if bottom is None else bottom))]
+
     def rest_pointer(self):
         self.bed.move_pointer(*RESTING_PLACE)
 
     @staticmethod
     def dimmed(colour):
         """What a colour looks like under a break."""
-        return tuple(round(part * 0.25) for part in colour)
+        return tuple(round(part * LIGHT) for part in colour)
 
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
         """Another program's window with the keyboard."""

@@ -17,8 +17,8 @@ def signals(desk, report):
         desk.start_in_break()
         wait_until(desk.break_has_keyboard, "the break with the keyboard")
         check_end_by_signal(desk, report, number)
-        _nothing_left(desk, report, name, before)
-        _focus_returns(desk, report, name, other)
+        _ends_wholly(desk, report, name)
+        _focus_returns(desk, report, name, other, before)
         report.promise("silent when a signal ends it", not desk.said(), desk.said())
         desk.bed.stop(desk.process)
 
@@ -30,32 +30,27 @@ def check_end_by_signal(desk, report, number):
                    desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
 
 
-def _nothing_left(desk, report, name, before):
-    """The other program's title bar and the task list may show another active window, so they are left out."""
-    def has_same_wallpaper():
-        now = desk.bed.picture()
-        return all(now.getpixel(place) == before.getpixel(place) for output in desk.bed.outputs()
-                   for place in (output.centre, (output.box[2] - 5, output.y + 5), (output.x + 5, output.y + 600)))
-    report.promise(f"nothing is left after {name}", comes_true(lambda: not desk.overlays(), 2)
-                   and comes_true(has_same_wallpaper, 2) and not _processes(desk), _processes(desk))
+def _ends_wholly(desk, report, name):
+    report.promise(f"no window and no process is left after {name}",
+                   comes_true(lambda: not desk.overlays() and not _processes(desk), 2), _processes(desk))
 
 
-def _focus_returns(desk, report, name, other):
+def _focus_returns(desk, report, name, other, before):
     def is_back():
         return desk.probe.state()["focus"] == other.identifier
     if name != "SIGKILL":
         report.promise(f"the focus is back after {name}", comes_true(is_back, 2), desk.probe.state()["focus"])
-        if not is_back():
-            desk.bed.click(*other.place_to_click())
-            desk.rest_pointer()
-    else:
-        # Nobody is left to give the focus back; what matters is that the keyboard is not lost.
+    if not is_back():
+        # After SIGKILL nobody is left to give the focus back; what matters is that the keyboard is not lost.
         desk.bed.click(*other.place_to_click())
+    report.promise(f"nothing is left on any screen after {name}",
+                   comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 2))
+    if name == "SIGKILL":
         known = len(other.keys())
         desk.bed.type("k")
         report.promise("after SIGKILL a click is enough to type into the other program",
                        comes_true(lambda: other.keys()[known:] == ["6b"], 2))
-        desk.rest_pointer()
+    desk.rest_pointer()
 
 
 def _processes(desk):

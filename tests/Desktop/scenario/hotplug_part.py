@@ -2,7 +2,7 @@
 from driver.waiting import comes_true, stays_true, wait_until
 
 from . import layout
-from .desk import near
+from .cover import Cover
 
 
 def hotplug(desk, report):
@@ -19,10 +19,11 @@ def hotplug(desk, report):
 def _is_covered(desk, output):
     """True when an output shows a whole break screen, darkened once."""
     picture = desk.bed.picture()
-    places = [(output.x + 5, output.y + 5), (output.box[2] - 6, output.y + 5), (output.x + 5, output.box[3] - 6),
-              (output.box[2] - 6, output.box[3] - 6)]
-    return all(near(picture.getpixel(place), desk.dimmed(desk.bed.wallpaper.getpixel(place))) for place in places) \
-        and layout.find_parts(picture, output) is not None
+    return not _cover(desk, output).bare_parts(picture) and layout.find_parts(picture, output) is not None
+
+
+def _cover(desk, output):
+    return Cover(desk.bed.wallpaper, outputs=[output])
 
 
 def _break_covers(desk, report, text):
@@ -85,6 +86,5 @@ def _unplug_first_in_break(desk, report):
 
 
 def _describe(desk, output):
-    picture, place = desk.bed.picture(), (output.x + 5, output.y + 5)
     windows = [tuple(window[key] for key in ("x", "y", "width", "height")) for window in desk.overlays()]
-    return f"corner {desk.bed.wallpaper.getpixel(place)} became {picture.getpixel(place)}, break windows {windows}"
+    return f"bare: {_cover(desk, output).bare_parts(desk.bed.picture())}, break windows {windows}"

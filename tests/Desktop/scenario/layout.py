@@ -2,6 +2,7 @@
 """Finds the parts of a break screen in a picture of it."""
 
 import dataclasses
+import math
 import subprocess
 
 from PIL import Image, ImageChops, ImageDraw, ImageFont
@@ -13,6 +14,8 @@ _STRIP_WIDTH = 600
 _FONT_SIZES = {"title": 30, "subtitle": 16, "button": 13, "hint": 11}
 _TEXTS = {"title": "Regarde au loin, à 6 mètres", "subtitle": "Laisse tes yeux se reposer un instant.",
           "button": "Passer", "hint": "ou appuie sur Échap"}
+#: Letters are a little wider than the font says, and rounded to whole pixels.
+_BOX_MARGIN = 2
 _GAPS = {"title": 10, "subtitle": 28, "ring": 30, "button": 4}
 
 
@@ -69,14 +72,35 @@ def _bands(rows, gap):
     return bands
 
 
+def _heights():
+    """How high the line of each text is, and the ring, in unscaled pixels."""
+    design = _font("title", 1000).getmetrics()
+    lines = {part: sum(round(size * height / 1000) for height in design) for part, size in _FONT_SIZES.items()}
+    return {**lines, "ring": RING_SIZE}
+
+
 def expected_ring_offset():
     """How far below the middle of the monitor the middle of the ring lies, in unscaled pixels: the column is centred as
     a whole, and more text stands above the ring than below it."""
-    design = _font("title", 1000).getmetrics()
-    heights = {part: sum(round(size * height / 1000) for height in design) for part, size in _FONT_SIZES.items()}
+    heights = _heights()
     above = heights["title"] + _GAPS["title"] + heights["subtitle"] + _GAPS["subtitle"]
     below = _GAPS["ring"] + heights["button"] + _GAPS["button"] + heights["hint"]
     return (above - below) / 2
+
+
+def content_boxes(output, scale=1.0):
+    """The boxes of one monitor that a break paints its texts and its ring into, as a PIL picture is cropped."""
+    heights = _heights()
+    column = sum(heights.values()) + sum(_GAPS.values())
+    top, boxes = output.centre[1] - column * scale / 2, []
+    for part in PARTS:
+        width = RING_SIZE * scale if part == "ring" else _font(part, round(_FONT_SIZES[part] * scale)).getlength(_TEXTS[part])
+        half = math.ceil(width / 2 + _BOX_MARGIN * scale)
+        bottom = top + heights[part] * scale
+        boxes.append((math.floor(output.centre[0]) - half, math.floor(top - scale), math.ceil(output.centre[0]) + half,
+                      math.ceil(bottom + scale)))
+        top = bottom + _GAPS.get(part, 0) * scale
+    return boxes
 
 
 def expected_ink_offset(part, scale):

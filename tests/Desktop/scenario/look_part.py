@@ -1,88 +1,61 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-from PIL import ImageChops, ImageDraw
+import time
 
 from driver.waiting import comes_true, wait_until
 
 from . import layout
-from .desk import near
+from .cover import Cover, watch
 
 _FULL_SCREEN_COLOUR = (150, 0, 150)
+_LENGTH = 20
+#: The ring is repainted ten times a second.
+_WATCHED_SECONDS = 3
 
 
 def cover(desk, report):
-    """What the break covers, and how it looks."""
-    bed = desk.bed
+    """What the break covers from its beginning to its end, and how it looks."""
     desk.rest_pointer()
-    before, during, parts = _pictures(desk, report, "break")
-    deviations = _deviations(desk, before, during, parts)
-    report.promise("covers every screen", max(deviations) <= 2, deviations)
-    report.promise("a quarter of what lies below shines through (±2)", max(deviations) <= 2, deviations)
-    _compare_panel(desk, report, before, during)
-    check_layout(desk, report, parts)
+    before = desk.settled_picture()
+    began = time.monotonic()
+    desk.begin_break()
+    check_layout(desk, report, desk.parts())
+    desk.keep_picture("break")
+    watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs()), _LENGTH + 5)
+    lasted = time.monotonic() - began
+    has_ended = comes_true(lambda: not desk.overlays(), 1)
+    report.promise("covers every pixel of every screen until it ends by itself after 20 s",
+                   abs(lasted - _LENGTH) < 2 and has_ended, f"{lasted:.1f} s, {watched}")
+    if not has_ended:
+        desk.end_break()
+    _check_nothing_left(desk, report, before)
+    _cover_full_screen(desk, report)
 
-    covered = bed.outputs()[-1]
+
+def _cover_full_screen(desk, report):
+    covered = desk.bed.outputs()[-1]
     desk.other_window("Full", _FULL_SCREEN_COLOUR, (covered.x, covered.y, covered.width, covered.height), "full-screen")
     # The window manager chooses the monitor.
-    wait_until(lambda: _covered_output(desk, bed.picture()), "another program's full-screen window")
-    before, during, parts = _pictures(desk, report, "break-full-screen")
-    index = bed.outputs().index(_covered_output(desk, before))
-    deviation = _deviations(desk, before, during, parts)[index]
-    report.promise("covers another program's full-screen window", deviation <= 2, deviation)
-
-
-def _pictures(desk, report, name):
-    """Pictures before and during a break, and where the parts are."""
+    wait_until(lambda: _is_any_filled(desk), "another program's full-screen window")
     before = desk.settled_picture()
     desk.begin_break()
-    during, parts = desk.bed.picture(), desk.parts()
-    desk.keep_picture(name)
+    # The task list shows that the other program is not the active one.
+    watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs(), restless=desk.panel_boxes()), _WATCHED_SECONDS)
+    report.promise("covers another program's full-screen window", not watched.bare_parts, watched)
+    desk.keep_picture("break-full-screen")
     desk.end_break()
+    _check_nothing_left(desk, report, before)
+
+
+def _check_nothing_left(desk, report, before):
     report.promise("nothing is left on the screen after the break",
                    comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 2))
-    return before, during, parts
 
 
-def _covered_output(desk, picture):
-    for output in desk.bed.outputs():
-        corners = ((output.x + 3, output.y + 3), (output.box[2] - 4, output.box[3] - 4))
-        if all(picture.getpixel(corner) == _FULL_SCREEN_COLOUR for corner in corners):
-            return output
-    return None
-
-
-def _deviations(desk, before, during, parts):
-    """For each output by how much the worst pixel is not what it should be, outside of the texts, the ring and the
-    panel."""
-    expected = before.point(lambda value: round(value * 0.25))
-    difference = ImageChops.difference(during, expected)
-    painter = ImageDraw.Draw(difference)
-    for boxes in parts:
-        for box in boxes.values():
-            painter.rectangle((box.left - 1, box.top - 1, box.right, box.bottom), fill=(0, 0, 0))
-    if desk.bed.panel:
-        painter.rectangle(_panel_box(desk), fill=(0, 0, 0))
-    return [max(high for _, high in difference.crop(output.box).getextrema()) for output in desk.bed.outputs()]
-
-
-def _panel_box(desk):
-    first, (top, bottom) = desk.bed.outputs()[0], desk.bed.panel_rows
-    top = top if top >= 0 else first.height + top
-    return (first.x, first.y + top, first.box[2], first.y + (first.height if bottom is None else bottom))
-
-
-def _compare_panel(desk, report, before, during):
-    """Its task list shows another active window during the break, so it is no darkened copy of itself; but nothing of
-    it is brighter than darkened white."""
-    if not desk.bed.panel:
-        report.not_possible("covers the panel", "there is no panel")
-        return
-    box = _panel_box(desk)
-    free_place = (box[0] + (box[2] - box[0]) * 2 // 5, box[3] - 5)
-    colour = before.getpixel(free_place)
-    brightest = max(high for _, high in during.crop(box).getextrema())
-    report.promise("covers the panel", near(colour, desk.bed.panel_colour, 3)
-                   and near(during.getpixel(free_place), desk.dimmed(colour))
-                   and brightest <= max(desk.dimmed((255, 255, 255))) + 2, brightest)
+def _is_any_filled(desk):
+    """Whether a monitor is of the other program's colour, but for its text field."""
+    picture = desk.bed.picture()
+    return any(max(picture.crop(output.box).getcolors(output.width * output.height))[1] == _FULL_SCREEN_COLOUR
+               for output in desk.bed.outputs())
 
 
 def check_layout(desk, report, parts, scale=1.0):
