@@ -49,7 +49,7 @@ class Launcher(HomeCase):
 
     def test_is_the_program_where_nothing_is_tried(self):
         self.install("1.0")
-        self.plan("1.0", "echo $$; sleep 60")
+        self.plan("1.0", "echo $$; exec sleep 60")
         process = subprocess.Popen([self.root / "current/bin/orvanebreak"], env=self.environment(),
                                    stdout=subprocess.PIPE, text=True)
         self.addCleanup(process.stdout.close)
