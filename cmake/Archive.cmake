@@ -1,13 +1,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# What the released archive has besides the shared data: the program with Qt beside it, its launcher, and the scripts that
-# put it into a person's home. `cmake --install` leaves it out unless the component is asked for:
+# The contents of the released archive besides the shared data: the program with its own Qt, its launcher, and the scripts that
+# install it into the home directory. `cmake --install` omits them unless the component is requested:
 #     cmake --install build --component data --prefix FOLDER
 #     cmake --install build --component archive --strip --prefix FOLDER
 
-# The same program, which looks for libraries beside itself. As DT_RPATH this also counts for what the libraries and the
-# plug-ins need in their turn, so these stay as the distribution built them, and nothing is handed down to the programs that
-# it starts, as the environment would be. The system's libraries come before the fallback ones, see GatherLibraries.cmake.
+# The same program with a search path relative to itself. DT_RPATH also applies to the dependencies of libraries and plug-ins,
+# so these need no changes, and unlike an environment variable it is not inherited by child processes. The system's libraries
+# take precedence over the fallback ones, see GatherLibraries.cmake.
 add_executable(orvanebreak-program EXCLUDE_FROM_ALL $<TARGET_OBJECTS:orvanebreak>)
 target_link_libraries(orvanebreak-program PRIVATE $<TARGET_PROPERTY:orvanebreak,LINK_LIBRARIES>)
 add_dependencies(orvanebreak-program orvane-modules)
@@ -30,7 +29,7 @@ configure_file("${archive_sources}/installation.sh.in" "${archive_binaries}/inst
 install(PROGRAMS "${archive_sources}/orvanebreak" DESTINATION bin COMPONENT archive EXCLUDE_FROM_ALL)
 install(FILES "${archive_sources}/qt.conf" DESTINATION bin COMPONENT archive EXCLUDE_FROM_ALL)
 install(FILES "${archive_binaries}/installation.sh" DESTINATION share/OrvaneBreak COMPONENT archive EXCLUDE_FROM_ALL)
-# Only its arguments count: the installation in a home writes its own path into it.
+# Only the arguments matter: installing into the home directory replaces the path.
 install(FILES "${CMAKE_BINARY_DIR}/OrvaneBreak/${ORVANE_APP_ID}.service" DESTINATION share/dbus-1/services
         COMPONENT archive EXCLUDE_FROM_ALL)
 install(PROGRAMS "${archive_sources}/install" "${archive_sources}/uninstall" DESTINATION . COMPONENT archive EXCLUDE_FROM_ALL)

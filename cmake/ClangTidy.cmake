@@ -7,6 +7,6 @@ option(ORVANE_CLANG_TIDY "Run clang-tidy on every file that is compiled" OFF)
 if(ORVANE_CLANG_TIDY)
     find_program(CLANG_TIDY clang-tidy REQUIRED)
     set(CMAKE_CXX_CLANG_TIDY "${CLANG_TIDY};--quiet;--extra-arg=-Wno-unknown-warning-option")
-    # Generated files lie below the build folder: one check that costs nothing there.
+    # Generated files are below the build folder: a single cheap check is enabled there.
     file(WRITE "${CMAKE_BINARY_DIR}/.clang-tidy" "Checks: '-*,misc-definitions-in-headers'\n")
 endif()

@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# Counts how often each line of what users run is reached, for tools/measure-coverage. Tests are built as always.
+# Instruments the shipped program's code for tools/measure-coverage. Test code is not instrumented.
 
 option(ORVANE_COVERAGE "Count which lines of OrvaneBreak and OrvaneBreakCore run" OFF)
 
@@ -8,14 +7,14 @@ if(ORVANE_COVERAGE)
     add_link_options(--coverage)
 endif()
 
-# orvane_count_lines(): in a folder, before its targets: they count their lines, and so do those of the folders below.
+# orvane_count_lines(): instruments the targets that are defined after it in this folder and the folders below.
 macro(orvane_count_lines)
     if(ORVANE_COVERAGE)
         add_compile_options(-O0 --coverage -fprofile-update=atomic)
     endif()
 endmacro()
 
-# orvane_count_to_the_end(TARGET): what a program of the tests does before it is killed counts as well.
+# orvane_count_to_the_end(TARGET): writes a test program's counters even if it does not exit normally.
 function(orvane_count_to_the_end target)
     if(ORVANE_COVERAGE)
         target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/Support/CountedEnds.cpp)

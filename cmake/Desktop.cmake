@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# What desktops, software centres and manuals know of the program besides its desktop entry.
+# AppStream metadata, icons and manuals.
 
-# The makers' web site shows docs/pictures below its own address.
+# The makers' web site serves docs/pictures.
 string(REGEX REPLACE "/+$" "" website_pictures "${ORVANE_WEBSITE_URL}")
 string(APPEND website_pictures "/pictures")
 
-# A version is announced from the day on that the list of changes gives it.
+# A version is listed once CHANGELOG.md gives its date.
 set(metainfo_releases "")
 string(REPLACE "." "\\." version_pattern "${PROJECT_VERSION}")
 file(STRINGS "${CMAKE_SOURCE_DIR}/CHANGELOG.md" release_heading REGEX "^## \\[?${version_pattern}\\]? - [0-9-]+$")
@@ -19,7 +18,7 @@ set(desktop_files "${CMAKE_CURRENT_BINARY_DIR}/desktop-files")
 configure_file("${CMAKE_SOURCE_DIR}/packaging/metainfo.xml.in" "${desktop_files}/${ORVANE_APP_ID}.metainfo.xml" @ONLY)
 install(FILES "${desktop_files}/${ORVANE_APP_ID}.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo" COMPONENT data)
 
-# A component of its own, because packages compress the manual.
+# A separate component, because packages compress the manual.
 foreach(language IN ITEMS "" .fr)
     configure_file("${CMAKE_SOURCE_DIR}/packaging/man/orvanebreak${language}.1.in" "${desktop_files}/orvanebreak${language}.1"
                    @ONLY)

@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# The modules: parts of the program that it loads when it first needs them. They stand in lib/orvanebreak/modules beside its bin
-# folder, in the build tree as in every installation.
-# Not straight in a folder of lib: the maker of packages takes that for libraries which everybody links.
+# The modules: plug-ins that the program loads on first use. They are in lib/orvanebreak/modules beside the bin folder, in the
+# build tree and in every installation. They are two levels below lib because packaging tools treat files directly in a
+# subfolder of lib as public shared libraries.
 set(ORVANE_MODULES_FOLDER lib/orvanebreak/modules)
 add_custom_target(orvane-modules)
 
-# What a module says of itself before it is loaded.
+# A module's metadata, which is read before the module is loaded.
 set(ORVANE_MODULE_DESCRIPTION "${CMAKE_CURRENT_BINARY_DIR}/modules")
 file(CONFIGURE OUTPUT "${ORVANE_MODULE_DESCRIPTION}/module.json" CONTENT "{\"version\": \"@PROJECT_VERSION@\"}\n" @ONLY)
 
@@ -17,7 +16,7 @@ function(orvane_add_module name)
     add_library(${target} MODULE ${MODULE_SOURCES})
     target_include_directories(${target} PRIVATE "${ORVANE_MODULE_DESCRIPTION}")
     target_link_libraries(${target} PRIVATE OrvaneCompileOptions ${MODULE_LIBRARIES})
-    # What the libraries that it is made of have in common with the program stays its own.
+    # Keep symbols of static libraries local to the module, because the program contains some of the same libraries.
     target_link_options(${target} PRIVATE LINKER:--exclude-libs=ALL)
     if(NOT ORVANE_SANITIZE)
         target_link_options(${target} PRIVATE LINKER:--no-undefined)

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# The Debian package, made by tools/package-debian of whatever was built. It holds the components "program" and "data" and,
-# in "debian", what is under /usr in other ways than after an installation by hand.
+# The Debian package, which tools/package-debian makes of the build. It holds the components "program" and "data", and "debian"
+# for files that differ from a manual installation.
 
 set(debian_revision 1)
 set(debian_maintainer "OrvaneBreak makers <${ORVANE_SUPPORT_EMAIL}>")
@@ -38,7 +37,7 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${debian_revision})
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
-# Moves what only a debugger reads into a package of its own, which crash reports are read with.
+# Moves the debug information into a separate package, which is needed to read crash reports.
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
@@ -47,13 +46,13 @@ overlay, asks to look 6 metres away, counts 20 seconds down on a ring and
 goes away by itself. Escape ends a break; breaks that nobody is there for
 are skipped. The program speaks French.")
 
-# What is linked is found by its own tool, the SVG plug-ins come with the SVG library. The rest is loaded or asked for while
-# the program runs: it starts on X11 without the plug-in for Wayland, but then covers nothing on most desktops of today.
+# dpkg-shlibdeps finds the linked libraries, and the SVG plug-ins come with the SVG library. The rest is used at run time: the
+# program starts on X11 without the Wayland plug-in, but then its breaks cover nothing on most current desktops.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-wayland)
-# One instance and the tray, HTTPS, a sound that is heard, and the desktop's own pointer, which the toolkit loads on X11.
+# The single instance and the tray, HTTPS, audible sound, and the desktop's mouse cursor theme, which Qt loads on X11.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "default-dbus-session-bus | dbus-session-bus, ca-certificates, libcanberra-pulse, libxcursor1")
-# Light and dark as the desktop says, reports of crashes that the program could not write, and the pictures in messages.
+# The desktop's light or dark preference, reports of crashes that the program could not write itself, and emoji in messages.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "xdg-desktop-portal, systemd-coredump, fonts-noto-color-emoji")
 include(CPack)

@@ -1,9 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# What users run is the same, byte for byte, in whatever folder it was built: with it anybody can check that a published
-# archive was built from the published source. Daily work keeps the real paths, which debuggers want.
+# Makes release binaries identical in any build folder, so that anybody can check that a published archive was built from the
+# published source. Development builds keep the real paths for debuggers.
 
-# The compiler takes the last one that fits, and the build folder may lie in the source folder.
+# The compiler applies the last matching prefix, and the build folder may be inside the source folder.
 foreach(prefix IN ITEMS "${CMAKE_SOURCE_DIR}=." "${CMAKE_BINARY_DIR}=build")
     add_compile_options("$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-ffile-prefix-map=${prefix}>")
 endforeach()

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# One interface target that every target of ours links privately: warnings and sanitizers stay out of what we include.
+# One interface target that every target of this project links privately, so that warnings and sanitizers do not apply to
+# third-party code.
 
 add_library(OrvaneCompileOptions INTERFACE)
 target_compile_options(OrvaneCompileOptions INTERFACE
@@ -9,7 +9,7 @@ target_compile_options(OrvaneCompileOptions INTERFACE
 target_compile_definitions(OrvaneCompileOptions INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
-# Where files are compiled together, the constants of one stand behind the names of the next.
+# In unity builds local names of one file may shadow constants of another.
 if(CMAKE_UNITY_BUILD)
     target_compile_options(OrvaneCompileOptions INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-shadow>)
 endif()

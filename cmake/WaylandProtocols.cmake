@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-#
-# Code from descriptions of Wayland protocols, kept apart from our warning flags.
+# Code generated from Wayland protocol descriptions, compiled without this project's warning flags.
 
 find_program(WAYLAND_SCANNER wayland-scanner REQUIRED)
 find_package(PlasmaWaylandProtocols REQUIRED)
@@ -31,7 +30,7 @@ function(orvane_add_wayland_protocols target)
     target_link_libraries(${target} PUBLIC PkgConfig::WAYLAND_CLIENT)
 endfunction()
 
-# orvane_add_wayland_server_headers(target protocols...): what a compositor of the tests needs for the same descriptions.
+# orvane_add_wayland_server_headers(target protocols...): server headers of the same protocols, for the tests' compositor.
 function(orvane_add_wayland_server_headers target)
     set(folder "${CMAKE_CURRENT_BINARY_DIR}/protocols")
     foreach(library IN LISTS ARGN)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What makes the desktop of the tour look like one that somebody works on."""
+"""The scenery of the tour's desktop: a wallpaper and a document."""
 
 import math
 
@@ -7,7 +7,7 @@ from PIL import Image, ImageChops, ImageDraw, ImageFilter
 
 _SKY = ((0.0, (24, 52, 92)), (0.35, (74, 112, 150)), (0.6, (226, 168, 140)), (0.72, (252, 214, 166)),
         (1.0, (255, 232, 196)))
-# From the far ridge to the near one: height of its middle, size of its waves, colour at the top and at the bottom.
+# From the farthest ridge to the nearest: mean height, amplitude, colours at the top and at the bottom.
 _RIDGES = ((0.60, 0.060, (168, 150, 168), (222, 188, 172)), (0.68, 0.075, (112, 118, 146), (168, 158, 170)),
            (0.77, 0.070, (66, 88, 118), (104, 122, 144)), (0.86, 0.065, (34, 60, 84), (58, 86, 106)),
            (0.95, 0.055, (14, 34, 50), (24, 50, 66)))
@@ -36,7 +36,7 @@ NOTES = """\x1b[1;36m# Compte rendu du comité de rédaction\x1b[0m
 
 
 def landscape(size):
-    """Hills in the evening, as a picture of that size."""
+    """A picture of hills in the evening."""
     width, height = size
     picture = _gradient(size, _SKY)
     _add_light(picture, (0.66 * width, 0.60 * height), 1.0 * height, (255, 214, 160), 0.7)
@@ -53,7 +53,7 @@ def landscape(size):
 
 
 def framed(picture, outputs):
-    """The monitors side by side, each with a frame around it, on nothing."""
+    """The monitors side by side, each with a frame, on a transparent background."""
     frame, gap = 14, 36
     height = max(output.height for output in outputs) + 2 * frame
     width = sum(output.width + 2 * frame for output in outputs) + gap * (len(outputs) - 1)
@@ -82,10 +82,10 @@ def _gradient(size, stops):
 
 
 def _add_light(picture, centre, radius, colour, strength):
-    """A glow that fades to nothing at `radius`."""
+    """Adds a glow that fades out at `radius`."""
     side = round(2 * radius)
     glow = ImageChops.invert(Image.radial_gradient("L")).resize((side, side), Image.BICUBIC)
-    # The gradient reaches its end in the middle of each side; beyond, in the corners, there is no light.
+    # The gradient ends at the middle of each side; the corners beyond get no light.
     glow = glow.point(lambda value: round(255 * strength * (max(0.0, value - 75) / 180) ** 2))
     mask = Image.new("L", picture.size)
     mask.paste(glow, (round(centre[0] - radius), round(centre[1] - radius)))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What breaks cost."""
+"""The cost of breaks."""
 
 import math
 import time
@@ -19,12 +19,12 @@ _WATCHED_MILLISECONDS = 2000
 
 
 def _screens(count):
-    """Screens of the usual size, two in a row."""
+    """Screens of the default size, two per row."""
     return [Output(f"SCREEN{index}", 1920 * (index % 2), 1080 * (index // 2), 1920, 1080) for index in range(count)]
 
 
 def covering(kit):
-    """The rows about the time from the choice in the menu until every screen is dark."""
+    """The rows for the time from the menu click until every screen is dark."""
     rows = []
     for count in (1, 2, 4):
         with subjects.composited_bed(_screens(count)) as bed:
@@ -45,7 +45,7 @@ def _milliseconds_to_cover(desk, points):
 
 
 def _cpu_percent(pids, seconds):
-    """Processor time of each process meanwhile, in hundredths of a core."""
+    """Processor time of each process during these seconds, in percent of a core."""
     before, began = [counters.cpu_milliseconds(pid) for pid in pids], time.monotonic()
     time.sleep(seconds)
     elapsed = 1000 * (time.monotonic() - began)
@@ -53,7 +53,7 @@ def _cpu_percent(pids, seconds):
 
 
 def cost(kit):
-    """The rows about the processor time during a break, in turn with a bare ring."""
+    """The rows for the processor time during a break, measured alternately with the reference's ring."""
     rows = []
     for screens in (subjects.SCREENS, subjects.LARGE_SCREENS):
         size = f"{screens[0].width}x{screens[0].height}"
@@ -79,7 +79,7 @@ def _during(bed, process, kit):
 
 
 def whole(kit):
-    """The row about a break of 20 seconds from its beginning to what follows its end."""
+    """The row for a whole break of 20 seconds, including its start and end."""
     samples = []
     with subjects.composited_bed(subjects.SCREENS) as bed:
         desk = kit.desk(bed, OBPauseSeconds=20)
@@ -94,7 +94,7 @@ def whole(kit):
 
 
 def thousand(kit):
-    """The rows about what stays after many breaks."""
+    """The rows for the resources held after many breaks."""
     count = kit.choose(1000, 50)
     with subjects.composited_bed(subjects.SCREENS) as bed:
         desk = kit.desk(bed)
@@ -119,6 +119,6 @@ def _take_breaks(desk, count):
 
 
 def _held(pid):
-    """What the process has once the threads that painted have ended."""
+    """The resources of the process once its painting threads have ended."""
     time.sleep(_THREADS_LIVE_SECONDS)
     return {**counters.memory(pid), **counters.resources(pid)}

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the kernel counts of a process. Other load on the machine changes none of it but the shares of memory."""
+"""The kernel's counters for a process. Other load on the machine affects only the memory shares."""
 
 import pathlib
 import time
@@ -11,7 +11,7 @@ _KIBIBYTE = 1 / 1024
 
 
 def cpu_milliseconds(pid):
-    """Processor time of all threads so far, those that have ended included."""
+    """Processor time of all threads so far, including ended ones."""
     return time.clock_gettime_ns((~pid << 3) | _CPU_CLOCK_OF_SCHEDULER) / 1e6
 
 
@@ -20,13 +20,13 @@ def threads(pid):
 
 
 def wakeups(pid):
-    """How often the threads that run now have been woken since they began."""
+    """How often the current threads have been woken since they started."""
     return sum(int(line.split()[1]) for thread in threads(pid) for line in (thread / "status").read_text().splitlines()
                if line.startswith("voluntary_ctxt_switches"))
 
 
 def memory(pid):
-    """Mebibytes: the proportional share, what the process has for itself, and what it has written."""
+    """Memory in MiB: the proportional share, the unique part, and the written part."""
     sizes = {}
     for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
         name, value, *_ = line.split()
@@ -41,7 +41,7 @@ def _resident_shared(pid):
 
 
 def resources(pid):
-    """Open descriptors, threads, and timers of the kernel's."""
+    """Open descriptors, threads, and kernel timers."""
     descriptors = []
     for entry in pathlib.Path(f"/proc/{pid}/fd").iterdir():
         try:
@@ -54,8 +54,8 @@ def resources(pid):
 
 
 def wait_until_alone(pid, seconds):
-    """Waits until no other process of the machine has the toolkit's libraries; whether that came true. Another one
-    would bear a part of the pages that a program alone in its session bears itself."""
+    """Waits until no other process on the machine has loaded Qt, and returns whether that happened. Other processes would share
+    pages that count fully for a program alone in its session."""
     return comes_true(lambda: not _others_with_toolkit(pid), seconds)
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""How soon the window and the icon are there, from the moment at which the program begins to run."""
+"""The time from the start of the process to the window and to the icon."""
 
 import math
 import time
@@ -17,7 +17,7 @@ _WINDOW_GOAL = 1.3
 
 
 def measure(kit):
-    """The rows about the start. The subjects take turns, so that what else the machine does strikes all alike."""
+    """The rows for the start. The subjects alternate, so that other load on the machine affects all alike."""
     windows = {kit.reference: [], kit.in_dock: []}
     icons = {kit.reference: [], kit.in_menu_bar: []}
     with subjects.plain_bed() as bed:
@@ -34,8 +34,7 @@ def measure(kit):
 
 
 def _mark(bed, subject):
-    """A place in the window that shows something else than its background, and the colour there. This start also leaves
-    behind what only a first start makes."""
+    """A position in the window with foreground content, and its colour. This start also creates the files of a first start."""
     process, _ = subject.start(bed)
     box = bed.window_box(subjects.wait_for_window(bed, subject))
     time.sleep(2)
@@ -51,7 +50,7 @@ def _mark(bed, subject):
 
 
 def _first_window(bed, probe, subject, place, colour):
-    """Milliseconds until the window shows what is in it; infinite where it took longer than was watched."""
+    """Milliseconds until the window shows its content; infinite if that took longer than the observation."""
     watch = probe.sample([place], _WATCHED_MILLISECONDS, _LOOK_EVERY_MILLISECONDS)
     process, began = subject.start(bed)
     last = watch.results()[-1]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The programs that are measured, and the desktops that they are measured on."""
+"""The measured programs and their desktops."""
 
 import dataclasses
 import json
@@ -11,7 +11,7 @@ from driver.waiting import wait_until
 from driver.x11 import X11Bed
 from scenario.desk import Desk
 
-#: The first size is the usual one.
+#: The default size.
 SCREENS = [Output("ONLY", 0, 0, 1920, 1080)]
 LARGE_SCREENS = [Output("ONLY", 0, 0, 3840, 2160)]
 
@@ -27,7 +27,7 @@ class Subject:
     preferences: dict | None = None
 
     def start(self, bed):
-        """Starts it; returns its process and the monotonic time in nanoseconds at which it began to run."""
+        """Starts it; returns its process and its start time on the monotonic clock in nanoseconds."""
         if self.preferences is not None:
             bed.write("config/OrvaneBreak/preferences.json", json.dumps(self.preferences))
         process = bed.run(self.arguments)
@@ -35,7 +35,7 @@ class Subject:
 
 
 class Kit:
-    """What was built, and the subjects made of it. `is_quick`: shorter measurements, whose figures are rough."""
+    """The build and its subjects. `is_quick`: shorter measurements with rougher figures."""
 
     def __init__(self, build_folder, is_quick):
         self.program = pathlib.Path(build_folder) / "bin" / "orvanebreak"
@@ -52,7 +52,7 @@ class Kit:
         return quick if self.is_quick else usual
 
     def desk(self, bed, **preferences):
-        """A desk of the desktop tests on a bed, with the program waiting in the menu bar."""
+        """A desk of the desktop tests, with the program waiting in the menu bar."""
         desk = Desk(bed, self.program, self.helpers)
         desk.write_preferences(pathlib.Path(bed.environment()["XDG_CONFIG_HOME"]), **{**_PREFERENCES, **preferences})
         desk.start_with_tray()
@@ -70,5 +70,5 @@ def composited_bed(monitors):
 
 
 def wait_for_window(bed, subject):
-    """The window of the subject, once it is on the screen."""
+    """Returns the subject's window once it is on the screen."""
     return wait_until(lambda: bed.windows_titled(subject.title), f"the window {subject.name}").pop()

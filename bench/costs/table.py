@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The table of figures: what was measured, of us and of the reference, and whether a goal was met."""
+"""The table of figures: the program's, the reference's, and whether a goal was met."""
 
 import dataclasses
 import statistics
@@ -7,7 +7,7 @@ import statistics
 
 @dataclasses.dataclass
 class Row:
-    """One figure. The goal is a limit for the figure, or with `ratio` for its ratio to the reference's."""
+    """One figure. The goal is a limit for the figure, or with `ratio` a limit for its ratio to the reference's figure."""
     name: str
     figure: float
     unit: str
@@ -19,7 +19,7 @@ class Row:
 
     @property
     def is_met(self):
-        """None where there is no goal."""
+        """None if there is no goal."""
         if self.ratio is not None:
             return self.figure <= self.ratio * self.reference
         return None if self.limit is None else self.figure <= self.limit
@@ -38,7 +38,7 @@ class Row:
 
 
 def markdown(rows):
-    """The rows as a table of Markdown."""
+    """The rows as a Markdown table."""
     lines = [["", "OrvaneBreak", "reference", "goal: at most", ""], ["---", "--:", "--:", "--:", "---"]]
     return "\n".join("| " + " | ".join(cells) + " |" for cells in lines + [row.cells() for row in rows])
 

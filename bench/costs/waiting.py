@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the programs cost while they wait, with reminders on."""
+"""The cost of waiting with reminders on."""
 
 import contextlib
 import math
@@ -16,7 +16,7 @@ _MEMORY_GOAL = 1.35
 _WAKEUPS_GOAL = 2
 _CPU_GOAL = 0.5
 _MOVES_PER_SECOND = 25
-_PATIENCE_FOR_OTHERS = 20
+_OTHERS_TIMEOUT = 20
 
 
 def _everybody(kit):
@@ -24,7 +24,7 @@ def _everybody(kit):
 
 
 def _switch_on(bed, tray, subject, kit):
-    """Has the program remind of breaks."""
+    """Turns reminders on."""
     wait_until(tray.items if subject is not kit.in_dock else lambda: True, "the icon")
     if subject is kit.in_menu_bar:
         tray.click(SWITCH_ON)
@@ -34,7 +34,7 @@ def _switch_on(bed, tray, subject, kit):
 
 
 def settled(kit):
-    """The rows about the first half minute: each program alone on a desktop."""
+    """The rows for the first 30 seconds: each program alone on a desktop."""
     work, sizes, alone = {}, {}, True
     for _ in range(kit.choose(2, 1)):
         for subject in _everybody(kit):
@@ -45,7 +45,7 @@ def settled(kit):
                 work.setdefault(subject, []).append(counters.cpu_milliseconds(process.pid))
                 _switch_on(bed, tray, subject, kit)
                 time.sleep(kit.choose(20, 5))
-                alone &= counters.wait_until_alone(process.pid, _PATIENCE_FOR_OTHERS)
+                alone &= counters.wait_until_alone(process.pid, _OTHERS_TIMEOUT)
                 sizes.setdefault(subject, []).append(counters.memory(process.pid))
     rows = []
     note = "" if alone else ", other programs shared pages"
@@ -60,7 +60,7 @@ def settled(kit):
 
 
 class _Watch:
-    """Counts a process from now on."""
+    """Reads a process's counters from now on."""
 
     def __init__(self, pid):
         self._pid = pid
@@ -83,7 +83,7 @@ def _watch_all(processes, seconds):
 
 
 def _move_pointer(bed, seconds):
-    """Has a pointer go round on the screen meanwhile, over the windows as well."""
+    """Moves the pointer around the screen for these seconds, also over the windows."""
     words = []
     for step in range(seconds * _MOVES_PER_SECOND):
         angle = step / _MOVES_PER_SECOND
@@ -93,7 +93,7 @@ def _move_pointer(bed, seconds):
 
 
 def idle(kit):
-    """The rows about waiting: everybody at the same time, each on a desktop of its own."""
+    """The rows for waiting: all programs at the same time, each on its own desktop."""
     with contextlib.ExitStack() as stack:
         beds, processes = {}, {}
         for subject in _everybody(kit):

@@ -126,7 +126,7 @@ class Key(ToolCase):
                      self.scratch / "output/../source/key"):
             result = self.tool("keygen", "--private-key", path)
             self.assertEqual((result.returncode, result.stdout), (1, ""), path)
-            self.assertIn("does not belong into the source tree", result.stderr)
+            self.assertIn("must not be in the source tree", result.stderr)
         self.assertEqual(list(self.project.rglob("key")), [])
 
     def test_never_over_another_file(self):
@@ -196,7 +196,7 @@ class Refusals(ToolCase):
 
     def test_address_without_https(self):
         for address in ("http://example.org/", "ftp://example.org/", "example.org"):
-            self.assert_refused("no HTTPS address", "--archive-url-base", address)
+            self.assert_refused("not an HTTPS address", "--archive-url-base", address)
 
     def test_feed_that_is_none(self):
         self.appcast.parent.mkdir()

@@ -66,7 +66,7 @@ class OtherDistributions(System):
 
     def test_what_was_not_looked_up_has_its_name_on_debian(self):
         said = self.install(_SYSTEMS["Fedora"], "coverage").stdout.splitlines()[-1]
-        self.assertEqual(said, "These have other names here, and on Debian these: gcovr")
+        self.assertEqual(said, "These packages, by their Debian names, have other names here: gcovr")
 
     def test_their_own_package_manager_comes_before_apt(self):
         self.pretend("apt-get", "exit 1")
@@ -82,13 +82,14 @@ class OtherDistributions(System):
         self.assertEqual(self.install(_SYSTEMS["Arch"], "build").returncode, 0)
         self.pretend("pkg-config", '[ "$2" != libsodium ]')
         result = self.install(_SYSTEMS["Arch"], "build")
-        self.assertEqual((result.returncode, result.stderr), (1, "install-packages: not found here: libsodium\n"))
+        self.assertEqual((result.returncode, result.stderr), (1, "install-packages: not found: libsodium\n"))
 
     def test_unknown_systems(self):
         result = self.install("ID=unheard-of\n", "tour")
-        self.assertIn("has these names there: xvfb x11-xserver-utils x11-utils xdotool wmctrl", result.stdout)
+        self.assertIn("On Debian the project needs these packages: xvfb x11-xserver-utils x11-utils xdotool wmctrl",
+                      result.stdout)
         self.assertEqual((result.returncode, result.stderr),
-                         (1, "install-packages: not found here: cmake ninja c++ pkg-config\n"))
+                         (1, "install-packages: not found: cmake ninja c++ pkg-config\n"))
         for program in _TOOLS:
             self.pretend(program)
         self.pretend("pkg-config", "exit 1")

@@ -3,4 +3,4 @@
 
 
 class Refusal(Exception):
-    """Nothing is released; the text says why and what to do."""
+    """Nothing is released; the text gives the reason and the remedy."""

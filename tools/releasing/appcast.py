@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The update feed: an RSS 2.0 file that grows by one item for each release."""
+"""The update feed: an RSS 2.0 file with one item per release."""
 
 import dataclasses
 import datetime
@@ -19,14 +19,14 @@ _TYPE = "application/zstd"
 
 @dataclasses.dataclass(frozen=True)
 class Release:
-    """What the feed tells of one release."""
+    """One release in the feed."""
     version: str
     url: str
     length: int
     signature: str
     architecture: str
     date: datetime.datetime
-    #: Plain text, shown where there is no link to a page.
+    #: Plain text, shown if there is no link to a page.
     notes: str
     notes_link: str | None = None
     minimum_system_version: str | None = None
@@ -37,7 +37,7 @@ class Appcast:
     """A feed in memory."""
 
     def __init__(self, path):
-        """Reads the feed at `path`, or begins one where there is no file."""
+        """Reads the feed at `path`, or starts an empty one if there is no file."""
         self._path = pathlib.Path(path)
         ElementTree.register_namespace("sparkle", NAMESPACE)
         if not self._path.exists():
@@ -46,10 +46,10 @@ class Appcast:
             self._root = self._read()
         self._channel = self._root.find("channel")
         if self._root.tag != "rss" or self._channel is None:
-            raise Refusal(f"this is no update feed: {path}")
+            raise Refusal(f"not an update feed: {path}")
 
     def newest_version(self):
-        """The highest version in the feed; nothing in an empty one."""
+        """The highest version in the feed, or None if it is empty."""
         versions = []
         for item in self._channel.findall("item"):
             enclosure = item.find("enclosure")
@@ -62,10 +62,10 @@ class Appcast:
     def refuse_unless_newer(self, version):
         newest = self.newest_version()
         if newest is not None and version_numbers(version) <= version_numbers(newest):
-            raise Refusal(f"the version does not rise: CMakeLists.txt has {version}, the feed has {newest} already")
+            raise Refusal(f"the version is not new: CMakeLists.txt has {version}, the feed already has {newest}")
 
     def add(self, release):
-        """Puts a release in front of the others and renews the date of the feed."""
+        """Inserts a release before the others and updates the feed's date."""
         built = self._channel.find("lastBuildDate")
         items = self._channel.findall("item")
         if built is None:
@@ -77,7 +77,7 @@ class Appcast:
         self._channel.insert(place, _item(release))
 
     def save(self):
-        """Writes the feed so that at no time anybody reads half of it."""
+        """Replaces the file atomically."""
         ElementTree.indent(self._root)
         content = ElementTree.tostring(self._root, encoding="utf-8", xml_declaration=True) + b"\n"
         self._path.parent.mkdir(parents=True, exist_ok=True)

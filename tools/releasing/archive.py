@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Builds the archive that users install. The same commit gives the same bytes on the same system."""
+"""Builds the archive that users install, reproducibly for the same commit on the same system."""
 
 import dataclasses
 import os
@@ -10,7 +10,7 @@ import tempfile
 
 from . import building
 
-#: The strongest level that needs no more memory for unpacking.
+#: The strongest level that does not need more memory for unpacking.
 STRONGEST = 19
 _PROGRAM = "bin/orvanebreak-program"
 _MODULES = "lib/orvanebreak/modules/*.so"
@@ -21,13 +21,13 @@ class Archive:
     """A finished archive."""
     path: pathlib.Path
     architecture: str
-    #: What share/OrvaneBreak/Info.json in it says.
+    #: The content of its share/OrvaneBreak/Info.json.
     information: bytes
 
 
 def build(source, output, definitions=(), build_folder=None, compression=STRONGEST):
-    """Builds `source`, with CMake definitions as in -D, and packs what users need into the folder `output`. With a build
-    folder nothing is configured or built: what was built there last is packed."""
+    """Builds `source` with CMake definitions as for -D, and packs the result into the folder `output`. With a build folder it
+    builds nothing and packs that existing build."""
     environment = building.environment_for(source)
     if build_folder is None:
         build_folder = building.build_anew(source, "build-archive", "orvanebreak-program", definitions, environment)
@@ -46,7 +46,7 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
         for module in folder.glob(_MODULES):
             _split_symbols(module, output / f"{name}-linux-{architecture}.{module.name}.debug", environment)
         pack(folder, tar, source.commit_time())
-        # One thread, because several cut the content by their number.
+        # One thread, because the number of threads changes the compressed output.
         building.run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
     unfinished.replace(path)
@@ -54,16 +54,15 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
 
 
 def _split_symbols(program, debug_path, environment):
-    """Moves what only a debugger reads, and who reads crash reports, out of a program or a module; the build id in both says
-    that they belong together."""
+    """Moves the debug information, which crash reports need too, out of a program or a module; both keep the same build id."""
     building.run(["objcopy", "--only-keep-debug", "--compress-debug-sections", program, debug_path], environment)
     debug_path.chmod(0o644)
-    # The names of functions stay: crash reports name ours.
+    # Keeps the symbol table, which crash reports take function names from.
     building.run(["strip", "--strip-debug", program], environment)
 
 
 def pack(folder, tar, time):
-    """Packs a folder in a fixed order, as if root had made all of it at one time."""
+    """Packs a folder in a fixed order, with root as owner and `time` as the date of every entry."""
     def plain(entry):
         entry.uid = entry.gid = 0
         entry.uname = entry.gname = ""

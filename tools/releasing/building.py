@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What everything that is built for users is built with. The same commit gives the same bytes on the same system."""
+"""Builds releases reproducibly: the same commit gives the same bytes on the same system."""
 
 import os
 import shutil
@@ -9,13 +9,13 @@ from . import Refusal
 
 
 def environment_for(source):
-    """The variables that the tools run with."""
-    # A compiler cache may put paths of its own choice into the symbols.
+    """The environment for the build tools."""
+    # A compiler cache may put its own paths into the debug information.
     return {**os.environ, "SOURCE_DATE_EPOCH": str(source.commit_time()), "CCACHE_DISABLE": "1", "LC_ALL": "C", "TZ": "UTC"}
 
 
 def build_anew(source, name, target, definitions, environment):
-    """Builds one target, with CMake definitions as in -D, from nothing in the folder `name` of the source tree, and returns
+    """Builds one target from scratch, with CMake definitions as for -D, in the folder `name` of the source tree, and returns
     that folder."""
     folder = source.folder / name
     shutil.rmtree(folder, ignore_errors=True)
@@ -26,7 +26,7 @@ def build_anew(source, name, target, definitions, environment):
 
 
 def run(command, environment):
-    """Runs a part of the build; what it prints is only of interest when it fails."""
+    """Runs a step of the build and reports its output only if it fails."""
     try:
         result = subprocess.run([str(part) for part in command], env=environment, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
@@ -34,4 +34,4 @@ def run(command, environment):
         raise Refusal(f"not installed: {command[0]} (tools/install-packages build release)") from error
     if result.returncode != 0:
         text = result.stdout.decode("utf-8", "replace")
-        raise Refusal(f"this failed: {' '.join(map(str, command))}\n{text[-4000:].rstrip()}")
+        raise Refusal(f"command failed: {' '.join(map(str, command))}\n{text[-4000:].rstrip()}")

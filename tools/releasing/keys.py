@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The Ed25519 key that updates are signed with, in a file of the makers'."""
+"""The makers' Ed25519 key for signing updates, in a file."""
 
 import base64
 import os
@@ -14,8 +14,8 @@ _SIGNATURE_LENGTH = 64
 
 
 def generate(path, project):
-    """Writes a new private key to `path`, for its owner alone, and returns the base64 of its public key. Refuses a place
-    within the project and a file that is there."""
+    """Writes a new private key to `path`, readable by its owner alone, and returns the base64 of its public key. Refuses a path
+    inside the project and an existing file."""
     path = pathlib.Path(path)
     _refuse_inside(path, project)
     key = _openssl("genpkey", "-algorithm", "ed25519")
@@ -32,7 +32,7 @@ def generate(path, project):
 
 
 def check(path, project):
-    """Refuses a private key that lies within the project, is missing, or can be read by others."""
+    """Refuses a private key that is inside the project, missing, or readable by others."""
     path = pathlib.Path(path)
     _refuse_inside(path, project)
     try:
@@ -45,7 +45,7 @@ def check(path, project):
 
 
 def public_key(path):
-    """The base64 of the 32 bytes that the program knows as ORVANE_UPDATE_PUBLIC_KEY_B64."""
+    """The base64 of the 32-byte public key, the value for ORVANE_UPDATE_PUBLIC_KEY_B64."""
     encoded = _openssl("pkey", "-in", path, "-pubout", "-outform", "DER")
     return base64.b64encode(encoded[-_PUBLIC_LENGTH:]).decode()
 
@@ -54,13 +54,13 @@ def sign(path, file):
     """The base64 of the signature over the whole content of `file`."""
     signature = _openssl("pkeyutl", "-sign", "-rawin", "-inkey", path, "-in", file)
     if len(signature) != _SIGNATURE_LENGTH:
-        raise Refusal(f"this is no Ed25519 key: {path}")
+        raise Refusal(f"not an Ed25519 key: {path}")
     return base64.b64encode(signature).decode()
 
 
 def _refuse_inside(path, project):
     if path.resolve().is_relative_to(pathlib.Path(project).resolve()):
-        raise Refusal(f"a private key does not belong into the source tree: {path}")
+        raise Refusal(f"the private key must not be in the source tree: {path}")
 
 
 def _openssl(*arguments):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the source tree says about the version in it, and whether that may be released."""
+"""The version in the source tree, and whether it may be released."""
 
 import pathlib
 import re
@@ -19,32 +19,31 @@ class Source:
         text = self._read("CMakeLists.txt")
         match = re.search(r"^project\([^)]*\bVERSION\s+([0-9.]+)", text, re.MULTILINE)
         if not match:
-            raise Refusal("CMakeLists.txt tells no version: project(... VERSION ...)")
+            raise Refusal("CMakeLists.txt has no version: project(... VERSION ...)")
         return match[1]
 
     def changes(self):
-        """The section of CHANGELOG.md about the version, without its heading; refuses when there is none or it is
-        empty."""
+        """The version's section of CHANGELOG.md without its heading; refuses if it is missing or empty."""
         version = self.version()
         sections = re.split(r"^## +", self._read("CHANGELOG.md"), flags=re.MULTILINE)
         for section in sections[1:]:
             heading, _, body = section.partition("\n")
             if re.match(rf"\[?{re.escape(version)}\]?(?![0-9.])", heading) and body.strip():
                 return body.strip()
-        raise Refusal(f"CHANGELOG.md has no section about {version}: add \"## [{version}] - <date>\" with what has changed")
+        raise Refusal(f"CHANGELOG.md has no section about {version}: add \"## [{version}] - <date>\" with the changes")
 
     def commit_time(self):
-        """When the commit was made, in seconds since 1970; where there is no repository, when the changelog was written."""
+        """The commit time in seconds since 1970; without a repository the modification time of CHANGELOG.md."""
         try:
             return int(self._git("log", "-1", "--format=%ct"))
         except Refusal:
             return int((self.folder / "CHANGELOG.md").stat().st_mtime)
 
     def refuse_changes(self):
-        """Refuses when something differs from the commit."""
+        """Refuses uncommitted changes."""
         changes = self._git("status", "--porcelain").rstrip()
         if changes:
-            raise Refusal(f"there are changes that are not in any commit:\n{changes}")
+            raise Refusal(f"there are uncommitted changes:\n{changes}")
 
     def refuse_failing_tests(self, command):
         """Runs the tests and refuses unless they pass."""
@@ -58,7 +57,7 @@ class Source:
             raise Refusal(f"{path}: {error.strerror}") from error
 
     def _git(self, *arguments):
-        # The tree may belong to another user than the one who builds, as it does in containers.
+        # In containers the tree may belong to another user.
         result = subprocess.run(["git", "-c", "safe.directory=*", *arguments], cwd=self.folder, capture_output=True,
                                 text=True)
         if result.returncode != 0:
@@ -67,7 +66,7 @@ class Source:
 
 
 def version_numbers(version):
-    """What versions are compared by; missing numbers are 0."""
+    """The sort key of a version; missing numbers are 0."""
     numbers = [int(number) for number in re.findall(r"[0-9]+", version.partition("-")[0])]
     while numbers and numbers[-1] == 0:
         numbers.pop()

@@ -3,4 +3,4 @@
 
 
 class Trouble(Exception):
-    """Something cannot be done; the text says what and why."""
+    """A failure; the text says what cannot be done and why."""

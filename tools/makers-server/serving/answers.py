@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Answers, and the ways in which their bytes travel. Each way is a generator of what to send: bytes, or a number of seconds of
-silence. One without an end is asked for more as fast as the client reads."""
+"""Answers and their delivery. Each kind of delivery is a generator that yields bytes to send or a number of seconds to wait.
+An endless one is advanced as fast as the client reads."""
 
 import itertools
 import typing
@@ -20,11 +20,11 @@ class Answer(typing.NamedTuple):
     headers: tuple = ("Content-Type: application/json",)
     #: One of the functions of this module.
     travel: typing.Callable = at_once
-    #: Whether the connection waits for another request afterwards.
+    #: Whether the connection stays open for another request.
     stays_open: bool = True
 
     def head(self, framing=None):
-        """The status and the headers; without anything else said, they announce the length of the whole body."""
+        """The status line and the headers, by default with the length of the whole body."""
         lines = (f"HTTP/1.1 {self.status} {_REASONS[self.status]}", *self.headers,
                  framing or f"Content-Length: {len(self.body)}", "", "")
         return "\r\n".join(lines).encode()
@@ -51,7 +51,7 @@ def nothing(_answer):
 
 
 def garbage_status(answer):
-    """The rest is as it should be."""
+    """Everything after the status line is correct."""
     yield b"HTPP/1,1 \xff\0 twenty\r\n" + answer.head().partition(b"\r\n")[2] + answer.body
 
 
@@ -71,12 +71,12 @@ def endless_body(answer):
 
 
 def endless_chunks(answer):
-    """The same, with every byte in a chunk of its own."""
+    """The same, with each byte in its own chunk."""
     yield answer.head("Transfer-Encoding: chunked") + b"".join(b"1\r\n%c\r\n" % byte for byte in answer.body)
     yield from itertools.repeat(b"1\r\n \r\n" * (_AT_ONCE // 6))
 
 
 def endless_chunk_extension(answer):
-    """The size of the first chunk, and what is said about it."""
+    """The size of the first chunk, followed by an endless chunk extension."""
     yield answer.head("Transfer-Encoding: chunked") + b"%x;extension=" % len(answer.body)
     yield from itertools.repeat(b"x" * _AT_ONCE)

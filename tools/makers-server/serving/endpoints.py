@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The three endpoints: what is answered to a request."""
+"""The three endpoints."""
 
 import sys
 import threading
@@ -23,21 +23,21 @@ class Endpoints:
         self._one_at_a_time = threading.Lock()
 
     def answer(self, request):
-        """Records the request and answers it, wrongly if a misbehaviour is chosen. A check-in is given the message published
-        last, unless its device has acknowledged that message at any time. Unknown paths are answered with 404, other methods
-        than POST with 405, a request in a wrong form with 400, and a trouble of the server's own, told on the standard error,
-        with 500; all of them with "ok" false. Any thread."""
+        """Records the request and answers it, incorrectly if a misbehaviour is chosen. A check-in gets the message published last
+        unless its device has acknowledged that message. Unknown paths get status 404, methods other than POST 405, malformed
+        requests 400, and errors of the server, which are printed on standard error, 500; all of them with "ok" false.
+        Callable from any thread."""
         with self._one_at_a_time:
             try:
                 return self._respond(request)
             except (Trouble, OSError) as trouble:
                 print(f"makers-server: {trouble}", file=sys.stderr, flush=True)
-                return Answer(500, compact_json(_refusal("the server is in trouble")))
+                return Answer(500, compact_json(_refusal("internal error")))
 
     def _respond(self, request):
         mode, argument = misbehaviours.chosen(self._folder)
         if request.query == "redirected":
-            # Whoever followed the redirection to this address is answered honestly, or it would have no end.
+            # Requests to this address have followed the redirect; an honest answer ends it.
             mode = misbehaviours.NONE
         context = misbehaviours.Context(argument, request.path, self.plain_address)
         status, members = self._draft(request, lambda claims: _changed(claims, mode.claims, context))
@@ -45,7 +45,7 @@ class Endpoints:
         return _changed(answer, mode.answer, context)
 
     def _draft(self, request, change_claims):
-        """The status, and the members of the object that it comes with."""
+        """The status and the members of the answer's JSON object."""
         kind, *_ = request_form.ENDPOINTS.get(request.path, ["other"])
         members, problem = {}, ""
         if kind == "other":

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Hears requests on the loopback interface, over HTTP or HTTPS, and sends the answers."""
+"""Accepts requests on the loopback interface, over HTTP or HTTPS, and sends the answers."""
 
 import select
 import socket
@@ -8,13 +8,13 @@ import typing
 
 from . import Trouble
 
-_LONGEST_LINE = 65536
+_MAX_LINE_LENGTH = 65536
 
 
 class Request(typing.NamedTuple):
     method: str
     path: str
-    #: Without its question mark; empty when there is none.
+    #: Without the question mark; empty if there is none.
     query: str
     #: By their names in lower case.
     headers: dict
@@ -22,20 +22,20 @@ class Request(typing.NamedTuple):
 
 
 class Listener:
-    """Listens on 127.0.0.1, on any free port when `port` is 0. `answer` makes an answer of a request, on any thread. With
-    `tls`, a context of the module ssl, it speaks HTTPS and nothing else. `address` has no slash at its end."""
+    """Listens on 127.0.0.1, on any free port if `port` is 0. `answer` turns a request into an answer, on any thread. With `tls`,
+    an SSLContext, it speaks only HTTPS. `address` has no trailing slash."""
 
     def __init__(self, port, answer, tls=None):
         try:
             self._socket = socket.create_server(("127.0.0.1", port))
         except OSError as error:
-            raise Trouble(f"port {port} is not to be had") from error
+            raise Trouble(f"port {port} is not available") from error
         self._answer = answer
         self._tls = tls
         self.address = f"{'https' if tls else 'http'}://127.0.0.1:{self._socket.getsockname()[1]}"
 
     def serve(self):
-        """Never returns. Each connection has a thread, which ends with it or with the process."""
+        """Never returns. Each connection has its own thread, which ends with the connection or the process."""
         while True:
             connection, _ = self._socket.accept()
             threading.Thread(target=self._hold, args=(connection,), daemon=True).start()
@@ -55,10 +55,10 @@ class Listener:
 
 
 def _read(stream):
-    """The next request; None when there is none, or none that can be read."""
-    start = stream.readline(_LONGEST_LINE).decode("latin-1").split()
+    """The next request, or None if there is none or it cannot be parsed."""
+    start = stream.readline(_MAX_LINE_LENGTH).decode("latin-1").split()
     headers = {}
-    while (line := stream.readline(_LONGEST_LINE).decode("latin-1")).strip():
+    while (line := stream.readline(_MAX_LINE_LENGTH).decode("latin-1")).strip():
         name, _, value = line.partition(":")
         headers[name.strip().lower()] = value.strip()
     if len(start) != 3 or not line:
@@ -71,7 +71,7 @@ def _read(stream):
 
 
 def _send(connection, answer):
-    """Whether the connection stays open after it."""
+    """Returns whether the connection stays open."""
     for piece in answer.travel(answer):
         if isinstance(piece, bytes):
             connection.sendall(piece)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The ways to answer wrongly, and the one that is chosen."""
+"""The kinds of wrong answers, and the one chosen."""
 
 import os
 import re
@@ -9,14 +9,14 @@ import zlib
 from . import Trouble, answers
 from .signing_key import SigningKey
 
-# Far deeper than a parser that recurses survives.
+# Far too deep for a recursive parser.
 _BOMB_DEPTH = 100_000
 _FILE = "misbehaviour.json"
 
 
 class Context(typing.NamedTuple):
-    """What a misbehaviour may need to know."""
-    #: What was asked for, or the standard argument.
+    """The input of a misbehaviour."""
+    #: The given argument, or the standard one.
     argument: str
     path: str
     #: Where the server listens without TLS: "http://127.0.0.1:PORT".
@@ -24,8 +24,8 @@ class Context(typing.NamedTuple):
 
 
 class Misbehaviour(typing.NamedTuple):
-    """The last three make something else of one stage of the honest answer, given that and the context: of what is claimed (and
-    then signed), of the members of the JSON object, of the answer. None where the stage stays honest."""
+    """The last three fields each replace one stage of the honest answer, given that stage and the context: the claims before
+    they are signed, the members of the JSON object, the answer. None leaves a stage unchanged."""
     name: str
     summary: str
     standard_argument: str = ""
@@ -36,7 +36,7 @@ class Misbehaviour(typing.NamedTuple):
 
 
 def whole_number(text):
-    """The integer in 64 bits that the text is, or None."""
+    """The text as a 64-bit integer, or None."""
     return int(text) if re.fullmatch("[+-]?[0-9]{1,20}", text) and -2 ** 63 <= int(text) < 2 ** 63 else None
 
 
@@ -82,7 +82,7 @@ def _body(change):
 
 
 def _with_value(member, literal=None):
-    """Puts the bytes in the place of the value of a member, which has neither a comma nor a bracket in it."""
+    """Replaces the value of a member, which contains neither a comma nor a brace, by the bytes."""
     return lambda answer, context: answer._replace(body=re.sub(
         rb'("%s":)[^,}]*' % member, lambda found: found[1] + (literal or context.argument.encode()), answer.body, count=1))
 
@@ -100,7 +100,7 @@ def _paced(travel):
 
 
 def _redirected(address):
-    # 307 keeps the method and the body: a client that follows gets an answer that it can believe.
+    # 307 keeps the method and the body: a client that follows gets a valid answer.
     return lambda answer, context: answer._replace(
         status=307, headers=(*answer.headers, f"Location: {address.format(*context)}"))
 
@@ -111,15 +111,15 @@ def _half_of_gzip(answer, _):
     return answer._replace(body=packed[:len(packed) // 2], headers=(*answer.headers, "Content-Encoding: gzip"))
 
 
-NONE = Misbehaviour("none", "answers rightly again")
+NONE = Misbehaviour("none", "answers correctly again")
 
 #: All of them, in the order in which a person reads about them.
 ALL = (
     Misbehaviour("late", "answers after N seconds of silence", "30", _is_duration, answer=_paced(answers.late)),
     Misbehaviour("truncated", "a whole answer whose JSON ends in the middle", answer=_body(lambda body: body[:len(body) // 2])),
-    Misbehaviour("wrong-nonce", "properly signed for another request",
+    Misbehaviour("wrong-nonce", "correctly signed for another request",
                  claims=lambda honest, _: {**honest, "n": os.urandom(16).hex().upper()}),
-    Misbehaviour("wrong-key", "properly signed by somebody else", members=_signed_by_somebody_else),
+    Misbehaviour("wrong-key", "correctly signed with another key", members=_signed_by_somebody_else),
     Misbehaviour("old-clock", "the clock of the server is N seconds behind", "600", _is_whole_seconds, claims=_later(-1)),
     Misbehaviour("future-clock", "the clock of the server is N seconds ahead", "660", _is_whole_seconds, claims=_later(1)),
     Misbehaviour("wrong-types", "the member named (n, ts, mid, msg, sig or ok) has a value of another type", "mid", _is_member,
@@ -127,50 +127,50 @@ ALL = (
     Misbehaviour("without", "the member named (n, ts, mid, msg, sig or ok) is missing", "sig", _is_member, members=_without()),
     Misbehaviour("zero-id", "a signed text with the id 0", claims=_saying(mid=0)),
     Misbehaviour("empty-message", "a signed id with an empty text", claims=_saying(msg="")),
-    Misbehaviour("500-ok-true", "status 500, everything else as it should be",
+    Misbehaviour("500-ok-true", "status 500, everything else correct",
                  answer=lambda answer, _: answer._replace(status=500)),
     Misbehaviour("200-ok-false", 'status 200 with "ok" false', members=_saying(ok=False)),
     Misbehaviour("no-ok", 'status 200 without "ok"', members=_without("ok")),
-    Misbehaviour("not-json", "a page in HTML", answer=_body(lambda _: b"<!doctype html><title>ok</title>\n")),
+    Misbehaviour("not-json", "an HTML page", answer=_body(lambda _: b"<!doctype html><title>ok</title>\n")),
     Misbehaviour("redirect-http", "redirects to the same path without TLS, where the answer is honest",
                  answer=_redirected("{2}{1}?redirected")),
-    Misbehaviour("redirect-loop", "redirects to the same address for ever", answer=_redirected("{1}")),
+    Misbehaviour("redirect-loop", "redirects to the same address forever", answer=_redirected("{1}")),
     Misbehaviour("slow-drip", "an honest answer, one byte every N seconds", "1", _is_duration, answer=_paced(answers.dripping)),
-    Misbehaviour("garbage-status", "an honest answer below a status line that is none",
+    Misbehaviour("garbage-status", "an honest answer after an invalid status line",
                  answer=_travels(answers.garbage_status)),
-    Misbehaviour("endless-head", "header lines without an end", answer=_travels(answers.endless_head)),
-    Misbehaviour("endless-interim", "answers with the status 100 without an end, never another",
+    Misbehaviour("endless-head", "endless header lines", answer=_travels(answers.endless_head)),
+    Misbehaviour("endless-interim", "endless answers with status 100, never another",
                  answer=_travels(answers.endless_interim)),
-    Misbehaviour("endless-body", "an honest answer, then spaces without an end", answer=_travels(answers.endless_body)),
-    Misbehaviour("endless-chunks", "the same, each byte in a chunk of its own", answer=_travels(answers.endless_chunks)),
-    Misbehaviour("endless-chunk-extension", "a first chunk whose extension has no end",
+    Misbehaviour("endless-body", "an honest answer, then endless spaces", answer=_travels(answers.endless_body)),
+    Misbehaviour("endless-chunks", "the same, each byte in its own chunk", answer=_travels(answers.endless_chunks)),
+    Misbehaviour("endless-chunk-extension", "a first chunk with an endless extension",
                  answer=_travels(answers.endless_chunk_extension)),
     Misbehaviour("close-before-answer", "reads the request and closes the connection",
                  answer=_travels(answers.nothing, stays_open=False)),
     Misbehaviour("close-in-answer", "closes the connection after half of the announced body",
                  answer=_travels(answers.half, stays_open=False)),
-    Misbehaviour("truncated-gzip", "a whole answer that is the first half of one in gzip", answer=_half_of_gzip),
-    Misbehaviour("duplicate-members", "every member again, with values that nobody signed",
+    Misbehaviour("truncated-gzip", "a complete answer with only the first half of its gzip data", answer=_half_of_gzip),
+    Misbehaviour("duplicate-members", "every member twice, the second with an unsigned value",
                  answer=_with_members('"mid":8,"msg":"Personne n\'a signé ceci","ok":false'.encode())),
     Misbehaviour("trailing-bytes", "a second object after the first", answer=_body(lambda body: body + b'{"mid":8}')),
     Misbehaviour("deep", "one more member, an array 100,000 levels deep",
                  answer=_with_members(b'"deep":' + b"[" * _BOMB_DEPTH + b"]" * _BOMB_DEPTH)),
-    Misbehaviour("huge-number", "id 2^64 + 7, signed as what is left of it in 64 bits",
+    Misbehaviour("huge-number", "id 2^64 + 7, signed as its lowest 64 bits",
                  claims=_saying(mid=7), answer=_with_value(b"mid", b"18446744073709551623")),
     Misbehaviour("boolean-id", "id true, signed as 1", claims=_saying(mid=1), answer=_with_value(b"mid", b"true")),
     Misbehaviour("float-id", "the id as written in the argument, signed as 1000", "1000.0", bool,
                  claims=_saying(mid=1000), answer=_with_value(b"mid")),
-    Misbehaviour("nul-in-message", "a signed text with a NUL in it", claims=_saying(msg="Avant\0après")),
-    Misbehaviour("lone-surrogate", "half of a character escaped in the text, signed as it is read by many",
+    Misbehaviour("nul-in-message", "a signed text that contains a NUL", claims=_saying(msg="Avant\0après")),
+    Misbehaviour("lone-surrogate", "a lone surrogate in the text, signed as many parsers read it",
                  claims=_saying(msg="\ufffd"), answer=_with_value(b"msg", rb'"\ud800"')),
-    Misbehaviour("invalid-utf8", "a text that is not UTF-8, signed as it is read by many",
+    Misbehaviour("invalid-utf8", "a text that is not UTF-8, signed as many parsers read it",
                  claims=_saying(msg="\ufffd"), answer=_with_value(b"msg", b'"\xff"')),
 )
 _BY_NAME = {misbehaviour.name: misbehaviour for misbehaviour in (NONE, *ALL)}
 
 
 def choose(folder, name, argument=""):
-    """Chooses by name. No argument stands for the standard one."""
+    """Chooses by name. An empty argument selects the standard one."""
     if name not in _BY_NAME:
         raise Trouble(f"unknown misbehaviour: {name}")
     used = argument or _BY_NAME[name].standard_argument
@@ -180,6 +180,6 @@ def choose(folder, name, argument=""):
 
 
 def chosen(folder):
-    """The misbehaviour chosen and its argument."""
+    """The chosen misbehaviour and its argument."""
     content = folder.read(_FILE, {})
     return _BY_NAME.get(content.get("name"), NONE), content.get("argument", "")

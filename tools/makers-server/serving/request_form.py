@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The forms that requests have: a JSON object with certain members and no others."""
+"""Validates requests: JSON objects with certain members and no others."""
 
 import json
 import re
@@ -14,13 +14,13 @@ def _is_nonce(value):
 
 
 def _is_message_id(value):
-    """An integer however it is written, as 7.0 is."""
+    """An integer in any spelling, such as 7.0."""
     return type(value) in (int, float) and value == value // 1 and 1 <= value < 2 ** 63
 
 
 _CLIENT = {"d": _is_text, "v": _is_text, "os": _is_text}
 
-#: For each path its kind of request, what is right for each member, and the member that may be missing.
+#: Per path: the kind of request, a check for each member, and the member that may be missing.
 ENDPOINTS = {
     "/api/check.php": ("check-in", {"n": _is_nonce, **_CLIENT, "c": lambda value: value == "direct", "m": _is_message_id}, "m"),
     "/api/report.php": ("report", {**_CLIENT, "text": _is_text, "email": lambda value: _is_text(value) and value}, "email"),
@@ -30,7 +30,7 @@ ENDPOINTS = {
 
 
 def read(path, body):
-    """The members of a request to one of the endpoints, and what is wrong with it first; no problem when nothing is."""
+    """The members of a request to an endpoint, and its first problem or an empty text."""
     try:
         members = json.loads(body.decode(), parse_constant=_refuse)
     except (ValueError, RecursionError) as error:
@@ -41,7 +41,7 @@ def read(path, body):
 
 
 def _refuse(constant):
-    raise ValueError(f"{constant} is no number")
+    raise ValueError(f"{constant} is not a number")
 
 
 def _problem(members, form, optional):

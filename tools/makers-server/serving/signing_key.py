@@ -9,22 +9,22 @@ import subprocess
 
 from . import Trouble
 
-# The number of bytes in the seed of a private key, and in a public key.
+# The size in bytes of a private key's seed and of a public key.
 _LENGTH = 32
-# What stands in front of the seed in the form that openssl reads private keys in.
+# The DER prefix of a private key's seed.
 _PREFIX = bytes.fromhex("302e020100300506032b657004220420")
 
 
 class SigningKey:
-    """A new pair, which is kept nowhere, unless the seed is given."""
+    """The key pair of the seed, or a new pair that is not stored."""
 
     def __init__(self, seed=None):
         self._private = _PREFIX + (seed or os.urandom(_LENGTH))
 
     @classmethod
     def kept_in(cls, path):
-        """The key pair kept in `path` as the base64 text of its seed. Where there is no such file it makes a new pair and
-        keeps it there. Refuses a file that is damaged, or that others can read."""
+        """The key pair in `path`, stored as the base64 text of its seed. Generates and stores a new pair if the file is missing.
+        Refuses a file that is damaged or that others can read."""
         if not os.path.exists(path):
             with open(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600), "wb") as file:
                 file.write(base64.b64encode(os.urandom(_LENGTH)) + b"\n")
@@ -55,20 +55,20 @@ def _kept_seed(path):
     except ValueError:
         seed = b""
     if len(seed) != _LENGTH:
-        raise Trouble(f"{path}: this is no base64 text of {_LENGTH} bytes")
+        raise Trouble(f"{path}: not the base64 text of {_LENGTH} bytes")
     return seed
 
 
 @contextlib.contextmanager
 def _in_memory(content):
-    """The descriptor of a file for openssl that is never on a disk."""
+    """The descriptor of an in-memory file for openssl."""
     with open(os.memfd_create("content"), "wb", buffering=0) as file:
         file.write(content)
         yield file.fileno()
 
 
 def _openssl(*words):
-    """Its output; numbers among the words are descriptors of files."""
+    """The output of openssl; numbers among the words are file descriptors."""
     files = [word for word in words if isinstance(word, int)]
     command = ["openssl", *(f"/dev/fd/{word}" if word in files else word for word in words)]
     done = subprocess.run(command, pass_fds=files, stdin=subprocess.DEVNULL, capture_output=True, check=False)
