@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Tries the program on virtual desktops and prints which promises it keeps on each. Status 0: all kept; 1: one is
-broken; 77: none of the desktops can run here, and the reason is printed."""
+"""Runs the program on virtual desktops and prints which promises it keeps on each. Status 0: all kept; 1: one is broken;
+77: none of the desktops can run here, and the reason is printed."""
 
 import argparse
 import os
@@ -36,7 +36,7 @@ WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed, GnomeBed)}
 
 
 def everyday(desk, report):
-    """A day with the program on one desktop."""
+    """The main scenario for one desktop."""
     report.run(tray_part.tray, desk, report)
     for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
                  pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
@@ -52,7 +52,7 @@ def everyday(desk, report):
 
 
 def application(desk, report):
-    """The application around the break."""
+    """The windows, the menus and the desktop integration."""
     desk.tray = Tray(desk.bed)
     for part in (first_launch_part.answers, first_launch_part.interrupted, first_launch_part.watched,
                  modes_part.closing, modes_part.switching, switches_part.debug_switches, switches_part.log_switch,
@@ -69,7 +69,7 @@ def application(desk, report):
 
 
 def hotplug(desk, report):
-    """Monitors that come and go, below a compositor of another kind."""
+    """Monitor hotplug, with xfwm4's own compositor."""
     desk.tidy_up(program_runs=True)
     report.run(look_part.cover, desk, report)
     desk.tidy_up(program_runs=False)
@@ -83,7 +83,7 @@ BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (manag
 
 
 def everyday_on_wayland(desk, report, helpers):
-    """The same on a Wayland desktop."""
+    """The main scenario for a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
                  wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
@@ -102,7 +102,7 @@ def try_on_wayland(name, program, helpers, pictures):
     report = Report(name)
     began = time.monotonic()
     with WAYLAND_BEDS[name](helpers) as bed:
-        print(f"{name}: starting it: {time.monotonic() - began:.1f} s", flush=True)
+        print(f"{name}: startup: {time.monotonic() - began:.1f} s", flush=True)
         everyday_on_wayland(WaylandDesk(bed, program, helpers, pictures), report, helpers)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
     return report
@@ -120,13 +120,13 @@ def try_on(name, program, helpers, pictures):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--bed", choices=[*BEDS, *WAYLAND_BEDS, "all"], default="all", help="all: those of X11")
+    parser.add_argument("--bed", choices=[*BEDS, *WAYLAND_BEDS, "all"], default="all", help="all: all X11 desktops")
     parser.add_argument("--program", type=pathlib.Path, help="the executable")
     parser.add_argument("--helpers", type=pathlib.Path, help="folder of the helper programs")
     parser.add_argument("--results", type=pathlib.Path, help="file for the results, as JSON")
-    parser.add_argument("--pictures", type=pathlib.Path, help="folder for pictures; as a rule beside the results")
+    parser.add_argument("--pictures", type=pathlib.Path, help="folder for pictures; by default the folder of the results")
     parser.add_argument("--table", type=pathlib.Path, nargs="+", metavar="RESULTS",
-                        help="runs nothing: prints the table of results that were kept")
+                        help="only print the table of stored results")
     arguments = parser.parse_args()
     if arguments.table:
         print(table([report for path in arguments.table if path.exists() for report in read_json(path)]))
@@ -142,7 +142,7 @@ def main():
             reports.append(run(name, arguments.program.resolve(), arguments.helpers.resolve(), pictures))
         except CannotStart as reason:
             print(f"{name} did not start: {reason}")
-            # A person may well have no other desktops; where everything is installed for the tests, they must run.
+            # A developer may not have all desktops installed; with CI=true everything is installed, and they must run.
             is_allowed = name in WAYLAND_BEDS and os.environ.get("CI") != "true"
             if not (reason.is_by_design or is_allowed):
                 return 1

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the services of the tests have in common: the session bus, and somebody who talks to them by lines."""
+"""Shared by the test services: the session bus, and a line protocol on standard input and output."""
 
 import json
 import sys
@@ -10,14 +10,14 @@ from gi.repository import GLib
 
 
 def session_bus():
-    """The session bus, for objects that `serve` brings to life."""
+    """The session bus for the service's objects; call `serve` to run them."""
     dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
     return dbus.SessionBus()
 
 
 def serve(answer):
-    """Says that it is ready, then answers every line of standard input, until its end: what `answer` makes of the line,
-    as one line of JSON."""
+    """Prints that it is ready, then answers every line of standard input with the result of `answer(line)` as one line of JSON,
+    until standard input ends."""
     loop = GLib.MainLoop()
 
     def read(stream, _condition):

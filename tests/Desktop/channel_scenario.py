@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Tries the program against a real server of the makers on a virtual desktop, and prints which promises it keeps.
-Status 0: all kept; 1: one is broken."""
+"""Runs the program against a real makers' server on a virtual desktop and prints which promises it keeps. Status 0: all kept;
+1: one is broken."""
 
 import pathlib
 import sys

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Runs the program from its first start to its end under valgrind's memcheck on a virtual desktop, against a server of the
-makers, and prints what it lost and what it read or wrote where it must not. Status 0: nothing; 1: something."""
+"""Runs the program from its first start to its exit under valgrind's memcheck on a virtual desktop, against a makers' server,
+and prints memory leaks and invalid accesses. Status 0: none; 1: some."""
 
 import pathlib
 import shutil
@@ -19,7 +19,7 @@ from scenario import command_line, memory_part  # noqa: E402
 from scenario.channel_desk import ChannelDesk  # noqa: E402
 from scenario.promises import carry_out  # noqa: E402
 
-#: How many times slower than by itself a program may be under memcheck.
+#: How many times slower a program may run under memcheck.
 _SLOWER = 12
 
 _SUPPRESSIONS = pathlib.Path(__file__).resolve().parent / "valgrind-suppressions"
@@ -32,7 +32,7 @@ exec valgrind --quiet --error-exitcode={status} --leak-check=full --show-leak-ki
 
 
 def checked(program, folder):
-    """A program that is `program` under memcheck; what is found goes into `folder`, one file for each process."""
+    """A program that runs `program` under memcheck and writes the findings into `folder`, one file per process."""
     path = folder / "checked"
     path.write_text(_MEMCHECK.format(status=memory_part.FOUND, suppressions=_SUPPRESSIONS, logs=folder,
                                      program=program), "utf-8")
@@ -41,7 +41,7 @@ def checked(program, folder):
 
 
 def run(arguments, report):
-    waiting.be_patient(_SLOWER)
+    waiting.scale_timeouts(_SLOWER)
     with X11Bed("openbox") as bed, tempfile.TemporaryDirectory() as folder:
         logs = pathlib.Path(folder, "logs")
         logs.mkdir()
@@ -52,7 +52,7 @@ def run(arguments, report):
             desk.tidy_up(program_runs=False)
         found = "".join(path.read_text("utf-8", "replace") for path in sorted(logs.iterdir()) if path.suffix == ".txt")
     print(found)
-    report.promise("nothing is lost, and nothing read or written where it must not be", not found, "see above")
+    report.promise("no memory leaks and no invalid accesses", not found, "see above")
 
 
 def main():

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A stand-in for a desktop with a global menu: takes menu bars over, and answers every line of standard input with what
-is in them, as one line of JSON."""
+"""A stand-in for a desktop with a global menu: accepts menu bars, and answers every line of standard input with their content
+as one line of JSON."""
 
 import dbus
 import dbus.service
@@ -13,7 +13,7 @@ MENU = "com.canonical.dbusmenu"
 
 
 class Registrar(dbus.service.Object):
-    """Remembers where the menu bars are."""
+    """Records the registered menu bars."""
 
     def __init__(self, bus):
         self._bus = bus

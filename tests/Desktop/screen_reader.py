@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A screen reader without a voice: reads the windows of OrvaneBreak over AT-SPI.
+"""A silent screen reader: reads the windows of OrvaneBreak over AT-SPI.
 
 usage: screen_reader.py COMMAND
-  announce          tells the programs of the session that somebody reads them
+  announce          tells the session's programs that a screen reader is active
   tree TITLE        prints the visible controls of the windows with that title as one line of JSON: role, name,
                     description, text, states, box
   press NAME        does the first action of the control with that name"""
@@ -20,7 +20,7 @@ APPLICATION = "OrvaneBreak"
 
 
 def announce():
-    """Tells the programs of the session that somebody reads them."""
+    """Tells the session's programs that a screen reader is active."""
     bus = Gio.bus_get_sync(Gio.BusType.SESSION)
     bus.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
                   GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))), None,
@@ -61,7 +61,7 @@ def described(control):
 
 
 def text_of(control):
-    """What a text field or a text view holds."""
+    """The content of a text field or a text view."""
     text = control.get_text_iface()
     return text.get_text(0, text.get_character_count()) if text and control.get_role_name() != "label" else ""
 

@@ -3,8 +3,8 @@
 """A stand-in for the desktop's settings portal with one setting, the colour scheme.
 
 usage: settings_portal.py SCHEME
-SCHEME is "none", "dark" or "light"; every line of standard input is a new one. "foreign" announces a text under the
-same key of another name space, as some desktops do. The answer, one line of JSON, tells that the change is made."""
+SCHEME is "none", "dark" or "light"; every line of standard input sets a new one. "foreign" announces a string under the same
+key in another namespace, as some desktops do. The answer is one line of JSON, printed after the change."""
 
 import sys
 
@@ -22,7 +22,7 @@ VALUES = {"none": 0, "dark": 1, "light": 2}
 
 
 class Portal(dbus.service.Object):
-    """Answers Read, tells its version, and announces changes."""
+    """Implements Read, the version property, and SettingChanged."""
 
     def __init__(self, bus, scheme):
         self._ownership = dbus.service.BusName(SERVICE, bus)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the comparison of whole screens lets pass, and what it finds."""
+"""Tests what the comparison of whole screens accepts and what it finds."""
 
 import unittest
 

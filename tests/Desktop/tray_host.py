@@ -1,14 +1,14 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A tray of our own: watcher and host of StatusNotifierItem on the session bus, without any window.
+"""A tray for the tests: StatusNotifierItem watcher and host on the session bus, without a window.
 
 Reads commands from standard input and answers each with one line of JSON:
   items             names of the registered items
   menu              entries of the first item's menu: id, label, enabled, separator
-  open              tells the item that its menu is open, as a tray does before it shows it
-  click LABEL       chooses the entry with that label; answers the monotonic time of the click in nanoseconds
-  icon              pixmaps of the first item: width, height, and the colours in them with their number of pixels
-  updates           number of announcements of a changed menu since the start
+  open              tells the item that its menu is about to be shown, as trays do
+  click LABEL       activates the entry with that label; answers the monotonic time of the click in nanoseconds
+  icon              pixmaps of the first item: width, height, and their colours with pixel counts
+  updates           number of menu change signals since the start
   arrivals          monotonic times in nanoseconds at which items were registered
 """
 
@@ -42,7 +42,7 @@ INTROSPECTION = f"""<node><interface name="{WATCHER}">
 
 
 class Watcher(dbus.service.Object):
-    """Keeps the list of items; an item goes with its owner."""
+    """Keeps the list of items; an item is removed when its owner leaves the bus."""
 
     def __init__(self, bus):
         self._bus = bus
@@ -101,7 +101,7 @@ class Watcher(dbus.service.Object):
 
 
 class TrayHost:
-    """Answers the commands."""
+    """Executes the commands."""
 
     def __init__(self, bus):
         self._bus = bus
@@ -112,7 +112,7 @@ class TrayHost:
         self._watcher.StatusNotifierHostRegistered()
 
     def answer(self, line):
-        """The answer to one command, as an object for JSON."""
+        """The answer to one command, as an object for JSON encoding."""
         command, _, argument = line.partition(" ")
         actions = {"items": self._items, "menu": self._menu, "open": self._open, "icon": self._icon,
                    "updates": lambda: self._updates, "arrivals": lambda: self._watcher.arrivals,

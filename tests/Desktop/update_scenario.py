@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Installs the released program in a home, has it update itself from a web server, and prints which promises it keeps.
-Status 0: all kept; 1: one is broken."""
+"""Installs the released program in a home directory, lets it update itself from a web server, and prints which promises it
+keeps. Status 0: all kept; 1: one is broken."""
 
 import sys
 import tempfile
@@ -25,7 +25,7 @@ def run(arguments, report):
 
 
 def main():
-    arguments = command_line.read(__doc__, build_folder="what was built for a release")
+    arguments = command_line.read(__doc__, build_folder="folder of the release build")
     return carry_out("x11-updates", lambda report: run(arguments, report), arguments.results)
 
 

@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Virtual desktops to try the program on: each one a `Bed`, started and ended by a with statement."""
+"""Beds: virtual desktops that the program is tested on. A with statement starts and ends a `Bed`."""

@@ -1,17 +1,17 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What every virtual desktop offers to a scenario."""
+"""The interface of a bed, a virtual desktop for a scenario."""
 
 import abc
 import dataclasses
 
 
 class NotPossibleHere(Exception):
-    """This desktop has no way to do what was asked; the text says why."""
+    """This desktop does not support the operation; the text says why."""
 
 
 class CannotStart(Exception):
-    """The desktop cannot run on this machine; the text says why. By design: the machine is as it should be, and lacks
-    for example the rights; otherwise something is missing that should be there."""
+    """The desktop cannot run on this machine; the text says why. `is_by_design` means that the machine is set up correctly but
+    does not allow it, for example without root; otherwise something is missing."""
 
     def __init__(self, text, is_by_design=False):
         super().__init__(text)
@@ -26,12 +26,12 @@ class Output:
     y: int
     width: int
     height: int
-    #: How many pixels of the picture stand for one unit of length of the programs.
+    #: Pixels of the picture per logical pixel.
     scale: float = 1.0
 
     @property
     def box(self):
-        """Left, top, right, bottom, as a PIL picture is cropped."""
+        """Left, top, right, bottom, as for PIL's crop()."""
         return (self.x, self.y, self.x + self.width, self.y + self.height)
 
     @property
@@ -40,8 +40,8 @@ class Output:
 
 
 class Bed(abc.ABC):
-    """A desktop with monitors, a pointer, a keyboard, a session bus and a home folder of its own. Use it in a with
-    statement: everything that it started has ended when the statement is left."""
+    """A desktop with its own monitors, pointer, keyboard, session bus and home directory. Use it in a with statement, which
+    ends everything that the desktop started."""
 
     name = ""
 
@@ -58,15 +58,15 @@ class Bed(abc.ABC):
 
     @abc.abstractmethod
     def start(self):
-        """Brings the desktop up; returns when it is ready for use. Raises CannotStart where it cannot run."""
+        """Starts the desktop and returns when it is ready for use. Raises CannotStart if it cannot run."""
 
     @abc.abstractmethod
     def end(self):
-        """Ends every process of the desktop and removes its folders; also after a start that failed half-way."""
+        """Ends every process of the desktop and removes its folders, also after a start that failed."""
 
     @abc.abstractmethod
     def environment(self):
-        """The environment in which programs of this desktop run."""
+        """The environment of the programs on this desktop."""
 
     @abc.abstractmethod
     def run(self, arguments, environment=None, **options):
@@ -82,11 +82,11 @@ class Bed(abc.ABC):
 
     @abc.abstractmethod
     def picture(self):
-        """What all monitors show, as one PIL picture."""
+        """A screenshot of all monitors as one PIL picture."""
 
     @abc.abstractmethod
     def type(self, text):
-        """Types lower-case letters, digits and spaces, wherever the keyboard is."""
+        """Types lower-case letters, digits and spaces into the focused window."""
 
     @abc.abstractmethod
     def press(self, key):
@@ -94,7 +94,7 @@ class Bed(abc.ABC):
 
     @abc.abstractmethod
     def move_pointer(self, x, y):
-        """Moves the pointer to a place on the picture."""
+        """Moves the pointer to a position in the picture."""
 
     @abc.abstractmethod
     def click(self, x, y, button=1):
@@ -102,14 +102,14 @@ class Bed(abc.ABC):
 
     @abc.abstractmethod
     def write(self, path, text):
-        """Writes a file below the home folder, for the person of this desktop; returns where it is."""
+        """Writes a file below the home directory, owned by the desktop's user; returns its path."""
 
     def lend(self, path):
-        """Where the programs of this desktop find a file of ours."""
+        """Makes a file readable for the programs of this desktop; returns its path for them."""
         return path
 
     def set_scale(self, name, scale):
-        """Gives a monitor another scale."""
+        """Changes the scale of a monitor."""
         raise NotPossibleHere(f"{self.name} has no scales")
 
     def plug(self, name):
@@ -121,11 +121,11 @@ class Bed(abc.ABC):
         raise NotPossibleHere(f"{self.name} cannot unplug monitors")
 
     def turn(self, name):
-        """Turns a monitor by a quarter and puts it left of the others, where places are negative."""
+        """Rotates a monitor by 90 degrees and moves it left of the others, to negative positions."""
         raise NotPossibleHere(f"{self.name} cannot turn monitors here")
 
     def turn_back(self, name):
-        """Undoes that."""
+        """Undoes `turn`."""
         raise NotPossibleHere(f"{self.name} cannot turn monitors here")
 
     def lock(self):
@@ -133,5 +133,5 @@ class Bed(abc.ABC):
         raise NotPossibleHere(f"{self.name} has no screen locker")
 
     def switch_workspace(self, index):
-        """Goes to a workspace, counted from 0."""
+        """Switches to a workspace, counted from 0."""
         raise NotPossibleHere(f"{self.name} has no workspaces")

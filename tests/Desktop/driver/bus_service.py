@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The services of the tests on the session bus of a bed: processes of their own."""
+"""Test services on a bed's session bus, each in its own process."""
 
 import json
 import pathlib
@@ -9,7 +9,7 @@ _FOLDER = pathlib.Path(__file__).resolve().parent.parent
 
 
 class ServiceEnded(Exception):
-    """The service has ended and answers no more."""
+    """The service has ended and no longer answers."""
 
 
 class BusService:
@@ -17,7 +17,7 @@ class BusService:
 
     def __init__(self, bed, program, *arguments):
         self._bed = bed
-        # Where programs are lent as copies, what they import has to lie beside them.
+        # A bed may lend copies of programs, and then their imports have to be beside them.
         bed.lend(_FOLDER / "bus_service.py")
         self._process = bed.run(["/usr/bin/python3", "-B", bed.lend(_FOLDER / program), *arguments],
                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The processes that a bed starts. They end with the bed, whatever happens to it."""
+"""The processes that a bed starts. They end with the bed, even if it crashes."""
 
 import ctypes
 import os
@@ -19,14 +19,14 @@ def _end_with_parent():
 
 
 class Children:
-    """Starts processes, each in a process group of its own, and ends them in the opposite order."""
+    """Starts processes, each in its own process group, and ends them in reverse order."""
 
     def __init__(self):
         self.mark = f"{os.getpid()}-{uuid.uuid4().hex[:8]}"
         self._started = []
 
     def start(self, arguments, environment, **options):
-        """Starts a program; options as for subprocess.Popen. Output goes nowhere unless the options say where."""
+        """Starts a program; options as for subprocess.Popen. Output is discarded unless the options redirect it."""
         options.setdefault("stdin", subprocess.DEVNULL)
         options.setdefault("stdout", subprocess.DEVNULL)
         options.setdefault("stderr", subprocess.DEVNULL)
@@ -36,7 +36,7 @@ class Children:
         return process
 
     def end(self, process):
-        """Ends one process and its group: politely first, then not. Does nothing when it has ended already."""
+        """Ends one process and its group with SIGTERM, then SIGKILL. Does nothing if it has already ended."""
         if process in self._started:
             self._started.remove(process)
         if process.poll() is None:
@@ -49,7 +49,7 @@ class Children:
                 stream.close()
 
     def end_all(self):
-        """Ends every process that was started here, and those that these started in their turn."""
+        """Ends every process started here and all their descendants."""
         for process in reversed(list(self._started)):
             self.end(process)
         for left_over in self.descendants():
@@ -59,7 +59,7 @@ class Children:
                 pass
 
     def descendants(self):
-        """Process ids that carry the mark of this bed in their environment."""
+        """The ids of processes with this bed's marker in their environment."""
         wanted = f"{_MARK}={self.mark}".encode()
         found = []
         for entry in os.listdir("/proc"):

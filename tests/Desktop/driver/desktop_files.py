@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Configuration files that let window managers and panels start without asking anything."""
+"""Configuration files with which window managers and panels start without asking questions."""
 
 SESSION_BUS = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -142,8 +142,8 @@ _CLOCK = ('<property name="plugin-{id}" type="string" value="clock"><property na
 
 def panel_file(output, bottom=True, size=30, icon_size=18, background=(0.9, 0.9, 0.92, 1.0), dark=False, tray=False,
                clock_format="%A"):
-    """A task bar along one edge of one monitor: open windows, on demand a tray, and a clock that shows the day only,
-    so that two pictures of the panel are the same."""
+    """A task bar along one edge of one monitor: open windows, optionally a tray, and a clock that shows only the day, so that
+    pictures of the panel are comparable."""
     plugins = [_TASK_LIST, _SEPARATOR, _TRAY, _SEPARATOR, _CLOCK] if tray else [_TASK_LIST, _SEPARATOR, _CLOCK]
     expand = iter(["true", "false"])
     lines = [plugin.format(id=index, icon_size=icon_size, clock_format=clock_format,

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Another program's window with a text field, where nobody but that program knows what reaches it."""
+"""Another program's window with a text field, for desktops where only that program knows what input reaches it."""
 
 import pathlib
 import subprocess
@@ -9,7 +9,7 @@ from .other_window import OtherWindow, describe_window
 
 
 class FieldWindows:
-    """Opens windows from the folder where the helpers were built."""
+    """Opens windows with the helper program in `folder`."""
 
     def __init__(self, bed, folder):
         self._bed = bed
@@ -18,17 +18,17 @@ class FieldWindows:
             raise CannotStart(f"no field-window in {folder}: configure and build again")
 
     def window(self, title, colour, place, *options):
-        """Opens one: place is x, y, width, height in the desktop's own units; option "full-screen"."""
+        """Opens a window: place is x, y, width, height in logical pixels; option "full-screen"."""
         process = self._bed.run([self._bed.lend(self._program), *describe_window(title, colour, place), *options],
                                 {"QT_QPA_PLATFORM": "wayland"}, stdout=subprocess.PIPE)
         return FieldWindow(self._bed, process)
 
 
 class FieldWindow(OtherWindow):
-    """A window whose program says also whether it has the keyboard; clicks into its text field do not count."""
+    """A window whose program also reports whether it has the focus; clicks into its text field are not counted."""
 
     def keys(self):
-        """The keys that reached it: letters as they stand on the keys, other keys as numbers."""
+        """The keys that it received: letters as on the key caps, other keys as numbers."""
         codes = [int(code, 16) for code, *_ in self._told("key")]
         return [chr(code).lower() if code < 256 else code for code in codes]
 

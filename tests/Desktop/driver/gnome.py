@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop without layer surfaces: GNOME Shell on Wayland, with its X server for programs of the other kind."""
+"""A desktop without layer surfaces: GNOME Shell on Wayland, with XWayland."""
 
 import io
 import json
@@ -18,7 +18,7 @@ _REMOTE = "org.gnome.Mutter.RemoteDesktop"
 _DISPLAYS = "org.gnome.Mutter.DisplayConfig"
 _TEMPORARY = 1
 
-#: The overview of a fresh session gives way to the desktop; the clock would make two pictures of it differ.
+#: Hides the overview of a new session, and the clock, which would make pictures differ.
 _TIDY = ("Main.overview.hide(); Main.panel.statusArea.dateMenu.hide(); "
          "Main.layoutManager._startingUp || Main.overview.visible")
 
@@ -31,7 +31,7 @@ class GnomeBed(WaylandBed):
     panel_rows = (0, 32)
     panel_colour = (0, 0, 0)
     wallpaper_colours = ((200, 120, 40), (200, 120, 40))
-    #: Wide enough for another program's window beside the texts of a break.
+    #: Wide enough for another program's window next to the texts of a break.
     sizes = ((1600, 900), (1024, 768))
     socket = "wayland-gnome"
 
@@ -73,7 +73,7 @@ class GnomeBed(WaylandBed):
             raise CannotStart(f"the shell does not leave its overview: {answers[-1]}")
 
     def _start_logins(self):
-        """The shell asks the system bus who is logged in; it gets one of its own, with a stand-in for that service."""
+        """Starts a private system bus with a stand-in for the login service, which the shell queries."""
         _, self._system_bus_address = self.start_bus("system-bus")
         self.run(["/usr/bin/python3", "-B", "-m", "dbusmock", "--system", "--template", "logind"])
         bus = dbus.bus.BusConnection(self._system_bus_address)
@@ -92,7 +92,7 @@ class GnomeBed(WaylandBed):
         self._hands = dbus.Interface(self._bus.get_object(_REMOTE, service.CreateSession(), introspect=False),
                                      _REMOTE + ".Session")
         self._hands.Start()
-        # Programs learn of a keyboard and a pointer when they are first used, too late for what is used first.
+        # Programs learn of a keyboard and a pointer at their first use, too late for that first event.
         self.press("shift")
         self._move(self.sizes[0][0] / 2, self.sizes[0][1] / 2)
 
@@ -105,7 +105,7 @@ class GnomeBed(WaylandBed):
         return dbus.Interface(self._bus.get_object(name, path, introspect=False), interface or name)
 
     def _evaluate(self, script):
-        """Whether a script in the shell succeeded, and what it gives, as the shell prints it."""
+        """Runs a script in the shell; returns whether it succeeded, and its result as the shell prints it."""
         try:
             succeeded, result = self._object(_SHELL, "/org/gnome/Shell").Eval(script)
         except dbus.DBusException as problem:
@@ -127,7 +127,7 @@ class GnomeBed(WaylandBed):
         return self._known
 
     def _configure(self, monitors):
-        """Puts these monitors beside each other; the others are off. Corners are in pixels in this shell."""
+        """Turns these monitors on, side by side, and the others off. This shell expects their corners in physical pixels."""
         service = self._object(_DISPLAYS, "/org/gnome/Mutter/DisplayConfig")
         serial, *_ = service.GetCurrentState()
         wanted, x = [], 0
@@ -146,8 +146,8 @@ class GnomeBed(WaylandBed):
         self._configure([monitor for monitor in self._monitors() if monitor["name"] != name])
 
     def set_scale(self, name, scale):
-        """Programs of the X server learn the scale from a service of the whole desktop."""
-        raise NotPossibleHere("the service that tells programs of the X server the scale does not run here")
+        """Not possible: X11 programs learn the scale from a service that does not run here."""
+        raise NotPossibleHere("the service that tells X11 programs the scale does not run here")
 
     def logical_place(self, x, y):
         return (x, y)
@@ -157,11 +157,11 @@ class GnomeBed(WaylandBed):
         succeeded, _ = self._object("org.gnome.Shell.Screenshot", "/org/gnome/Shell/Screenshot").Screenshot(
             False, False, str(path))
         if not succeeded:
-            raise RuntimeError("the shell took no picture")
+            raise RuntimeError("the shell took no screenshot")
         return Image.open(io.BytesIO(path.read_bytes())).convert("RGB")
 
     def _move(self, x, y):
-        """The session knows relative movements only, so the way from where the pointer is."""
+        """Moves by the distance from the current position, because the session supports only relative motion."""
         x, y = round(x), round(y)
         start = self._pointer()
         self._hands.NotifyPointerMotionRelative(float(x - start[0]), float(y - start[1]))

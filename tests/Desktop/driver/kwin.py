@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with a panel of another project."""
+"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with waybar as panel."""
 
 import json
 import os
@@ -34,7 +34,7 @@ class KWinBed(WaylandBed):
     def _start_compositor(self):
         self.write("config/kdeglobals", desktop_files.KDE_GLOBALS)
         self.write("config/kwinrc", desktop_files.KWIN)
-        # The copy has none of the capabilities that a container does not grant.
+        # A copy has no file capabilities, which a container may not grant.
         program = self.home / "kwin_wayland"
         shutil.copyfile(shutil.which("kwin_wayland"), program)
         program.chmod(0o755)
@@ -71,7 +71,7 @@ class KWinBed(WaylandBed):
         wait_until(lambda: self.picture().getpixel(place) == self.panel_colour, "the panel", 20)
 
     def _monitors(self):
-        """Asking for them takes long, so the answer is kept until something is changed."""
+        """The query is slow, so its answer is cached until something changes."""
         if self._known is None:
             self._known = sorted(self._asked_monitors(), key=lambda monitor: monitor["corner"])
         return self._known
@@ -101,7 +101,7 @@ class KWinBed(WaylandBed):
         return any(monitor["name"] == name for monitor in self._monitors())
 
     def set_scale(self, name, scale):
-        """The other monitor keeps touching this one."""
+        """Keeps the other monitor adjacent to this one."""
         first, second = self._monitors()
         scales = {first["name"]: first["scale"], second["name"]: second["scale"], name: scale}
         left = round(first["size"][0] / scales[first["name"]])
@@ -113,7 +113,7 @@ class KWinBed(WaylandBed):
         wait_until(is_so, f"the scale {scale} on {name}")
 
     def _picture_of(self, output):
-        """While monitors change, the compositor takes no pictures."""
+        """Retries, because the compositor takes no screenshots while monitors change."""
         taken = []
 
         def is_taken():

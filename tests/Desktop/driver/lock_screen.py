@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The lock screen of a bed: tells the session that it is locked, and shows nothing."""
+"""A bed's lock screen: reports the lock state to the session, but shows nothing."""
 
 import dbus
 import dbus.lowlevel

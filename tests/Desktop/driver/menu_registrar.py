@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop that shows the menu bars of all windows itself."""
+"""A bed's registrar for global menu bars."""
 
 from .bus_service import BusService
 
@@ -11,5 +11,5 @@ class MenuRegistrar(BusService):
         super().__init__(bed, "menu_registrar.py")
 
     def menus(self):
-        """For every menu bar that was handed over: its menus as (title, [labels of its visible entries])."""
+        """For every registered menu bar: its menus as (title, [labels of the visible entries])."""
         return self._ask("menus")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Another program's window, whose program prints a line for everything that happens to it."""
+"""Another program's window. The program prints a line for every event."""
 
 import os
 
@@ -7,12 +7,12 @@ from .waiting import wait_until
 
 
 def describe_window(title, colour, place):
-    """The arguments for a program with a window: place is x, y, width, height."""
+    """The arguments for the window program: place is x, y, width, height."""
     return [title, "%02x%02x%02x" % colour, ",".join(str(number) for number in place)]
 
 
 class OtherWindow:
-    """Another program; remembers what it was told."""
+    """Another program; records the events that it prints."""
 
     def __init__(self, bed, process):
         self._bed = bed
@@ -22,7 +22,7 @@ class OtherWindow:
         wait_until(lambda: self._told("window"), "the window of another program")
 
     def _told(self, what):
-        """What follows the word `what` on every whole line so far that begins with it."""
+        """The rest of every complete line so far that begins with the word `what`."""
         try:
             self._text += os.read(self._process.stdout.fileno(), 65536).decode()
         except BlockingIOError:
@@ -31,9 +31,9 @@ class OtherWindow:
         return [words[1:] for words in lines if words[:1] == [what]]
 
     def clicks(self):
-        """How many clicks reached it."""
+        """The number of clicks that it received."""
         return len(self._told("click"))
 
     def close(self):
-        """Ends the other program; does nothing the second time."""
+        """Ends the other program; may be called twice."""
         self._bed.stop(self._process)

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The packages of Debian that hold what the scripts of this project use, as tools/packages names them."""
+"""The Debian packages of the programs, modules and libraries that this project uses, as named in tools/packages."""
 
 import shutil
 
 from .bed import CannotStart
 
-#: For each program its package, or several.
+#: Maps each program to its package, or to several.
 OF_PROGRAM = {
     "Xorg": "xserver-xorg-core xserver-xorg-video-dummy", "Xvfb": "xvfb", "Xwayland": "xwayland", "addr2line": "binutils",
     "appstreamcli": "appstream", "at-spi-bus-launcher": "at-spi2-core", "c++": "g++", "c++filt": "binutils",
@@ -25,13 +25,13 @@ OF_PROGRAM = {
     "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils", "xterm": "xterm",
     "xwininfo": "x11-utils", "zstd": "zstd"}
 
-#: For each module of Python.
+#: Maps each Python module to its package.
 OF_MODULE = {
     "PIL": "python3-pil", "dbus": "python3-dbus", "dbusmock": "python3-dbusmock", "gi": "python3-gi",
     "gi.repository.Atspi": "gir1.2-atspi-2.0", "gi.repository.GLib": "python3-gi", "gi.repository.Gio": "python3-gi",
     "yaml": "python3-yaml"}
 
-#: For each library that CMake or pkg-config is asked for.
+#: Maps each library that CMake or pkg-config looks for to its packages.
 OF_LIBRARY = {
     "PkgConfig": "pkg-config", "PlasmaWaylandProtocols": "plasma-wayland-protocols", "Qt6Core": "qt6-base-dev",
     "Qt6DBus": "qt6-base-dev", "Qt6Gui": "qt6-base-dev", "Qt6GuiPrivate": "qt6-base-private-dev",
@@ -44,13 +44,13 @@ OF_LIBRARY = {
 
 
 def not_installed(*programs):
-    """What to say where programs are missing."""
+    """The message about missing programs."""
     packages = " ".join(OF_PROGRAM.get(program, program) for program in programs)
     return f"not installed: {' '.join(programs)} (Debian packages: {packages})"
 
 
 def require(*programs):
-    """CannotStart where one of the programs is missing."""
+    """Raises CannotStart if one of the programs is missing."""
     missing = [program for program in programs if not shutil.which(program)]
     if missing:
         raise CannotStart(not_installed(*missing))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The two helper programs of the tests: looking at an X screen many times a second, and being another program."""
+"""The helper programs for X11: one samples the screen at a high rate, the other shows another program's window."""
 
 import collections
 import json
@@ -31,7 +31,7 @@ class Watch:
 
 
 class Probe:
-    """Starts the helpers from the folder where they were built."""
+    """Starts the helper programs in `folder`."""
 
     def __init__(self, bed, folder):
         self._bed = bed
@@ -47,8 +47,8 @@ class Probe:
         return json.loads(text)
 
     def sample(self, areas, milliseconds, interval=3):
-        """Watches points (x, y) and areas (x, y, width, height); its results are `Change`s, times in nanoseconds. The
-        value is the colour as a tuple for a point and a hash for an area."""
+        """Samples points (x, y) and areas (x, y, width, height). The results are `Change`s, times in nanoseconds; the value is
+        the colour as a tuple for a point and a hash for an area."""
         def convert(words):
             is_point = len(areas[int(words[1])]) == 2
             value = tuple(bytes.fromhex(words[2])) if is_point else words[2]
@@ -57,7 +57,7 @@ class Probe:
         return Watch(self._run("screen-probe", "sample", milliseconds, interval, *places), convert)
 
     def damage(self, windows, milliseconds):
-        """Watches what is painted into windows; its results are `Damage`s."""
+        """Records what is painted into windows; the results are `Damage`s."""
         return Watch(self._run("screen-probe", "damage", milliseconds, *windows),
                      lambda words: Damage(*(int(word) for word in words)))
 
@@ -70,17 +70,17 @@ class Probe:
 
 
 class TestWindow(OtherWindow):
-    """A window whose program says also which window it is and where it lies."""
+    """A window whose program also reports its window id and position."""
 
     def __init__(self, bed, process):
         super().__init__(bed, process)
         self.identifier = int(self._told("window")[0][0])
 
     def place_to_click(self):
-        """A place on the picture in the upper left part of the window."""
+        """A position in the picture in the upper left part of the window."""
         left, top = self._told("at")[-1]
         return (int(left) + 60, int(top) + 60)
 
     def keys(self):
-        """The key symbols that reached it, as hexadecimal numbers."""
+        """The key symbols that it received, as hexadecimal numbers."""
         return [symbol for symbol, *_ in self._told("key")]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A screen reader of the bed: sees the program as a blind person's desktop does."""
+"""A bed's screen reader, which reads the program through the accessibility bus."""
 
 import dataclasses
 import json
@@ -17,7 +17,7 @@ _LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-
 
 @dataclasses.dataclass(frozen=True)
 class Control:
-    """What one control says of itself; `box` is left, top, width, height on the screen."""
+    """The accessible properties of one control; `box` is left, top, width, height on the screen."""
     role: str
     name: str
     description: str
@@ -32,7 +32,7 @@ class Control:
 
 
 class ScreenReader:
-    """Runs from construction to `stop`; programs that start meanwhile are told that they are read."""
+    """Runs from construction to `stop`; programs started meanwhile learn that a screen reader is active."""
 
     def __init__(self, bed):
         self._bed = bed
@@ -46,7 +46,7 @@ class ScreenReader:
         self._bed.stop(self._launcher)
 
     def controls(self, title="OrvaneBreak"):
-        """The visible controls of all windows with this title, from outside to inside; empty where there is none."""
+        """The visible controls of all windows with this title, parents before children; empty if there is no window."""
         return [Control(entry["role"], entry["name"], entry["description"], entry["text"], frozenset(entry["states"]),
                         tuple(entry["box"])) for entry in json.loads(self._run("tree", title) or "[]")]
 
@@ -56,13 +56,13 @@ class ScreenReader:
                           f"a control named {name}")
 
     def press(self, name):
-        """Waits for a control with this name, and does what it does when it is pressed."""
-        # A button that is pressed this way stays down for a while before it acts: what it shows comes later.
+        """Waits for a control with this name and presses it."""
+        # A button pressed this way stays down for a moment before it acts, so its effect comes later.
         wait_until(lambda: self._run("press", name) is not None, f"a control named {name} that can be pressed")
 
     def _run(self, *arguments):
-        """What the reader printed; None when it failed."""
-        # A process of its own each time: the library remembers for good which programs it saw first.
+        """The reader's output, or None if it failed."""
+        # A new process each time, because the library never updates its list of programs.
         process = self._bed.run(["/usr/bin/python3", "-B", _PROGRAM, *arguments], stdout=subprocess.PIPE, text=True)
         text = process.stdout.read()
         status = process.wait()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What every desktop of ours has in common below its display: a home folder, a session bus and processes."""
+"""The part of a bed that does not depend on its display: a home directory, a session bus and processes."""
 
 import os
 import pathlib
@@ -15,8 +15,8 @@ _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSA
 
 
 class SessionBed(Bed):
-    """A bed with the folders, the bus and the processes of one person. `account` is the user that everything runs as
-    when the tests run as root; None for root itself."""
+    """A bed with the folders, the bus and the processes of one user. When the tests run as root, everything runs as the user
+    `account`, or as root if that is None."""
 
     account = None
 
@@ -33,7 +33,7 @@ class SessionBed(Bed):
             shutil.rmtree(self._home, ignore_errors=True)
 
     def leftovers(self):
-        """Processes of this bed that are running."""
+        """The bed's processes that still run."""
         return self._children.descendants()
 
     @property
@@ -67,7 +67,7 @@ class SessionBed(Bed):
         self._give(path)
         return path
 
-    # -- parts of the start
+    # -- startup
 
     def _make_home(self):
         self._home = pathlib.Path(tempfile.mkdtemp(prefix="orvanebreak-bed-"))
@@ -95,18 +95,18 @@ class SessionBed(Bed):
     # -- small helpers
 
     def _as_account(self):
-        """The options for subprocess with which something runs as the person of this bed."""
+        """The subprocess options for running as the bed's user."""
         if self.account is None or os.geteuid() != 0:
             return {}
         return {"user": self.account, "group": self.account, "extra_groups": []}
 
     def _give(self, path):
-        """Makes a file or a folder that the tests made belong to the person of this bed."""
+        """Gives a file or a folder to the bed's user."""
         if self._as_account():
             shutil.chown(path, self.account, self.account)
 
     def _call(self, arguments, timeout=20, **options):
-        """Runs a short command on the desktop; returns what it printed, also when it failed."""
+        """Runs a short command on the desktop; returns its output, even if it failed."""
         options.setdefault("text", True)
         done = subprocess.run([str(argument) for argument in arguments], env=self.environment(),
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,

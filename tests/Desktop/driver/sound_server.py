@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A sound server of the bed with one loudspeaker that nobody hears: what it plays is recorded."""
+"""A bed's sound server with one virtual loudspeaker, whose output is recorded."""
 
 import subprocess
 
@@ -10,7 +10,7 @@ _RATE = 32000
 
 
 class SoundServer:
-    """Runs and records from construction to `stop`. `environment` leads programs to it."""
+    """Runs and records from construction to `stop`. `environment` makes programs use it."""
 
     def __init__(self, bed):
         require("pulseaudio", "parec")
@@ -35,5 +35,5 @@ class SoundServer:
         self._bed.stop(self._server)
 
     def recorded(self):
-        """All samples so far: one channel of 16 bits, 32000 of them a second."""
+        """All samples so far: one channel, 16 bits, 32 kHz."""
         return self._record.read_bytes()

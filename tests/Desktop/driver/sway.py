@@ -14,7 +14,7 @@ _PANEL_HEIGHT = 30
 
 
 def _size(entry):
-    """The pixels of a monitor as it stands."""
+    """The size of a monitor in pixels, rotation included."""
     mode = entry["current_mode"]
     size = (mode["width"], mode["height"])
     return size[::-1] if entry["transform"].endswith(("90", "270")) else size
@@ -70,7 +70,7 @@ class SwayBed(WaylandBed):
         return Image.open(io.BytesIO(data)).convert("RGB")
 
     def set_scale(self, name, scale):
-        """The monitors keep touching each other."""
+        """Keeps the monitors adjacent."""
         x = 0
         for monitor in self._monitors():
             factor = scale if monitor["name"] == name else monitor["scale"]
@@ -80,7 +80,7 @@ class SwayBed(WaylandBed):
                    f"the scale {scale} on {name}")
 
     def turn(self, name):
-        """The monitor stands left of the others, where places are negative."""
+        """Moves the monitor left of the others, to negative positions."""
         size = next(monitor["size"] for monitor in self._monitors() if monitor["name"] == name)
         self._call(["swaymsg", "--", "output", name, "transform", "90", "position", -size[1], 0])
         wait_until(lambda: self._monitors()[0]["name"] == name, f"{name} on the left")

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The tray host of a bed: a process of its own, so that it can come late, die and come back."""
+"""A bed's tray host. It is a separate process, so that it can start late and restart."""
 
 from .bus_service import BusService
 
 
 class TrayError(Exception):
-    """The item did not answer as an item with a menu does."""
+    """The item did not answer like an item with a menu."""
 
 
 class Tray(BusService):
@@ -21,14 +21,14 @@ class Tray(BusService):
         return self._ask("menu")
 
     def labels(self):
-        """The texts of the visible entries, "-" for a separator."""
+        """The labels of the visible entries, with "-" for a separator."""
         return ["-" if entry["separator"] else entry["label"] for entry in self.menu() if entry["visible"]]
 
     def open(self):
         return self._ask("open")
 
     def click(self, label):
-        """Chooses an entry; returns the monotonic time in nanoseconds."""
+        """Activates an entry; returns the monotonic time of the click in nanoseconds."""
         return self._ask(f"click {label}")
 
     def icon(self):

@@ -1,25 +1,25 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Waiting for a condition, never for a fixed time."""
+"""Waiting for conditions instead of fixed times."""
 
 import time
 
 
-_patience = 1.0
+_timeout_factor = 1.0
 
 
-def be_patient(factor):
-    """From now on everything may take this many times as long: for programs that are slowed down."""
-    global _patience
-    _patience = factor
+def scale_timeouts(factor):
+    """Multiplies all timeouts from now on, for programs that run slower than usual."""
+    global _timeout_factor
+    _timeout_factor = factor
 
 
 class TimedOut(Exception):
-    """A condition did not come true in time; the text says which."""
+    """A condition did not become true in time; the text says which."""
 
 
 def wait_until(condition, what, timeout=10.0, interval=0.01):
     """Returns the first true value of condition(); raises TimedOut with `what` after `timeout` seconds."""
-    timeout *= _patience
+    timeout *= _timeout_factor
     deadline = time.monotonic() + timeout
     while True:
         value = condition()
@@ -40,5 +40,5 @@ def comes_true(condition, timeout=10.0):
 
 
 def stays_true(condition, seconds):
-    """True when condition() is true at every look during `seconds`."""
+    """True if condition() is true at every check during `seconds`."""
     return not comes_true(lambda: not condition(), seconds)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the Wayland desktops have in common."""
+"""The common part of the Wayland beds."""
 
 import os
 import pathlib
@@ -25,13 +25,13 @@ _KEYS = {"Escape": 1, "BackSpace": 14, "Tab": 15, "Return": 28, "ctrl": 29, "shi
 
 
 class WaylandBed(SessionBed):
-    """A compositor without any screen, with two monitors, each with a wallpaper of one colour. A picture shows the
-    monitors side by side, each in its own pixels."""
+    """A headless compositor with two virtual monitors, each with a wallpaper of one colour. A picture shows the monitors side
+    by side, each in its physical pixels. Its hands, a virtual pointer and keyboard, inject input."""
 
     account = ACCOUNT
     compositor = True
     panel = True
-    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: The panel's first row on the first monitor and the row below its last; negative numbers count from the bottom,
     #: None is the bottom.
     panel_rows = (-30, None)
     panel_colour = (230, 230, 235)
@@ -46,7 +46,7 @@ class WaylandBed(SessionBed):
         self._helpers = pathlib.Path(helpers)
         self._has_display = False
 
-    # -- coming and going
+    # -- start and end
 
     def start(self):
         packages.require("dbus-daemon", *self.required_programs)
@@ -60,7 +60,7 @@ class WaylandBed(SessionBed):
             self._dress()
         except CannotStart:
             raise
-        except Exception as problem:  # noqa: BLE001 - whatever it is, the desktop is not there
+        except Exception as problem:  # noqa: BLE001 - any error means that the desktop is not usable
             reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_words()}"
             raise CannotStart(reason) from problem
 
@@ -72,11 +72,11 @@ class WaylandBed(SessionBed):
         raise NotImplementedError
 
     def _start_hands(self):
-        """Gets a pointer and a keyboard."""
+        """Creates the pointer and the keyboard."""
         raise NotImplementedError
 
     def _dress(self):
-        """Puts a wallpaper and a panel on the desktop."""
+        """Starts the wallpaper and the panel."""
 
     def environment(self):
         variables = {**super().environment(), "XDG_SESSION_TYPE": "wayland"}
@@ -85,8 +85,8 @@ class WaylandBed(SessionBed):
         return variables
 
     def lend(self, path):
-        """Where the tests run as root, their folder may be closed to everybody else: the file is copied, with the share
-        folder of a program."""
+        """Copies the file, and a program's share folder with it, because the folder of tests that run as root may be closed to
+        other users."""
         path = pathlib.Path(path)
         if not self._as_account():
             return path
@@ -99,10 +99,10 @@ class WaylandBed(SessionBed):
                 shutil.copytree(share, copy.parent.parent / "share" / "OrvaneBreak", dirs_exist_ok=True)
         return copy
 
-    # -- what a person sees and does
+    # -- pictures and input
 
     def logical_place(self, x, y):
-        """A place of the picture in the compositor's own units."""
+        """Converts a position in the picture to the compositor's logical coordinates."""
         for output, (left, top) in zip(self.outputs(), self._logical_corners()):
             if output.x <= x < output.box[2]:
                 return (left + (x - output.x) / output.scale, top + (y - output.y) / output.scale)
@@ -115,7 +115,7 @@ class WaylandBed(SessionBed):
         return [monitor["corner"] for monitor in self._monitors()]
 
     def _monitors(self):
-        """What the compositor says of each monitor, from left to right: name, size, scale, corner."""
+        """The compositor's description of each monitor, from left to right: name, size, scale, corner."""
         raise NotImplementedError
 
     def picture(self):
@@ -157,7 +157,7 @@ class WaylandBed(SessionBed):
     def _key(self, code, is_down):
         raise NotImplementedError
 
-    # -- parts of the start
+    # -- startup
 
     def _require_account(self):
         if os.geteuid() != 0:
@@ -169,10 +169,10 @@ class WaylandBed(SessionBed):
                                    "/usr/sbin/nologin", ACCOUNT], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
                                   text=True, check=False)
             if made.returncode != 0:
-                raise CannotStart(f"no account to run it as: {made.stderr.strip()}") from None
+                raise CannotStart(f"cannot create an account to run it as: {made.stderr.strip()}") from None
 
     def _run_compositor(self, arguments, environment, is_up):
-        """Starts it; CannotStart with its last lines when it ends or is not up in time."""
+        """Starts the compositor; raises CannotStart with its last log lines if it ends or is not ready in time."""
         log = self.home / "compositor.log"
         with open(log, "wb") as output:
             self.server = self.run(arguments, environment, stdout=output, stderr=output)
@@ -186,7 +186,7 @@ class WaylandBed(SessionBed):
 
 
 class ProtocolHands:
-    """A process that holds a pointer and a keyboard by the protocols for that."""
+    """Hands for compositors with protocols for a virtual pointer and keyboard, held by a helper process."""
 
     def __init__(self, bed, program):
         self._process = bed.run([bed.lend(program)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
@@ -195,15 +195,15 @@ class ProtocolHands:
             raise CannotStart(f"no pointer and keyboard: {greeting}")
 
     def do(self, *words):
-        """Carries out one command, and waits until the compositor has it."""
+        """Executes one command and waits until the compositor has processed it."""
         self._process.stdin.write(" ".join(str(word) for word in words) + "\n")
         self._process.stdin.flush()
         if self._process.stdout.readline() != "done\n":
-            raise RuntimeError(f"the hands did not do: {words}")
+            raise RuntimeError(f"the hands failed to execute: {words}")
 
 
 def _side_by_side(monitors):
-    """The outputs of a picture."""
+    """The outputs of a picture with the monitors side by side."""
     outputs, x = [], 0
     for monitor in monitors:
         outputs.append(Output(monitor["name"], x, 0, *monitor["size"], monitor["scale"]))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Desktops on a virtual X server."""
+"""Beds on a virtual X server."""
 
 import glob
 import os
@@ -12,16 +12,15 @@ from .bed import CannotStart, NotPossibleHere, Output
 from .session import SessionBed
 from .waiting import wait_until
 
-#: Two monitors of different size.
+#: Two monitors of different sizes.
 SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
 
 
 class X11Bed(SessionBed):
-    """Xvfb with two monitors; on demand a window manager (openbox, xfwm4, i3), a compositor (picom, or with "own" that of
-    xfwm4) and a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless a picture is
-    given."""
+    """Xvfb with two monitors; optionally a window manager (openbox, xfwm4, i3), a compositor (picom, or with "own" xfwm4's) and
+    a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
 
-    #: The panel's first row on the first monitor and the one below its last; negative numbers count from the bottom,
+    #: The panel's first row on the first monitor and the row below its last; negative numbers count from the bottom,
     #: None is the bottom.
     panel_rows = (-30, None)
     panel_colour = (230, 230, 235)
@@ -43,7 +42,7 @@ class X11Bed(SessionBed):
         self._theme = theme
         self._display = None
 
-    # -- coming and going
+    # -- start and end
 
     def start(self):
         packages.require(*self._required_programs())
@@ -64,7 +63,7 @@ class X11Bed(SessionBed):
     def environment(self):
         return {**super().environment(), "DISPLAY": self._display or "", "GSETTINGS_BACKEND": "memory"}
 
-    # -- what a person sees and does
+    # -- pictures and input
 
     def outputs(self):
         return sorted(self._monitors, key=lambda output: output.x)
@@ -76,27 +75,27 @@ class X11Bed(SessionBed):
         self._call(["xdotool", "type", "--delay", "5", text])
 
     def windows_titled(self, title):
-        """The windows with this title that are on the screen, in frames of a window manager as well."""
+        """The mapped windows with this title, including those in a window manager's frame."""
         found = self._call(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"])
         return {int(identifier) for identifier in found.split()}
 
     def window_box(self, identifier):
-        """Left, top, right and bottom of a window on the picture, without the frame of the window manager."""
+        """Left, top, right and bottom of a window in the picture, without the window manager's frame."""
         text = self._call(["xwininfo", "-id", str(identifier)])
         x, y, width, height = (int(re.search(rf"{name}: +(-?\d+)", text)[1]) for name in
                                ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
         return (x, y, x + width, y + height)
 
     def window_states(self, identifier):
-        """The names of the states that the window manager keeps for a window."""
+        """The names of a window's _NET_WM_STATE atoms."""
         return set(re.findall(r"_NET_WM_STATE_\w+", self._call(["xprop", "-id", str(identifier), "_NET_WM_STATE"])))
 
     def close_window(self, identifier):
-        """Asks a window to close, as the button in its frame does."""
+        """Asks a window to close, like its frame's close button."""
         self._call(["wmctrl", "-i", "-c", str(identifier)])
 
     def focus(self, identifier):
-        """Gives a window the keyboard, as programs do it."""
+        """Sets the input focus to a window, as programs do."""
         self._call(["xdotool", "windowfocus", str(identifier)])
 
     def press(self, key):
@@ -110,7 +109,7 @@ class X11Bed(SessionBed):
 
     def switch_workspace(self, index):
         if self.window_manager is None:
-            raise NotPossibleHere("there are no workspaces without a window manager")
+            raise NotPossibleHere("without a window manager there are no workspaces")
         if self.window_manager == "i3":
             socket = self._call(["i3", "--get-socketpath"]).strip()
             self._call(["i3-msg", "-s", socket, "workspace", str(index + 1)])
@@ -118,7 +117,7 @@ class X11Bed(SessionBed):
             self._call(["xdotool", "set_desktop", str(index)])
 
     def show_wallpaper(self, is_visible=True):
-        """Paints the wallpaper anew, as after a change of monitors; waits until it is seen where it is visible."""
+        """Repaints the wallpaper, as after a change of monitors, and waits until it shows if it is visible."""
         path = self._wallpaper or self._home / "wallpaper.png"
         if not self._wallpaper:
             size = (max(output.box[2] for output in self._monitors), max(output.box[3] for output in self._monitors))
@@ -132,7 +131,7 @@ class X11Bed(SessionBed):
             wait_until(lambda: all(self.picture().crop(output.box).tobytes() == self.wallpaper.crop(output.box).tobytes()
                                    for output in self._monitors), "the wallpaper")
 
-    # -- parts of the start
+    # -- startup
 
     def _required_programs(self):
         programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot", "wmctrl"]
@@ -152,7 +151,7 @@ class X11Bed(SessionBed):
                         "screen" if index == 0 else "none"])
 
     def _run_server(self, arguments):
-        """Starts the X server on a free display; CannotStart with its last lines when it does not come up."""
+        """Starts the X server on a free display; raises CannotStart with its last log lines if that fails."""
         reading, writing = os.pipe()
         log = self._home / "server.log"
         with open(log, "wb") as output:
@@ -171,7 +170,7 @@ class X11Bed(SessionBed):
         if not programs:
             raise CannotStart(packages.not_installed("xfconfd"))
         if self.panel:
-            # A button that fades is never what it was, nor what it will be.
+            # Animated buttons would never match a reference picture.
             self.write("config/gtk-3.0/settings.ini", "[Settings]\ngtk-enable-animations=false\n")
             options = {"output": "Primary", **self._panel_options}
             self.write("config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", desktop_files.panel_file(**options))
@@ -196,9 +195,8 @@ class X11Bed(SessionBed):
                    "the window manager")
 
     def _start_picom(self):
-        """Has it paint everything anew whenever something changes. Otherwise picom 12.5 and 13 copy the wallpaper over the smallest
-        rectangle around all that changed in or below translucent windows, whatever programs they belong to; what
-        stood in between is gone until it changes itself."""
+        """Makes picom repaint everything at every change. Otherwise picom 12.5 and 13 paint the wallpaper over the bounding
+        rectangle of all changes in or below translucent windows, and whatever was in between is missing until it changes."""
         self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", self.write("picom.conf", "")])
         wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
 

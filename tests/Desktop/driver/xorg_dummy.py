@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop whose monitors can be unplugged."""
+"""An X11 bed whose monitors can be unplugged."""
 
 import os
 import re
@@ -41,7 +41,7 @@ _KNOWN_MODES = {(1280, 720): "1280x720", (1024, 768): "1024x768"}
 
 
 class XorgDummyBed(X11Bed):
-    """Xorg with a driver that shows its picture to nobody; needs root. DUMMY0 and DUMMY1 are on at the start."""
+    """Xorg with the dummy video driver; needs root. DUMMY0 and DUMMY1 are on at the start."""
 
     def __init__(self, window_manager=None, compositor=False):
         monitors = [Output("DUMMY0", 0, 0, 1280, 720), Output("DUMMY1", 1280, 0, 1024, 768)]
@@ -65,7 +65,7 @@ class XorgDummyBed(X11Bed):
         self._switch_on(next(output for output in self._all if output.name == name))
 
     def unplug(self, name):
-        """The monitors that stay move to the upper left corner."""
+        """The remaining monitors move to the upper left corner."""
         self._call(["xrandr", "--output", name, "--off"])
         wait_until(lambda: all(output.name != name for output in self._active()), f"{name} switched off")
         self._monitors = self._active()
@@ -79,7 +79,7 @@ class XorgDummyBed(X11Bed):
         self._monitors = self._active()
 
     def _active(self):
-        """The monitors as the X server has them."""
+        """The active monitors as the X server reports them."""
         pattern = re.compile(r"(\d+)/\d+x(\d+)/\d+\+(\d+)\+(\d+)\s+(\S+)$")
         found = [pattern.search(line) for line in self._call(["xrandr", "--listactivemonitors"]).splitlines()]
         return [Output(match[5], *(int(match[index]) for index in (3, 4, 1, 2))) for match in found if match]

@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the program promises on a desktop, promise by promise."""
+"""The scenarios: each checks promises, single statements about the program's behaviour on a desktop."""

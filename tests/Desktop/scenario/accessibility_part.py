@@ -14,12 +14,12 @@ _SETTINGS = {("push button", BACK), ("label", SETTINGS), ("label", "Intervalle e
 _MAIN_ORDER = [SWITCH_ON, "Messages", SETTINGS]
 _SETTINGS_ORDER = [BACK, "20 minutes", "20 secondes", "Jouer un son doux au début de la pause",
                    "Installer les mises à jour automatiquement", MENU_BAR_BOX, LOGIN_BOX, UPDATES, REPORT]
-#: What holds other controls needs no name.
+#: Containers need no name.
 _CONTAINERS = ("filler", "menu bar", "separator")
 
 
 def tree(desk, report):
-    """What a screen reader sees, and what it can do."""
+    """The accessibility tree and its actions."""
     desk.start_in_dock()
     desk.reader.control(SWITCH_ON)
     _has_all(desk, report, "main", _MAIN)
@@ -62,7 +62,7 @@ def keyboard_only(desk, report):
 
 
 def _walk(desk, names, is_first_focused=True):
-    """Presses Tab from control to control; True when they had the keyboard in this order."""
+    """Presses Tab repeatedly; returns whether the controls got the focus in this order."""
     if not is_first_focused:
         desk.bed.press("Tab")
     for index, name in enumerate(names):
@@ -78,7 +78,7 @@ def _focused(desk):
 
 
 def scales(desk, report):
-    """Both pages at the scales that people use."""
+    """Both pages at common scales."""
     for scale in ("1", "1.25", "1.5", "2"):
         desk.start_in_dock({"QT_SCALE_FACTOR": scale})
         desk.reader.control(SWITCH_ON)

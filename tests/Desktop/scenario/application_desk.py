@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desk for the application around the break: its windows, their controls, and its preferences."""
+"""A desk for the application besides the break: its windows, their controls, and its preferences."""
 
 import json
 
@@ -19,7 +19,7 @@ SKIPPED = {"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"}
 
 
 class ApplicationDesk(Desk):
-    """Every start has a folder of its own for its configuration, and a screen reader that looks on."""
+    """Every start has its own configuration folder and runs under a screen reader."""
 
     def __init__(self, bed, program, helpers, pictures=None):
         super().__init__(bed, program, helpers, pictures)
@@ -28,7 +28,7 @@ class ApplicationDesk(Desk):
         self._folders = 0
 
     def start(self, preferences=None, environment=None, arguments=()):
-        """Starts the program with these preferences; without them it is a first launch."""
+        """Starts the program with these preferences; None makes it a first launch."""
         self._folders += 1
         self.config = self.bed.home / f"config-{self._folders}"
         self.config.mkdir(mode=0o700)
@@ -38,7 +38,7 @@ class ApplicationDesk(Desk):
         self.start_over(environment, arguments)
 
     def start_over(self, environment=None, arguments=()):
-        """Starts the program with the configuration that the last run left."""
+        """Starts the program with the configuration of the last run."""
         self.start_program({"XDG_CONFIG_HOME": str(self.config), **(environment or {})}, arguments)
 
     def start_in_dock(self, environment=None):
@@ -51,7 +51,7 @@ class ApplicationDesk(Desk):
         wait_until(self.tray.items, "the icon in the tray")
 
     def begin_break_by_second_start(self):
-        """Starts the program again with the option for a break, and waits for its windows."""
+        """Starts the program a second time with --break-now, and waits for the break windows."""
         second = self.start_again("--break-now")
         self.wait_for_overlays()
         self.bed.stop(second)
@@ -61,13 +61,13 @@ class ApplicationDesk(Desk):
         return self.config / "OrvaneBreak" / "preferences.json"
 
     def preferences(self):
-        """What is stored, but for the identifier that the first check-in makes."""
+        """The stored preferences without the identifier that the first check-in generates."""
         return without_identifier(self.preferences_file)
 
     # -- windows and controls
 
     def windows(self):
-        """The application's own windows; break windows have its name as well."""
+        """The application's windows except break windows, which have the same title."""
         unmanaged = {window["id"] for window in self.probe.state()["windows"] if window["overrideRedirect"]}
         return self.bed.windows_titled(TITLE) - unmanaged
 
@@ -82,7 +82,7 @@ class ApplicationDesk(Desk):
         return not SKIPPED & self.bed.window_states(min(self.windows()))
 
     def shows(self, name):
-        """Whether a control with this name is to be seen, at last after a while."""
+        """Whether a control with this name becomes visible in time."""
         return comes_true(lambda: self.shows_now(name), 5)
 
     def shows_now(self, name):
@@ -96,10 +96,10 @@ class ApplicationDesk(Desk):
         self.bed.click(*self.reader.control(name).middle)
 
     def close_by_window_manager(self):
-        """Asks the window to close, as the button in its frame does."""
+        """Asks the window to close, like its frame's close button."""
         self.bed.close_window(max(self.windows()))
 
     def finish(self):
-        """Ends the program if it runs."""
+        """Ends the program if it is running."""
         self.bed.stop(self.process)
         wait_until(lambda: not self.windows(), "no window after the end of the program")

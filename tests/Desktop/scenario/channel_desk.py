@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desk for the channel to the makers: the application, and their server."""
+"""A desk for the makers' channel: the application and their server."""
 
 import re
 
@@ -24,11 +24,11 @@ class ChannelDesk(ApplicationDesk):
         super().start_over({**server, **(environment or {})}, arguments)
 
     def wait_for_check_in(self, known):
-        """Waits until the server has had more check-ins than those `known`."""
+        """Waits until the server has received more than `known` check-ins."""
         wait_until(lambda: len(self.server.received("check-in")) > known, "a check-in")
 
     def alert_shows(self, text):
-        """Whether an open alert shows this text, at last after a while."""
+        """Whether an open alert shows this text in time."""
         return comes_true(lambda: self.alert_shows_now(text), 5)
 
     def alert_shows_now(self, text):
@@ -47,7 +47,7 @@ class ChannelDesk(ApplicationDesk):
 
 
 class LauncherWatch:
-    """Hears what launchers hear."""
+    """Records the launcher signals on the session bus."""
 
     def __init__(self, bed):
         self._bed = bed
@@ -58,7 +58,7 @@ class LauncherWatch:
         wait_until(lambda: b"NameAcquired" in self._path.read_bytes() or self._path.stat().st_size, "the monitor")
 
     def counts(self):
-        """The visible numbers so far; 0 for none."""
+        """The badge numbers so far; 0 means hidden."""
         text = self._path.read_text("utf-8", "replace")
         return [int(count) if shown == "true" else 0 for count, shown in re.findall(
             r'"count"\s+variant\s+int64 (\d+)\s+\)\s+dict entry\(\s+string "count-visible"\s+variant\s+boolean (\w+)',

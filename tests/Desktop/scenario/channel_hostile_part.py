@@ -20,10 +20,10 @@ def misbehaviours(desk, report):
         desk.wait_for_check_in(known)
         report.promise("no message is shown that the makers did not sign for this request",
                        stays_true(lambda: not desk.has_alert(), 0.4), mode)
-        report.promise("nothing of a wrong answer is stored",
+        report.promise("a wrong answer stores nothing",
                        not {"OBAckMessage", "OBShownMessages", "OBMessageHistory"} & set(desk.preferences()),
                        (mode, desk.preferences()))
-        report.promise("the program answers its user while the server misbehaves", _ends_at_once(desk), mode)
+        report.promise("the program stays responsive while the server misbehaves", _ends_at_once(desk), mode)
         report.promise("silent while the server misbehaves", not desk.said(), (mode, desk.said()))
         desk.bed.stop(desk.process)
     desk.server.misbehave("none")
@@ -35,10 +35,10 @@ def _ends_at_once(desk):
 
 
 def unknown_certificate(desk, report):
-    """A server with a certificate that nobody vouches for, and that names another server."""
+    """A server with an untrusted certificate for another server."""
     desk.server.publish(99, _TEXT)
     desk.start_in_dock()
-    report.promise("a server whose certificate does not fit is not talked to",
+    report.promise("no request goes to a server with a wrong certificate",
                    stays_true(lambda: not desk.has_alert(), 1.5) and not desk.server.received("check-in"))
-    report.promise("silent about a certificate that does not fit", not desk.said(), desk.said())
+    report.promise("silent about a wrong certificate", not desk.said(), desk.said())
     desk.finish()

@@ -9,7 +9,7 @@ _REPLY_FAILED = "Envoi impossible"
 
 
 def visible(desk, report):
-    """A message while the window can be seen."""
+    """A message while the window is visible."""
     launcher = LauncherWatch(desk.bed)
     desk.server.publish(7, "Bonjour à toi")
     desk.start_in_dock()
@@ -19,8 +19,8 @@ def visible(desk, report):
                    launcher.counts())
     desk.keep_picture("message")
     desk.reader.press(UNDERSTOOD)
-    report.promise("the alert goes when it is answered", comes_true(lambda: not desk.has_alert(), 3))
-    report.promise("the launcher's number goes", comes_true(lambda: launcher.counts()[-1:] == [0], 3),
+    report.promise("the alert closes when it is answered", comes_true(lambda: not desk.has_alert(), 3))
+    report.promise("the launcher's number disappears", comes_true(lambda: launcher.counts()[-1:] == [0], 3),
                    launcher.counts())
     report.promise("what was shown is stored", comes_true(lambda: desk.preferences().get("OBAckMessage") == 7
                                                           and desk.preferences().get("OBShownMessages") == [7], 3))
@@ -38,17 +38,18 @@ def visible(desk, report):
 
 
 def hidden(desk, report):
-    """A message in the menu bar, with no window."""
+    """A message in menu-bar mode without a window."""
     desk.server.publish(8, "Bonsoir <b>à toi</b>")
     desk.start_in_menu_bar()
-    report.promise("in the menu bar a message stands in the menu", comes_true(lambda: MESSAGE in desk.tray.labels(), 5),
+    report.promise("in the menu bar a message appears in the menu", comes_true(lambda: MESSAGE in desk.tray.labels(), 5),
                    desk.tray.labels())
-    report.promise("in the menu bar no message comes by itself", stays_true(lambda: not desk.windows(), 0.7))
+    report.promise("in the menu bar no message opens by itself", stays_true(lambda: not desk.windows(), 0.7))
     desk.tray.click(MESSAGE)
     wait_until(desk.messages_window, "the messages window")
     report.promise("the messages window shows it as plain text",
                    comes_true(lambda: desk.conversation() == ["Bonsoir <b>à toi</b>"], 3), desk.conversation())
-    report.promise("the menu entry goes when it was read", comes_true(lambda: MESSAGE not in desk.tray.labels(), 3))
+    report.promise("the menu entry disappears when the message was read",
+                   comes_true(lambda: MESSAGE not in desk.tray.labels(), 3))
     desk.keep_picture("messages")
     desk.bed.press("ctrl+w")
     report.promise("Ctrl+W closes the messages window, and the program goes on",
@@ -57,22 +58,22 @@ def hidden(desk, report):
 
 
 def in_a_break(desk, report):
-    """A message that comes in a break."""
+    """A message during a break."""
     desk.server.publish(9, "Après la pause")
     known = len(desk.server.received("check-in"))
     desk.start({"OBOnboarded": True}, {"ORVANE_DEBUG_BREAK": "1"})
     desk.wait_for_overlays()
     desk.wait_for_check_in(known)
-    report.promise("no alert lies on a break", stays_true(lambda: not desk.has_alert(), 1))
+    report.promise("no alert covers a break", stays_true(lambda: not desk.has_alert(), 1))
     desk.bed.press("Escape")
     desk.wait_for_end()
-    report.promise("the badge tells of it after the break", comes_true(lambda: any(
+    report.promise("the badge shows it after the break", comes_true(lambda: any(
         control.name == "Messages" and control.description == MESSAGE for control in desk.reader.controls()), 3))
     desk.finish()
 
 
 def over_an_alert(desk, report):
-    """A break that begins over an open alert."""
+    """A break that begins while an alert is open."""
     desk.start_in_dock()
     desk.reader.control(UNDERSTOOD)
     desk.begin_break_by_second_start()
@@ -86,7 +87,7 @@ def over_an_alert(desk, report):
 
 
 def replies(desk, report):
-    """Replies, with the server and without it."""
+    """Replies with and without a reachable server."""
     for identifier in (7, 8, 9):
         desk.server.command("withdraw", identifier)
     desk.start_in_dock()
@@ -97,7 +98,7 @@ def replies(desk, report):
     known = len(desk.server.received("report"))
     desk.bed.type("merci beaucoup")
     desk.bed.press("Return")
-    report.promise("a reply stands in the conversation at once",
+    report.promise("a reply appears in the conversation at once",
                    comes_true(lambda: desk.conversation()[:1] == ["merci beaucoup"], 3), desk.conversation())
     report.promise("a reply reaches the server", comes_true(lambda: len(desk.server.received("report")) == known + 1, 5)
                    and "merci beaucoup" in str(desk.server.received("report")[-1]))
@@ -113,7 +114,7 @@ def replies(desk, report):
 
 
 def reports(desk, report):
-    """Problem reports with and without an address."""
+    """Problem reports with and without a mail address."""
     desk.start_in_dock()
     desk.click_control(SETTINGS)
     desk.reader.control(BACK)

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The arguments that all scenarios have in common."""
+"""The command-line arguments shared by all scenarios."""
 
 import argparse
 import pathlib
 
 
 def read(documentation, **wanted):
-    """Reads the command line of a scenario: `wanted` names its own paths and says what each is, all of them required."""
+    """Parses the command line of a scenario. `wanted` maps its additional, required paths to their help texts."""
     parser = argparse.ArgumentParser(description=documentation)
     for name, meaning in wanted.items():
         parser.add_argument(f"--{name.replace('_', '-')}", type=pathlib.Path, required=True, help=meaning)

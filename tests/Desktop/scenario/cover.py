@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Compares whole screens: whether a break darkens every pixel of them, all the time that it lasts."""
+"""Checks that a break darkens every pixel of every screen for its whole length."""
 
 import dataclasses
 import time
@@ -8,22 +8,22 @@ from PIL import Image, ImageChops
 
 from . import layout
 
-#: A quarter of what lies below shines through.
+#: The overlay lets a quarter of the brightness through.
 LIGHT = 0.25
 _TOLERANCE = 2
-#: At least this part of every row and column through a text or the ring is background.
+#: At least this fraction of every row and column through a text or the ring is background.
 _BACKGROUND_IN_LINE = 0.15
 
 
 def dimmed(picture):
-    """What a picture looks like under a break."""
+    """The picture as it looks under a break."""
     return picture.point(lambda value: round(value * LIGHT))
 
 
 @dataclasses.dataclass(frozen=True)
 class BarePart:
-    """The smallest rectangle around the pixels of one screen that are not as a break makes them, in pixels of the
-    whole picture. `deviation` is the largest one of a channel."""
+    """The bounding rectangle of the pixels on one screen that are not properly darkened, in pixels of the whole picture.
+    `deviation` is the largest difference in a channel."""
     screen: str
     box: tuple
     deviation: int
@@ -34,9 +34,9 @@ class BarePart:
 
 
 class Cover:
-    """What a break makes of what the screens show without it: each pixel is a quarter of what it is in one of the settled
-    pictures. Every pixel counts, also between the texts; in the boxes of the texts and of the ring most do. In the boxes
-    `restless` other programs may draw something else during a break: nothing there is brighter than darkened white."""
+    """The expected picture during a break: each pixel is a quarter of the pixel in one of the settled pictures. Every pixel is
+    checked, also between the texts; in the boxes of the texts and the ring most of them are. In the `restless` boxes, where
+    other programs may draw during a break, no pixel may be brighter than darkened white."""
 
     def __init__(self, *pictures, outputs, restless=()):
         self._expected = [dimmed(picture) for picture in pictures]
@@ -45,7 +45,7 @@ class Cover:
         self._restless = list(restless)
 
     def bare_parts(self, picture):
-        """Where the picture is not covered; empty when it is, everywhere."""
+        """The parts of the picture that are not covered; empty if all is covered."""
         difference, found = None, []
         for expected in self._expected:
             another = ImageChops.difference(picture, expected)
@@ -75,19 +75,19 @@ class Cover:
 
 
 def _excess(picture):
-    """How much brighter than darkened white it is."""
+    """How much each pixel is brighter than darkened white."""
     return picture.point(lambda value: max(0, value - round(255 * LIGHT)))
 
 
 def _strange(difference):
-    """White where a channel differs by more than the tolerance, else black."""
+    """A mask: white where a channel differs by more than the tolerance, else black."""
     channels = difference.split()
     largest = ImageChops.lighter(ImageChops.lighter(channels[0], channels[1]), channels[2])
     return largest.point(lambda value: 255 if value > _TOLERANCE else 0)
 
 
 def _has_full_line(strange):
-    """Whether a row or a column has less background than the strokes of letters and ring leave in it."""
+    """Whether a row or a column has less background than letters and the ring leave."""
     limit = 255 * (1 - _BACKGROUND_IN_LINE)
     width, height = strange.size
     return any(strange.resize(size, Image.Resampling.BOX).getextrema()[1] > limit for size in ((1, height), (width, 1)))
@@ -95,7 +95,7 @@ def _has_full_line(strange):
 
 @dataclasses.dataclass(frozen=True)
 class Watched:
-    """How long every screen was covered at each look, and what was bare at the last of them."""
+    """How long the screens stayed covered, and the bare parts at the last check."""
     seconds: float
     looks: int
     bare_parts: list
@@ -108,8 +108,7 @@ class Watched:
 
 
 def watch(bed, cover, seconds):
-    """Looks at all screens of a bed again and again, as fast as it gives pictures, for so many seconds or until one of
-    them is not covered."""
+    """Checks all screens of a bed as fast as it provides pictures, for these seconds or until one of them is not covered."""
     began, looks, first = time.monotonic(), 0, None
     while True:
         picture = bed.picture()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""One bed with the program on it, and what the parts of the scenario have in common."""
+"""A desk: the program on one bed, with the operations that the parts of a scenario share."""
 
 import json
 import pathlib
@@ -20,10 +20,10 @@ OPEN = "Ouvrir OrvaneBreak…"
 UPDATES = "Rechercher des mises à jour…"
 REPORT = "Signaler un problème…"
 
-#: The preferences of somebody who lives in the menu bar.
+#: Preferences for menu-bar mode after the first launch.
 IN_MENU_BAR = {"OBMenuBarMode": True, "OBOnboarded": True}
 
-#: A place where the pointer is over nothing that changes when it is pointed at.
+#: A position where the pointer hovers over nothing that reacts.
 RESTING_PLACE = (1200, 40)
 
 
@@ -46,8 +46,8 @@ class Desk:
     # -- the program
 
     def start_program(self, environment=None, arguments=()):
-        """Starts the program; what it says on standard error is kept. Without preferences in the bed's own folder it
-        gets those of somebody who lives in the menu bar."""
+        """Starts the program and records its standard error. If the bed has no preferences yet, it writes those for menu-bar
+        mode."""
         self._runs += 1
         file = pathlib.Path(self.bed.environment()["XDG_CONFIG_HOME"]) / "OrvaneBreak" / "preferences.json"
         if not file.exists():
@@ -61,13 +61,13 @@ class Desk:
         return self.bed.run([self.program, *arguments])
 
     def start_with_tray(self):
-        """Starts the program beside a running tray, and waits for its icon."""
+        """Starts a tray and the program, and waits for its icon."""
         self.tray = self.tray or Tray(self.bed)
         self.start_program()
         wait_until(self.tray.items, "the icon in the tray")
 
     def start_in_break(self, environment=None, scale=1.0):
-        """Starts the program with a break at launch, and waits for its picture."""
+        """Starts the program with a break at launch, and waits until the break is painted."""
         self.start_program({"ORVANE_DEBUG_BREAK": "1", **(environment or {})})
         self.wait_for_break(scale)
 
@@ -75,7 +75,7 @@ class Desk:
         self.bed.write(config_folder / "OrvaneBreak" / "preferences.json", json.dumps({**IN_MENU_BAR, **changes}))
 
     def has_ended(self, status=0):
-        """Whether the program has ended with this status, at last after a while."""
+        """Whether the program ends with this status in time."""
         return comes_true(lambda: self.process.poll() is not None, 5) and self.process.returncode == status
 
     def stop_program(self):
@@ -83,12 +83,12 @@ class Desk:
         wait_until(lambda: not self.overlays(), "no break window after the end of the program")
 
     def said(self):
-        """The lines of the present run on standard error."""
+        """The lines of the current run on standard error."""
         return self._error_file.read_text("utf-8", "replace").splitlines()
 
     def tidy_up(self, program_runs):
-        """Undoes what a part of the scenario left behind, so that its trouble is not the next one's: other programs'
-        windows, a break, and a program that runs or does not run."""
+        """Cleans up after a part of the scenario, so that its failure does not affect the next: closes other programs' windows,
+        ends a break, and starts or stops the program."""
         for window in self._windows:
             window.close()
         self._windows.clear()
@@ -107,12 +107,12 @@ class Desk:
     # -- a break
 
     def overlays(self, state=None):
-        """The program's break windows that are on the screen, from bottom to top."""
+        """The program's mapped break windows, from bottom to top."""
         return [window for window in (state or self.probe.state())["windows"]
                 if window["processId"] == self.process.pid and window["viewable"] and window["overrideRedirect"]]
 
     def begin_break(self):
-        """Begins a break from the tray's menu and waits for its picture; returns the moment of the click."""
+        """Begins a break from the tray's menu and waits until it is painted; returns the time of the click."""
         moment = self.tray.click(BREAK_NOW)
         self.wait_for_break()
         return moment
@@ -122,7 +122,7 @@ class Desk:
         wait_until(lambda: all(self.parts(scale)), "title, ring and texts on every screen")
 
     def wait_for_overlays(self):
-        """Waits for the windows of a break, whatever they show yet."""
+        """Waits for the break windows, painted or not."""
         outputs = self.bed.outputs()
         wait_until(lambda: len(self.overlays()) == len(outputs), "a break window on every screen")
 
@@ -137,29 +137,29 @@ class Desk:
         self.wait_for_end()
 
     def parts(self, scale=1.0):
-        """For every output where its parts are; None where they are not complete."""
+        """The break's parts on each output; None where they are incomplete."""
         picture = self.bed.picture()
         return [layout.find_parts(picture, output, scale) for output in self.bed.outputs()]
 
     def settled_picture(self):
-        """The picture of a desktop that has finished drawing: it has been the same for a while, but for a blinking cursor."""
+        """A picture of the desktop once it has finished drawing: unchanged for a while except for a blinking cursor."""
         known = []
 
         def is_settled():
             known.append(self.bed.picture())
             return len(known) > 5 and len({picture.tobytes() for picture in known[-6:]}) <= 2 and known[-1].tobytes() in {
                 picture.tobytes() for picture in known[-6:-1]}
-        wait_until(is_settled, "a picture that stays", interval=0.03)
+        wait_until(is_settled, "a stable picture", interval=0.03)
         return known[-1]
 
     def keep_picture(self, name):
-        """Saves what the monitors show for people to look at, where a folder for pictures was given."""
+        """Saves a picture of the monitors for inspection if a folder for pictures was given."""
         if self._pictures:
             self._pictures.mkdir(parents=True, exist_ok=True)
             self.bed.picture().save(self._pictures / f"{self.bed.name}-{name}.png", compress_level=1)
 
     def panel_boxes(self):
-        """The panel, as a PIL picture is cropped, where there is one."""
+        """The panel's box as for PIL's crop(), if there is a panel."""
         if not self.bed.panel:
             return []
         first, (top, bottom) = self.bed.outputs()[0], self.bed.panel_rows
@@ -171,12 +171,12 @@ class Desk:
 
     @staticmethod
     def dimmed(colour):
-        """What a colour looks like under a break."""
+        """The colour as it looks under a break."""
         return tuple(round(part * LIGHT) for part in colour)
 
     def other_window(self, title="Other", colour=(0, 160, 80), place=(30, 60, 280, 200), *options):
-        """Another program's window with the keyboard."""
-        # Window managers date their focus requests by the last input that they saw: a person has clicked somewhere.
+        """Opens another program's window and gives it the focus."""
+        # Window managers time-stamp focus requests with the last input that they saw, so there has to be a click first.
         self.bed.click(*RESTING_PLACE)
         if self.bed.window_manager is None:
             options += ("take-focus",)
@@ -187,12 +187,12 @@ class Desk:
 
 
 def near(first, second, tolerance=2):
-    """True when two colours differ by at most `tolerance` in every part."""
+    """Whether two colours differ by at most `tolerance` in every channel."""
     return all(abs(a - b) <= tolerance for a, b in zip(first, second))
 
 
 def without_identifier(preferences_file):
-    """The preferences in a file, but for the identifier that the first check-in makes."""
+    """The preferences in a file without the identifier that the first check-in generates."""
     stored = json.loads(preferences_file.read_text("utf-8"))
     stored.pop("OBDeviceId", None)
     return stored

@@ -10,7 +10,7 @@ _LINE = re.compile(r"  (\S(?:.*?\S)?) {2,}(\S.*)")
 
 
 def desktop(desk, report):
-    """What --diagnostics tells of a desktop."""
+    """--diagnostics on a desktop."""
     portal = SettingsPortal(desk.bed, "dark")
     told = _diagnose(desk, report, "with everything")
     portal.stop()
@@ -23,7 +23,7 @@ def desktop(desk, report):
 
 
 def troubles(desk, report):
-    """What --diagnostics tells where things are missing, or do not answer."""
+    """--diagnostics when services are missing or do not answer."""
     empty = desk.bed.home / "no-bus-to-diagnose"
     empty.mkdir(mode=0o700)
     without = _diagnose(desk, report, "without a display and a bus",
@@ -40,14 +40,14 @@ def troubles(desk, report):
 
 
 def _diagnose(desk, report, where, changes=None):
-    """What each line says, by the word before it."""
+    """The output lines as a dictionary."""
     process = desk.bed.run([desk.program, "--diagnostics"], changes, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     told, complaints = process.communicate(timeout=20)
     desk.bed.stop(process)
-    report.promise(f"--diagnostics ends well {where}", process.returncode == 0 and not complaints
+    report.promise(f"--diagnostics succeeds {where}", process.returncode == 0 and not complaints
                    and told.startswith("OrvaneBreak "), (process.returncode, told, complaints))
     return dict(_LINE.fullmatch(line).groups() for line in told.splitlines()[1:])
 
 
 def _expect(report, where, told, wanted):
-    report.promise(f"--diagnostics tells what is there {where}", wanted.items() <= told.items(), told)
+    report.promise(f"--diagnostics reports what is there {where}", wanted.items() <= told.items(), told)

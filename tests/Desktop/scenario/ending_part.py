@@ -9,7 +9,7 @@ from .desk import QUIT
 
 
 def signals(desk, report):
-    """Signals in the middle of a break."""
+    """Signals during a break."""
     other = desk.other_window()
     for number in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
         name = number.name
@@ -24,9 +24,9 @@ def signals(desk, report):
 
 
 def check_end_by_signal(desk, report, number):
-    """Sends a signal to the program, which has a break on the screen."""
+    """Sends a signal to the program during a break."""
     os.kill(desk.process.pid, number)
-    report.promise(f"{number.name} in the middle of a break ends the program",
+    report.promise(f"{number.name} during a break ends the program",
                    desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
 
 
@@ -41,7 +41,7 @@ def _focus_returns(desk, report, name, other, before):
     if name != "SIGKILL":
         report.promise(f"the focus is back after {name}", comes_true(is_back, 2), desk.probe.state()["focus"])
     if not is_back():
-        # After SIGKILL nobody is left to give the focus back; what matters is that the keyboard is not lost.
+        # After SIGKILL the program cannot restore the focus; what matters is that the keyboard is not lost.
         desk.bed.click(*other.place_to_click())
     report.promise(f"nothing is left on any screen after {name}",
                    comes_true(lambda: desk.bed.picture().tobytes() == before.tobytes(), 2))
@@ -54,7 +54,7 @@ def _focus_returns(desk, report, name, other, before):
 
 
 def _processes(desk):
-    """Processes of the program, its children included, that still run on this bed."""
+    """The program's processes and their children that still run on this bed."""
     found = []
     for identifier in desk.bed.leftovers():
         try:
@@ -68,7 +68,7 @@ def _processes(desk):
 
 
 def leaving(desk, report):
-    """Leaving by the menu in the middle of a break."""
+    """Quitting from the menu during a break."""
     other = desk.other_window()
     desk.begin_break()
     desk.tray.click(QUIT)
@@ -77,18 +77,18 @@ def leaving(desk, report):
     report.promise("the focus is back after leaving by the menu in a break",
                    comes_true(lambda: desk.probe.state()["focus"] == other.identifier, 2))
     report.promise("silent on standard error in ordinary use", not desk.said(), desk.said())
-    report.promise("tray icon goes with the program", comes_true(lambda: not desk.tray.items(), 2))
+    report.promise("tray icon disappears with the program", comes_true(lambda: not desk.tray.items(), 2))
     desk.bed.stop(desk.process)
 
 
 def server_killed(desk, report):
-    """The X server is killed in the middle of a break."""
+    """The X server is killed during a break."""
     desk.start_in_break()
     check_end_with_server(desk, report, "the X server")
 
 
 def check_end_with_server(desk, report, server):
-    """Kills what shows the program's windows."""
+    """Kills the display server."""
     desk.bed.server.kill()
     report.promise(f"the program ends within 5 s when {server} is killed",
                    comes_true(lambda: desk.process.poll() is not None, 5))

@@ -11,7 +11,7 @@ _QUESTION = "Bienvenue dans OrvaneBreak 👁"
 
 
 def answers(desk, report):
-    """The question of the first launch, with each of its answers."""
+    """The first-launch question with each of its answers."""
     def click(name):
         return lambda: desk.click_control(name)
     _answer(desk, report, "a click on the Dock", click(TO_DOCK), False)
@@ -48,7 +48,7 @@ def _ask(desk):
 
 
 def interrupted(desk, report):
-    """The program ends while it asks."""
+    """The program is ended while it asks."""
     for number in (signal.SIGKILL, signal.SIGTERM):
         _ask(desk)
         os.kill(desk.process.pid, number)
@@ -68,7 +68,7 @@ _WATCHED = 3.0  # Seconds from the start of the program.
 
 
 def watched(desk, report):
-    """What somebody sees who looks at the screen while the program starts."""
+    """What is visible on the screen while the program starts."""
     before = desk.settled_picture()
     began = time.monotonic()
     desk.start({"OBOnboarded": True})

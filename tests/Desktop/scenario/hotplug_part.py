@@ -6,18 +6,18 @@ from .cover import Cover
 
 
 def hotplug(desk, report):
-    """Monitors that come and go."""
+    """Monitors plugged and unplugged during a break."""
     desk.start_with_tray()
     _unplug_in_break(desk, report)
     _plug_in_break(desk, report)
     _unplug_first_in_break(desk, report)
-    report.promise("silent on standard error while monitors come and go", not desk.said(), desk.said())
+    report.promise("silent on standard error while monitors are plugged and unplugged", not desk.said(), desk.said())
     desk.stop_program()
     report.promise("ends by itself after all that", desk.process.returncode == 0, desk.process.returncode)
 
 
 def _is_covered(desk, output):
-    """True when an output shows a whole break screen, darkened once."""
+    """Whether an output shows a complete break screen, darkened exactly once."""
     picture = desk.bed.picture()
     return not _cover(desk, output).bare_parts(picture) and layout.find_parts(picture, output) is not None
 
@@ -27,7 +27,7 @@ def _cover(desk, output):
 
 
 def _break_covers(desk, report, text):
-    """Begins a break on the present monitors and ends it."""
+    """Begins a break on the current monitors and ends it."""
     desk.bed.show_wallpaper()
     desk.begin_break()
     report.promise(text, all(_is_covered(desk, output) for output in desk.bed.outputs())
@@ -39,19 +39,19 @@ def _break_covers(desk, report, text):
 
 def _escape(desk, report):
     desk.bed.press("Escape")
-    report.promise("Escape ends the break after monitors came or went", comes_true(lambda: not desk.overlays(), 2))
+    report.promise("Escape ends the break after monitors were plugged or unplugged", comes_true(lambda: not desk.overlays(), 2))
 
 
 def _unplug_in_break(desk, report):
     desk.begin_break()
     desk.bed.unplug("DUMMY1")
     left = desk.bed.outputs()[0]
-    report.promise("the break goes on where a monitor stays when another is unplugged",
+    report.promise("the break continues on the remaining monitor when another is unplugged",
                    comes_true(lambda: _is_covered(desk, left), 2)
                    and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
     _escape(desk, report)
     desk.tidy_up(program_runs=True)
-    _break_covers(desk, report, "the next break covers the one monitor that is left")
+    _break_covers(desk, report, "the next break covers the remaining monitor")
 
 
 def _plug_in_break(desk, report):
@@ -59,14 +59,14 @@ def _plug_in_break(desk, report):
     desk.bed.plug("DUMMY1")
     desk.bed.show_wallpaper(is_visible=False)
     first, new = desk.bed.outputs()
-    report.promise("the break goes on when a monitor is plugged in",
+    report.promise("the break continues when a monitor is plugged in",
                    stays_true(lambda: layout.find_parts(desk.bed.picture(), first), 0.5)
                    and desk.process.poll() is None)
-    report.promise("a monitor that is plugged in during a break stays free",
+    report.promise("a monitor plugged in during a break stays uncovered",
                    len(desk.overlays()) == 1 and layout.find_parts(desk.bed.picture(), new) is None, desk.overlays())
     _escape(desk, report)
     desk.tidy_up(program_runs=True)
-    _break_covers(desk, report, "the next break covers the monitor that came")
+    _break_covers(desk, report, "the next break covers the new monitor")
 
 
 def _unplug_first_in_break(desk, report):
@@ -74,8 +74,8 @@ def _unplug_first_in_break(desk, report):
     desk.bed.unplug("DUMMY0")
     desk.bed.show_wallpaper(is_visible=False)
     left = desk.bed.outputs()[0]
-    # The server moves the monitor that is left; the panels keep the places that they had when the break began.
-    report.promise("the break goes on when the first monitor is unplugged",
+    # The server moves the remaining monitor; the panels keep their positions from the start of the break.
+    report.promise("the break continues when the first monitor is unplugged",
                    stays_true(lambda: layout.find_parts(desk.bed.picture(), left), 1) and desk.process.poll() is None,
                    _describe(desk, left))
     _escape(desk, report)

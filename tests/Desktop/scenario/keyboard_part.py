@@ -68,7 +68,7 @@ def _other_workspace(desk, report, other):
                    and all(desk.parts()))
     desk.bed.press("Escape")
     report.promise("Escape ends the break on another workspace", comes_true(lambda: not desk.overlays(), 2))
-    # Window managers date their focus requests by the last input that they saw.
+    # Window managers time-stamp focus requests with the last input that they saw.
     desk.bed.click(*desk.bed.outputs()[0].centre)
     desk.bed.switch_workspace(0)
     report.promise("the focus is right after a break on another workspace",

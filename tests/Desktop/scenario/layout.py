@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Finds the parts of a break screen in a picture of it."""
+"""Finds the parts of a break screen in a picture."""
 
 import dataclasses
 import math
@@ -14,14 +14,14 @@ _STRIP_WIDTH = 600
 _FONT_SIZES = {"title": 30, "subtitle": 16, "button": 13, "hint": 11}
 _TEXTS = {"title": "Regarde au loin, à 6 mètres", "subtitle": "Laisse tes yeux se reposer un instant.",
           "button": "Passer", "hint": "ou appuie sur Échap"}
-#: Letters are a little wider than the font says, and rounded to whole pixels.
+#: Ink may exceed the font's metrics and is rounded to whole pixels.
 _BOX_MARGIN = 2
 _GAPS = {"title": 10, "subtitle": 28, "ring": 30, "button": 4}
 
 
 @dataclasses.dataclass(frozen=True)
 class Box:
-    """The ink of one part, in pixels of the whole picture; right and bottom lie just outside."""
+    """The ink box of one part, in pixels of the whole picture; right and bottom are exclusive."""
     left: int
     top: int
     right: int
@@ -37,8 +37,8 @@ class Box:
 
 
 def find_parts(picture, output, scale=1.0):
-    """The parts on one monitor by name, or None when there are not five of them. What lies below the middle of the
-    monitor must be of one colour; panels along its upper and lower edge are left out."""
+    """The parts on one monitor by name, or None if there are not exactly five. The background around the monitor's centre line
+    must have one colour; panels along the upper and lower edges are excluded."""
     half = round(_STRIP_WIDTH * scale / 2)
     centre_x = output.x + output.width // 2
     box = (max(output.x, centre_x - half), output.y + round(output.height * 0.05),
@@ -60,7 +60,7 @@ def find_parts(picture, output, scale=1.0):
 
 
 def _bands(rows, gap):
-    """Runs of true values; runs closer than `gap` belong together."""
+    """Runs of true values; runs closer than `gap` are merged."""
     bands = []
     for row, has_ink in enumerate(rows):
         if not has_ink:
@@ -73,15 +73,15 @@ def _bands(rows, gap):
 
 
 def _heights():
-    """How high the line of each text is, and the ring, in unscaled pixels."""
+    """The line height of each text and the height of the ring, in unscaled pixels."""
     design = _font("title", 1000).getmetrics()
     lines = {part: sum(round(size * height / 1000) for height in design) for part, size in _FONT_SIZES.items()}
     return {**lines, "ring": RING_SIZE}
 
 
 def expected_ring_offset():
-    """How far below the middle of the monitor the middle of the ring lies, in unscaled pixels: the column is centred as
-    a whole, and more text stands above the ring than below it."""
+    """How far the ring's centre is below the monitor's centre, in unscaled pixels: the column is centred as a whole, and there
+    is more text above the ring than below it."""
     heights = _heights()
     above = heights["title"] + _GAPS["title"] + heights["subtitle"] + _GAPS["subtitle"]
     below = _GAPS["ring"] + heights["button"] + _GAPS["button"] + heights["hint"]
@@ -89,7 +89,7 @@ def expected_ring_offset():
 
 
 def content_boxes(output, scale=1.0):
-    """The boxes of one monitor that a break paints its texts and its ring into, as a PIL picture is cropped."""
+    """The boxes of a break's texts and ring on one monitor, as for PIL's crop()."""
     heights = _heights()
     column = sum(heights.values()) + sum(_GAPS.values())
     top, boxes = output.centre[1] - column * scale / 2, []
@@ -104,7 +104,7 @@ def content_boxes(output, scale=1.0):
 
 
 def expected_ink_offset(part, scale):
-    """How far right of its own middle the ink of a text lies: a letter has more room on one side than on the other."""
+    """How far a text's ink is right of its centre, because of the side bearings of its letters."""
     if part not in _TEXTS:
         return 0
     font = _font(part, round(_FONT_SIZES[part] * scale))
@@ -117,7 +117,7 @@ def expected_ink_offset(part, scale):
 
 
 def _font(part, size):
-    """What the desktop shows the part in: the default sans-serif font."""
+    """The font of a part: the desktop's default sans-serif font."""
     pattern = "sans-serif:bold" if part == "title" else "sans-serif"
     name = subprocess.run(["fc-match", "--format=%{file}", pattern], stdout=subprocess.PIPE, text=True,
                           check=True).stdout

@@ -13,7 +13,7 @@ _WATCHED_SECONDS = 3
 
 
 def cover(desk, report):
-    """What the break covers from its beginning to its end, and how it looks."""
+    """The coverage of a whole break, and its look."""
     desk.rest_pointer()
     before = desk.settled_picture()
     began = time.monotonic()
@@ -38,7 +38,7 @@ def _cover_full_screen(desk, report):
     wait_until(lambda: _is_any_filled(desk), "another program's full-screen window")
     before = desk.settled_picture()
     desk.begin_break()
-    # The task list shows that the other program is not the active one.
+    # The task list changes, because the other program is no longer active.
     watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs(), restless=desk.panel_boxes()), _WATCHED_SECONDS)
     report.promise("covers another program's full-screen window", not watched.bare_parts, watched)
     desk.keep_picture("break-full-screen")
@@ -52,14 +52,14 @@ def _check_nothing_left(desk, report, before):
 
 
 def _is_any_filled(desk):
-    """Whether a monitor is of the other program's colour, but for its text field."""
+    """Whether the other program's colour fills a monitor except for its text field."""
     picture = desk.bed.picture()
     return any(max(picture.crop(output.box).getcolors(output.width * output.height))[1] == _FULL_SCREEN_COLOUR
                for output in desk.bed.outputs())
 
 
 def check_layout(desk, report, parts, scale=1.0):
-    """Where ring and texts are. `scale` is the toolkit's, in addition to the one that a monitor has."""
+    """Checks the positions of ring and texts. `scale` is Qt's, in addition to the monitor's."""
     for output, boxes in zip(desk.bed.outputs(), parts):
         _check_screen(report, output, boxes, scale * output.scale)
 
@@ -69,13 +69,13 @@ def _check_screen(report, output, boxes, scale):
     across = {name: round(box.centre[0] - output.centre[0] - layout.expected_ink_offset(name, scale), 1)
               for name, box in boxes.items()}
     report.promise("the ring is centred across each screen (±1 pixel)", abs(across.pop("ring")) <= 1, across)
-    # With a broken scale the toolkit rounds to a pixel before scaling, and letters to half a pixel after it.
+    # With a fractional scale Qt rounds positions before scaling, and letters to half a pixel after it.
     limit = 1 if scale == int(scale) else scale + 0.5
     report.promise("the texts are centred across each screen (±1 pixel)",
                    all(abs(distance) <= limit for distance in across.values()), across)
     down = boxes["ring"].centre[1] - output.centre[1] - offset
     report.promise("the column is centred down each screen (±1 pixel)", abs(down) <= 1, f"{down:+.1f}")
-    # The outermost pixels of the square that the ring is painted in stay free.
+    # The outermost pixels of the ring's square stay empty.
     width, height = boxes["ring"].size
     wanted = (layout.RING_SIZE - 10) * scale
     report.promise("the ring has its size", abs(width - wanted) <= 2 and abs(height - wanted) <= 2, (width, height))

@@ -5,7 +5,7 @@ from .application_desk import BACK, LOGIN_BOX, SETTINGS
 from .desk import BREAK_NOW, QUIT, SWITCH_OFF, SWITCH_ON, UPDATES
 from .service_part import answer_first_question
 
-#: With this status a program ends in which memcheck has found something.
+#: The exit status of a program with memcheck findings.
 FOUND = 86
 
 
@@ -14,7 +14,7 @@ def whole_run(desk, report):
     desk.server.publish(7, "Bonjour à toi")
     desk.start({"OBSoundEnabled": True, "OBIntervalMinutes": 10})
     answer_first_question(desk, "Tab")
-    report.promise("the eye comes", comes_true(desk.tray.items))
+    report.promise("the eye appears", comes_true(desk.tray.items))
 
     wait_until(lambda: len(desk.windows()) == 2 and desk.has_keyboard(), "the message over the window")
     desk.bed.press("Return")
@@ -25,7 +25,7 @@ def whole_run(desk, report):
     _look_through_settings(desk, report)
 
     desk.tray.click(SWITCH_ON)
-    report.promise("reminders go on", comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF))
+    report.promise("reminders are turned on", comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF))
     desk.tray.click(BREAK_NOW)
     _see_break(desk)
     second = desk.start_again("--break-now")

@@ -4,12 +4,12 @@ from driver.waiting import comes_true, stays_true
 from .application_desk import BACK, MENU_BAR_BOX, SETTINGS
 from .desk import BREAK_NOW, OPEN, SWITCH_OFF, SWITCH_ON
 
-#: The colour of the eye while reminders are on, as the tray gets it.
+#: The colour of the eye in the tray while reminders are on.
 _TEAL = "ff14b8a6"
 
 
 def closing(desk, report):
-    """Closing the window in each mode, and with a break on the screen."""
+    """Closing the window in each mode, and during a break."""
     for how, close in (("Ctrl+W", lambda: desk.bed.press("ctrl+w")), ("Ctrl+Q", lambda: desk.bed.press("ctrl+q")),
                        ("its close button", desk.close_by_window_manager)):
         desk.start_in_dock()
@@ -36,8 +36,8 @@ def closing(desk, report):
                    comes_true(lambda: not desk.windows(), 3) and stays_true(lambda: len(desk.overlays()) == 2, 0.5))
     desk.end_break()
     desk.tray.click(OPEN)
-    report.promise("the window comes back on the page that it was left on", desk.shows(BACK))
-    report.promise("silent while windows come and go", not desk.said(), desk.said())
+    report.promise("the window returns on the page that it was left on", desk.shows(BACK))
+    report.promise("silent while windows open and close", not desk.said(), desk.said())
     desk.finish()
 
 
@@ -48,17 +48,17 @@ def switching(desk, report):
     report.promise("Return switches the reminders on", desk.shows(SWITCH_OFF))
     desk.click_control(SETTINGS)
     desk.click_control(MENU_BAR_BOX)
-    report.promise("the eye comes when the program moves to the menu bar", comes_true(desk.tray.items, 3))
+    report.promise("the eye appears when the program moves to the menu bar", comes_true(desk.tray.items, 3))
     report.promise("the eye is filled and teal at once while reminders are on",
                    comes_true(lambda: any(_TEAL in picture["argb"] for picture in desk.tray.icon()), 2),
                    [list(picture["argb"])[:6] for picture in desk.tray.icon()][:1])
-    report.promise("the entry in the task bar goes, and the window stays",
+    report.promise("the task-bar entry disappears, and the window stays",
                    comes_true(lambda: desk.windows() and not desk.is_listed(), 3))
     report.promise("the menu knows that reminders are on", desk.tray.labels()[0] == SWITCH_OFF)
     report.promise("the mode is stored", desk.preferences().get("OBMenuBarMode") is True, desk.preferences())
 
     desk.click_control(MENU_BAR_BOX)
-    report.promise("the eye goes when the program moves to the Dock", comes_true(lambda: not desk.tray.items(), 3))
+    report.promise("the eye disappears when the program moves to the Dock", comes_true(lambda: not desk.tray.items(), 3))
     report.promise("the entry in the task bar comes back, with the keyboard in the window",
                    comes_true(lambda: desk.is_listed() and desk.has_keyboard(), 3))
     report.promise("the settings page stays in front when the mode changes", desk.shows(BACK))
@@ -71,7 +71,7 @@ def switching(desk, report):
 
 
 def without_tray(desk, report):
-    """The menu bar on a desktop without a tray."""
+    """Menu-bar mode on a desktop without a tray."""
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True})
-    report.promise("without a tray the window comes by itself", comes_true(desk.windows, 8))
+    report.promise("without a tray the window opens by itself", comes_true(desk.windows, 8))
     desk.finish()

@@ -11,10 +11,10 @@ _WATCHED_MILLISECONDS = 1000
 
 
 def repaints(desk, report):
-    """What is repainted during a break, and how often."""
+    """The repaints during a break."""
     desk.begin_break()
     rings = {window["id"]: window for window in desk.overlays()}
-    # The first second has the late repaints of the opening in it.
+    # The first second includes late repaints from the opening.
     damages = desk.probe.damage(list(rings), 1000 * (_MEASURED_SECONDS + 1)).results()
     desk.end_break()
     start = damages[0].time + 10**9 if damages else 0
@@ -28,7 +28,7 @@ def repaints(desk, report):
 
 
 def opening(desk, report):
-    """How the break opens and closes."""
+    """Opening and closing a break."""
     points, picture = background_points(desk), desk.settled_picture()
     _, changes = open_and_close(desk, points)
     wrong = []
@@ -42,13 +42,13 @@ def opening(desk, report):
 
 
 def background_points(desk):
-    """Places on each screen that are away from the texts: its edges, and beside them."""
+    """Points on each screen away from the texts: its edges, and beside them."""
     return [(output.x + round(output.width * x), output.y + round(output.height * y)) for output in desk.bed.outputs()
             for x, y in ((0.05, 0.04), (0.5, 0.04), (0.95, 0.04), (0.05, 0.97), (0.5, 0.97), (0.95, 0.97), (0.15, 0.5))]
 
 
 def open_and_close(desk, areas, milliseconds=_WATCHED_MILLISECONDS):
-    """Watches the areas while a break comes and goes; returns the moment of the click and the changes."""
+    """Watches the areas while a break opens and closes; returns the time of the click and the changes."""
     desk.rest_pointer()
     watch = desk.probe.sample(areas, milliseconds, 2)
     moment = desk.tray.click(BREAK_NOW)

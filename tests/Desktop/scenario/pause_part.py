@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Breaks on a session that is locked, and in a program that stands still."""
+"""Breaks in a locked session and in a stopped program."""
 
 import os
 import signal
@@ -19,14 +19,14 @@ def locked(desk, report):
     lock = LockScreen(desk.bed)
     desk.begin_break()
     lock.set_locked(True)
-    report.promise("a break goes when the session is locked", comes_true(lambda: not desk.overlays(), 2))
-    report.promise("nobody but the lock screen is in the way of the keyboard",
+    report.promise("a break ends when the session is locked", comes_true(lambda: not desk.overlays(), 2))
+    report.promise("only the lock screen has the keyboard",
                    comes_true(lambda: desk.probe.state()["focus"] == other.identifier, 2))
     desk.stop_program()
     desk.start_with_tray()
     lock.set_locked(True)
     desk.tray.click(BREAK_NOW)
-    report.promise("no break is put above a lock screen", stays_true(lambda: not desk.overlays(), 1))
+    report.promise("no break appears above a lock screen", stays_true(lambda: not desk.overlays(), 1))
     lock.set_locked(False)
     lock.stop()
     desk.stop_program()
@@ -37,15 +37,15 @@ def locked(desk, report):
 
 
 def stopped(desk, report):
-    """The program is stopped in a break and continued when the break is over."""
+    """The program is stopped during a break and continued after its end."""
     desk.other_window()
     desk.begin_break()
     began = time.monotonic()
     os.kill(desk.process.pid, signal.SIGSTOP)
     comes_true(lambda: time.monotonic() - began > _BREAK_SECONDS + 1, _BREAK_SECONDS + 5)
     os.kill(desk.process.pid, signal.SIGCONT)
-    report.promise("a break that ended while the program stood still is closed within a second",
+    report.promise("a break that ended while the program was stopped is closed within a second",
                    comes_true(lambda: not desk.overlays(), 1))
-    report.promise("the keyboard is back after the program stood still",
+    report.promise("the keyboard is back after the program was stopped",
                    comes_true(lambda: desk.probe.state()["focus"] not in (0, 1), 2))
-    report.promise("silent after it stood still", not desk.said(), desk.said())
+    report.promise("silent after it was stopped", not desk.said(), desk.said())

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Collects what was kept and what was broken."""
+"""Reports of kept and broken promises."""
 
 import json
 import signal
@@ -11,7 +11,7 @@ KEPT, BROKEN, NOT_POSSIBLE = "yes", "no", "not possible there"
 
 
 class Report:
-    """The promises of one desktop, in the order in which they were looked at."""
+    """The promises of one desktop, in the order in which they were checked."""
 
     def __init__(self, desktop):
         self.desktop = desktop
@@ -19,7 +19,7 @@ class Report:
         self.figures = {}
 
     def promise(self, text, kept, detail=""):
-        """Notes a promise; looked at several times, it counts as broken when it was broken once."""
+        """Records a promise. A promise that is checked several times is broken if any check failed."""
         if self.results.get(text, {}).get("result") != BROKEN:
             self.results[text] = {"result": KEPT if kept else BROKEN, "detail": str(detail)}
         return kept
@@ -28,12 +28,12 @@ class Report:
         self.results.setdefault(text, {"result": NOT_POSSIBLE, "detail": str(reason)})
 
     def run(self, part, *arguments):
-        """Runs one part of a scenario. Trouble in it is a broken promise, and the next part gets its turn."""
+        """Runs one part of a scenario. An exception counts as a broken promise, and the next part still runs."""
         title = part.__doc__.split("\n")[0].rstrip(".")
         began = time.monotonic()
         try:
             part(*arguments)
-        except Exception as problem:  # noqa: BLE001 - whatever it is, it belongs in the report
+        except Exception as problem:  # noqa: BLE001 - any error belongs in the report
             line = traceback.extract_tb(problem.__traceback__)[-1]
             where = traceback.extract_tb(problem.__traceback__)[1:2] or [line]
             self.promise(f"no trouble with: {title}", False,
@@ -46,7 +46,7 @@ class Report:
 
 
 def table(reports):
-    """One line for each promise, one column for each desktop, and below it the details of what is broken."""
+    """A table with one line per promise and one column per desktop, followed by details of broken promises."""
     texts = []
     for report in reports:
         texts += [text for text in report.results if text not in texts]
@@ -70,7 +70,7 @@ def write_json(reports, path):
 
 
 def read_json(path):
-    """The reports that `write_json` kept."""
+    """The reports that `write_json` stored."""
     reports = []
     for desktop, content in json.loads(path.read_text("utf-8")).items():
         report = Report(desktop)
@@ -80,8 +80,8 @@ def read_json(path):
 
 
 def carry_out(name, run, results=None):
-    """Runs one scenario with a report of this name, prints it and keeps it in the file `results`; returns the status for the
-    process: 0 when every promise was kept. A scenario that is asked to end cleans up."""
+    """Runs one scenario with a report of this name, prints the report and stores it in the file `results`. Returns the exit
+    status: 0 if every promise was kept. A scenario that is terminated cleans up."""
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     report = Report(name)
     run(report)

@@ -5,14 +5,14 @@ from .desk import SWITCH_OFF, SWITCH_ON, without_identifier
 
 
 def absent_services(desk, report):
-    """Services that are not there."""
+    """Missing services."""
     empty = desk.bed.home / "no-bus"
     empty.mkdir(mode=0o700)
     without_bus = {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": str(empty)}
     _break_works(desk, report, "without D-Bus", without_bus)
     _break_works(desk, report, "without a tray", {})
-    _first_launch_works(desk, report, "with a folder for its preferences that nobody can write to", "/sys/kernel")
-    _first_launch_works(desk, report, "with a file in place of its preferences folder", "/dev/null")
+    _first_launch_works(desk, report, "with an unwritable folder for its preferences", "/sys/kernel")
+    _first_launch_works(desk, report, "with a file instead of its preferences folder", "/dev/null")
     _no_display(desk, report)
 
 
@@ -26,10 +26,10 @@ def _break_works(desk, report, where, environment):
 
 
 def _first_launch_works(desk, report, where, config_folder):
-    """Where nothing can be stored, every launch is the first: the question comes before the break."""
+    """If nothing can be stored, every launch is the first, and the question comes before the break."""
     desk.start_program({"XDG_CONFIG_HOME": config_folder, "ORVANE_DEBUG_BREAK": "1"})
     answer_first_question(desk)
-    # The main window shines through, so the parts of the picture are not looked for.
+    # The main window shows through, so the parts of the break are not searched for in the picture.
     desk.wait_for_overlays()
     wait_until(desk.break_has_keyboard, "the keyboard in the break")
     desk.bed.press("Escape")
@@ -40,7 +40,7 @@ def _first_launch_works(desk, report, where, config_folder):
 
 
 def answer_first_question(desk, *keys):
-    """Waits for the question of the first launch and answers it: the keys, then Return."""
+    """Waits for the first-launch question and answers it: the keys, then Return."""
     def windows():
         return desk.bed.windows_titled("OrvaneBreak")
     wait_until(lambda: len(windows()) == 2, "the window and the question over it")
@@ -65,11 +65,11 @@ def preferences(desk, report):
     folder = desk.bed.home / "fresh" / "config"
     desk.start_program({"XDG_CONFIG_HOME": str(folder)})
     answer_first_question(desk, "Tab")
-    report.promise("the eye comes when the menu bar is chosen at first launch", comes_true(desk.tray.items, 5))
+    report.promise("the eye appears when the menu bar is chosen at first launch", comes_true(desk.tray.items, 5))
     report.promise("the answer is kept", without_identifier(folder / "OrvaneBreak" / "preferences.json")
                    == {"OBMenuBarMode": True, "OBOnboarded": True})
     desk.tray.click(SWITCH_ON)
-    report.promise("reminders go on with a preferences folder that does not exist yet",
+    report.promise("reminders turn on with a preferences folder that does not exist yet",
                    comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
     desk.stop_program()
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the program has from the session: its launcher, its menu bar, its colours."""
+"""The program and its session: launcher, menu bar, colours."""
 
 import pathlib
 import subprocess
@@ -25,7 +25,7 @@ loop.run()
 
 
 def global_menu(desk, report):
-    """A desktop that shows menu bars itself."""
+    """A desktop with a global menu."""
     registrar = MenuRegistrar(desk.bed)
     desk.start_in_dock()
     wanted = [["OrvaneBreak", [UPDATES, REPORT, "-", QUIT]],
@@ -40,7 +40,7 @@ def global_menu(desk, report):
 
 
 def appearance(desk, report):
-    """Light and dark as the desktop says, also when it changes its mind."""
+    """The desktop's colour scheme and its changes."""
     portal = SettingsPortal(desk.bed, "dark")
     desk.start_in_dock()
 
@@ -49,26 +49,26 @@ def appearance(desk, report):
         return sum(desk.bed.picture().getpixel((box[0] + 20, box[1] + 120))) / 3
     report.promise("dark from the start where the desktop is dark", lightness() < 70, lightness())
     portal.set_scheme("light")
-    report.promise("it turns light with the desktop", comes_true(lambda: lightness() > 200, 3), lightness())
+    report.promise("it becomes light with the desktop", comes_true(lambda: lightness() > 200, 3), lightness())
     portal.set_scheme("foreign")
     report.promise("another setting of the same name changes nothing", stays_true(lambda: lightness() > 200, 0.3))
     portal.set_scheme("dark")
-    report.promise("it turns dark with the desktop", comes_true(lambda: lightness() < 70, 3), lightness())
+    report.promise("it becomes dark with the desktop", comes_true(lambda: lightness() < 70, 3), lightness())
     portal.set_scheme("none")
-    report.promise("a desktop without a wish gets the usual colours", comes_true(lambda: lightness() > 200, 3))
+    report.promise("a desktop without a preference gets the default colours", comes_true(lambda: lightness() > 200, 3))
     report.promise("silent when the colours change", not desk.said(), desk.said())
     desk.finish()
     portal.stop()
 
 
 def desktop_theme(desk, report):
-    """The plugin through which the toolkit follows the desktop's theme, with a library of windows of its own."""
+    """Qt's theme plugin, which loads GTK."""
     def is_loaded(environment):
         desk.start_in_dock(environment)
         maps = pathlib.Path(f"/proc/{desk.process.pid}/maps").read_text()
         desk.finish()
         return "/platformthemes/" in maps
-    report.promise("the desktop's theme comes to who asks for it", is_loaded({"QT_QPA_PLATFORMTHEME": "gtk3"}),
+    report.promise("the desktop's theme is loaded on request", is_loaded({"QT_QPA_PLATFORMTHEME": "gtk3"}),
                    "Debian package: qt6-gtk-platformtheme")
     report.promise("no theme plugin is loaded on GNOME", not is_loaded({"XDG_CURRENT_DESKTOP": "GNOME"}))
 
@@ -99,7 +99,7 @@ def launcher(desk, report):
 
 
 def _install(desk):
-    """Puts the desktop entry and the D-Bus service where an installation puts them; returns the entry."""
+    """Installs the desktop entry and the D-Bus service; returns the entry."""
     data = desk.bed.home / "data"
     services, entries = data / "dbus-1" / "services", data / "applications"
     for folder in (services, entries):

@@ -7,7 +7,7 @@ _TITLE = "OrvaneBreak"
 
 
 def shell(desk, report):
-    """The main window of a program that lives in the menu bar."""
+    """The main window in menu-bar mode."""
     second = desk.start_again()
     report.promise("a second start ends by itself", comes_true(lambda: second.poll() is not None, 5)
                    and second.returncode == 0, second.returncode)

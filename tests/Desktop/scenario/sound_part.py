@@ -10,15 +10,15 @@ _QUIET_BYTES = 2 * 32000
 
 
 def chime(desk, report):
-    """The sound of a break, as the loudspeaker gets it."""
+    """The recorded sound of a break."""
     with wave.open(str(_CHIME)) as file:
         samples = file.readframes(file.getnframes())
-    # The server may begin to record in the middle of the first samples.
+    # The recording may begin in the middle of the first samples.
     known = samples[len(samples) // 4:].rstrip(b"\0")
     server = SoundServer(desk.bed)
     _start(desk, server, is_on=False)
     desk.begin_break()
-    report.promise("a break is quiet where the sound is off", stays_true(lambda: not any(server.recorded()), 1))
+    report.promise("a break is silent if the sound is off", stays_true(lambda: not any(server.recorded()), 1))
     desk.end_break()
     desk.finish()
     _start(desk, server, is_on=True)
@@ -27,10 +27,10 @@ def chime(desk, report):
         report.promise("every break begins with its sound, sample for sample",
                        comes_true(lambda number=number: server.recorded().count(known) == number, 5))
         desk.end_break()
-        # The program hears of the end of its sound when the loudspeaker has been quiet for a while.
+        # The program learns of the end of its sound only after some silence.
         heard = len(server.recorded())
         wait_until(lambda heard=heard: len(server.recorded()) > heard + _QUIET_BYTES, "quiet after the sound")
-    report.promise("silent in the terminal when it plays", not desk.said(), desk.said())
+    report.promise("silent on standard error when it plays", not desk.said(), desk.said())
     desk.finish()
     server.stop()
 

@@ -27,16 +27,16 @@ def debug_switches(desk, report):
 
 
 def log_switch(desk, report):
-    """What libraries say, which nobody reads but who asks for it."""
+    """The libraries' messages, which are printed only on request."""
     for value in ("0", "1"):
         desk.start_in_dock({"QT_DEBUG_PLUGINS": "1", "ORVANE_DEBUG_LOG": value})
-        report.promise(f"ORVANE_DEBUG_LOG={value} {'shows' if value == '1' else 'hides'} what the toolkit says",
+        report.promise(f"ORVANE_DEBUG_LOG={value} {'shows' if value == '1' else 'hides'} Qt's messages",
                        any("platforms" in line for line in desk.said()) == (value == "1"), len(desk.said()))
         desk.finish()
 
 
 def break_at_launch(desk, report):
-    """A first start that is asked for a break."""
+    """A first start with --break-now."""
     desk.start({"OBOnboarded": True}, arguments=["--break-now"])
     report.promise("--break-now begins a break where the program does not run yet",
                    comes_true(lambda: len(desk.overlays()) == 2, 5))
@@ -48,7 +48,7 @@ def break_at_launch(desk, report):
 
 
 def command_line(desk, report):
-    """The command line, where there is neither a display nor a session bus."""
+    """The command line without a display or a session bus."""
     def run(*arguments):
         environment = {**desk.bed.environment(), "DISPLAY": "", "DBUS_SESSION_BUS_ADDRESS": ""}
         return subprocess.run([desk.program, *arguments], env=environment, capture_output=True, text=True, timeout=10,

@@ -13,13 +13,13 @@ def tray(desk, report):
     wait_until(lambda: "Qt Selection Owner for orvanebreak" in str(desk.probe.state()), "the start of the program")
     report.promise("starts without any window", not desk.bed.windows_titled("OrvaneBreak"))
     desk.tray = Tray(desk.bed)
-    report.promise("tray icon comes when the tray comes late", comes_true(desk.tray.items, 5))
+    report.promise("tray icon appears when the tray starts late", comes_true(desk.tray.items, 5))
     _icon(desk, report)
     _menu(desk, report)
     desk.tray.stop()
     desk.tray = Tray(desk.bed)
     report.promise("tray icon is back after the tray restarted", comes_true(desk.tray.items, 5))
-    report.promise("menu is whole after the tray restarted", desk.tray.labels() == _ENTRIES)
+    report.promise("menu is complete after the tray restarted", desk.tray.labels() == _ENTRIES)
 
 
 def _icon(desk, report):
@@ -37,11 +37,11 @@ def _menu(desk, report):
     icon_off, entry = desk.tray.icon(), desk.tray.menu()[0]
     updates = desk.tray.updates()
     desk.tray.click(SWITCH_ON)
-    report.promise("label changes in the open menu when reminders go on",
+    report.promise("label changes in the open menu when reminders are turned on",
                    comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3) and
                    comes_true(lambda: desk.tray.updates() > updates, 3), desk.tray.labels())
     report.promise("the entry keeps its identity when its label changes", desk.tray.menu()[0]["id"] == entry["id"])
-    report.promise("tray icon changes when reminders go on", comes_true(lambda: desk.tray.icon() != icon_off, 3))
+    report.promise("tray icon changes when reminders are turned on", comes_true(lambda: desk.tray.icon() != icon_off, 3))
     desk.tray.click(SWITCH_OFF)
-    report.promise("label and icon change back when reminders go off",
+    report.promise("label and icon change back when reminders are turned off",
                    comes_true(lambda: desk.tray.labels()[0] == SWITCH_ON and desk.tray.icon() == icon_off, 3))

@@ -13,15 +13,15 @@ _LOGIN_LINE = "OrvaneBreak: ouverture à la connexion: "
 
 
 def starts_at_once(desk, report):
-    """Several starts at the same instant."""
+    """Several starts at the same time."""
     desk.start({"OBOnboarded": True})
     processes = [desk.process] + [desk.start_again() for _ in range(_STARTS - 1)]
 
     def living():
         return [process for process in processes if process.poll() is None]
-    report.promise("of several starts at the same instant exactly one lives", comes_true(lambda: len(living()) == 1, 8)
+    report.promise("of several simultaneous starts exactly one survives", comes_true(lambda: len(living()) == 1, 8)
                    and stays_true(lambda: len(living()) == 1, 0.5), len(living()))
-    report.promise("the others end well", all(process.returncode == 0 for process in processes if process.returncode
+    report.promise("the others succeed", all(process.returncode == 0 for process in processes if process.returncode
                                               is not None), [process.returncode for process in processes])
     report.promise("there is one window", comes_true(lambda: len(desk.windows()) == 1, 3), desk.windows())
     for process in processes:
@@ -37,29 +37,29 @@ def bus_dies(desk, report):
     report.promise("reminders go on after the session bus has died",
                    comes_true(lambda: _shows_teal_status(desk), 3) and desk.process.poll() is None)
     desk.bed.press("ctrl+w")
-    report.promise("it ends well after the session bus has died", desk.has_ended(), desk.process.returncode)
+    report.promise("it exits normally after the session bus has died", desk.has_ended(), desk.process.returncode)
     report.promise("silent when the session bus dies", not desk.said(), desk.said())
     desk.bed.stop(desk.process)
 
 
 def _shows_teal_status(desk):
-    """No screen reader without a bus: the status line has the colour that it has while reminders are on."""
+    """Whether the status line has its colour for active reminders, because without a bus there is no screen reader."""
     return any(near(colour, _STATUS_TEAL) for _, colour in desk.bed.picture().getcolors(1 << 24))
 
 
 def login_item(desk, report):
-    """Opening at login, also where the folder for it is a file."""
+    """Opening at login, also if its folder is a file."""
     desk.start_in_dock()
     desk.click_control(SETTINGS)
     desk.click_control(LOGIN_BOX)
     entries = desk.config / "autostart"
-    report.promise("the box leaves an entry for the login",
+    report.promise("the box creates the login entry",
                    comes_true(lambda: entries.is_dir() and len(list(entries.iterdir())) == 1, 3))
     text = next(entries.iterdir()).read_text("utf-8")
     report.promise("the entry starts the program", f'Exec="{desk.program}"\n' in text, text)
     desk.click_control(LOGIN_BOX)
-    report.promise("the box takes the entry away", comes_true(lambda: not list(entries.iterdir()), 3))
-    report.promise("silent when all goes well at the login box", not desk.said(), desk.said())
+    report.promise("the box removes the entry", comes_true(lambda: not list(entries.iterdir()), 3))
+    report.promise("silent when the login box works", not desk.said(), desk.said())
 
     entries.rmdir()
     entries.write_text("a file", "utf-8")
@@ -67,13 +67,13 @@ def login_item(desk, report):
     report.promise("a folder that cannot be written gives one line in the log", comes_true(
         lambda: len(desk.said()) == 1 and desk.said()[0].startswith(_LOGIN_LINE)
         and len(desk.said()[0]) > len(_LOGIN_LINE), 3), desk.said())
-    report.promise("the box shows what is really there", comes_true(lambda: not desk.is_checked(LOGIN_BOX), 3))
-    report.promise("what was in the way is untouched", entries.read_text("utf-8") == "a file")
+    report.promise("the box shows the actual state", comes_true(lambda: not desk.is_checked(LOGIN_BOX), 3))
+    report.promise("the existing file is untouched", entries.read_text("utf-8") == "a file")
     desk.finish()
 
 
 def edited_preferences(desk, report):
-    """Preferences changed by hand to anything while the program runs."""
+    """Preferences edited to anything while the program runs."""
     desk.start_in_dock()
     everything = [b"", b"{", b"[]", b"null", b"\xff\xfe\x00", b"{" * 100_000, b'{"OBIntervalMinutes": 1e999}',
                   json.dumps({"OBIntervalMinutes": -3, "OBPauseSeconds": "long", "OBMenuBarMode": [], "OBOnboarded": 7,
@@ -82,12 +82,12 @@ def edited_preferences(desk, report):
         _replace(desk.preferences_file, content)
         desk.bed.press("Return")
         expected = SWITCH_OFF if everything.index(content) % 2 == 0 else SWITCH_ON
-        report.promise("it goes on whatever is written into its preferences", desk.shows(expected)
+        report.promise("it continues whatever is written into its preferences", desk.shows(expected)
                        and desk.shows("Toutes les 20 min : regarde à 6 mètres pendant 20 s"), content[:40])
     _replace(desk.preferences_file, json.dumps({"OBIntervalMinutes": 45, "OBPauseSeconds": 60, "OBOnboarded": True,
                                                 "unknown": {"kept": 1}}).encode())
     desk.bed.press("Return")
-    report.promise("good values written by hand are in force",
+    report.promise("valid values written by hand take effect",
                    desk.shows("Toutes les 45 min : regarde à 6 mètres pendant 60 s"))
     desk.click_control(SETTINGS)
     desk.click_control("Jouer un son doux au début de la pause")
@@ -96,13 +96,13 @@ def edited_preferences(desk, report):
         "OBSoundEnabled": True}, 3), desk.preferences())
     shutil.rmtree(desk.preferences_file.parent)
     desk.click_control("Jouer un son doux au début de la pause")
-    report.promise("a folder that went is made again", comes_true(desk.preferences_file.exists, 3))
+    report.promise("a deleted folder is created again", comes_true(desk.preferences_file.exists, 3))
     report.promise("silent about what is written into its preferences", not desk.said(), desk.said())
     desk.finish()
 
 
 def _replace(path, content):
-    """As an editor saves."""
+    """Replaces the file like a text editor."""
     temporary = path.with_name("edited")
     temporary.write_bytes(content)
     temporary.replace(path)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desk with the released program installed in the home, and makers who publish updates of it."""
+"""A desk with the released program installed in the home directory, and makers who publish updates."""
 
 import contextlib
 import dataclasses
@@ -75,7 +75,7 @@ class Makers:
         return folder
 
     def pack(self, folder, extra=()):
-        """The archive of a folder, with further entries as (tarfile.TarInfo, bytes)."""
+        """The archive of a folder with extra entries as (tarfile.TarInfo, bytes)."""
         path = self.web / f"{folder.name}-linux-{os.uname().machine}.tar.zst"
         tar = self.folder / "archive.tar"
         archive.pack(folder, tar, 0)
@@ -94,7 +94,7 @@ class Makers:
         return keys.sign(key, path)
 
     def announce(self, version, path, **changes):
-        """Publishes a feed with this one archive; `changes` make it lie."""
+        """Publishes a feed with this one archive; `changes` falsify it."""
         feed = appcast.Appcast(self.folder / "unwritten.xml")
         release = appcast.Release(
             version=version, url=f"{self.address}/{path.name}", length=path.stat().st_size,
@@ -107,11 +107,11 @@ class Makers:
 
 class _QuietHandler(http.server.SimpleHTTPRequestHandler):
     def log_message(self, *_):
-        """The test says what is worth saying."""
+        """Logs nothing."""
 
 
 class UpdateDesk(ApplicationDesk):
-    """Version 1.0.0 is installed anew for each trial."""
+    """Version 1.0.0 is installed again for each part."""
 
     def __init__(self, bed, makers, helpers, pictures=None):
         self.makers = makers
@@ -125,7 +125,7 @@ class UpdateDesk(ApplicationDesk):
                        stdout=subprocess.DEVNULL)
 
     def start_version(self, settings=None, limit=None):
-        """Starts what is current, on its settings page; `settings` are the updater's, `limit` the largest file."""
+        """Starts the current version on its settings page. `settings` are the updater's, `limit` is the largest file size."""
         self._folders += 1
         self.config = self.bed.home / f"config-{self._folders}"
         (self.config / "OrvaneBreak").mkdir(parents=True)
@@ -141,24 +141,24 @@ class UpdateDesk(ApplicationDesk):
         wait_until(lambda: self.shows_now(SETTINGS), "the settings page")
 
     def current(self):
-        """The version that starts next; it has to be whole."""
+        """The version that starts next; raises AssertionError if it is incomplete."""
         folder = pathlib.Path(os.path.realpath(self.root / "current"))
         if not os.access(folder / "bin/orvanebreak-program", os.X_OK):
-            raise AssertionError(f"{folder} is no whole version")
+            raise AssertionError(f"{folder} is incomplete")
         return folder.name
 
     def runs(self, version):
-        """Whether the window says that it is this version."""
+        """Whether the window shows this version number."""
         return comes_true(lambda: self.shows_now(f"OrvaneBreak v{version}"), 15)
 
     def answer_with(self, *titles):
-        """Presses buttons one after the other, each as soon as it is there."""
+        """Presses buttons in order, each as soon as it appears."""
         for title in titles:
             wait_until(lambda title=title: self.shows_now(title), f"a button {title}", 30)
             self.reader.press(title)
 
     def quit(self):
-        """Ends the program as a session does at its end, and waits for it."""
+        """Ends the program like the end of a session, and waits for it."""
         self.process.terminate()
         return self.process.wait(20)
 

@@ -15,7 +15,7 @@ _AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
 def by_hand(desk, report):
-    """An update that the user asks for, and that begins with the next start."""
+    """An update that the user requests and that takes effect at the next start."""
     desk.install()
     desk.makers.announce("2.0.0", desk.makers.pack(desk.makers.version("2.0.0")))
     desk.start_version()
@@ -41,7 +41,7 @@ def by_hand(desk, report):
 
 
 def at_quit(desk, report):
-    """An update that comes by itself and is there after the end."""
+    """An automatic update that takes effect after the program quits."""
     desk.install()
     desk.start_version(_AUTOMATIC)
     wait_until(lambda: (desk.root / "versions/2.0.0").exists(), "the update beside the running version", 30)
@@ -55,7 +55,7 @@ def at_quit(desk, report):
 
 
 def relaunch(desk, report):
-    """An update that begins at once."""
+    """An update that takes effect at once."""
     desk.install()
     desk.start_version()
     desk.reader.press(CHECK)
@@ -76,7 +76,7 @@ def bad_start(desk, report):
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL, RELAUNCH)
     wait_until(lambda: not (desk.root / "trial").exists() and desk.current() == "1.0.0", "the way back", 30)
-    report.promise("a version that dies at its first start makes way for the one before", desk.runs("1.0.0"))
+    report.promise("a version that dies at its first start is rolled back", desk.runs("1.0.0"))
     desk.finish()
 
 
@@ -87,7 +87,7 @@ def _entry(name, kind=tarfile.REGTYPE, target=""):
 
 
 def _announce_lie(makers, lie):
-    """Publishes what a hostile or careless server would; returns what the program has to answer."""
+    """Publishes what a hostile or careless server would; returns the message that the program has to show."""
     genuine = makers.pack(makers.version("2.0.0"))
     content = genuine.read_bytes()
     if lie == "one flipped byte":
@@ -128,7 +128,7 @@ LIES = ("one flipped byte", "truncated", "longer than announced", "another key's
 
 
 def lies(desk, report):
-    """What has to be refused, with a reason and nothing changed."""
+    """Updates that have to be refused with a reason and without any change."""
     desk.install()
     desk.start_version()
     for lie in LIES:
@@ -145,19 +145,19 @@ def lies(desk, report):
 
 
 def full_disk(desk, report):
-    """A disk with no room for the download."""
+    """A disk too full for the download."""
     desk.install()
     desk.makers.announce("2.0.0", desk.makers.pack(desk.makers.version("2.0.0")))
     desk.start_version(limit=1_000_000)
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL)
-    report.promise("a full disk is told, and changes nothing",
+    report.promise("a full disk is reported and changes nothing",
                    comes_true(lambda: desk.shows_now(_BROKEN_OFF), 30) and desk.current() == "1.0.0", desk.current())
     desk.quit()
 
 
 def killed(desk, report):
-    """The program killed while it updates itself, at several moments."""
+    """The program is killed at several points of an update."""
     desk.makers.announce("2.0.0", desk.makers.pack(desk.makers.version("2.0.0")))
     versions = []
     for delay in (0.02, 0.1, 0.3, 0.6, 1.0, 1.5):
@@ -169,10 +169,10 @@ def killed(desk, report):
         desk.process.send_signal(signal.SIGKILL)
         desk.process.wait(10)
         versions.append(desk.current())
-    report.promise("killed at any moment, a whole version is current", set(versions) <= {"1.0.0", "2.0.0"}, versions)
+    report.promise("killed at any moment, the current version is complete", set(versions) <= {"1.0.0", "2.0.0"}, versions)
     desk.start_version()
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL)
     wait_until(lambda: desk.shows_now(RELAUNCH), "the update after all", 30)
     desk.quit()
-    report.promise("after being killed it updates all the same", desk.current() == "2.0.0", desk.current())
+    report.promise("after being killed it still updates", desk.current() == "2.0.0", desk.current())

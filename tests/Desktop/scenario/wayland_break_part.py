@@ -61,7 +61,7 @@ def _has_keyboard_again(desk, report, other, when):
 def pointer(desk, report):
     """Pointer and focus on each of the screens."""
     for index, output in enumerate(desk.bed.outputs()):
-        # A person who clicks somewhere on a screen works there.
+        # A click makes a screen the active one.
         desk.bed.click(output.x + RESTING_PLACE[0] // 2, RESTING_PLACE[1])
         desk.begin_break()
         desk.bed.click(output.x + 60, output.y + 150)
@@ -87,7 +87,7 @@ def button(desk, report):
 
 
 def lasting(desk, report):
-    """The end of a break that nobody ends."""
+    """A break that ends by itself."""
     other = desk.other_window()
     desk.rest_pointer()
     desk.begin_break()

@@ -30,8 +30,8 @@ def scales(desk, report):
 
 
 def turned(desk, report):
-    """A monitor that is turned, and stands left of where places begin."""
-    text = "a break stands upright on a turned monitor at a negative place"
+    """A rotated monitor at a negative position."""
+    text = "a break is upright on a rotated monitor at a negative position"
     name = desk.bed.outputs()[-1].name
     try:
         desk.bed.turn(name)
@@ -49,10 +49,10 @@ def turned(desk, report):
 
 
 def unplugging(desk, report):
-    """Monitors that come and go."""
-    texts = ("the break goes on where a monitor stays when another is unplugged",
-             "Escape ends the break after a monitor went", "the next break covers the one monitor that is left",
-             "a break into which a monitor comes ends with Escape", "the next break covers all monitors again")
+    """Monitors plugged and unplugged during a break."""
+    texts = ("the break continues on the remaining monitor when another is unplugged",
+             "Escape ends the break after a monitor was unplugged", "the next break covers the remaining monitor",
+             "Escape ends a break during which a monitor was plugged in", "the next break covers all monitors again")
     first, second = desk.bed.outputs()
     desk.begin_break()
     try:
@@ -76,7 +76,7 @@ def unplugging(desk, report):
 
 
 def _with_one_monitor(desk, report, texts, left):
-    """Goes on with the break, ends it, and leaves the next one on the screen."""
+    """Continues the break, ends it, and leaves the next one on the screen."""
     def is_there():
         return desk.overlays() == [left]
     report.promise(texts[0], comes_true(is_there, 3) and stays_true(is_there, 1) and desk.process.poll() is None,
@@ -89,7 +89,7 @@ def _with_one_monitor(desk, report, texts, left):
 
 
 def signals(desk, report):
-    """Signals in the middle of a break."""
+    """Signals during a break."""
     other = desk.other_window()
     desk.rest_pointer()
     for number in (signal.SIGTERM, signal.SIGKILL):
@@ -104,18 +104,18 @@ def signals(desk, report):
 
 
 def compositor_killed(desk, report):
-    """The compositor is killed in the middle of a break."""
+    """The compositor is killed during a break."""
     desk.start_in_break()
     check_end_with_server(desk, report, "the display")
 
 
 def idle(desk, report, helpers):
-    """How long ago the last input was."""
+    """The time since the last input."""
     process = desk.bed.run([desk.bed.lend(helpers / "idle-report")], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                            text=True)
     source = process.stdout.readline().strip()
     report.promise("the desktop tells the idle time", source not in ("none", ""), source)
-    report.figures["the idle time comes from"] = source
+    report.figures["the source of the idle time"] = source
 
     def seconds():
         process.stdin.write("\n")

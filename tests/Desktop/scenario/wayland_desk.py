@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The program on a Wayland desktop. Nothing tells a test about other programs' windows there: what counts is what the
-monitors show."""
+"""The program on a Wayland desktop. Tests cannot query other programs' windows there, so they check the monitors' pictures."""
 
 from driver.field_window import FieldWindows
 from driver.waiting import wait_until
@@ -16,7 +15,7 @@ class WaylandDesk(Desk):
         return FieldWindows(self.bed, helpers)
 
     def overlays(self, state=None):
-        """The monitors on which the parts of a break stand."""
+        """The monitors that show the parts of a break."""
         outputs = self.bed.outputs()
         return [output for output, parts in zip(outputs, self.parts()) if parts]
 
