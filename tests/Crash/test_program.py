@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The whole program crashes, starts again and tells a real server, once.
+"""The whole program crashes, restarts and sends the report to a real server, once.
 
 usage: test_program.py PROGRAM MAKERS-SERVER CRASHER"""
 
@@ -27,7 +27,7 @@ FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
 
 
 class Person:
-    """Someone with a home folder and a server to report to."""
+    """A user with a home directory and a server for reports."""
 
     def __init__(self, home, server):
         self.home = pathlib.Path(home)
@@ -42,14 +42,14 @@ class Person:
         preferences.write_text('{"OBOnboarded": true, "OBDeviceId": "ANNAS-DEVICE"}')
 
     def crash(self, kind, window="MainWindow", **variables):
-        """Starts the program, which crashes; returns its status."""
+        """Starts the program with a planned crash; returns its status."""
         done = subprocess.run([PROGRAM], env={**self.environment, "ORVANE_TEST_CRASH": kind, **variables,
                                               "ORVANE_TEST_CRASH_WINDOW": window},
                               stderr=subprocess.DEVNULL, timeout=30, check=False)
         return done.returncode
 
     def start_and_stop(self, reports):
-        """Starts the program and ends it when it has asked for messages, and the server has this many reports."""
+        """Starts the program and ends it after its check-in, once the server has this many reports."""
         known = len(self.server.received("check-in"))
         with subprocess.Popen([PROGRAM], env=self.environment) as process:
             try:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The project's documents, and what is found in them."""
+"""The project's documents and their content."""
 
 import pathlib
 import re
@@ -9,7 +9,7 @@ _FENCE = re.compile(r"^\s*(```|~~~)")
 
 
 def documents():
-    """Every Markdown file of the source tree, but for what builds leave there."""
+    """Every Markdown file in the source tree outside build folders."""
     return sorted(path for path in ROOT.rglob("*.md")
                   if not path.relative_to(ROOT).parts[0].startswith(("build", ".")))
 
@@ -19,7 +19,7 @@ def name(path):
 
 
 class Document:
-    """One document, taken apart into prose and blocks of code."""
+    """One document, split into prose and code blocks."""
 
     def __init__(self, path):
         self.path = path
@@ -39,7 +39,7 @@ class Document:
             before = line
 
     def headings(self):
-        """What links to a part of this document may name."""
+        """The valid anchors of this document."""
         titles = (line.lstrip("#").strip().lower() for line in self.prose if re.match(r"#+ ", line))
         return {re.sub(r"[^\w\- ]", "", title).replace(" ", "-") for title in titles}
 
@@ -52,6 +52,6 @@ class Document:
         return re.findall(r"`([^`\n]+)`", "\n".join(self.prose))
 
     def code_lines(self):
-        """The lines of the blocks without their comments, continued ones in one."""
+        """The lines of the code blocks without comments, with continuation lines joined."""
         joined = "\n".join(self.code).replace("\\\n", " ")
         return [line for line in (re.sub(r"\s+#.*", "", line).strip() for line in joined.splitlines()) if line]

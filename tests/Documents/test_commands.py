@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the documents tell people to type is there: scripts, options, presets, labels, files.
+"""Everything that the documents tell readers to type exists: scripts, options, presets, labels, files.
 
 usage: test_commands.py ORVANEBREAK MAKERS-SERVER"""
 
@@ -19,14 +19,14 @@ from documents import ROOT, Document, documents, name
 
 ORVANEBREAK = MAKERS_SERVER = None
 
-# Not for typing: the bytes that are signed.
+# Not a command: the bytes that are signed.
 _NO_COMMANDS = ("v2|",)
 
-# Programs of the system, whose options are theirs.
+# System programs, whose options are not checked.
 _SYSTEM = {"openssl", "tar", "sha256sum", "git", "apt", "sudo", "dpkg", "lintian", "flatpak", "flatpak-builder",
            "appstreamcli", "gpg", "cd", "rm", "mkdir"}
 
-# The commands of this project that documents tell people to type, and what runs them in every run of the tests.
+# The project's commands in the documents, and the file through which every test run executes them.
 _RUN_BY = {
     "./run": "tests/Documents/test_pictures.py",
     "./test": ".ci/run",
@@ -43,11 +43,11 @@ _RUN_BY = {
     "ctest": "test",
 }
 
-# These take many minutes: the tests only ask them what they do.
+# These take many minutes: the tests only run their --help.
 _ON_DEMAND = ("bench/run", "bench/measure-crash-scan", "tests/Fuzz/run", "tools/measure-coverage",
               "tools/try-on")
 
-# Code in the prose that begins so is a file of the source tree, or a command that begins with one.
+# Inline code with these prefixes names a file in the source tree, or a command that begins with one.
 _FOLDERS = ("./", "tools/", "tests/", "bench/", "cmake/", "docs/", "packaging/", "assets/")
 
 
@@ -60,7 +60,7 @@ def help_of(program):
 
 
 def commands_of(line):
-    """The single commands of a line of shell."""
+    """The simple commands in a line of shell."""
     words = shlex.split(line.rstrip("& "))
     while "&&" in words:
         at = words.index("&&")
@@ -115,13 +115,13 @@ class Commands(unittest.TestCase):
 
     def _script(self, command, arguments, options):
         script = ROOT / command
-        self.assertTrue(script.is_file() and script.stat().st_mode & 0o111, f"{command} is no script")
+        self.assertTrue(script.is_file() and script.stat().st_mode & 0o111, f"{command} is not a script")
         sources = [script, *(ROOT / "tools").rglob("*.py")]
         text = "".join(path.read_text("utf-8") for path in sources)
         for option in options:
             self._assert_names(text, option)
         self._check_definitions(arguments)
-        # The first word of a tool with several commands.
+        # The subcommand of a tool.
         if arguments and re.fullmatch("[a-z]+", arguments[0]) and "add_parser" in text and command == "tools/release":
             self.assertTrue(re.search(rf"""["']{arguments[0]}["']""", text), arguments[0])
 
@@ -160,7 +160,7 @@ class Commands(unittest.TestCase):
                 self._assert_names(text, word)
 
     def _assert_names(self, text, word):
-        """The text holds the word or option, and not only a longer one."""
+        """The text contains the word or option, not just as a part of a longer one."""
         self.assertTrue(re.search(rf"(?<![\w-]){re.escape(word)}(?![\w-])", text), word)
 
 
@@ -174,7 +174,7 @@ class Presets(unittest.TestCase):
 
 
 class Running(unittest.TestCase):
-    """What is quick and harms nobody is run."""
+    """Runs the commands that are quick and harmless."""
 
     def test_certificates(self):
         lines = [line for line in Document(ROOT / "docs" / "protocol.md").code_lines() if line.startswith("openssl")]

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The pictures in the documents show the windows as they are today.
+"""The pictures in the documents match the current windows.
 
 usage: test_pictures.py EXECUTABLE           the windows and the break
        test_pictures.py --desktops FOLDER    the Wayland desktops, from the pictures of their tests in FOLDER"""
@@ -22,17 +22,17 @@ _DISPLAYS = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}
 PICTURES = ROOT / "docs" / "pictures"
 SHOWN = PICTURES / "pages.png"
 
-# Letters that are drawn a little differently change no tile by this much, a letter that is missing does.
+# Slightly different rendering of letters stays below this difference per tile; a missing letter exceeds it.
 _TILE = 16
 _DIFFERENT = 24
-_MOST_TILES = 4
+_MAX_TILES = 4
 
-# The seconds and the clock are others each time, and desktops draw their panels as they like.
-_MOST_TILES_OF_A_BREAK = 60
+# Seconds and clocks change with every run, and desktops draw their panels differently.
+_MAX_BREAK_TILES = 60
 
 
 def stale_tiles(shown, today):
-    """How many pieces of two pictures differ so much that a reader would notice; all of another size."""
+    """The number of tiles that differ noticeably between two pictures; pictures of different sizes differ in all."""
     if shown.size != today.size:
         return shown.width * shown.height
     difference = ImageChops.difference(shown.convert("L"), today.convert("L"))
@@ -42,7 +42,7 @@ def stale_tiles(shown, today):
 
 
 class Measure(unittest.TestCase):
-    """What counts as stale."""
+    """Checks what counts as stale."""
 
     def setUp(self):
         self.shown = Image.open(SHOWN).convert("RGB")
@@ -52,26 +52,26 @@ class Measure(unittest.TestCase):
 
     def test_a_trace_is_fresh(self):
         brighter = self.shown.point(lambda value: min(255, value + 3))
-        self.assertLessEqual(stale_tiles(self.shown, brighter), _MOST_TILES)
+        self.assertLessEqual(stale_tiles(self.shown, brighter), _MAX_TILES)
 
     def test_a_missing_line_is_stale(self):
         erased = self.shown.copy()
         # The second check box of the last card, on the page in light colours.
         place = (560, 335, 880, 355)
         ImageDraw.Draw(erased).rectangle(place, fill=erased.getpixel(place[:2]))
-        self.assertGreater(stale_tiles(self.shown, erased), _MOST_TILES)
+        self.assertGreater(stale_tiles(self.shown, erased), _MAX_TILES)
 
     def test_another_size_is_stale(self):
-        self.assertGreater(stale_tiles(self.shown, self.shown.resize((100, 100))), _MOST_TILES)
+        self.assertGreater(stale_tiles(self.shown, self.shown.resize((100, 100))), _MAX_TILES)
 
 
 class Today(unittest.TestCase):
-    """The pictures made anew."""
+    """Base class: takes new pictures."""
 
-    def assert_fresh(self, name, today, how, most=_MOST_TILES):
+    def assert_fresh(self, name, today, how, limit=_MAX_TILES):
         shown = Image.open(PICTURES / name)
         tiles = stale_tiles(shown, Image.open(today))
-        self.assertLessEqual(tiles, most, f"docs/pictures/{name} is stale: make it anew with {how}")
+        self.assertLessEqual(tiles, limit, f"docs/pictures/{name} is stale: update it with {how}")
 
     def make(self, *arguments):
         # As on a machine without a display.
@@ -90,7 +90,7 @@ class Windows(Today):
 
     def test_break(self):
         self.make("./run")
-        self.assert_fresh("break.png", ROOT / "build" / "tour" / "3-break-middle.png", "./run", _MOST_TILES_OF_A_BREAK)
+        self.assert_fresh("break.png", ROOT / "build" / "tour" / "3-break-middle.png", "./run", _MAX_BREAK_TILES)
 
 
 class Desktops(Today):
@@ -101,7 +101,7 @@ class Desktops(Today):
         with tempfile.TemporaryDirectory() as folder:
             today = pathlib.Path(folder) / "desktops.png"
             self.make(ROOT / "tools" / "side-by-side", today, *breaks)
-            self.assert_fresh("desktops.png", today, "tools/side-by-side", _MOST_TILES_OF_A_BREAK)
+            self.assert_fresh("desktops.png", today, "tools/side-by-side", _MAX_BREAK_TILES)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Every fault in docs/reliability.md has its test.
+"""Every fault in docs/reliability.md has tests that exist.
 
 usage: test_reliability.py CTEST BUILD-FOLDER"""
 
@@ -16,7 +16,7 @@ CTEST = BUILD_FOLDER = None
 
 
 def rows():
-    """The cells of each row that names a fault."""
+    """The cells of each table row about a fault."""
     lines = (ROOT / "docs" / "reliability.md").read_text("utf-8").splitlines()
     cells = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines if line.startswith("| ")]
     return [row for row in cells[1:] if not row[0].startswith("**")]
@@ -24,7 +24,7 @@ def rows():
 
 @functools.cache
 def sources_of(test):
-    """The text of the sources in which parts of this test are defined: its own in C++, or all that are in Python."""
+    """The source text that defines the cases of a test: its own C++ file, or all Python files."""
     own = list((ROOT / "tests").rglob(f"{test}.cpp"))
     return "".join(path.read_text("utf-8") for path in own or (ROOT / "tests").rglob("*.py"))
 

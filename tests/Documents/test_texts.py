@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The documents lead nowhere that is not there, and nothing in them is unfinished."""
+"""The documents contain no dead links and nothing unfinished."""
 
 import re
 import unittest
@@ -75,10 +75,10 @@ class Changelog(unittest.TestCase):
 
 
 class Languages(unittest.TestCase):
-    """The statement says the same in both languages."""
+    """Texts agree across languages and with the program."""
 
     def _code(self, file):
-        """The code in the first column of the tables."""
+        """The inline code in the first column of the tables."""
         lines = (ROOT / "docs" / file).read_text("utf-8").splitlines()
         return [re.findall(r"`[^`]+`", line.split("|")[1]) for line in lines if line.startswith("| `")]
 
@@ -88,7 +88,7 @@ class Languages(unittest.TestCase):
 
     def test_guide_gives_the_settings_their_names_in_the_program(self):
         sources = "".join(path.read_text("utf-8") for path in ROOT.glob("OrvaneBreak*/**/*.cpp"))
-        # C++ breaks long texts into pieces.
+        # C++ sources split long texts into several literals.
         sources = re.sub(r'"\s*\n\s*"', "", sources)
         guide = (ROOT / "docs" / "guide.fr.md").read_text("utf-8")
         rows = guide.split("## Les réglages")[1].split("\n## ")[0].splitlines()
@@ -101,7 +101,7 @@ class Languages(unittest.TestCase):
                     self.assertTrue(text in sources)
 
 
-# What the guide quotes of other programs.
+# Texts of other programs that the guide quotes.
 _NOT_OURS = {"AppIndicator and KStatusNotifierItem Support", "Status Tray"}
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What a session may do to a program that runs in it."""
+"""Faults of the session around a running program."""
 
 import json
 import time
@@ -14,15 +14,15 @@ from scenario.service_part import answer_first_question
 from shortages import Descriptors, FileSizeLimit, SmallDisk, processor_seconds, wait_for_calm
 
 _SOUND = "Jouer un son doux au début de la pause"
-#: Nobody makes a file there, not even root.
+#: Not even root can create a file there.
 _READ_ONLY = "/sys/kernel"
 _STORED = {"OBOnboarded": True, "OBIntervalMinutes": 45, "unknown": {"kept": 1}}
 _WATCHED_SECONDS = 2
-_MOST_PROCESSOR_SECONDS = 0.1
+_MAX_PROCESSOR_SECONDS = 0.1
 
 
 def _has_break(desk, report, text):
-    """A break from the tray's menu, and its end by Escape."""
+    """Checks a break from the tray's menu that Escape ends."""
     desk.tray.click(BREAK_NOW)
     shown = comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()) and desk.break_has_keyboard(), 5)
     desk.bed.press("Escape")
@@ -30,7 +30,7 @@ def _has_break(desk, report, text):
 
 
 def read_only_home(desk, report):
-    """A home that is read-only."""
+    """A read-only home directory."""
     folders = ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME")
     for text in ("asks its first question", "asks its first question again"):
         desk.start_program(dict.fromkeys(folders, _READ_ONLY))
@@ -42,21 +42,21 @@ def read_only_home(desk, report):
                        and desk.is_checked(MENU_BAR_BOX))
         _has_break(desk, report, "read-only home: breaks come")
         desk.close_by_window_manager()
-        report.promise("read-only home: what lives in the menu bar goes on without its window",
+        report.promise("read-only home: in menu-bar mode the program continues without its window",
                        comes_true(lambda: not desk.windows(), 3) and stays_true(lambda: desk.process.poll() is None, 0.5))
         desk.tray.click(QUIT)
-        report.promise("read-only home: it ends well", desk.has_ended(), desk.process.returncode)
+        report.promise("read-only home: it exits normally", desk.has_ended(), desk.process.returncode)
         report.promise("read-only home: silent", not desk.said(), desk.said())
         desk.bed.stop(desk.process)
 
 
 def full_disk(desk, report):
-    """A disk that becomes full, and a limit on the size of files."""
+    """A disk that becomes full, and a file size limit."""
     _run_out_of_room(desk, report, "limited files", lambda folder: FileSizeLimit())
     try:
         _run_out_of_room(desk, report, "full disk", SmallDisk)
     except NotPossibleHere as reason:
-        report.not_possible("full disk: what was stored stays whole", reason)
+        report.not_possible("full disk: stored data stays intact", reason)
 
 
 def _run_out_of_room(desk, report, where, make_shortage):
@@ -71,8 +71,8 @@ def _run_out_of_room(desk, report, where, make_shortage):
         shortage.take_all(desk.process)
         desk.reader.press(_SOUND)
         report.promise(f"{where}: a setting holds until the end", comes_true(lambda: desk.is_checked(_SOUND), 3))
-        report.promise(f"{where}: what was stored stays whole", desk.preferences() == stored, desk.preferences())
-        report.promise(f"{where}: nothing half-written stays",
+        report.promise(f"{where}: stored data stays intact", desk.preferences() == stored, desk.preferences())
+        report.promise(f"{where}: no partial file remains",
                        not list(desk.preferences_file.parent.glob(".preferences*")))
         desk.reader.press(MENU_BAR_BOX)
         wait_until(desk.tray.items, "the icon in the tray")
@@ -87,17 +87,17 @@ def _run_out_of_room(desk, report, where, make_shortage):
 
 
 def no_descriptors(desk, report):
-    """A program that has used up its descriptors."""
+    """A program without free file descriptors."""
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True, "OBSoundEnabled": True})
     wait_until(desk.tray.items, "the icon in the tray")
-    # What begins at the start has its descriptors.
+    # Lets the program open the descriptors that it needs at startup.
     wait_for_calm(desk.process)
     Descriptors.take_all(desk.process)
     desk.tray.click(SWITCH_ON)
-    report.promise("no descriptors: reminders go on", comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
+    report.promise("no descriptors: reminders are turned on", comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
     _has_break(desk, report, "no descriptors: breaks come")
     desk.tray.click(OPEN)
-    report.promise("no descriptors: the window comes", comes_true(desk.windows, 3))
+    report.promise("no descriptors: the window opens", comes_true(desk.windows, 3))
     desk.reader.press(SETTINGS)
     desk.reader.press(_SOUND)
     report.promise("no descriptors: a setting holds until the end",
@@ -106,7 +106,7 @@ def no_descriptors(desk, report):
     began = time.monotonic()
     comes_true(lambda: time.monotonic() - began > _WATCHED_SECONDS, _WATCHED_SECONDS + 1)
     spent = processor_seconds(desk.process) - spent
-    report.promise("no descriptors: it costs nothing to wait", spent <= _MOST_PROCESSOR_SECONDS, f"{spent:.2f} s")
+    report.promise("no descriptors: waiting costs almost nothing", spent <= _MAX_PROCESSOR_SECONDS, f"{spent:.2f} s")
     Descriptors.give_back(desk.process)
     desk.reader.press(_SOUND)
     wait_until(lambda: desk.is_checked(_SOUND), "the box with its mark")
@@ -116,12 +116,12 @@ def no_descriptors(desk, report):
                    comes_true(lambda: desk.preferences().get("OBSoundEnabled") is False, 3), desk.preferences())
     report.promise("no descriptors: silent", not desk.said(), desk.said())
     desk.tray.click(QUIT)
-    report.promise("no descriptors: it ends well", desk.has_ended(), desk.process.returncode)
+    report.promise("no descriptors: it exits normally", desk.has_ended(), desk.process.returncode)
     desk.bed.stop(desk.process)
 
 
 def bus_restarts(desk, report):
-    """The session bus dies in a break, and another one takes its place."""
+    """The session bus dies during a break, and another one replaces it."""
     desk.start_in_menu_bar()
     desk.tray.click(SWITCH_ON)
     desk.tray.click(BREAK_NOW)
@@ -131,19 +131,19 @@ def bus_restarts(desk, report):
     report.promise("a break stays when the session bus dies", stays_true(desk.overlays, 0.5))
     desk.bed.press("Escape")
     report.promise("Escape ends the break after the session bus has died", comes_true(lambda: not desk.overlays(), 3))
-    report.promise("without a tray the window comes by itself after the session bus has died",
+    report.promise("without a tray the window opens by itself after the session bus has died",
                    comes_true(desk.windows, 8))
     desk.tray.stop()
     desk.bed.start_bus("session-bus")
     desk.tray = Tray(desk.bed)
-    report.promise("the eye does not come back with another session bus", stays_true(lambda: not desk.tray.items(), 1))
+    report.promise("the eye does not return with another session bus", stays_true(lambda: not desk.tray.items(), 1))
     second = desk.start_again()
     report.promise("another start in another session bus does not find the first program",
                    comes_true(desk.tray.items, 5) and second.poll() is None)
     desk.bed.stop(second)
     report.promise("silent when the session bus restarts", not desk.said(), desk.said())
     desk.bed.stop(desk.process)
-    report.promise("it ends well after the session bus has restarted", desk.process.returncode == 0,
+    report.promise("it exits normally after the session bus has restarted", desk.process.returncode == 0,
                    desk.process.returncode)
     desk.start_over()
     report.promise("the next start has the eye in the new session bus", comes_true(desk.tray.items, 5))
@@ -151,12 +151,12 @@ def bus_restarts(desk, report):
 
 
 def display_dies(desk, report):
-    """The X server dies in a break."""
+    """The X server dies during a break."""
     desk.start(_STORED, {"ORVANE_DEBUG_BREAK": "1"})
     desk.wait_for_overlays()
     check_end_with_server(desk, report, "the X server")
     report.promise("no crash is reported when the X server is killed",
                    not (desk.bed.home / "data/OrvaneBreak/pending-crash.txt").exists())
-    report.promise("what was stored is whole when the X server is killed", desk.preferences() == _STORED,
+    report.promise("stored data is intact when the X server is killed", desk.preferences() == _STORED,
                    desk.preferences())
     desk.bed.stop(desk.process)

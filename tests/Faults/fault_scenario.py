@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Takes from the program what it needs while it runs, and prints which promises it keeps. Status 0: all kept; 1: one is
-broken."""
+"""Takes resources and services away from the running program, and prints which promises it keeps. Status 0: all kept; 1: one
+is broken."""
 
 import pathlib
 import sys

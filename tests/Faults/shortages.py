@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What a program may run out of while it runs: room on the disk, and descriptors."""
+"""Shortages for a running program: disk space and file descriptors."""
 
 import os
 import resource
@@ -12,8 +12,8 @@ _CALM_SECONDS = 0.5
 
 
 class SmallDisk:
-    """A file system of 256 KiB in a folder, to be used in a with statement; NotPossibleHere where this
-    process may mount none."""
+    """A context manager that mounts a file system of 256 KiB on a folder. Raises NotPossibleHere if this process may not
+    mount."""
 
     def __init__(self, folder):
         self._folder = folder
@@ -30,7 +30,7 @@ class SmallDisk:
         subprocess.run(["umount", "--lazy", self._folder], check=True)
 
     def take_all(self, _process):
-        """Leaves no byte of room."""
+        """Fills the disk."""
         with open(self._ballast, "wb", buffering=0) as ballast:
             try:
                 while True:
@@ -43,13 +43,13 @@ class SmallDisk:
 
 
 class FileSizeLimit:
-    """The same from a limit on the size of files, which are made and stay empty."""
+    """The same shortage from a file size limit: files can be created but stay empty."""
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        """The limit goes with the process."""
+        """Does nothing: the limit ends with the process."""
 
     @staticmethod
     def take_all(process):
@@ -65,7 +65,7 @@ class Descriptors:
 
     @staticmethod
     def take_all(process):
-        """Leaves none: the next one would be the first that the limit forbids."""
+        """Lowers the limit so that no further descriptor can be opened."""
         used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
         _limit(process, resource.RLIMIT_NOFILE, next(number for number in range(len(used) + 1) if number not in used))
 
@@ -75,21 +75,21 @@ class Descriptors:
 
 
 def _limit(process, kind, value):
-    """Sets the limit that is in force; None for the one that may not be exceeded."""
+    """Sets the soft limit; None raises it to the hard limit."""
     _, most = resource.prlimit(process.pid, kind)
     resource.prlimit(process.pid, kind, (most if value is None else value, most))
 
 
 def processor_seconds(process):
-    """The time that the processor has spent on a process so far."""
+    """The processor time of a process so far."""
     with open(f"/proc/{process.pid}/stat", encoding="ascii") as file:
         words = file.read().rsplit(")", 1)[1].split()
     return (int(words[11]) + int(words[12])) / os.sysconf("SC_CLK_TCK")
 
 
 def wait_for_calm(process):
-    """Waits until a process has nothing to do for a while."""
+    """Waits until a process has been idle for a while."""
     def is_calm():
         spent = processor_seconds(process)
         return stays_true(lambda: processor_seconds(process) == spent, _CALM_SECONDS)
-    wait_until(is_calm, "a process that waits")
+    wait_until(is_calm, "an idle process")

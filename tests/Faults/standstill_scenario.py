@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Has the program stand still for ten seconds and for a minute, and prints which promises it keeps. It waits most of the
-time, so that other tests may run beside it. Status 0: all kept; 1: one is broken."""
+"""Stops the program for ten seconds and for a minute, and prints which promises it keeps. The scenario mostly waits, so other
+tests can run in parallel. Status 0: all kept; 1: one is broken."""
 
 import os
 import pathlib
@@ -20,12 +20,12 @@ from scenario.promises import carry_out  # noqa: E402
 
 _SHORT, _LONG = 10, 60
 _BREAK_SECONDS = 20
-#: How late something may be that waits for a busy machine.
+#: How late an event may be on a busy machine, in seconds.
 _LATE = 3
 
 
 class StandingProgram:
-    """A program that is stopped from construction on."""
+    """A program that is stopped with SIGSTOP from construction on."""
 
     def __init__(self, desk):
         self._desk = desk
@@ -33,7 +33,7 @@ class StandingProgram:
         os.kill(desk.process.pid, signal.SIGSTOP)
 
     def go_on_after(self, seconds):
-        """Has it go on when it has stood still for so long."""
+        """Continues it once it has been stopped for these seconds."""
         comes_true(lambda: time.monotonic() - self._began >= seconds, seconds + 1)
         os.kill(self._desk.process.pid, signal.SIGCONT)
 
@@ -41,11 +41,11 @@ class StandingProgram:
 def start_with_reminders(desk):
     desk.start_with_tray()
     desk.tray.click(SWITCH_ON)
-    wait_until(lambda: desk.tray.labels()[0] == SWITCH_OFF, "reminders that are on")
+    wait_until(lambda: desk.tray.labels()[0] == SWITCH_OFF, "active reminders")
 
 
 def ten_seconds(desk, report):
-    """Ten seconds of standstill, while the program waits and in a break."""
+    """The program is stopped for ten seconds, while it waits and during a break."""
     start_with_reminders(desk)
     standing = StandingProgram(desk)
     second = desk.bed.run([desk.program, "--break-now"], stderr=subprocess.PIPE, text=True)
@@ -53,15 +53,15 @@ def ten_seconds(desk, report):
     report.promise("a second start says that the first does not answer", second.wait(_SHORT) != 0 and len(said) == 1, said)
     desk.bed.stop(second)
     standing.go_on_after(_SHORT)
-    report.promise("the break that was asked for meanwhile comes, once on each screen",
+    report.promise("the break that was requested meanwhile appears once on each screen",
                    comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()), _LATE), desk.overlays())
     began = time.monotonic()
     comes_true(lambda: time.monotonic() - began > 2, 3)
     StandingProgram(desk).go_on_after(_SHORT)
-    report.promise("ten seconds of standstill in a break leave it on the screen", desk.overlays())
+    report.promise("a break stays on the screen when the program was stopped for ten seconds", desk.overlays())
     ended = comes_true(lambda: not desk.overlays(), _BREAK_SECONDS)
     length = time.monotonic() - began
-    report.promise("the break ends when it is due all the same",
+    report.promise("the break still ends on time",
                    ended and abs(length - _BREAK_SECONDS) <= _LATE, f"{length:.1f} s")
     check_afterwards(desk, report)
 
@@ -69,17 +69,17 @@ def ten_seconds(desk, report):
 def check_afterwards(desk, report):
     report.promise("reminders are on after a standstill", desk.tray.labels()[0] == SWITCH_OFF, desk.tray.labels())
     desk.begin_break()
-    report.promise("breaks come and go after a standstill", comes_true(desk.overlays, 1))
+    report.promise("breaks open and close after a standstill", comes_true(desk.overlays, 1))
     desk.end_break()
     report.promise("silent after a standstill", not desk.said(), desk.said())
     desk.stop_program()
-    report.promise("it ends well after a standstill", desk.process.returncode == 0, desk.process.returncode)
+    report.promise("it exits normally after a standstill", desk.process.returncode == 0, desk.process.returncode)
 
 
 def a_minute(desk, report, standing):
-    """A minute of standstill that began in a break."""
+    """The program is stopped for a minute, beginning during a break."""
     standing.go_on_after(_LONG)
-    report.promise("a break that was over long ago goes at once", comes_true(lambda: not desk.overlays(), _LATE))
+    report.promise("a break that is long overdue closes at once", comes_true(lambda: not desk.overlays(), _LATE))
     check_afterwards(desk, report)
 
 

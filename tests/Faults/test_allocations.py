@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Memory that runs out: the whole program uses itself for a while, and allocations fail at chosen moments. It may end, at
-once and with a report, but it neither hangs, nor leaves a break on the screen, nor loses what was stored."""
+"""Failing allocations: the whole program runs a script of user actions while allocations fail at chosen points. It may end at
+once with a crash report, but it must not hang, leave a break on the screen, or lose stored data."""
 
 import argparse
 import collections
@@ -23,36 +23,36 @@ from makers_server import MakersServer  # noqa: E402
 
 OPTIONS = None
 
-#: Most of a run is waiting.
+#: Parallel runs, because a run mostly waits.
 _AT_ONCE = 3
-_PATIENCE = 30
-#: What the C library takes for large, and asks the system for piece by piece.
+_TIMEOUT = 30
+#: The size from which the C library allocates with mmap.
 _LARGE = 128 * 1024
-#: There are libraries that ask until they get memory, so that it has to come back in the end.
+#: Some libraries retry until they get memory, so allocations have to succeed again eventually.
 _MANY = 10_000
 _MILLION = 1_000_000
 _MESSAGE = 99
 _REPORT = re.compile(r"(Signal \d+|Exception: [^\n]*)\n---\n(\d+ \S+ 0x[0-9a-f]+[^\n]*\n?)+")
 _HISTORY = [{"id": number, "body": f"Message {number} " + "é" * 400, "date": "2026-01-01T00:00:00.000Z", "mine": False}
             for number in range(1, 21)]
-#: What somebody has stored who has used the program for a while.
+#: The preferences of a user who has used the program for a while.
 _STORED = {"OBOnboarded": True, "OBPauseSeconds": 30, "unknown": {"kept": 1},
            "OBShownMessages": [1, 2, 3], "OBMessageHistory": _HISTORY}
 _CHANGING = {"OBShownMessages", "OBMessageHistory", "OBAckMessage", "OBSoundEnabled"}
 
-#: Which allocations fail: how many succeed first, how many fail at most, how many of a million do, from which size on.
-Plan = collections.namedtuple("Plan", "seed first most rate size")
+#: Which allocations fail: how many succeed first, the maximum number of failures, the rate per million, the minimum size.
+Plan = collections.namedtuple("Plan", "seed first maximum rate size")
 
 
 class Person:
-    """Someone with a home folder of their own for one run."""
+    """A user with a home directory for one run."""
 
     def __init__(self, folder, server):
         home = tempfile.mkdtemp(dir=folder)
         self.pending = pathlib.Path(home, "data/OrvaneBreak/pending-crash.txt")
         self.preferences = pathlib.Path(home, "config/OrvaneBreak/preferences.json")
         self.preferences.parent.mkdir(parents=True)
-        # The server answers no device too often.
+        # A new device id, because the server sends a message only until the device has acknowledged it.
         self.preferences.write_text(json.dumps({**_STORED, "OBDeviceId": pathlib.Path(home).name}))
         self._environment = {
             **os.environ, "HOME": home, "XDG_DATA_HOME": f"{home}/data", "XDG_CONFIG_HOME": f"{home}/config",
@@ -60,10 +60,10 @@ class Person:
             "ORVANE_TEST_SERVER": server.address, "ORVANE_TEST_PUBLIC_KEY": server.public_key}
 
     def use(self, plan=None, **variables):
-        """Has the program use itself until its end; returns its status."""
+        """Runs the program's script of user actions to its end; returns the exit status."""
         if plan:
             variables.update(LD_PRELOAD=OPTIONS.allocator, ORVANE_TEST_ALLOCATIONS=" ".join(map(str, plan)))
-        done = subprocess.run([OPTIONS.program], env={**self._environment, **variables}, timeout=_PATIENCE, check=False,
+        done = subprocess.run([OPTIONS.program], env={**self._environment, **variables}, timeout=_TIMEOUT, check=False,
                               stderr=subprocess.DEVNULL)
         return done.returncode
 
@@ -71,7 +71,7 @@ class Person:
         return json.loads(self.preferences.read_text("utf-8"))
 
     def has_everything(self):
-        """Whether all that the program did in a run without trouble is stored."""
+        """Whether the program has stored everything that a run without failures stores."""
         stored = self.stored()
         return stored.get("OBSoundEnabled") and stored.get("OBAckMessage") == _MESSAGE \
             and [entry["id"] for entry in stored["OBMessageHistory"]] == [entry["id"] for entry in _HISTORY] + [_MESSAGE]
@@ -101,7 +101,7 @@ class Shortages(unittest.TestCase):
         self._carry_out(plans, self._survive)
 
     def _allocations(self, size):
-        """How many allocations of this size or a larger one there are in a run without trouble."""
+        """The number of allocations of at least this size in a run without failures."""
         person, file = Person(self.folder, self.server), pathlib.Path(self.folder, "count")
         status = person.use(Plan(0, 0, 0, 0, size), ORVANE_TEST_ALLOCATIONS_FILE=str(file))
         self.assertEqual((status, person.has_everything()), (0, True))
@@ -109,13 +109,13 @@ class Shortages(unittest.TestCase):
 
     @staticmethod
     def _plan(seed, total):
-        """One allocation fails, or a few, or all for a while, from some moment of the run on."""
+        """A plan in which one allocation, a few, or all for a while fail, from a random point of the run on."""
         chance = random.Random(seed)
-        most, rate = chance.choice([(1, _MILLION), (_MANY, 1_000), (_MANY, _MILLION)])
-        return Plan(seed, chance.randrange(total), most, rate, 0)
+        maximum, rate = chance.choice([(1, _MILLION), (_MANY, 1_000), (_MANY, _MILLION)])
+        return Plan(seed, chance.randrange(total), maximum, rate, 0)
 
     def _carry_out(self, plans, run):
-        """The results of all runs; a failure names its plan."""
+        """The results of all runs; a failure message names the plan."""
         with concurrent.futures.ThreadPoolExecutor(_AT_ONCE) as pool:
             runs = [(plan, pool.submit(run, plan)) for plan in plans]
         results = []
@@ -125,10 +125,10 @@ class Shortages(unittest.TestCase):
         return results
 
     def _endure(self, plan):
-        """Runs once in trouble and once without; returns how many reports that left."""
+        """Runs once with failures and once without; returns the number of crash reports."""
         person = Person(self.folder, self.server)
         status = person.use(plan)
-        # The program's own ways to die; the scripted run has others for a break that stays.
+        # The ways in which the program itself may end; the script exits with other statuses if a break stays.
         self.assertLessEqual(status, 0)
         stored = person.stored()
         self.assertEqual({key: stored.get(key) for key in _STORED if key not in _CHANGING},
@@ -147,10 +147,10 @@ class Shortages(unittest.TestCase):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("program", help="the executable that uses itself when it is told to")
+    parser.add_argument("program", help="the executable with the scripted user")
     parser.add_argument("makers_server")
-    parser.add_argument("allocator", help="the library that lets allocations fail")
-    parser.add_argument("--runs", type=int, default=24, help="how often any allocation may fail")
+    parser.add_argument("allocator", help="the library that makes allocations fail")
+    parser.add_argument("--runs", type=int, default=24, help="number of runs with arbitrary failing allocations")
     parser.add_argument("--first-seed", type=int, default=1)
     OPTIONS, rest = parser.parse_known_args()
     unittest.main(argv=sys.argv[:1] + rest)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The makers' server as a real process on loopback, and what a client of it needs."""
+"""The makers' server as a real process on loopback, and helpers for its clients."""
 
 import base64
 import http.client
@@ -16,12 +16,12 @@ sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent.parent / "too
 from serving.files import ReceivedLog, StateFolder  # noqa: E402
 
 NONCE = "0123456789ABCDEF0123456789ABCDEF"
-# What stands in front of the 32 bytes of an Ed25519 public key in the form that openssl reads.
+# The DER prefix of a 32-byte Ed25519 public key.
 _KEY_PREFIX = bytes.fromhex("302a300506032b6570032100")
 
 
 class MakersServer:
-    """One server with its folder; a context manager that ends the process."""
+    """A server and its folder; a context manager that ends the process."""
 
     def __init__(self, executable, folder, *options):
         self._executable = executable
@@ -40,7 +40,7 @@ class MakersServer:
         self.stop()
 
     def start(self):
-        """Starts it and returns when it listens; `address` is without a slash at the end."""
+        """Starts the server and returns when it listens; `address` has no trailing slash."""
         self._process = subprocess.Popen([self._executable, "--folder", self.folder, *self._options],
                                          stdout=subprocess.PIPE, text=True)
         for line in self._process.stdout:
@@ -60,7 +60,7 @@ class MakersServer:
         return self._process.pid
 
     def stop(self):
-        """Ends it; an error when it was no longer there."""
+        """Ends the server; raises RuntimeError if it had already ended."""
         self._process.terminate()
         status = self._process.wait(10)
         self._process.stdout.close()
@@ -68,7 +68,7 @@ class MakersServer:
             raise RuntimeError(f"the makers' server ended by itself with status {status}")
 
     def command(self, *words, check=True):
-        """Carries out one command on the folder and returns the finished process."""
+        """Runs one command on the folder and returns the finished process."""
         return subprocess.run([self._executable, "--folder", self.folder, *map(str, words)], check=check,
                               capture_output=True, text=True, timeout=20)
 
@@ -79,12 +79,12 @@ class MakersServer:
         self.command("misbehave", mode, *argument)
 
     def received(self, *kinds):
-        """What was received so far, oldest first, of these kinds or of all. It is what the command "list" prints, read from the
-        same file, because tests ask many times a second."""
+        """The requests received so far of these kinds, or all, oldest first. Reads the file behind the command "list" directly,
+        because tests poll often."""
         return [json.loads(line) for line in ReceivedLog(StateFolder(self.folder)).lines(kinds)]
 
     def connection(self, context=None, timeout=10):
-        """A connection that follows no redirection; with TLS when the address says so."""
+        """A connection that does not follow redirects; with TLS for an HTTPS address."""
         address = urllib.parse.urlsplit(self.address)
         if address.scheme == "https":
             return http.client.HTTPSConnection(address.hostname, address.port, timeout=timeout, context=context)
@@ -101,7 +101,7 @@ class MakersServer:
             connection.close()
 
     def check_in(self, **members):
-        """One check-in that is right but for the members given; returns the members of the answer."""
+        """Sends a valid check-in with the given members replaced; returns the members of the answer."""
         return json.loads(self.post("/api/check.php", check_in_members(**members))[1])
 
 
@@ -119,13 +119,13 @@ def crash_members(**members):
 
 
 def canonical_text(answer):
-    """The bytes that the signature of a check-in answer vouches for."""
+    """The signed bytes of a check-in answer."""
     text = base64.b64encode(answer["msg"].encode()).decode()
     return f"v2|{answer['n']}|{answer['ts']}|{answer['mid']}|{text}".encode()
 
 
 def is_signed(answer, public_key):
-    """Whether openssl finds the signature of a check-in answer valid."""
+    """Whether openssl verifies the signature of a check-in answer."""
     signature = base64.urlsafe_b64decode(answer["sig"] + "=" * (-len(answer["sig"]) % 4))
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
@@ -139,7 +139,7 @@ def is_signed(answer, public_key):
 
 
 def make_certificate(folder, subject):
-    """A certificate for `subject` ("IP:127.0.0.1" fits the server) that vouches for itself, and its key."""
+    """A self-signed certificate for `subject` ("IP:127.0.0.1" matches the server), and its key."""
     certificate, key = pathlib.Path(folder, "certificate.pem"), pathlib.Path(folder, "certificate-key.pem")
     subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
                     "-keyout", key, "-out", certificate, "-days", "2", "-subj", "/CN=makers-server",
@@ -148,7 +148,7 @@ def make_certificate(folder, subject):
 
 
 def run_tests(unittest):
-    """The main part of a test program: the path of the server is its first argument."""
+    """The main function of a test program, whose first argument is the path of the server."""
     import sys
     unittest.TestCase.executable = sys.argv.pop(1)
     unittest.main()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The makers' server behaves: its key, its three endpoints, what it publishes and what it records.
+"""The makers' server: its key, its three endpoints, its messages and its log.
 
 usage: test_endpoints.py EXECUTABLE"""
 

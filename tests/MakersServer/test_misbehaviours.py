@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Every misbehaviour of the makers' server does what its name says, and nothing else.
+"""Every misbehaviour of the makers' server does exactly what its name says.
 
 usage: test_misbehaviours.py EXECUTABLE"""
 
@@ -26,7 +26,7 @@ class MisbehaviourCase(unittest.TestCase):
         self.server.publish(7, "Bonjour")
 
     def misbehave(self, mode, *argument):
-        """Chooses the mode and returns status and body of a check-in."""
+        """Selects the mode and returns the status and the body of a check-in."""
         self.server.misbehave(mode, *argument)
         return self.server.post("/api/check.php", check_in_members())
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What a client of the makers' server sees on its socket, byte for byte, and what is recorded of its requests.
+"""The makers' server on the socket level, byte for byte, and its log of requests.
 
 usage: test_sockets.py EXECUTABLE"""
 
@@ -21,7 +21,7 @@ import makers_server
 from makers_server import MakersServer, check_in_members, is_signed
 
 _ENDLESS = ("endless-head", "endless-interim", "endless-body", "endless-chunks", "endless-chunk-extension")
-#: More than anything between the two buffers.
+#: More than fits into the buffers between client and server.
 _MUCH = 16 << 20
 
 
@@ -31,7 +31,7 @@ def request(path="/api/check.php"):
 
 
 def read_answer(stream):
-    """The head of an answer, and its body as long as the head says."""
+    """The head of an answer, and its body of the announced length."""
     head = b""
     while (line := stream.readline()) not in (b"\r\n", b""):
         head += line
@@ -55,7 +55,7 @@ class SocketCase(unittest.TestCase):
         return connection
 
     def received(self, mode, length):
-        """The first bytes of the answer to a check-in, fewer when the server closes."""
+        """The first bytes of the answer to a check-in; fewer if the server closes the connection."""
         self.server.misbehave(mode)
         with self.connect(request()) as connection, connection.makefile("rb") as stream:
             return stream.read(length)
@@ -66,7 +66,7 @@ class SocketCase(unittest.TestCase):
             return read_answer(stream)
 
     def status(self, name):
-        """A number in what the system knows of the process of the server."""
+        """A number from the server's /proc status."""
         text = pathlib.Path(f"/proc/{self.server.process_id}/status").read_text("ascii")
         return int(re.search(rf"^{name}:\s+(\d+)", text, re.MULTILINE)[1])
 
@@ -148,7 +148,7 @@ class Endless(SocketCase):
             self.wait_for_threads(1)
 
     def wait_for_threads(self, count):
-        """One for each connection, and one that waits for more."""
+        """Waits for one thread per connection plus the listening thread."""
         end = time.monotonic() + 5
         while self.status("Threads") != count and time.monotonic() < end:
             time.sleep(0.02)

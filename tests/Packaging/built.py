@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the tests of packages share: the build folder that they are told, and the tools that they ask."""
+"""Shared by the packaging tests: the build folder and helpers for running tools."""
 
 import os
 import pathlib
@@ -8,18 +8,18 @@ import sys
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD_FOLDER = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else PROJECT / "build"
-#: In which the tools speak English and read accents.
+#: A locale with English messages and UTF-8.
 ENVIRONMENT = {**os.environ, "LC_ALL": "C.UTF-8"}
 
 
 def output_of(*command):
-    """What a command prints, which has to succeed."""
+    """The output of a command that has to succeed."""
     return subprocess.run([str(part) for part in command], env=ENVIRONMENT, stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, text=True, check=True).stdout
 
 
 def configured(name):
-    """A value that the build folder was configured with."""
+    """A value from the build folder's CMake cache."""
     for line in (BUILD_FOLDER / "CMakeCache.txt").read_text("utf-8").splitlines():
         if line.startswith(name + ":"):
             return line.partition("=")[2]
@@ -27,7 +27,7 @@ def configured(name):
 
 
 def complaints(*command):
-    """What a checker prints, nothing when it found nothing."""
+    """The findings of a checker, or an empty text."""
     result = subprocess.run([str(part) for part in command], env=ENVIRONMENT, stdin=subprocess.DEVNULL,
                             stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     text = result.stdout.strip()

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The Debian package made of what was built: the same each time, complete, with exactly the dependencies that it needs, and
-without a trace after it is purged.
+"""The Debian package of the build: reproducible, complete, with exactly the dependencies that it needs, and without traces
+after a purge.
 
 usage: test_debian_package.py BUILD-FOLDER"""
 
@@ -24,12 +24,12 @@ sys.path.insert(0, str(PROJECT / "tests/Desktop"))
 from driver.waiting import wait_until
 from driver.x11 import X11Bed
 
-#: Loaded while the program runs, so no linker knows of it.
+#: Loaded at run time, so no linker knows of it.
 _LOADED = {"qt6-wayland"}
 
 
 def owner_of(path):
-    """The package of a file; some packages still name theirs without the /usr in front."""
+    """The package that owns a file; some packages still list their files without the leading /usr."""
     names = {os.path.realpath(path)}
     names |= {name.removeprefix("/usr") for name in names} | {"/usr" + name for name in names}
     result = subprocess.run(["dpkg-query", "--search", *names], env=ENVIRONMENT, stdout=subprocess.PIPE,
@@ -38,12 +38,12 @@ def owner_of(path):
 
 
 def names_in(relations):
-    """The first choice of each relation between packages."""
+    """The first alternative of each package relation."""
     return {re.match(r"[a-z0-9.+-]+", relation.strip())[0] for relation in relations.split(",") if relation.strip()}
 
 
 def with_dependencies(packages):
-    """The packages and what comes with them."""
+    """The packages and their dependencies, recursively."""
     known, unseen = set(), set(packages)
     while unseen:
         known |= unseen
@@ -165,7 +165,7 @@ class DebianPackage(unittest.TestCase):
         lines = [line for line in text.splitlines() if not line.startswith("running with root privileges")]
         self.assertEqual([line for line in lines if re.match("[EW]:", line)], [])
         explained = re.findall(r"(?m)^orvanebreak: (\S+)", (PROJECT / "packaging/debian/lintian-overrides").read_text())
-        self.assertEqual([line.split()[2] for line in lines if line.startswith("O:")], explained, "overrides without use")
+        self.assertEqual([line.split()[2] for line in lines if line.startswith("O:")], explained, "unused overrides")
 
     def test_runs_with_what_it_asks_for_alone(self):
         with X11Bed() as bed:
@@ -180,7 +180,7 @@ class DebianPackage(unittest.TestCase):
     def test_installs_upgrades_and_purges(self):
         become_root = [] if os.geteuid() == 0 else ["unshare", "--map-root-user"]
         if become_root and complaints(*become_root, "true"):
-            self.skipTest("nobody but root may make a namespace here")
+            self.skipTest("only root can create a namespace here")
         root = self.scratch / "root"
         for name in ("var/lib/dpkg/info", "var/lib/dpkg/updates", "tmp"):
             (root / name).mkdir(parents=True)
@@ -190,7 +190,7 @@ class DebianPackage(unittest.TestCase):
         preferences.write_text("{}")
 
         def dpkg(*command):
-            # Nothing else is installed there, which it says at length.
+            # dpkg warns at length that nothing else is installed there.
             text = complaints(*become_root, "dpkg", f"--root={root}", f"--log={root}/tmp/log", "--force-depends",
                               "--force-script-chrootless", *command)
             self.assertNotIn("error", text)
@@ -215,7 +215,7 @@ class DebianPackage(unittest.TestCase):
         self.assertEqual(preferences.read_text(), "{}")
 
     def newer_package(self):
-        """The next one, without a folder that this one has."""
+        """A newer package that lacks one folder of this one."""
         folder = self.scratch / "newer"
         output_of("dpkg-deb", "--raw-extract", self.package, folder)
         shutil.rmtree(folder / "usr/share/OrvaneBreak/sounds")

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What desktops, software centres and manuals are told of the program.
+"""The desktop entry, the AppStream metadata and the manuals.
 
 usage: test_desktop_files.py BUILD-FOLDER"""
 

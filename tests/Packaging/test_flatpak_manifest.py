@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The manifest for Flatpak, which is read here and not built: does it fit the program?
+"""The Flatpak manifest matches the program. It is read but not built.
 
 usage: test_flatpak_manifest.py BUILD-FOLDER"""
 
@@ -11,9 +11,9 @@ import yaml
 
 from built import PROJECT
 
-#: Asked for by the toolkit, in no source of ours.
+#: Used by Qt and not in the program's sources.
 _OF_THE_TOOLKIT = {"com.canonical.AppMenu.Registrar"}
-#: Names that every sandbox may talk to, and names of interfaces and other things that are no services.
+#: Names that every sandbox may talk to, and names that are not services, such as interfaces.
 _FREE = re.compile(r"org\.freedesktop\.(portal\..*|DBus.*|Application|appearance|login1\..*)|com\.canonical\.Unity\.LauncherEntry|"
                    r"org\.(gnome\.Shell|kde\.plasmashell)")
 

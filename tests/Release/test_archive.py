@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The archive made of what was built: the same each time, complete, and a program that needs no Qt of the system.
+"""The archive of the build: reproducible, complete, and independent of the system's Qt.
 
 usage: test_archive.py BUILD-FOLDER"""
 
@@ -23,7 +23,7 @@ from driver.waiting import wait_until
 from driver.x11 import X11Bed
 from releasing.source import Source
 
-# The libraries that every desktop has; all others have to be in the archive.
+# Libraries that every desktop has; all others have to be in the archive.
 _SYSTEM = re.compile(r"(ld-linux.*|lib(c|m|dl|rt|pthread|resolv|util|stdc\+\+|gcc_s|GL|EGL|GLX|GLdispatch|X11|X11-xcb|xcb|Xau|"
                      r"Xdmcp|wayland-client|fontconfig|freetype|harfbuzz|png16|glib-2\.0|dbus-1|z))\.so\.[0-9]+")
 _PLUGINS = {"platforms/libqxcb.so", "platforms/libqwayland-generic.so", "wayland-shell-integration/libxdg-shell.so",
@@ -40,7 +40,7 @@ def output_of(*command):
 
 
 def dynamic_section(path):
-    """The libraries that a file needs, and where it looks for them."""
+    """The libraries that a file needs, and its search paths."""
     text = output_of("readelf", "--dynamic", "--wide", path)
     return re.findall(r"\(NEEDED\).*\[(.*)\]", text), re.findall(r"\((?:RPATH|RUNPATH)\).*\[(.*)\]", text)
 
@@ -99,7 +99,7 @@ class Archive(unittest.TestCase):
         self.assertEqual({path.relative_to(plugins).as_posix() for path in plugins.rglob("*.so")}, _PLUGINS)
 
     def symbols(self):
-        """The program and its modules, each with the file that crash reports are read with."""
+        """The program and its modules, each with its debug file."""
         stem = self.archives[0].name.removesuffix("tar.zst")
         return {self.program: self.archives[0].with_name(stem + "debug"),
                 **{self.modules / name: self.archives[0].with_name(f"{stem}{name}.debug") for name in _MODULES}}
@@ -119,7 +119,7 @@ class Archive(unittest.TestCase):
             missing = [name for name in needed if name not in own and not _SYSTEM.fullmatch(name)]
             self.assertEqual(missing, [], path.name)
             if path != self.program:
-                self.assertEqual(places, [], f"{path.name} looks elsewhere than the program")
+                self.assertEqual(places, [], f"{path.name} has its own search path")
         self.assertEqual({name for name in own if _SYSTEM.fullmatch(name)}, set())
 
     def test_installs_and_starts_with_its_own_toolkit(self):
@@ -138,7 +138,7 @@ class Archive(unittest.TestCase):
             inside = str(root.resolve() / "versions" / self.version) + "/"
             self.assertEqual([path for path in toolkit if not path.startswith(inside)], [])
             self.assertEqual([path for path in mapped if "/lib/orvanebreak/modules/" in path or "libQt6Network" in path], [],
-                             "loaded without need")
+                             "loaded unnecessarily")
             bed.stop(process)
             self.assertEqual(process.returncode, 0)
 

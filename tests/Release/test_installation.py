@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Installing, upgrading, going back and removing, in a home with an odd name."""
+"""Installing, upgrading, downgrading and removing, in a home directory with an odd name."""
 
 import os
 import pty
@@ -57,7 +57,7 @@ class Installation(HomeCase):
         self.install("1.0")
         bus = ("dbus-run-session", "--", "dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
                "org.freedesktop.DBus.StartServiceByName", "string:" + APPLICATION, "uint32:0")
-        # One that fails is not waited for. Without the variable the bus looks into the home of the account.
+        # The bus does not wait for a failing service. Without the variable it would look in the account's home directory.
         self.plan("1.0", "exit 1")
         self.run_in_home(*bus, XDG_DATA_HOME=str(self.data))
         self.assertEqual(self.log(), [("1.0",)])

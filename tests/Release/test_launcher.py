@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The launcher: every start, the first start of an update, and the way back from one that does not work."""
+"""The launcher: normal starts, the first start of an update, and the rollback of a failing update."""
 
 import os
 import signal
@@ -17,7 +17,7 @@ class Launcher(HomeCase):
         return self.run_in_home(path or self.root / "current/bin/orvanebreak", *_ARGUMENTS, **changes)
 
     def put_on_trial(self, version="2.0"):
-        """As an update leaves it: 2.0 for the first time, 1.0 as the way back."""
+        """The state after an update: 2.0 on trial, 1.0 as the previous version."""
         self.install("1.0")
         self.install("2.0")
         (self.root / "trial").write_text(version + "\n")

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""tools/release on a small source tree: its keys, what it refuses, and the feed that it writes."""
+"""tools/release on a small source tree: its keys, its refusals, and the feed that it writes."""
 
 import base64
 import datetime
@@ -19,7 +19,7 @@ import xml.etree.ElementTree as ElementTree
 from tree import PROJECT
 
 _NAMESPACE = "{http://www.andymatuschak.org/xml-namespaces/sparkle}"
-# What stands in front of the 32 bytes of an Ed25519 public key in the form that openssl reads.
+# The DER prefix of a 32-byte Ed25519 public key.
 _KEY_PREFIX = bytes.fromhex("302a300506032b6570032100")
 _CMAKE = """cmake_minimum_required(VERSION 3.25)
 project(OrvaneBreak VERSION @VERSION@ LANGUAGES NONE)
@@ -56,7 +56,7 @@ def run(*command, **options):
 
 
 class ToolCase(unittest.TestCase):
-    """The tool in a source tree of its own, with a private key beside it."""
+    """The tool in a temporary source tree, with a private key outside it."""
 
     def setUp(self):
         self.scratch = pathlib.Path(tempfile.mkdtemp())
@@ -152,7 +152,7 @@ class Refusals(ToolCase):
     def test_changed_file(self):
         with open(self.project / "CHANGELOG.md", "a") as file:
             file.write("\n")
-        self.assert_refused("changes that are not in any commit:\n M CHANGELOG.md")
+        self.assert_refused("there are uncommitted changes:\n M CHANGELOG.md")
 
     def test_new_file(self):
         (self.project / "forgotten.cpp").touch()
@@ -163,13 +163,13 @@ class Refusals(ToolCase):
         for version in ("0.2.0", "0.1.0", "0.2", "0.1.99"):
             with self.subTest(version):
                 self.set_version(version)
-                self.assert_refused(f"the version does not rise: CMakeLists.txt has {version}, the feed has 0.2.0")
+                self.assert_refused(f"the version is not new: CMakeLists.txt has {version}, the feed already has 0.2.0")
 
     def test_version_below_one_that_stands_further_down(self):
         self.appcast.parent.mkdir()
         self.appcast.write_text(f"""<rss version="2.0" xmlns:s="{_NAMESPACE[1:-1]}"><channel>
             <item><s:version>0.1</s:version></item><item><enclosure s:version="0.10.0"/></item></channel></rss>""")
-        self.assert_refused("the feed has 0.10.0")
+        self.assert_refused("the feed already has 0.10.0")
 
     def test_nothing_in_the_changelog(self):
         for version in ("0.2.1", "0.1.0", "0.3", "0.20.0"):
@@ -192,7 +192,7 @@ class Refusals(ToolCase):
         self.assert_refused("the private key cannot be read")
 
     def test_build_that_knows_another_key(self):
-        self.assert_refused("the archive knows another key", "-DORVANE_UPDATE_PUBLIC_KEY_B64=" + "A" * 43 + "=")
+        self.assert_refused("the archive contains another public key", "-DORVANE_UPDATE_PUBLIC_KEY_B64=" + "A" * 43 + "=")
 
     def test_address_without_https(self):
         for address in ("http://example.org/", "ftp://example.org/", "example.org"):
@@ -200,7 +200,7 @@ class Refusals(ToolCase):
 
     def test_feed_that_is_none(self):
         self.appcast.parent.mkdir()
-        for content, text in (("<rss><channel>", "cannot be read"), ("<html/>", "no update feed"), ("", "cannot be read")):
+        for content, text in (("<rss><channel>", "cannot be read"), ("<html/>", "not an update feed"), ("", "cannot be read")):
             self.appcast.write_text(content)
             self.assert_refused(text)
 

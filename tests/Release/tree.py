@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the tests of a release share: a home with an odd name, small versions of the program to install there, and a user
-whom a read-only folder stops."""
+"""Shared by the release tests: a home directory with an odd name, small versions of the program to install there, and a user
+for whom read-only folders are effective."""
 
 import json
 import os
@@ -15,7 +15,7 @@ PROJECT = pathlib.Path(__file__).resolve().parent.parent.parent
 APPLICATION = "ch.example.Essai"
 _ARCHIVE_PARTS = PROJECT / "packaging/archive"
 _NOBODY = 65534
-# Tells the home how it was started; ends, waits or goes on as the file "plan" beside the log says.
+# Logs how it was started, then runs the script in the file "plan-<version>" beside the log.
 _PROGRAM = """#!/bin/sh
 version=@VERSION@
 { printf '%s' "$version"; for argument in "$@"; do printf '|%s' "$argument"; done; printf '\\n'; } >>"$HOME/log"
@@ -25,7 +25,7 @@ eval "$plan"
 
 
 class HomeCase(unittest.TestCase):
-    """A home whose name has spaces, accents, quotes and what else shells and desktop entries have their own idea of."""
+    """A home directory whose name has spaces, accents, quotes and other characters special to shells and desktop entries."""
 
     def setUp(self):
         folder = pathlib.Path(tempfile.mkdtemp())
@@ -38,7 +38,7 @@ class HomeCase(unittest.TestCase):
         self.data = self.home / ".local/share"
 
     def unpacked(self, version):
-        """The folder of an archive that has a script in place of the program."""
+        """An unpacked archive with a script instead of the program."""
         folder = self.scratch / f"téléchargé {version}" / f"OrvaneBreak-{version}"
         for name in ("bin", "lib", "share/OrvaneBreak", "share/applications", "share/dbus-1/services"):
             (folder / name).mkdir(parents=True)
@@ -71,7 +71,7 @@ class HomeCase(unittest.TestCase):
         return {**kept, "HOME": str(self.home), "LC_ALL": "C.UTF-8", **changes}
 
     def run_in_home(self, *command, is_stopped_by_modes=False, **changes):
-        """Runs a command for the person of this home; read-only folders stop root only when asked to."""
+        """Runs a command in this home directory; `is_stopped_by_modes` makes read-only folders effective for root too."""
         options = {}
         if is_stopped_by_modes and os.geteuid() == 0:
             options = {"user": _NOBODY, "group": _NOBODY, "extra_groups": []}
@@ -79,7 +79,7 @@ class HomeCase(unittest.TestCase):
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60, **options)
 
     def install(self, version, *options, **changes):
-        """Installs a version, which has to work."""
+        """Installs a version and asserts success."""
         result = self.run_in_home(self.unpacked(version) / "install", *options, **changes)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         return result
@@ -90,22 +90,22 @@ class HomeCase(unittest.TestCase):
                 os.chown(path, _NOBODY, _NOBODY, follow_symlinks=False)
 
     def plan(self, version, text):
-        """What this version's program does, as a piece of shell script."""
+        """Sets what this version's program does, as shell script."""
         (self.home / f"plan-{version}").write_text(text, "utf-8")
 
     def log(self):
-        """How the programs were started: version and arguments of each."""
+        """The logged starts: the version and the arguments of each."""
         path = self.home / "log"
         return [tuple(line.split("|")) for line in path.read_text("utf-8").splitlines()] if path.exists() else []
 
     def below_home(self):
-        """Every file and link of the home, and what it holds or where it leads."""
+        """Every file and link in the home directory with its content or target."""
         return {path.relative_to(self.home).as_posix(): os.readlink(path) if path.is_symlink() else path.read_bytes()
                 for path in self.home.rglob("*") if path.is_symlink() or path.is_file()}
 
 
 def end(process):
-    """Ends a process that is still there, and waits for it."""
+    """Ends a process that is still running, and waits for it."""
     if process.poll() is None:
         process.send_signal(signal.SIGKILL)
     process.wait(10)

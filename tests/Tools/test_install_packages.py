@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""tools/install-packages on systems of all kinds, each a folder of programs of which most only pretend."""
+"""tools/install-packages on different systems, each simulated by a folder of mostly fake programs."""
 
 import pathlib
 import re
@@ -104,7 +104,7 @@ class Debian(System):
         self.pretend("apt-get", f'echo "$@" >>{self.folder}/asked; [ ! -e {self.folder}/broken ] || {{ echo broken; exit 1; }}')
 
     def asked(self, known, *groups):
-        """What apt was told to do where it knows these packages."""
+        """The apt commands on a system whose apt knows these packages."""
         self.pretend("apt-cache", f'for name; do case " {known} " in *" $name "*) echo "Package: $name" ;; esac; done')
         result = self.install("ID=debian\n", *groups)
         self.assertEqual((result.returncode, result.stderr), (0, ""))

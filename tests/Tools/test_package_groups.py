@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The groups of tools/packages hold what the scripts that install them use, and nothing else. Nothing has to be installed for
-this: what is used is read from the sources."""
+"""The groups in tools/packages contain exactly what the scripts that install them use. The test reads the sources, so nothing
+has to be installed."""
 
 import re
 import sys
@@ -13,7 +13,7 @@ sys.path.insert(0, str(ROOT / "tests" / "Desktop"))
 
 from driver import packages  # noqa: E402
 
-#: What a script is started with: the groups that it installs itself, or that the documents name for it.
+#: The groups of each script: those that it installs itself, or that the documents name for it.
 _GROUPS = {
     "run": ["build", "tour"], "test": ["build", "test", "desktops", "bare"],
     "bench/run": ["build", "test"], "bench/measure-crash-scan": ["build", "test"], "tests/Fuzz/run": ["build", "fuzz"],
@@ -30,28 +30,28 @@ _EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff di
     mkdir mktemp mount mv nologin nproc readlink rm rmdir sed setarch sh sort tail tar tee touch tr umount unshare useradd
     xargs""".split())
 
-#: What is used where it is there, and does without.
+#: Used only if installed.
 _OPTIONAL = {"gdbus", "llvm-symbolizer-14", "sudo"}
 
-#: What the first of these starts in its turn.
+#: Programs that other programs start.
 _IN_ITS_TURN = {"cmake": {"ninja", "c++", "pkg-config"}, "cpack": {"dpkg-shlibdeps", "file"}, "gcovr": {"gcov"}}
 
 #: Programs that CMakePresets.json names.
 _OF_PRESETS = {"tests/Fuzz/run": {"clang", "clang++"}}
 
-#: Not started, though it looks so: an argument of the program that it must refuse.
+#: Looks like a program but is an argument that a program must refuse.
 _NO_PROGRAMS = {"file.txt"}
 
-#: Window managers that a bed starts only for this scenario.
+#: Window managers that only this scenario uses.
 _CHOSEN = {"i3", "i3-msg", "xfwm4"}
 _CHOOSING = ROOT / "tests/Desktop/break_scenario.py"
 
-#: Run only where Wayland desktops are asked for.
+#: Used only when Wayland desktops are requested.
 _WAYLAND = {ROOT / "tests/Desktop/driver" / f"{name}.py" for name in ("gnome", "kwin", "sway", "wayland")}
 
 
 def table():
-    """For each group its rows: the package on Debian, and the reason for it or nothing."""
+    """Maps each group to its rows: the Debian package and its purpose, which may be empty."""
     groups = {}
     for line in (ROOT / "tools/packages").read_text("utf-8").splitlines():
         if line and not line.startswith("#"):
@@ -82,7 +82,7 @@ def installed_by(script):
 
 
 def closure(script, without=()):
-    """The script and all that it starts or imports, but for what installs packages, for itself or for others."""
+    """The script and everything that it starts or imports, except what installs packages."""
     seen, unseen = set(), {script}
     if name_of(script) in ("test", "tools/measure-coverage"):
         unseen |= {path for path in scripts() if path.is_relative_to(ROOT / "tests") and name_of(path) != "tests/Fuzz/run"}
@@ -105,7 +105,7 @@ def programs_of(files):
 
 
 def of_cmake(is_for_tests):
-    """The programs and the libraries that CMake asks for, optional ones only where the tests are run."""
+    """The programs and libraries that CMake looks for; optional ones only for the tests."""
     programs, libraries = set(), set()
     for path in [*ROOT.glob("*/**/CMakeLists.txt"), *ROOT.glob("cmake/*.cmake"), ROOT / "CMakeLists.txt"]:
         if path.relative_to(ROOT).parts[0].startswith("build"):
@@ -128,13 +128,13 @@ def _libraries(words):
 
 
 def of_sources():
-    """The programs that the tests in C++ start."""
+    """The programs that the C++ tests start."""
     return {program for path in (ROOT / "tests").rglob("*") if path.suffix in (".cpp", ".h")
             for program in re.findall(r'(?:start|execute)\(u"([\w.-]+)"_s', path.read_text("utf-8"))}
 
 
 def needs_of(name, groups, may=False):
-    """The packages that a script needs, each with what for. With `may` also what it can do without."""
+    """The packages that a script needs, each with its uses. With `may` also optional ones."""
     is_test = "test" in groups
     without = () if "desktops" in groups else _WAYLAND
     files = closure(ROOT / name, without)
@@ -164,7 +164,7 @@ class Groups(unittest.TestCase):
             there = packages_in(groups)
             for package, used in needs_of(name, groups).items():
                 with self.subTest(script=name, groups=groups, package=package, used=used):
-                    self.assertFalse(package.startswith("unknown:"), "no package is known for it in driver/packages.py")
+                    self.assertFalse(package.startswith("unknown:"), "driver/packages.py has no package for it")
                     self.assertIn(package, there)
 
     def test_what_is_in_the_groups_is_used(self):

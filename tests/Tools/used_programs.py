@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What a script of the tree uses of the system, read from its text: programs, modules of Python, other scripts."""
+"""Finds the programs, Python modules and other scripts that a script uses, by reading its source."""
 
 import ast
 import collections
@@ -12,7 +12,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 _SHEBANG = re.compile(r"#!(?:\S*/env )?(?:\S*/)?(sh|bash|python3)\b")
 _PROGRAM = re.compile(r"[A-Za-z][\w.+-]*")
-# A program that is not on the path.
+# A program outside the PATH.
 _PLACE = re.compile(r"/usr/(?:s?bin|libexec|lib[^/]*)/(?:.*/)?([A-Za-z][\w+-]*)")
 
 # Functions whose first argument is a command or the name of a program.
@@ -28,7 +28,7 @@ _BEFORE_A_COMMAND = {"if", "elif", "while", "until", "then", "else", "do", "!", 
 
 @dataclasses.dataclass
 class Uses:
-    """What is used by name: programs of the system, modules of Python, and the files of the tree that belong to it."""
+    """System programs, Python modules, and files of the source tree that a script uses by name."""
     programs: set = dataclasses.field(default_factory=set)
     modules: set = dataclasses.field(default_factory=set)
     files: set = dataclasses.field(default_factory=set)
@@ -36,7 +36,7 @@ class Uses:
 
 @functools.cache
 def scripts():
-    """The scripts and the Python modules of the tree, with the name of their language."""
+    """Maps each script and Python module of the source tree to its language."""
     found = {}
     for folder in ("", "tools", "tests", "bench", "packaging"):
         for path in (ROOT / folder).rglob("*") if folder else ROOT.iterdir():
@@ -58,7 +58,7 @@ def uses_of(path):
 
 
 def _file_of_the_tree(path, name):
-    """The script that a script at `path` means by a name with a folder or an ending; None for other text."""
+    """The script that `name` refers to in the script at `path`; None if it is no file name."""
     if "/" in name or name.endswith(".py"):
         for folder in (ROOT, path.parent, path.parent.parent):
             candidate = (folder / name.removeprefix("./")).resolve()
@@ -127,7 +127,7 @@ def _names_of(node):
 
 
 def _assigned(node):
-    """The names that a statement gives values to, with these values."""
+    """The names that a statement assigns, with their values."""
     if isinstance(node, ast.Assign):
         yield from ((target.id, node.value) for target in node.targets if isinstance(target, ast.Name))
     elif isinstance(node, ast.For) and isinstance(node.target, ast.Name) and isinstance(node.iter, (ast.Tuple, ast.List)):
@@ -135,7 +135,7 @@ def _assigned(node):
 
 
 def _first_words(node, values, depth=3):
-    """What a command may begin with."""
+    """The possible first words of a command."""
     if isinstance(node, (ast.List, ast.Tuple)):
         for element in node.elts:
             is_several = isinstance(element, ast.Starred)
@@ -164,7 +164,7 @@ def _texts(node):
 
 
 def _joined(node):
-    """The text of a constant, or of the constants at the end of a path that is put together with slashes."""
+    """The text of a constant, or of the constants at the end of a path joined with slashes."""
     if isinstance(node, ast.Constant):
         return node.value if isinstance(node.value, str) else ""
     if isinstance(node, ast.BinOp) and isinstance(node.op, ast.Div):
@@ -181,7 +181,7 @@ def _shell(path):
     text = re.sub(r"(?m)(^|\s)#.*$", "", text).replace("\\\n", " ")
     for name in re.findall(r"[\w.-]+(?:/[\w.-]+)+", text):
         uses.files.update(filter(None, [_file_of_the_tree(path, name) or _file_of_the_tree(path, name.partition("/")[2])]))
-    # Some are in a file beside it that it reads.
+    # Functions may be defined in a file beside it that it sources.
     texts = [script.read_text("utf-8") for script in scripts() if script.parent == path.parent]
     functions = set(re.findall(r"(?m)^(\w+)\(\)", "\n".join(texts)))
     for command in _commands(text):
@@ -196,7 +196,7 @@ def _shell(path):
 
 
 def _commands(text):
-    """The simple commands, with "$" in place of each text in quotes."""
+    """The simple commands, with "$" instead of each quoted text."""
     inner = []
     text = re.sub(r"\$\(\(.*?\)\)", "$", text)
 
