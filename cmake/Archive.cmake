@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # The contents of the released archive besides the shared data: the program with its own Qt, its launcher, and the scripts that
 # install it into the home directory. `cmake --install` omits them unless the component is requested:
 #     cmake --install build --component data --prefix FOLDER

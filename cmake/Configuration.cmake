@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # Everything that the makers of a build configure. The defaults are in the reserved top-level domain "invalid", which does not
 # resolve: an unconfigured build contacts no server.
 

@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # Instruments the shipped program's code for tools/measure-coverage. Test code is not instrumented.
 
 option(ORVANE_COVERAGE "Count which lines of OrvaneBreak and OrvaneBreakCore run" OFF)

@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # AppStream metadata, icons and manuals.
 
 # The makers' web site serves docs/pictures.

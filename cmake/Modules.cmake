@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # The modules: plug-ins that the program loads on first use. They are in lib/orvanebreak/modules beside the bin folder, in the
 # build tree and in every installation. They are two levels below lib because packaging tools treat files directly in a
 # subfolder of lib as public shared libraries.

@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # The Debian package, which tools/package-debian makes of the build. It holds the components "program" and "data", and "debian"
 # for files that differ from a manual installation.
 
@@ -42,9 +43,9 @@ set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Every 20 minutes OrvaneBreak covers every screen with a dark translucent
-overlay, asks to look 6 metres away, counts 20 seconds down on a ring and
-goes away by itself. Escape ends a break; breaks that nobody is there for
-are skipped. The program speaks French.")
+overlay, asks you to look 6 metres away, counts down 20 seconds on a ring
+and disappears by itself. Escape ends a break; breaks are skipped while
+you are away. The interface is in French.")
 
 # dpkg-shlibdeps finds the linked libraries, and the SVG plug-ins come with the SVG library. The rest is used at run time: the
 # program starts on X11 without the Wayland plug-in, but then its breaks cover nothing on most current desktops.

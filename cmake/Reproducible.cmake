@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # Makes release binaries identical in any build folder, so that anybody can check that a published archive was built from the
 # published source. Development builds keep the real paths for debuggers.
 

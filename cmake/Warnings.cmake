@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # One interface target that every target of this project links privately, so that warnings and sanitizers do not apply to
 # third-party code.
 

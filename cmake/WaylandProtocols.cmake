@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+#
 # Code generated from Wayland protocol descriptions, compiled without this project's warning flags.
 
 find_program(WAYLAND_SCANNER wayland-scanner REQUIRED)

@@ -26,7 +26,7 @@ STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocato
 FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
 
 
-class Person:
+class User:
     """A user with a home directory and a server for reports."""
 
     def __init__(self, home, server):
@@ -71,25 +71,25 @@ class Crashes(unittest.TestCase):
         server = MakersServer(MAKERS_SERVER, folder.name + "/server")
         server.start()
         self.addCleanup(server.stop)
-        self.person = Person(folder.name + "/home", server)
+        self.user = User(folder.name + "/home", server)
 
     def check(self, kind, number, message, **options):
         with self.subTest(kind=kind, **options):
-            already = len(self.person.reports())
-            self.assertEqual(self.person.crash(kind, **options), -number)
-            written = self.person.pending.read_text("utf-8")
+            already = len(self.user.reports())
+            self.assertEqual(self.user.crash(kind, **options), -number)
+            written = self.user.pending.read_text("utf-8")
             self.assertEqual(written.split("\n---\n")[0], message)
-            self.person.start_and_stop(already + 1)
-            self.assertFalse(self.person.pending.exists())
-            new = self.person.reports()[already:]
+            self.user.start_and_stop(already + 1)
+            self.assertFalse(self.user.pending.exists())
+            new = self.user.reports()[already:]
             self.assertEqual(len(new), 1)
             self.assertEqual(sorted(new[0]), ["d", "kind", "message", "os", "stack", "v"])
             self.assertEqual((new[0]["d"], new[0]["kind"]), ("ANNAS-DEVICE", "crash"))
             self.assertEqual(new[0]["message"] + "\n---\n" + new[0]["stack"], written)
             lines = new[0]["stack"].split("\n")
             self.assertTrue(1 <= len(lines) <= 30 and all(FRAME.fullmatch(line) for line in lines), new[0]["stack"])
-            self.person.start_and_stop(already + 1)
-            self.assertEqual(len(self.person.reports()), already + 1)
+            self.user.start_and_stop(already + 1)
+            self.assertEqual(len(self.user.reports()), already + 1)
 
     def test_each_signal_on_the_main_thread_and_on_another(self):
         for number in SIGNALS:
@@ -115,27 +115,27 @@ class Crashes(unittest.TestCase):
                    ORVANE_DEBUG_BREAK="1")
 
     def test_of_two_crashes_the_second_is_sent(self):
-        self.person.crash("signal 11")
-        self.person.crash("signal 8")
-        self.person.start_and_stop(1)
-        self.assertEqual([report["message"] for report in self.person.reports()], ["Signal 8"])
+        self.user.crash("signal 11")
+        self.user.crash("signal 8")
+        self.user.start_and_stop(1)
+        self.assertEqual([report["message"] for report in self.user.reports()], ["Signal 8"])
 
     def test_reports_that_the_system_keeps_are_sent_once(self):
-        folder = self.person.home / "state/OrvaneBreak/Logs/DiagnosticReports"
+        folder = self.user.home / "state/OrvaneBreak/Logs/DiagnosticReports"
         folder.mkdir(parents=True)
         (folder / "OrvaneBreak-1.crash").write_text("Process: 1\nException Type: SIGKILL\n" + "é" * 18_000)
         (folder / "Other-1.crash").write_text("Exception")
         for _ in range(2):
-            self.person.start_and_stop(1)
-        self.assertEqual([(report["message"], len(report["stack"])) for report in self.person.reports()],
+            self.user.start_and_stop(1)
+        self.assertEqual([(report["message"], len(report["stack"])) for report in self.user.reports()],
                          [("Exception Type: SIGKILL", 18_000)])
 
     def test_a_folder_that_cannot_be_written_loses_the_report_alone(self):
-        self.person.pending.parent.parent.mkdir()
-        self.person.pending.parent.write_text("in the way")
-        self.assertEqual(self.person.crash("signal 11"), -signal.SIGSEGV)
-        self.person.start_and_stop(0)
-        self.assertEqual(self.person.reports(), [])
+        self.user.pending.parent.parent.mkdir()
+        self.user.pending.parent.write_text("in the way")
+        self.assertEqual(self.user.crash("signal 11"), -signal.SIGSEGV)
+        self.user.start_and_stop(0)
+        self.assertEqual(self.user.reports(), [])
 
 
 class SourceLines(unittest.TestCase):

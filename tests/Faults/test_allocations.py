@@ -44,7 +44,7 @@ _CHANGING = {"OBShownMessages", "OBMessageHistory", "OBAckMessage", "OBSoundEnab
 Plan = collections.namedtuple("Plan", "seed first maximum rate size")
 
 
-class Person:
+class User:
     """A user with a home directory for one run."""
 
     def __init__(self, folder, server):
@@ -102,9 +102,9 @@ class Shortages(unittest.TestCase):
 
     def _allocations(self, size):
         """The number of allocations of at least this size in a run without failures."""
-        person, file = Person(self.folder, self.server), pathlib.Path(self.folder, "count")
-        status = person.use(Plan(0, 0, 0, 0, size), ORVANE_TEST_ALLOCATIONS_FILE=str(file))
-        self.assertEqual((status, person.has_everything()), (0, True))
+        user, file = User(self.folder, self.server), pathlib.Path(self.folder, "count")
+        status = user.use(Plan(0, 0, 0, 0, size), ORVANE_TEST_ALLOCATIONS_FILE=str(file))
+        self.assertEqual((status, user.has_everything()), (0, True))
         return int(file.read_text("ascii"))
 
     @staticmethod
@@ -126,23 +126,23 @@ class Shortages(unittest.TestCase):
 
     def _endure(self, plan):
         """Runs once with failures and once without; returns the number of crash reports."""
-        person = Person(self.folder, self.server)
-        status = person.use(plan)
+        user = User(self.folder, self.server)
+        status = user.use(plan)
         # The ways in which the program itself may end; the script exits with other statuses if a break stays.
         self.assertLessEqual(status, 0)
-        stored = person.stored()
+        stored = user.stored()
         self.assertEqual({key: stored.get(key) for key in _STORED if key not in _CHANGING},
                          {key: value for key, value in _STORED.items() if key not in _CHANGING})
         self.assertEqual(stored["OBMessageHistory"][:len(_HISTORY)], _HISTORY)
-        is_reported = person.pending.exists()
+        is_reported = user.pending.exists()
         if is_reported:
-            self.assertRegex(person.pending.read_text("utf-8"), re.compile(rf"\A{_REPORT.pattern}\Z"))
-        self.assertEqual((person.use(), person.has_everything(), person.pending.exists()), (0, True, False))
+            self.assertRegex(user.pending.read_text("utf-8"), re.compile(rf"\A{_REPORT.pattern}\Z"))
+        self.assertEqual((user.use(), user.has_everything(), user.pending.exists()), (0, True, False))
         return int(is_reported)
 
     def _survive(self, plan):
-        person = Person(self.folder, self.server)
-        self.assertEqual((person.use(plan), person.has_everything(), person.pending.exists()), (0, True, False))
+        user = User(self.folder, self.server)
+        self.assertEqual((user.use(plan), user.has_everything(), user.pending.exists()), (0, True, False))
 
 
 if __name__ == "__main__":

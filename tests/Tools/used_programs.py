@@ -58,7 +58,7 @@ def uses_of(path):
 
 
 def _file_of_the_tree(path, name):
-    """The script that `name` refers to in the script at `path`; None if it is no file name."""
+    """The script that `name` refers to in the script at `path`; None if it is not a file name."""
     if "/" in name or name.endswith(".py"):
         for folder in (ROOT, path.parent, path.parent.parent):
             candidate = (folder / name.removeprefix("./")).resolve()

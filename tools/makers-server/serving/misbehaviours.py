@@ -113,7 +113,7 @@ def _half_of_gzip(answer, _):
 
 NONE = Misbehaviour("none", "answers correctly again")
 
-#: All of them, in the order in which a person reads about them.
+#: All misbehaviours, in the order of the help text.
 ALL = (
     Misbehaviour("late", "answers after N seconds of silence", "30", _is_duration, answer=_paced(answers.late)),
     Misbehaviour("truncated", "a whole answer whose JSON ends in the middle", answer=_body(lambda body: body[:len(body) // 2])),
