@@ -19,7 +19,7 @@ _MOVES_PER_SECOND = 25
 _OTHERS_TIMEOUT = 20
 
 
-def _everybody(kit):
+def _subjects(kit):
     return (kit.reference, kit.in_dock, kit.in_menu_bar)
 
 
@@ -37,7 +37,7 @@ def settled(kit):
     """The rows for the first 30 seconds: each program alone on a desktop."""
     work, sizes, alone = {}, {}, True
     for _ in range(kit.choose(2, 1)):
-        for subject in _everybody(kit):
+        for subject in _subjects(kit):
             with subjects.plain_bed() as bed:
                 tray = Tray(bed)
                 process, _ = subject.start(bed)
@@ -96,7 +96,7 @@ def idle(kit):
     """The rows for waiting: all programs at the same time, each on its own desktop."""
     with contextlib.ExitStack() as stack:
         beds, processes = {}, {}
-        for subject in _everybody(kit):
+        for subject in _subjects(kit):
             bed = beds[subject] = stack.enter_context(subjects.plain_bed())
             tray = Tray(bed)
             processes[subject], _ = subject.start(bed)

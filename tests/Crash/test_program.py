@@ -120,7 +120,7 @@ class Crashes(unittest.TestCase):
         self.user.start_and_stop(1)
         self.assertEqual([report["message"] for report in self.user.reports()], ["Signal 8"])
 
-    def test_reports_that_the_system_keeps_are_sent_once(self):
+    def test_reports_of_the_system_are_sent_once(self):
         folder = self.user.home / "state/OrvaneBreak/Logs/DiagnosticReports"
         folder.mkdir(parents=True)
         (folder / "OrvaneBreak-1.crash").write_text("Process: 1\nException Type: SIGKILL\n" + "é" * 18_000)
@@ -130,7 +130,7 @@ class Crashes(unittest.TestCase):
         self.assertEqual([(report["message"], len(report["stack"])) for report in self.user.reports()],
                          [("Exception Type: SIGKILL", 18_000)])
 
-    def test_a_folder_that_cannot_be_written_loses_the_report_alone(self):
+    def test_an_unwritable_folder_loses_only_the_report(self):
         self.user.pending.parent.parent.mkdir()
         self.user.pending.parent.write_text("in the way")
         self.assertEqual(self.user.crash("signal 11"), -signal.SIGSEGV)

@@ -40,14 +40,14 @@ def everyday(desk, report):
     report.run(tray_part.tray, desk, report)
     for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
                  pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
-        desk.tidy_up(program_runs=True)
+        desk.clean_up(program_runs=True)
         report.run(part, desk, report)
-    desk.tidy_up(program_runs=False)
+    desk.clean_up(program_runs=False)
     report.run(service_part.preferences, desk, report)
     desk.tray.stop()
     desk.tray = None
     for part in (ending_part.signals, service_part.absent_services, look_part.scales, ending_part.server_killed):
-        desk.tidy_up(program_runs=False)
+        desk.clean_up(program_runs=False)
         report.run(part, desk, report)
 
 
@@ -61,18 +61,18 @@ def application(desk, report):
                  session_part.desktop_theme, session_part.global_menu, session_part.launcher, sound_part.chime,
                  diagnostics_part.desktop, diagnostics_part.troubles, trouble_part.starts_at_once, trouble_part.bus_dies,
                  trouble_part.login_item, trouble_part.edited_preferences):
-        desk.tidy_up(program_runs=False)
+        desk.clean_up(program_runs=False)
         report.run(part, desk, report)
-    desk.tidy_up(program_runs=False)
+    desk.clean_up(program_runs=False)
     desk.tray.stop()
     report.run(modes_part.without_tray, desk, report)
 
 
 def hotplug(desk, report):
     """Monitor hotplug, with xfwm4's own compositor."""
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     report.run(look_part.cover, desk, report)
-    desk.tidy_up(program_runs=False)
+    desk.clean_up(program_runs=False)
     report.run(hotplug_part.hotplug, desk, report)
 
 
@@ -88,12 +88,12 @@ def everyday_on_wayland(desk, report, helpers):
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
                  wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
                  wayland_change_part.unplugging):
-        desk.tidy_up(program_runs=True)
+        desk.clean_up(program_runs=True)
         report.run(part, desk, report)
-    desk.tidy_up(program_runs=False)
+    desk.clean_up(program_runs=False)
     report.run(wayland_change_part.idle, desk, report, helpers)
     for part in (wayland_change_part.signals, wayland_change_part.compositor_killed):
-        desk.tidy_up(program_runs=False)
+        desk.clean_up(program_runs=False)
         report.run(part, desk, report)
 
 

@@ -26,15 +26,15 @@ def run(arguments, report):
             desk.server = server
             for part in (channel_part.visible, channel_part.hidden, channel_part.in_a_break, channel_part.over_an_alert,
                          channel_part.replies, channel_part.reports, channel_hostile_part.misbehaviours):
-                desk.tidy_up(program_runs=False)
+                desk.clean_up(program_runs=False)
                 report.run(part, desk, report)
         certificate, key = make_certificate(folder, "DNS:makers.invalid")
         with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "certified"), "--certificate",
                           certificate, "--private-key", key) as server:
             desk.server = server
-            desk.tidy_up(program_runs=False)
+            desk.clean_up(program_runs=False)
             report.run(channel_hostile_part.unknown_certificate, desk, report)
-        desk.tidy_up(program_runs=False)
+        desk.clean_up(program_runs=False)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
 
 

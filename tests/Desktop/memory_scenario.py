@@ -49,7 +49,7 @@ def run(arguments, report):
         desk.tray = Tray(bed)
         with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "server")) as desk.server:
             report.run(memory_part.whole_run, desk, report)
-            desk.tidy_up(program_runs=False)
+            desk.clean_up(program_runs=False)
         found = "".join(path.read_text("utf-8", "replace") for path in sorted(logs.iterdir()) if path.suffix == ".txt")
     print(found)
     report.promise("no memory leaks and no invalid accesses", not found, "see above")

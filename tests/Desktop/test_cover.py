@@ -66,7 +66,7 @@ class TestCover(unittest.TestCase):
                 self.picture.paste(_COLOUR, bare)
                 self.assertEqual(self.boxes(), [("LEFT", box)])
 
-    def test_other_picture_counts_as_well(self):
+    def test_alternative_picture_is_accepted(self):
         active, inactive = (10, 10, 200, 30), (90, 90, 90)
         self.picture.paste(tuple(round(part * 0.25) for part in inactive), active)
         other = self.desktop.copy()
@@ -75,7 +75,7 @@ class TestCover(unittest.TestCase):
         self.cover = Cover(self.desktop, other, outputs=_OUTPUTS)
         self.assertEqual(self.boxes(), [])
 
-    def test_restless_box_is_dark_all_the_same(self):
+    def test_restless_box_must_be_dark_too(self):
         panel = (0, 570, 800, 600)
         self.cover = Cover(self.desktop, outputs=_OUTPUTS, restless=[panel])
         self.picture.paste((64, 60, 64), panel)

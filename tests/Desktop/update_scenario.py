@@ -18,9 +18,9 @@ def run(arguments, report):
         desk = UpdateDesk(bed, makers, arguments.helpers.resolve(), arguments.results and arguments.results.parent)
         for part in (update_part.by_hand, update_part.at_quit, update_part.relaunch, update_part.bad_start,
                      update_part.lies, update_part.full_disk, update_part.killed):
-            desk.tidy_up(program_runs=False)
+            desk.clean_up(program_runs=False)
             report.run(part, desk, report)
-        desk.tidy_up(program_runs=False)
+        desk.clean_up(program_runs=False)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
 
 

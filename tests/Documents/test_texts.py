@@ -13,7 +13,7 @@ _KINDS = {"Added", "Changed", "Deprecated", "Removed", "Fixed", "Security"}
 
 
 class Links(unittest.TestCase):
-    def test_every_target_is_there(self):
+    def test_link_targets_exist(self):
         for path in documents():
             for link in Document(path).links():
                 with self.subTest(document=name(path), link=link):

@@ -11,7 +11,7 @@ from scenario.application_desk import MENU_BAR_BOX, SETTINGS
 from scenario.desk import BREAK_NOW, OPEN, QUIT, SWITCH_OFF, SWITCH_ON
 from scenario.ending_part import check_end_with_server
 from scenario.service_part import answer_first_question
-from shortages import Descriptors, FileSizeLimit, SmallDisk, processor_seconds, wait_for_calm
+from shortages import Descriptors, FileSizeLimit, SmallDisk, processor_seconds, wait_until_idle
 
 _SOUND = "Jouer un son doux au début de la pause"
 #: Not even root can create a file there.
@@ -68,7 +68,7 @@ def _run_out_of_room(desk, report, where, make_shortage):
         desk.start_over({"ORVANE_DEBUG_SETTINGS": "1", "XDG_DATA_HOME": str(desk.config)})
         desk.reader.control(_SOUND)
         stored = desk.preferences()
-        shortage.take_all(desk.process)
+        shortage.exhaust(desk.process)
         desk.reader.press(_SOUND)
         report.promise(f"{where}: a setting holds until the end", comes_true(lambda: desk.is_checked(_SOUND), 3))
         report.promise(f"{where}: stored data stays intact", desk.preferences() == stored, desk.preferences())
@@ -77,7 +77,7 @@ def _run_out_of_room(desk, report, where, make_shortage):
         desk.reader.press(MENU_BAR_BOX)
         wait_until(desk.tray.items, "the icon in the tray")
         _has_break(desk, report, f"{where}: breaks come")
-        shortage.give_back(desk.process)
+        shortage.restore(desk.process)
         desk.reader.press(MENU_BAR_BOX)
         wanted = {**stored, "OBSoundEnabled": True, "OBMenuBarMode": False}
         report.promise(f"{where}: with room again, all settings are stored",
@@ -91,8 +91,8 @@ def no_descriptors(desk, report):
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True, "OBSoundEnabled": True})
     wait_until(desk.tray.items, "the icon in the tray")
     # Lets the program open the descriptors that it needs at startup.
-    wait_for_calm(desk.process)
-    Descriptors.take_all(desk.process)
+    wait_until_idle(desk.process)
+    Descriptors.exhaust(desk.process)
     desk.tray.click(SWITCH_ON)
     report.promise("no descriptors: reminders are turned on", comes_true(lambda: desk.tray.labels()[0] == SWITCH_OFF, 3))
     _has_break(desk, report, "no descriptors: breaks come")
@@ -107,7 +107,7 @@ def no_descriptors(desk, report):
     comes_true(lambda: time.monotonic() - began > _WATCHED_SECONDS, _WATCHED_SECONDS + 1)
     spent = processor_seconds(desk.process) - spent
     report.promise("no descriptors: waiting costs almost nothing", spent <= _MAX_PROCESSOR_SECONDS, f"{spent:.2f} s")
-    Descriptors.give_back(desk.process)
+    Descriptors.restore(desk.process)
     desk.reader.press(_SOUND)
     wait_until(lambda: desk.is_checked(_SOUND), "the box with its mark")
     desk.reader.press(_SOUND)

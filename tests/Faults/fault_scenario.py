@@ -22,7 +22,7 @@ def run(arguments, report):
         desk.tray = Tray(bed)
         for part in (fault_part.read_only_home, fault_part.full_disk, fault_part.no_descriptors,
                      fault_part.bus_restarts, fault_part.display_dies):
-            desk.tidy_up(program_runs=False)
+            desk.clean_up(program_runs=False)
             report.run(part, desk, report)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
 

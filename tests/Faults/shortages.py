@@ -8,7 +8,7 @@ import subprocess
 from driver.bed import NotPossibleHere
 from driver.waiting import stays_true, wait_until
 
-_CALM_SECONDS = 0.5
+_IDLE_SECONDS = 0.5
 
 
 class SmallDisk:
@@ -29,7 +29,7 @@ class SmallDisk:
     def __exit__(self, *_):
         subprocess.run(["umount", "--lazy", self._folder], check=True)
 
-    def take_all(self, _process):
+    def exhaust(self, _process):
         """Fills the disk."""
         with open(self._ballast, "wb", buffering=0) as ballast:
             try:
@@ -38,7 +38,7 @@ class SmallDisk:
             except OSError:
                 pass
 
-    def give_back(self, _process):
+    def restore(self, _process):
         self._ballast.unlink()
 
 
@@ -52,11 +52,11 @@ class FileSizeLimit:
         """Does nothing: the limit ends with the process."""
 
     @staticmethod
-    def take_all(process):
+    def exhaust(process):
         _limit(process, resource.RLIMIT_FSIZE, 0)
 
     @staticmethod
-    def give_back(process):
+    def restore(process):
         _limit(process, resource.RLIMIT_FSIZE, None)
 
 
@@ -64,13 +64,13 @@ class Descriptors:
     """The file descriptors of a process."""
 
     @staticmethod
-    def take_all(process):
+    def exhaust(process):
         """Lowers the limit so that no further descriptor can be opened."""
         used = {int(name) for name in os.listdir(f"/proc/{process.pid}/fd")}
         _limit(process, resource.RLIMIT_NOFILE, next(number for number in range(len(used) + 1) if number not in used))
 
     @staticmethod
-    def give_back(process):
+    def restore(process):
         _limit(process, resource.RLIMIT_NOFILE, None)
 
 
@@ -87,9 +87,9 @@ def processor_seconds(process):
     return (int(words[11]) + int(words[12])) / os.sysconf("SC_CLK_TCK")
 
 
-def wait_for_calm(process):
+def wait_until_idle(process):
     """Waits until a process has been idle for a while."""
-    def is_calm():
+    def is_idle():
         spent = processor_seconds(process)
-        return stays_true(lambda: processor_seconds(process) == spent, _CALM_SECONDS)
-    wait_until(is_calm, "an idle process")
+        return stays_true(lambda: processor_seconds(process) == spent, _IDLE_SECONDS)
+    wait_until(is_idle, "an idle process")

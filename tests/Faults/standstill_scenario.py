@@ -24,7 +24,7 @@ _BREAK_SECONDS = 20
 _LATE = 3
 
 
-class StandingProgram:
+class StoppedProgram:
     """A program that is stopped with SIGSTOP from construction on."""
 
     def __init__(self, desk):
@@ -32,7 +32,7 @@ class StandingProgram:
         self._began = time.monotonic()
         os.kill(desk.process.pid, signal.SIGSTOP)
 
-    def go_on_after(self, seconds):
+    def continue_after(self, seconds):
         """Continues it once it has been stopped for these seconds."""
         comes_true(lambda: time.monotonic() - self._began >= seconds, seconds + 1)
         os.kill(self._desk.process.pid, signal.SIGCONT)
@@ -47,17 +47,17 @@ def start_with_reminders(desk):
 def ten_seconds(desk, report):
     """The program is stopped for ten seconds, while it waits and during a break."""
     start_with_reminders(desk)
-    standing = StandingProgram(desk)
+    standing = StoppedProgram(desk)
     second = desk.bed.run([desk.program, "--break-now"], stderr=subprocess.PIPE, text=True)
     said = second.stderr.read().splitlines()
     report.promise("a second start says that the first does not answer", second.wait(_SHORT) != 0 and len(said) == 1, said)
     desk.bed.stop(second)
-    standing.go_on_after(_SHORT)
+    standing.continue_after(_SHORT)
     report.promise("the break that was requested meanwhile appears once on each screen",
                    comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()), _LATE), desk.overlays())
     began = time.monotonic()
     comes_true(lambda: time.monotonic() - began > 2, 3)
-    StandingProgram(desk).go_on_after(_SHORT)
+    StoppedProgram(desk).continue_after(_SHORT)
     report.promise("a break stays on the screen when the program was stopped for ten seconds", desk.overlays())
     ended = comes_true(lambda: not desk.overlays(), _BREAK_SECONDS)
     length = time.monotonic() - began
@@ -78,7 +78,7 @@ def check_afterwards(desk, report):
 
 def a_minute(desk, report, standing):
     """The program is stopped for a minute, beginning during a break."""
-    standing.go_on_after(_LONG)
+    standing.continue_after(_LONG)
     report.promise("a break that is long overdue closes at once", comes_true(lambda: not desk.overlays(), _LATE))
     check_afterwards(desk, report)
 
@@ -89,7 +89,7 @@ def run(arguments, report):
         longer, shorter = Desk(first, program, helpers), Desk(second, program, helpers)
         start_with_reminders(longer)
         longer.begin_break()
-        standing = StandingProgram(longer)
+        standing = StoppedProgram(longer)
         report.run(ten_seconds, shorter, report)
         report.run(a_minute, longer, report, standing)
     for bed in (first, second):

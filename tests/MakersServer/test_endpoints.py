@@ -80,7 +80,7 @@ class CheckIn(ServerCase):
             server.publish(identifier, "Bonjour")
             self.assertEqual(server.check_in()["mid"], identifier)
 
-    def test_gives_what_was_published_last(self):
+    def test_sends_the_latest_message(self):
         server = self.server()
         server.publish(9, "neuf")
         server.publish(7, "sept")
@@ -91,7 +91,7 @@ class CheckIn(ServerCase):
         self.assertEqual(server.check_in()["mid"], 7)
         self.assertEqual(server.command("withdraw", 9, check=False).returncode, 1)
 
-    def test_gives_nothing_to_a_device_that_has_acknowledged(self):
+    def test_sends_nothing_after_an_acknowledgement(self):
         server = self.server()
         server.publish(7, "sept")
         self.assertEqual(server.check_in(m=7)["mid"], 0)
@@ -139,7 +139,7 @@ class Reports(ServerCase):
 
 
 class Recording(ServerCase):
-    def test_headers_method_and_bytes_that_are_no_text(self):
+    def test_headers_method_and_binary_body(self):
         server = self.server()
         connection = server.connection()
         self.addCleanup(connection.close)
@@ -175,7 +175,7 @@ class Secure(ServerCase):
         connection.request("POST", "/api/report.php", json.dumps(report_members()))
         self.assertEqual(connection.getresponse().status, 200)
 
-    def test_a_certificate_that_does_not_fit_is_noticed(self):
+    def test_a_mismatched_certificate_is_rejected(self):
         server, context = self.secure_server("DNS:elsewhere.invalid")
         with self.assertRaises(ssl.SSLCertVerificationError):
             server.connection(context).request("POST", "/api/report.php", "{}")

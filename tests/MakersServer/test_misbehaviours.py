@@ -111,7 +111,7 @@ class Members(MisbehaviourCase):
 
 
 class Bytes(MisbehaviourCase):
-    def test_no_json(self):
+    def test_not_json(self):
         for mode in ("not-json", "truncated", "trailing-bytes"):
             status, body = self.misbehave(mode)
             self.assertEqual(status, 200)
@@ -129,7 +129,7 @@ class Bytes(MisbehaviourCase):
         body = self.misbehave("deep")[1]
         self.assertEqual((body.count(b"["), body.count(b"]")), (100_000, 100_000))
 
-    def test_ids_that_are_no_integers_but_signed(self):
+    def test_invalid_ids_that_are_signed(self):
         cases = (("huge-number", (), b'"mid":18446744073709551623,', 7), ("boolean-id", (), b'"mid":true,', 1),
                  ("float-id", (), b'"mid":1000.0,', 1000), ("float-id", ("1e3",), b'"mid":1e3,', 1000))
         for mode, argument, literal, signed in cases:
@@ -137,7 +137,7 @@ class Bytes(MisbehaviourCase):
             self.assertIn(literal, body)
             self.assertTrue(is_signed(json.loads(body) | {"mid": signed}, self.server.public_key), mode)
 
-    def test_texts_that_are_no_texts_but_signed(self):
+    def test_invalid_texts_that_are_signed(self):
         cases = (("nul-in-message", rb"Avant\u0000apr", "Avant\0après"), ("lone-surrogate", rb'"msg":"\ud800"', "\ufffd"),
                  ("invalid-utf8", b'"msg":"\xff"', "\ufffd"))
         for mode, literal, signed in cases:

@@ -195,7 +195,7 @@ class Records(SocketCase):
         self.assertEqual(connection.recv(15), b"HTTP/1.1 200 OK")
         self.assertEqual(len(self.server.received()), 1)
 
-    def test_half_of_a_request_is_none(self):
+    def test_partial_request_is_not_recorded(self):
         for data in (request()[:-1], request()[:40], b"\0\xff\r\n\r\n", b"\r\n"):
             connection = self.connect(data)
             connection.shutdown(socket.SHUT_WR)

@@ -103,7 +103,7 @@ class DebianPackage(unittest.TestCase):
         size = sum(entry.size for entry in self.entries)
         self.assertAlmostEqual(int(self.field("Installed-Size")), size / 1024, delta=200)
 
-    def test_readme_tells_its_size(self):
+    def test_readme_states_the_size(self):
         told = float(re.search(r"installed ([0-9.]+) MB", (PROJECT / "README.md").read_text("utf-8"))[1])
         self.assertAlmostEqual(told, int(self.field("Installed-Size")) * 1024 / 1e6, delta=0.2)
 
@@ -141,7 +141,7 @@ class DebianPackage(unittest.TestCase):
             f"orvanebreak ({self.version}-1) "))
         self.assertIn("NOM", self.unzipped("usr/share/man/fr/man1/orvanebreak.1.gz"))
 
-    def test_dependencies_are_what_is_used(self):
+    def test_dependencies_match_the_used_libraries(self):
         owners = set()
         for program in self.programs():
             section = output_of("readelf", "--dynamic", "--wide", program)
@@ -167,7 +167,7 @@ class DebianPackage(unittest.TestCase):
         explained = re.findall(r"(?m)^orvanebreak: (\S+)", (PROJECT / "packaging/debian/lintian-overrides").read_text())
         self.assertEqual([line.split()[2] for line in lines if line.startswith("O:")], explained, "unused overrides")
 
-    def test_runs_with_what_it_asks_for_alone(self):
+    def test_runs_with_only_its_dependencies(self):
         with X11Bed() as bed:
             process = bed.run([self.folder / "usr/bin/orvanebreak"])
             wait_until(lambda: bed.windows_titled("OrvaneBreak"), "the window", 30)

@@ -36,7 +36,7 @@ class FlatpakManifest(unittest.TestCase):
     def test_says_that_it_is_not_built(self):
         self.assertIn("NOT BUILT BY OUR TESTS", self.text)
 
-    def test_talks_to_whom_the_program_talks_and_nobody_else(self):
+    def test_allows_exactly_the_bus_names_of_the_program(self):
         allowed = {option.partition("=")[2] for option in self.manifest["finish-args"] if "talk-name=" in option}
         used = set()
         for module in ("OrvaneBreak", "OrvaneBreakCore"):
@@ -49,7 +49,7 @@ class FlatpakManifest(unittest.TestCase):
         self.assertEqual(set(others), {"--socket=wayland", "--socket=x11", "--share=ipc", "--share=network",
                                        "--socket=pulseaudio", "--filesystem=xdg-config/autostart:ro"})
 
-    def test_sources_leave_out_what_git_leaves_out(self):
+    def test_sources_skip_what_git_ignores(self):
         skipped = self.manifest["modules"][-1]["sources"][0]["skip"]
         presets = re.findall(r"\$\{sourceDir\}/([a-z-]+)", (PROJECT / "CMakePresets.json").read_text("utf-8"))
         self.assertEqual(set(presets) - set(skipped), set())

@@ -76,14 +76,14 @@ class Archive(unittest.TestCase):
         self.assertEqual(len(names), len(set(names)))
         self.assertTrue(all(name == self.folder.name or name.startswith(self.folder.name + "/") for name in names))
 
-    def test_entries_tell_nothing_of_the_build(self):
+    def test_entries_reveal_nothing_about_the_build(self):
         time = Source(PROJECT).commit_time()
         for entry in self.entries:
             self.assertTrue(entry.isfile() or entry.isdir(), entry.name)
             self.assertEqual((entry.uid, entry.gid, entry.uname, entry.gname, entry.mtime), (0, 0, "", "", time), entry.name)
             self.assertIn(entry.mode, (0o755,) if entry.isdir() else (0o755, 0o644), entry.name)
 
-    def test_program_tells_nothing_of_the_build(self):
+    def test_program_reveals_nothing_about_the_build(self):
         for path in (path for pair in self.symbols().items() for path in pair):
             self.assertNotIn(os.fsencode(PROJECT), path.read_bytes(), path)
 

@@ -103,7 +103,7 @@ class Installation(HomeCase):
         self.assertEqual(self.run_in_home(older / "install", "--force").returncode, 0)
         self.assert_installed("1.9")
 
-    def test_command_of_somebody_else_stays(self):
+    def test_foreign_command_is_kept(self):
         command = self.home / ".local/bin/orvanebreak"
         command.parent.mkdir(parents=True)
         command.write_text("mine")
@@ -112,7 +112,7 @@ class Installation(HomeCase):
         self.assertEqual(self.run_in_home(self.root / "current/uninstall").returncode, 0)
         self.assertEqual(command.read_text(), "mine")
 
-    def test_without_a_place_for_the_command(self):
+    def test_without_a_folder_for_the_command(self):
         (self.home / ".local").mkdir()
         (self.home / ".local/bin").write_text("a file")
         self.assertIn("la commande orvanebreak n’a pas été créée", self.install("1.0").stdout)
@@ -137,7 +137,7 @@ class Installation(HomeCase):
                     if (self.home / name).exists():
                         (self.home / name).chmod(0o755)
 
-    def test_folder_in_the_place_of_a_file(self):
+    def test_folder_instead_of_a_file(self):
         (self.data / _SHARED[0]).mkdir(parents=True)
         self.assertEqual(self.run_in_home(self.unpacked("1.0") / "install").returncode, 1)
         self.assertEqual(self.below_home(), {})
@@ -148,7 +148,7 @@ class Installation(HomeCase):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(self.below_home(), {})
 
-    def test_home_that_nobody_knows(self):
+    def test_unknown_home(self):
         folder = self.unpacked("1.0")
         for home in ("", "relative", f"{self.scratch}/a\nb"):
             result = self.run_in_home(folder / "install", HOME=home)
@@ -210,7 +210,7 @@ class Removal(HomeCase):
             self.assertEqual(self.run_in_home(folder / "uninstall", "--remove-preferences").returncode, 0)
             self.assertEqual(self.below_home(), self.other)
 
-    def test_says_what_is_left(self):
+    def test_reports_what_remains(self):
         self.give_home_to_nobody()
         (self.data / "applications").chmod(0o555)
         result = self.run_in_home(self.root / "current/uninstall", is_stopped_by_modes=True)

@@ -41,13 +41,13 @@ class Launcher(HomeCase):
         self.assertEqual(self.start(self.unpacked("1.0") / "bin/orvanebreak").returncode, 0)
         self.assertEqual(self.log(), [("1.0", *_ARGUMENTS)])
 
-    def test_keeps_plug_ins_of_another_toolkit_away(self):
+    def test_ignores_plug_ins_of_another_qt(self):
         self.install("1.0")
         self.plan("1.0", 'echo "${QT_PLUGIN_PATH-none} ${QT_QPA_PLATFORM_PLUGIN_PATH-none} $QT_QPA_PLATFORM"')
         result = self.start(QT_PLUGIN_PATH="/odd", QT_QPA_PLATFORM_PLUGIN_PATH="/odd", QT_QPA_PLATFORM="xcb")
         self.assertEqual(result.stdout, "none none xcb\n")
 
-    def test_is_the_program_where_nothing_is_tried(self):
+    def test_executes_the_program_directly_without_a_trial(self):
         self.install("1.0")
         self.plan("1.0", "echo $$; exec sleep 60")
         process = subprocess.Popen([self.root / "current/bin/orvanebreak"], env=self.environment(),
@@ -63,7 +63,7 @@ class Launcher(HomeCase):
         self.assertEqual(self.log(), [("2.0", *_ARGUMENTS)])
         self.assertEqual(self.current(), "versions/2.0")
 
-    def test_update_that_ends_well_before_it_is_sure(self):
+    def test_update_that_exits_normally_on_trial(self):
         self.put_on_trial()
         self.assertEqual(self.start().returncode, 0)
         self.assertEqual(self.current(), "versions/2.0")
@@ -97,7 +97,7 @@ class Launcher(HomeCase):
                 self.assertEqual(self.log(), [("2.0", *_ARGUMENTS)])
                 self.assertEqual(self.current(), "versions/2.0")
 
-    def test_nothing_to_come_back_to(self):
+    def test_no_previous_version(self):
         self.put_on_trial()
         self.plan("2.0", "exit 1")
         for target in (None, "versions/0.9", "versions/2.0"):

@@ -129,7 +129,7 @@ class Key(ToolCase):
             self.assertIn("must not be in the source tree", result.stderr)
         self.assertEqual(list(self.project.rglob("key")), [])
 
-    def test_never_over_another_file(self):
+    def test_never_overwrites_a_file(self):
         self.make_key()
         content = self.key.read_bytes()
         self.assertEqual(self.tool("keygen", "--private-key", self.key).returncode, 1)
@@ -158,14 +158,14 @@ class Refusals(ToolCase):
         (self.project / "forgotten.cpp").touch()
         self.assert_refused("?? forgotten.cpp")
 
-    def test_version_that_does_not_rise(self):
+    def test_version_that_is_not_new(self):
         self.publish_well()
         for version in ("0.2.0", "0.1.0", "0.2", "0.1.99"):
             with self.subTest(version):
                 self.set_version(version)
                 self.assert_refused(f"the version is not new: CMakeLists.txt has {version}, the feed already has 0.2.0")
 
-    def test_version_below_one_that_stands_further_down(self):
+    def test_version_older_than_a_later_item(self):
         self.appcast.parent.mkdir()
         self.appcast.write_text(f"""<rss version="2.0" xmlns:s="{_NAMESPACE[1:-1]}"><channel>
             <item><s:version>0.1</s:version></item><item><enclosure s:version="0.10.0"/></item></channel></rss>""")
@@ -185,20 +185,20 @@ class Refusals(ToolCase):
         self.key.chmod(0o640)
         self.assert_refused("others can read the private key")
 
-    def test_key_that_is_missing_or_none(self):
+    def test_missing_or_invalid_key(self):
         self.key.write_text("nonsense")
         self.assert_refused("openssl: ")
         self.key.unlink()
         self.assert_refused("the private key cannot be read")
 
-    def test_build_that_knows_another_key(self):
+    def test_build_with_another_key(self):
         self.assert_refused("the archive contains another public key", "-DORVANE_UPDATE_PUBLIC_KEY_B64=" + "A" * 43 + "=")
 
     def test_address_without_https(self):
         for address in ("http://example.org/", "ftp://example.org/", "example.org"):
             self.assert_refused("not an HTTPS address", "--archive-url-base", address)
 
-    def test_feed_that_is_none(self):
+    def test_file_that_is_not_a_feed(self):
         self.appcast.parent.mkdir()
         for content, text in (("<rss><channel>", "cannot be read"), ("<html/>", "not an update feed"), ("", "cannot be read")):
             self.appcast.write_text(content)
@@ -274,7 +274,7 @@ class Feed(ToolCase):
         self.assertEqual(channel.findtext("lastBuildDate"), channel.findtext("item/pubDate"))
         self.assertIn("<!-- by hand -->", self.appcast.read_text("utf-8"))
 
-    def test_the_build_knows_the_key(self):
+    def test_the_build_contains_the_key(self):
         archive = self.publish_well()
         run("zstd", "-dq", archive, "-o", self.scratch / "archive.tar")
         with tarfile.open(self.scratch / "archive.tar") as reader:

@@ -64,7 +64,7 @@ class OtherDistributions(System):
         self.assertEqual(self.command('ID=nobara\nID_LIKE="rhel centos fedora"\n', "tour"), _TOUR["Fedora"])
         self.assertEqual(self.command('ID="opensuse-leap"\nID_LIKE="suse opensuse"\n', "tour"), _TOUR["openSUSE"])
 
-    def test_what_was_not_looked_up_has_its_name_on_debian(self):
+    def test_unknown_packages_are_listed_by_their_debian_names(self):
         said = self.install(_SYSTEMS["Fedora"], "coverage").stdout.splitlines()[-1]
         self.assertEqual(said, "These packages, by their Debian names, have other names here: gcovr")
 
@@ -73,7 +73,7 @@ class OtherDistributions(System):
         self.pretend("dpkg-query")
         self.assertEqual(self.command(_SYSTEMS["Fedora"], "tour"), _TOUR["Fedora"])
 
-    def test_goes_on_with_what_is_here(self):
+    def test_succeeds_with_installed_dependencies(self):
         result = self.install(_SYSTEMS["Arch"], "build")
         self.assertEqual(result.returncode, 1)
         for program in _TOOLS:
@@ -118,19 +118,19 @@ class Debian(System):
         self.assertIn("xterm", wanted)
         self.assertFalse({"dbus", "python3"} & set(wanted))
 
-    def test_takes_the_first_of_a_choice_that_there_is(self):
+    def test_takes_the_first_available_alternative(self):
         for known, chosen in (("libkscreen-bin", "libkscreen-bin"), ("libkf5screen-bin", "libkf5screen-bin"),
                               ("libkf5screen-bin libkscreen-bin", "libkscreen-bin")):
             with self.subTest(known=known):
                 wanted = self.asked(known, "desktops")[-1].split()
                 self.assertEqual([name for name in wanted if "screen-bin" in name], [chosen])
 
-    def test_installs_nothing_that_is_there(self):
+    def test_skips_installed_packages(self):
         self.pretend("dpkg-query", "echo installed gcovr")
         self.assertEqual(self.install("ID=debian\n", "coverage").returncode, 0)
         self.assertFalse((self.folder / "asked").exists())
 
-    def test_says_what_apt_said_when_it_fails(self):
+    def test_prints_the_output_of_apt_when_it_fails(self):
         (self.folder / "broken").touch()
         self.pretend("apt-cache")
         result = self.install("ID=debian\n", "coverage")

@@ -159,7 +159,7 @@ def entries():
 
 
 class Groups(unittest.TestCase):
-    def test_what_is_used_is_in_the_groups(self):
+    def test_used_packages_are_in_the_groups(self):
         for name, groups in entries():
             there = packages_in(groups)
             for package, used in needs_of(name, groups).items():
@@ -167,7 +167,7 @@ class Groups(unittest.TestCase):
                     self.assertFalse(package.startswith("unknown:"), "driver/packages.py has no package for it")
                     self.assertIn(package, there)
 
-    def test_what_is_in_the_groups_is_used(self):
+    def test_packages_in_the_groups_are_used(self):
         used = {}
         for name, groups in entries():
             for group in groups:

@@ -61,7 +61,7 @@ class WaylandBed(SessionBed):
         except CannotStart:
             raise
         except Exception as problem:  # noqa: BLE001 - any error means that the desktop is not usable
-            reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_words()}"
+            reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_log_lines()}"
             raise CannotStart(reason) from problem
 
     #: Programs without which the desktop cannot start.
@@ -178,9 +178,9 @@ class WaylandBed(SessionBed):
             self.server = self.run(arguments, environment, stdout=output, stderr=output)
         is_started = comes_true(lambda: self.server.poll() is not None or is_up(), 40) and self.server.poll() is None
         if not is_started:
-            raise CannotStart(f"{arguments[0]} did not start: {self._last_words()}")
+            raise CannotStart(f"{arguments[0]} did not start: {self._last_log_lines()}")
 
-    def _last_words(self):
+    def _last_log_lines(self):
         log = self.home / "compositor.log"
         return " | ".join(log.read_text("utf-8", "replace").split("\n")[-12:]) if log.exists() else ""
 

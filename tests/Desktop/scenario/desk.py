@@ -86,7 +86,7 @@ class Desk:
         """The lines of the current run on standard error."""
         return self._error_file.read_text("utf-8", "replace").splitlines()
 
-    def tidy_up(self, program_runs):
+    def clean_up(self, program_runs):
         """Cleans up after a part of the scenario, so that its failure does not affect the next: closes other programs' windows,
         ends a break, and starts or stops the program."""
         for window in self._windows:

@@ -17,7 +17,7 @@ def signals(desk, report):
         desk.start_in_break()
         wait_until(desk.break_has_keyboard, "the break with the keyboard")
         check_end_by_signal(desk, report, number)
-        _ends_wholly(desk, report, name)
+        _ends_completely(desk, report, name)
         _focus_returns(desk, report, name, other, before)
         report.promise("silent when a signal ends it", not desk.said(), desk.said())
         desk.bed.stop(desk.process)
@@ -30,7 +30,7 @@ def check_end_by_signal(desk, report, number):
                    desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
 
 
-def _ends_wholly(desk, report, name):
+def _ends_completely(desk, report, name):
     report.promise(f"no window and no process is left after {name}",
                    comes_true(lambda: not desk.overlays() and not _processes(desk), 2), _processes(desk))
 

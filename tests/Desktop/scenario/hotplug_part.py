@@ -34,7 +34,7 @@ def _break_covers(desk, report, text):
                    and len(desk.overlays()) == len(desk.bed.outputs()), desk.overlays())
     _escape(desk, report)
     if desk.overlays():
-        desk.tidy_up(program_runs=True)
+        desk.clean_up(program_runs=True)
 
 
 def _escape(desk, report):
@@ -50,7 +50,7 @@ def _unplug_in_break(desk, report):
                    comes_true(lambda: _is_covered(desk, left), 2)
                    and stays_true(lambda: _is_covered(desk, left), 1), _describe(desk, left))
     _escape(desk, report)
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     _break_covers(desk, report, "the next break covers the remaining monitor")
 
 
@@ -65,7 +65,7 @@ def _plug_in_break(desk, report):
     report.promise("a monitor plugged in during a break stays uncovered",
                    len(desk.overlays()) == 1 and layout.find_parts(desk.bed.picture(), new) is None, desk.overlays())
     _escape(desk, report)
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     _break_covers(desk, report, "the next break covers the new monitor")
 
 
@@ -79,7 +79,7 @@ def _unplug_first_in_break(desk, report):
                    stays_true(lambda: layout.find_parts(desk.bed.picture(), left), 1) and desk.process.poll() is None,
                    _describe(desk, left))
     _escape(desk, report)
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     desk.bed.plug("DUMMY0")
     wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")
     _break_covers(desk, report, "the next break covers all monitors again")

@@ -68,7 +68,7 @@ def pointer(desk, report):
         desk.bed.press("Escape")
         report.promise(f"Escape ends the break with the pointer on screen {index + 1}",
                        comes_true(lambda: not desk.overlays(), 2), output)
-        desk.tidy_up(program_runs=True)
+        desk.clean_up(program_runs=True)
 
 
 def button(desk, report):

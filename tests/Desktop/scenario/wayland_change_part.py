@@ -69,7 +69,7 @@ def unplugging(desk, report):
     wait_until(lambda: len(desk.bed.outputs()) == 2, "both monitors")
     desk.bed.press("Escape")
     report.promise(texts[3], comes_true(lambda: not desk.overlays(), 2) and desk.process.poll() is None)
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     desk.begin_break()
     report.promise(texts[4], len(desk.overlays()) == 2, desk.overlays())
     desk.end_break()
@@ -83,7 +83,7 @@ def _with_one_monitor(desk, report, texts, left):
                    desk.overlays())
     desk.bed.press("Escape")
     report.promise(texts[1], comes_true(lambda: not desk.overlays(), 2))
-    desk.tidy_up(program_runs=True)
+    desk.clean_up(program_runs=True)
     desk.begin_break()
     report.promise(texts[2], is_there(), desk.overlays())
 
