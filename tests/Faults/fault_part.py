@@ -90,7 +90,7 @@ def no_descriptors(desk, report):
     """A program without free file descriptors."""
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True, "OBSoundEnabled": True})
     wait_until(desk.tray.items, "the icon in the tray")
-    # Lets the program open the descriptors that it needs at startup.
+    # Everything that runs at startup has opened its descriptors by then.
     wait_until_idle(desk.process)
     Descriptors.exhaust(desk.process)
     desk.tray.click(SWITCH_ON)

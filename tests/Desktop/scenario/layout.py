@@ -37,8 +37,8 @@ class Box:
 
 
 def find_parts(picture, output, scale=1.0):
-    """The parts on one monitor by name, or None if there are not exactly five. The background around the monitor's centre line
-    must have one colour; panels along the upper and lower edges are excluded."""
+    """The parts on one monitor by name, or None if there are not exactly five. The background of the monitor's vertical centre
+    strip must have one colour; panels along the upper and lower edges are excluded."""
     half = round(_STRIP_WIDTH * scale / 2)
     centre_x = output.x + output.width // 2
     box = (max(output.x, centre_x - half), output.y + round(output.height * 0.05),
