@@ -23,9 +23,9 @@ class Endpoints:
         self._one_at_a_time = threading.Lock()
 
     def answer(self, request):
-        """Records the request and answers it, incorrectly if a misbehaviour is chosen. A check-in gets the message published last
-        unless its device has acknowledged that message. Unknown paths get status 404, methods other than POST 405, malformed
-        requests 400, and errors of the server, which are printed on standard error, 500; all of them with "ok" false.
+        """Records the request and answers it, incorrectly if a misbehaviour is chosen. A check-in gets the message published
+        last unless its device has acknowledged that message. Unknown paths get status 404, methods other than POST 405,
+        malformed requests 400, and errors of the server, which are printed on standard error, 500; all of them with "ok" false.
         Callable from any thread."""
         with self._one_at_a_time:
             try:

@@ -22,8 +22,8 @@ class Request(typing.NamedTuple):
 
 
 class Listener:
-    """Listens on 127.0.0.1, on any free port if `port` is 0. `answer` turns a request into an answer, on any thread. With `tls`,
-    an SSLContext, it speaks only HTTPS. `address` has no trailing slash."""
+    """Listens on 127.0.0.1, on any free port if `port` is 0. `answer` turns a request into an answer, on any thread. With
+    `tls`, an SSLContext, it speaks only HTTPS. `address` has no trailing slash."""
 
     def __init__(self, port, answer, tls=None):
         try:

@@ -23,8 +23,8 @@ class SigningKey:
 
     @classmethod
     def kept_in(cls, path):
-        """The key pair in `path`, stored as the base64 text of its seed. Generates and stores a new pair if the file is missing.
-        Refuses a file that is damaged or that others can read."""
+        """The key pair in `path`, stored as the base64 text of its seed. Generates and stores a new pair if the file is
+        missing. Refuses a file that is damaged or that others can read."""
         if not os.path.exists(path):
             with open(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600), "wb") as file:
                 file.write(base64.b64encode(os.urandom(_LENGTH)) + b"\n")
