@@ -31,7 +31,7 @@ _EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff di
     xargs""".split())
 
 #: What is used where it is there, and does without.
-_OPTIONAL = {"gdbus", "llvm-symbolizer-14", "sudo"}
+_OPTIONAL = {"ccache", "gdbus", "llvm-symbolizer-14", "sudo"}
 
 #: What the first of these starts in its turn.
 _IN_ITS_TURN = {"cmake": {"ninja", "c++", "pkg-config"}, "cpack": {"dpkg-shlibdeps", "file"}, "gcovr": {"gcov"}}
