@@ -62,8 +62,10 @@ def described(control):
 
 def text_of(control):
     """What a text field or a text view holds."""
-    text = control.get_text_iface()
-    return text.get_text(0, text.get_character_count()) if text and control.get_role_name() != "label" else ""
+    if control.get_text_iface() is None or control.get_role_name() == "label":
+        return ""
+    # Newer versions of the library have another function of this name, which the object would find first.
+    return Atspi.Text.get_text(control, 0, Atspi.Text.get_character_count(control))
 
 
 def press(name):
