@@ -53,10 +53,15 @@ def visible_controls(title=None):
                         if control.get_state_set().contains(Atspi.StateType.SHOWING))
 
 
+def role_of(control):
+    """The role under the name that the first of these libraries gave it."""
+    return {"button": "push button"}.get(control.get_role_name(), control.get_role_name())
+
+
 def described(control):
     box = control.get_extents(Atspi.CoordType.SCREEN)
     states = [state.value_nick for state in control.get_state_set().get_states()]
-    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(),
+    return {"role": role_of(control), "name": control.get_name(), "description": control.get_description(),
             "text": text_of(control), "states": states, "box": [box.x, box.y, box.width, box.height]}
 
 

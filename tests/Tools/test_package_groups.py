@@ -27,7 +27,7 @@ _GROUPS = {
 
 #: Programs of packages that every Debian system has, Essential or of the priority "required".
 _EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock grep id ldd ln
-    mkdir mktemp mount mv nologin nproc readlink rm rmdir sed setarch setpriv sh sort tail tar tee touch tr umount unshare useradd
+    mkdir mktemp mount mv nologin nproc readlink renice rm rmdir sed setarch setpriv sh sort tail tar tee touch tr umount unshare useradd
     xargs""".split())
 
 #: What is used where it is there, and does without.
