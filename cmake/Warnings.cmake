@@ -10,9 +10,9 @@ target_compile_options(OrvaneCompileOptions INTERFACE
 target_compile_definitions(OrvaneCompileOptions INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
-# In unity builds local names of one file may shadow constants of another.
+# In unity builds local names of one file may shadow constants of another, and no file is the main file.
 if(CMAKE_UNITY_BUILD)
-    target_compile_options(OrvaneCompileOptions INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-shadow>)
+    target_compile_options(OrvaneCompileOptions INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-shadow -Wno-subobject-linkage>)
 endif()
 
 if(ORVANE_WARNINGS_AS_ERRORS)

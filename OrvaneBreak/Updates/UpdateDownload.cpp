@@ -29,8 +29,7 @@ bool isFitForName(QChar character)
 std::string nameOf(const UpdateDownload::Wanted &wanted)
 {
     QString version = wanted.version.left(versionLength);
-    std::ranges::replace_if(
-        version, [](QChar character) { return !isFitForName(character); }, u'_');
+    std::ranges::replace_if(version, [](QChar character) { return !isFitForName(character); }, u'_');
     const QByteArray identity = wanted.version.toUtf8() + '\n' + wanted.address.toEncoded() + '\n' +
                                 QByteArray::number(wanted.length);
     const QByteArray digest = QCryptographicHash::hash(identity, QCryptographicHash::Sha256).toHex();

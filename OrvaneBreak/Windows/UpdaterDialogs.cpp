@@ -116,8 +116,7 @@ void UpdaterDialogs::tell(const QString &message, const QString &information)
 {
     auto dialog = std::make_unique<Alert>(u"updateAnswer"_s, message, information);
     dialog->addDefaultButton(u"OK"_s);
-    show(
-        std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
+    show(std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
 }
 
 void UpdaterDialogs::show(std::unique_ptr<Alert> dialog, AlertQueue::Finished finished, Occasion occasion)

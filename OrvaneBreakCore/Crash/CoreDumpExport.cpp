@@ -68,6 +68,5 @@ void CoreDumpExport::search(const CoreDumpQuery &query, const FileDate &now, con
         isNew = keepCoreDumpReport(m_folder, dump, text, now) || isNew;
     }
     if (isNew)
-        QMetaObject::invokeMethod(
-            this, [this] { m_onExported(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, [this] { m_onExported(); }, Qt::QueuedConnection);
 }

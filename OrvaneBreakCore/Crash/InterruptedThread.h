@@ -28,14 +28,8 @@ public:
         return *std::bit_cast<const volatile std::uintptr_t *>(m_registers.gregs[REG_RSP]);
     }
 #elif defined(__aarch64__)
-    [[nodiscard]] std::uintptr_t programCounter() const
-    {
-        return m_registers.pc;
-    }
-    [[nodiscard]] std::uintptr_t returnAddressOfCall() const
-    {
-        return m_registers.regs[30];
-    }
+    [[nodiscard]] std::uintptr_t programCounter() const { return m_registers.pc; }
+    [[nodiscard]] std::uintptr_t returnAddressOfCall() const { return m_registers.regs[30]; }
 #else
 #error "The registers of this processor are not known here"
 #endif

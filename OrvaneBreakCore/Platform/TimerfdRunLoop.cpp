@@ -96,6 +96,5 @@ void TimerfdRunLoop::arm(std::optional<Date> wakeUp)
     // After a clock change that nobody has read yet the kernel arms the timer, forgets the change and tells
     // it here alone. The actions must not run inside whatever call is scheduling just now.
     if (status < 0 && errno == ECANCELED)
-        QMetaObject::invokeMethod(
-            &m_notifier, [this] { clockWasSet(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&m_notifier, [this] { clockWasSet(); }, Qt::QueuedConnection);
 }

@@ -53,17 +53,24 @@ def visible_controls(title=None):
                         if control.get_state_set().contains(Atspi.StateType.SHOWING))
 
 
+def role_of(control):
+    """The role under the name that the first of these libraries gave it."""
+    return {"button": "push button"}.get(control.get_role_name(), control.get_role_name())
+
+
 def described(control):
     box = control.get_extents(Atspi.CoordType.SCREEN)
     states = [state.value_nick for state in control.get_state_set().get_states()]
-    return {"role": control.get_role_name(), "name": control.get_name(), "description": control.get_description(),
+    return {"role": role_of(control), "name": control.get_name(), "description": control.get_description(),
             "text": text_of(control), "states": states, "box": [box.x, box.y, box.width, box.height]}
 
 
 def text_of(control):
     """The content of a text field or a text view."""
-    text = control.get_text_iface()
-    return text.get_text(0, text.get_character_count()) if text and control.get_role_name() != "label" else ""
+    if control.get_text_iface() is None or control.get_role_name() == "label":
+        return ""
+    # In newer versions of the library another method of the same name hides this one.
+    return Atspi.Text.get_text(control, 0, Atspi.Text.get_character_count(control))
 
 
 def press(name):

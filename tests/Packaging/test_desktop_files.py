@@ -75,7 +75,8 @@ class DesktopFiles(unittest.TestCase):
                                     env={**ENVIRONMENT, "MANWIDTH": "100", "MAN_KEEP_FORMATTING": "", "MANROFFOPT": "-c"},
                                     stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True)
             self.assertEqual(result.stderr, "", name)
-            shown = re.sub(".\b", "", result.stdout)
+            # Bold letters are printed twice, or between escapes.
+            shown = re.sub(".\b|\x1b\\[[0-9;]*m", "", result.stdout)
             self.assertEqual(set(re.findall(r"(?<![\w-])--[a-z-]+", shown)), options, name)
             self.assertIn(f"autostart/{self.application}.desktop", shown)
 

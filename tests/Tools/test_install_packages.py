@@ -15,11 +15,11 @@ _SYSTEMS = {"Fedora": "ID=fedora\n", "Arch": "ID=arch\n",
             "openSUSE": 'ID="opensuse-tumbleweed"\nID_LIKE="opensuse suse"\n'}
 _TOUR = {
     "Fedora": "sudo dnf install xorg-x11-server-Xvfb xrandr xprop xwininfo xdotool wmctrl hsetroot openbox picom xfce4-panel "
-              "xfconf xterm dbus-daemon dbus-tools python3 python3-pillow",
+              "xfconf xterm dbus-daemon dbus-tools fontconfig python3 python3-pillow",
     "Arch": "sudo pacman -S --needed xorg-server-xvfb xorg-xrandr xorg-xprop xorg-xwininfo xdotool wmctrl hsetroot openbox "
-            "picom xfce4-panel xfconf xterm dbus python python-pillow",
+            "picom xfce4-panel xfconf xterm dbus fontconfig python python-pillow",
     "openSUSE": "sudo zypper install xorg-x11-server-Xvfb xrandr xprop xwininfo xdotool wmctrl hsetroot openbox picom "
-                "xfce4-panel xfconf xterm dbus-1 python3 python3-Pillow"}
+                "xfce4-panel xfconf xterm dbus-1 fontconfig python3 python3-Pillow"}
 _TOOLS = ("cmake", "ninja", "c++", "pkg-config")
 
 

@@ -27,11 +27,11 @@ _GROUPS = {
 
 #: Programs of packages that every Debian system has, Essential or of the priority "required".
 _EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock grep id ldd ln
-    mkdir mktemp mount mv nologin nproc readlink rm rmdir sed setarch sh sort tail tar tee touch tr umount unshare useradd
+    mkdir mktemp mount mv nologin nproc readlink renice rm rmdir sed setarch setpriv sh sort tail tar tee touch tr umount unshare useradd
     xargs""".split())
 
 #: Used only if installed.
-_OPTIONAL = {"gdbus", "llvm-symbolizer-14", "sudo"}
+_OPTIONAL = {"ccache", "gdbus", "llvm-symbolizer-14", "sudo"}
 
 #: Programs that other programs start.
 _IN_ITS_TURN = {"cmake": {"ninja", "c++", "pkg-config"}, "cpack": {"dpkg-shlibdeps", "file"}, "gcovr": {"gcov"}}

@@ -9,7 +9,8 @@ from .bed import CannotStart
 OF_PROGRAM = {
     "Xorg": "xserver-xorg-core xserver-xorg-video-dummy", "Xvfb": "xvfb", "Xwayland": "xwayland", "addr2line": "binutils",
     "appstreamcli": "appstream", "at-spi-bus-launcher": "at-spi2-core", "c++": "g++", "c++filt": "binutils",
-    "clang": "clang", "clang++": "clang libclang-rt-dev", "clang-format": "clang-format", "clang-tidy": "clang-tidy",
+    "clang": "clang", "clang++": "clang libclang-rt-dev", "clang-format-19": "clang-format-19",
+    "clang-tidy-19": "clang-tidy-19",
     "cmake": "cmake", "cpack": "cmake", "cppcheck": "cppcheck", "ctest": "cmake", "dbus-daemon": "dbus",
     "dbus-monitor": "dbus", "dbus-run-session": "dbus", "dbus-send": "dbus",
     "desktop-file-validate": "desktop-file-utils", "dpkg-shlibdeps": "dpkg-dev", "fc-match": "fontconfig", "file": "file",

@@ -74,7 +74,9 @@ def _walk(desk, names, is_first_focused=True):
 
 
 def _focused(desk):
-    return next((control.name for control in desk.reader.controls() if "focused" in control.states), None)
+    """Newer toolkits tell the current entry of every closed list as well, and say that it has the keyboard."""
+    return next((control.name for control in desk.reader.controls()
+                 if "focused" in control.states and control.role != "list item"), None)
 
 
 def scales(desk, report):

@@ -26,10 +26,7 @@ struct FakeCompositor::Requests
 
     static void bindSeat(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
     {
-        static const struct wl_seat_interface requests
-        {
-            nullptr, nullptr, nullptr, destroy
-        };
+        static const struct wl_seat_interface requests{nullptr, nullptr, nullptr, destroy};
         wl_resource *resource = wl_resource_create(client, &wl_seat_interface, int(version), id);
         wl_resource_set_implementation(resource, &requests, data, [](wl_resource *gone) {
             --self(wl_resource_get_user_data(gone)).m_seatBindings;
@@ -41,10 +38,7 @@ struct FakeCompositor::Requests
     static void getExtNotification(wl_client *client, wl_resource *notifier, std::uint32_t id,
                                    std::uint32_t timeout, wl_resource *)
     {
-        static const struct ext_idle_notification_v1_interface requests
-        {
-            destroy
-        };
+        static const struct ext_idle_notification_v1_interface requests{destroy};
         void *data = wl_resource_get_user_data(notifier);
         wl_resource *resource = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
@@ -53,10 +47,13 @@ struct FakeCompositor::Requests
 
     static void bindExt(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
     {
-        static const struct ext_idle_notifier_v1_interface requests
-        {
-            destroy, getExtNotification
-        };
+        // Its later versions have more requests.
+        static const struct ext_idle_notifier_v1_interface requests = [] {
+            struct ext_idle_notifier_v1_interface first = {};
+            first.destroy = destroy;
+            first.get_idle_notification = getExtNotification;
+            return first;
+        }();
         wl_resource *resource = wl_resource_create(client, &ext_idle_notifier_v1_interface, int(version), id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }
@@ -64,10 +61,8 @@ struct FakeCompositor::Requests
     static void getKdeTimeout(wl_client *client, wl_resource *idle, std::uint32_t id, wl_resource *,
                               std::uint32_t timeout)
     {
-        static const struct org_kde_kwin_idle_timeout_interface requests
-        {
-            destroy, [](wl_client *, wl_resource *) {}
-        };
+        static const struct org_kde_kwin_idle_timeout_interface requests{destroy,
+                                                                         [](wl_client *, wl_resource *) {}};
         void *data = wl_resource_get_user_data(idle);
         wl_resource *resource = wl_resource_create(client, &org_kde_kwin_idle_timeout_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
@@ -76,10 +71,7 @@ struct FakeCompositor::Requests
 
     static void bindKde(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
     {
-        static const struct org_kde_kwin_idle_interface requests
-        {
-            getKdeTimeout
-        };
+        static const struct org_kde_kwin_idle_interface requests{getKdeTimeout};
         wl_resource *resource = wl_resource_create(client, &org_kde_kwin_idle_interface, int(version), id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }

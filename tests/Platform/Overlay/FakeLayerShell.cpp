@@ -84,10 +84,7 @@ struct FakeLayerShell::Requests
 
     static void bindCompositor(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
     {
-        static const struct wl_compositor_interface requests
-        {
-            createSurface, nullptr
-        };
+        static const struct wl_compositor_interface requests{createSurface, nullptr};
         wl_resource *resource = wl_resource_create(client, &wl_compositor_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }
@@ -100,10 +97,7 @@ struct FakeLayerShell::Requests
 
     static void bindShell(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
     {
-        static const struct zwlr_layer_shell_v1_interface requests
-        {
-            getLayerSurface
-        };
+        static const struct zwlr_layer_shell_v1_interface requests{getLayerSurface};
         wl_resource *resource = wl_resource_create(client, &zwlr_layer_shell_v1_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }

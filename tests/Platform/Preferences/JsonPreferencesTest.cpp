@@ -6,6 +6,7 @@
 
 #include <QJsonDocument>
 #include <QTest>
+#include <QTimeZone>
 
 #include <limits>
 
@@ -98,7 +99,7 @@ void JsonPreferencesTest::integersAreExact()
 void JsonPreferencesTest::datesSurviveARestart()
 {
     const ScratchFolder folder;
-    const QDateTime date(QDate(2024, 2, 29), QTime(23, 30, 0, 125), Qt::OffsetFromUTC, 7200);
+    const QDateTime date(QDate(2024, 2, 29), QTime(23, 30, 0, 125), QTimeZone(7200));
     JsonPreferences(folder.file()).setDate(u"OBLastCrashScan"_s, date);
     QVERIFY(folder.bytes().contains("\"2024-02-29T21:30:00.125Z\""));
     QCOMPARE(JsonPreferences(folder.file()).date(u"OBLastCrashScan"_s), date);
