@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+
 FileDescriptor openFolder(const std::filesystem::path &folder)
 {
     return FileDescriptor(
