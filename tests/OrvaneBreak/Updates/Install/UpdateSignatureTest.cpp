@@ -21,7 +21,8 @@ class UpdateSignatureTest : public QObject
     const Signer m_makers;
     const QByteArray m_archive = QByteArray(100'000, 'a');
     const QByteArray m_signature = QByteArray::fromBase64(m_makers.sign(m_archive), signatureEncoding);
-    const PublicKey m_key = parsePublicKey(m_makers.publicKeyBase64()).value_or(PublicKey{});
+    const Ed25519::PublicKey m_key =
+        parsePublicKey(m_makers.publicKeyBase64()).value_or(Ed25519::PublicKey{});
 
 private Q_SLOTS:
     void theMakersArchive() const
@@ -57,7 +58,7 @@ private Q_SLOTS:
         QVERIFY(!verify(m_archive, m_archive.size(), m_signature.chopped(1), m_key));
         QVERIFY(!verify(m_archive, m_archive.size(), m_signature + 'x', m_key));
         QVERIFY(!verify(m_archive, m_archive.size(), {}, m_key));
-        QVERIFY(!verify(m_archive, m_archive.size(), QByteArray(64, '\0'), PublicKey{}));
+        QVERIFY(!verify(m_archive, m_archive.size(), QByteArray(64, '\0'), Ed25519::PublicKey{}));
     }
 
     void anotherKey() const
