@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/Diagnostics.h"
+#include "Diagnostics.h"
 
-#include "App/DiagnosticReport.h"
-#include "Platform/Idle/UserIdleFactory.h"
-#include "Platform/Process/SessionBus.h"
-#include "Platform/TimerfdRunLoop.h"
+#include "DiagnosticReport.h"
+#include "SessionBus.h"
+#include "TimerfdRunLoop.h"
+#include "UserIdleFactory.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/UpdaterParts.h"
+#include "UpdaterParts.h"
 
-#include "Platform/Modules/Module.h"
-#include "Platform/Process/UserFolders.h"
-#include "Updates/ArchiveModule.h"
+#include "ArchiveModule.h"
+#include "Module.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 #include <QFile>

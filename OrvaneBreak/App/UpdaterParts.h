@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/Network/OnDemandDownloads.h"
-#include "Platform/Preferences/JsonPreferences.h"
-#include "Updates/HomeInstaller.h"
-#include "Updates/StandardUpdaterController.h"
-#include "Updates/UpdateDownload.h"
-#include "Windows/UpdaterDialogs.h"
+#include "HomeInstaller.h"
+#include "JsonPreferences.h"
+#include "OnDemandDownloads.h"
+#include "StandardUpdaterController.h"
+#include "UpdateDownload.h"
+#include "UpdaterDialogs.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/CheckInAnswer.h"
+#include "CheckInAnswer.h"
 
-#include "Channel/StrictJson.h"
+#include "Ed25519.h"
+#include "StrictJson.h"
 
 #include <QStringDecoder>
-
-#include <sodium.h>
 
 #include <cmath>
 #include <optional>
@@ -53,18 +52,6 @@ std::optional<QByteArray> decodedBase64(QByteArray text)
     return *result;
 }
 
-const unsigned char *bytes(const QByteArray &array)
-{
-    return reinterpret_cast<const unsigned char *>(array.constData());
-}
-
-bool isSigned(const QByteArray &text, const QByteArray &signature, const QByteArray &key)
-{
-    return signature.size() == crypto_sign_BYTES &&
-           crypto_sign_verify_detached(bytes(signature), bytes(text),
-                                       static_cast<unsigned long long>(text.size()), bytes(key)) == 0;
-}
-
 bool isFresh(qint64 timestamp, Date now)
 {
     const long double seconds = std::chrono::duration<long double>(now.time_since_epoch()).count();
@@ -98,12 +85,12 @@ CheckInVerdict judgeCheckInAnswer(const QByteArray &body, const QString &nonce,
     const std::optional<QByteArray> signature = decodedBase64(QByteArray::fromStdString(answer->signature));
     if (!signature)
         return CheckInRefusal::SignatureEncoding;
-    const auto key = QByteArray::fromBase64Encoding(publicKeyBase64, QByteArray::AbortOnBase64DecodingErrors);
-    if (!key || (*key).size() != crypto_sign_PUBLICKEYBYTES)
+    const std::optional<Ed25519::PublicKey> key = Ed25519::publicKey(publicKeyBase64);
+    if (!key)
         return CheckInRefusal::PublicKey;
     const QByteArray canonical =
         canonicalCheckInText(answer->nonce, answer->timestamp, answer->id, answer->message);
-    if (!isSigned(canonical, *signature, *key))
+    if (!Ed25519::verify(canonical, *signature, *key))
         return CheckInRefusal::Signature;
     if (!isFresh(answer->timestamp, now))
         return CheckInRefusal::Stale;

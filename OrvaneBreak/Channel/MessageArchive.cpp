@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/MessageArchive.h"
+#include "MessageArchive.h"
 
-#include "Platform/Preferences.h"
+#include "Preferences.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/ServerChannel.h"
+#include "ServerChannel.h"
 
-#include "Channel/StrictJson.h"
-#include "Engine/SharedInstance.h"
-#include "Platform/Network/Http.h"
-#include "Platform/Preferences.h"
-#include "Platform/Process/Bundle.h"
+#include "Bundle.h"
+#include "Dates.h"
+#include "Http.h"
+#include "Preferences.h"
+#include "SharedInstance.h"
+#include "StrictJson.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTimeZone>
 #include <QUuid>
 
 #include <utility>
@@ -139,7 +139,5 @@ QJsonObject ServerChannel::clientDescription()
 
 QDateTime ServerChannel::now() const
 {
-    const auto milliseconds =
-        std::chrono::floor<std::chrono::milliseconds>(m_services.runLoop.now().time_since_epoch());
-    return QDateTime::fromMSecsSinceEpoch(milliseconds.count(), QTimeZone::utc());
+    return calendarDate(m_services.runLoop.now());
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/StrictJson.h"
+#include "StrictJson.h"
 
 // The toolkit's own reader turns 1e3 and 1.0 into integers, after which nobody can tell how they were
 // written.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Instance/ApplicationService.h"
+#include "ApplicationService.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

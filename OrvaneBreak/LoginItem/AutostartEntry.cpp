@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LoginItem/AutostartEntry.h"
+#include "AutostartEntry.h"
 
-#include "Platform/Process/UserFolders.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 #include <QDir>

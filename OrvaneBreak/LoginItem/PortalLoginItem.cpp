@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "LoginItem/PortalLoginItem.h"
+#include "PortalLoginItem.h"
 
-#include "Platform/Process/MessageFilter.h"
+#include "MessageFilter.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>

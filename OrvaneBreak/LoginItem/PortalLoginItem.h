@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "LoginItem/AutostartEntry.h"
-#include "LoginItem/LoginItem.h"
+#include "AutostartEntry.h"
+#include "LoginItem.h"
 
 #include <QDBusConnection>
 #include <QObject>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/StandardUpdaterController.h"
+#include "StandardUpdaterController.h"
 
 #include <utility>
 

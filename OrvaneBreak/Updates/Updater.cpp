@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/Updater.h"
+#include "Updater.h"
 
-#include "Platform/Network/Http.h"
-#include "Platform/Process/Bundle.h"
-#include "Platform/Process/SystemVersion.h"
-#include "Updates/UpdateDownload.h"
-#include "Updates/UpdaterTexts.h"
+#include "Bundle.h"
+#include "Dates.h"
+#include "Http.h"
+#include "SystemVersion.h"
+#include "UpdateDownload.h"
+#include "UpdaterTexts.h"
 
 #include <QPointer>
 #include <QSysInfo>
-#include <QTimeZone>
 
 #include <algorithm>
 #include <utility>
@@ -33,12 +33,6 @@ constexpr Interval trialLength = 10s;
 constexpr Interval reminderDelay = 24h;
 
 constexpr Interval staleAfter = 24h * 30;
-
-QDateTime dateTime(Date date)
-{
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(date.time_since_epoch());
-    return QDateTime::fromSecsSinceEpoch(seconds.count(), QTimeZone::utc());
-}
 
 UpdaterDriver::Offer offerOf(const AppcastItem &item, const UpdateVersion &installed,
                              UpdateInstaller::Ability ability)
@@ -217,7 +211,7 @@ UpdateCircumstances SPUUpdater::circumstances() const
             u"linux"_s,
             m_configuration.architecture,
             m_configuration.systemVersion,
-            dateTime(m_services.runLoop.now()),
+            calendarDate(m_services.runLoop.now()),
             m_settings.skippedVersion(),
             isAskedFor()};
 }
@@ -369,7 +363,8 @@ void SPUUpdater::tell(const UpdaterText &text)
 {
     const std::optional<Date> success = m_settings.lastSuccess();
     const bool isStale = success && m_services.runLoop.now() - *success > staleAfter;
-    const QString warning = isStale ? u"\n\n"_s + UpdaterTexts::staleWarning(dateTime(*success)) : QString();
+    const QString warning =
+        isStale ? u"\n\n"_s + UpdaterTexts::staleWarning(calendarDate(*success)) : QString();
     m_services.driver.tell(text.message, text.information + warning);
 }
 

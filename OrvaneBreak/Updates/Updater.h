@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/RunLoop.h"
-#include "Updates/Appcast.h"
-#include "Updates/UpdateChoice.h"
-#include "Updates/UpdateInstaller.h"
-#include "Updates/UpdateSignature.h"
-#include "Updates/UpdaterDriver.h"
-#include "Updates/UpdaterSettings.h"
+#include "Appcast.h"
+#include "RunLoop.h"
+#include "UpdateChoice.h"
+#include "UpdateInstaller.h"
+#include "UpdateSignature.h"
+#include "UpdaterDriver.h"
+#include "UpdaterSettings.h"
 
 #include <QObject>
 #include <QUrl>
@@ -48,7 +48,7 @@ public:
     struct Configuration
     {
         QUrl feed;
-        std::optional<UpdateSignature::PublicKey> key;
+        std::optional<Ed25519::PublicKey> key;
         UpdateVersion installed;
         QString architecture;
         UpdateVersion systemVersion; ///< No version when unknown.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/UpdaterSettings.h"
+#include "UpdaterSettings.h"
 
-#include "Platform/Preferences.h"
-
-#include <QTimeZone>
+#include "Dates.h"
+#include "Preferences.h"
 
 #include <algorithm>
 
@@ -137,11 +136,10 @@ std::optional<Date> UpdaterSettings::date(const QString &key) const
     const std::optional<QDateTime> stored = m_store.date(key);
     if (!stored)
         return std::nullopt;
-    return Date(std::chrono::milliseconds(stored->toMSecsSinceEpoch()));
+    return wallClockDate(*stored);
 }
 
 void UpdaterSettings::setDate(const QString &key, Date date)
 {
-    const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(date.time_since_epoch());
-    m_store.setDate(key, QDateTime::fromMSecsSinceEpoch(milliseconds.count(), QTimeZone::utc()));
+    m_store.setDate(key, calendarDate(date));
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/RunLoop.h"
-#include "Updates/UpdateVersion.h"
+#include "RunLoop.h"
+#include "UpdateVersion.h"
 
 #include <QDateTime>
 

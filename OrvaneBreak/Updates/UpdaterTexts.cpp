@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Updates/UpdaterTexts.h"
+#include "UpdaterTexts.h"
 
 using namespace Qt::StringLiterals;
 

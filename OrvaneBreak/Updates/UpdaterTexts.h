@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Updates/Appcast.h"
-#include "Updates/UpdateChoice.h"
-#include "Updates/UpdateInstaller.h"
+#include "Appcast.h"
+#include "UpdateChoice.h"
+#include "UpdateInstaller.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/Alert.h"
+#include "Alert.h"
 
-#include "Visuals/Palette.h"
-#include "Windows/TextView.h"
+#include "Palette.h"
+#include "TextView.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/AlertQueue.h"
+#include "AlertQueue.h"
 
 #include <QApplication>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/MainWindow.h"
+#include "MainWindow.h"
 
 #include <QAction>
 #include <QGuiApplication>

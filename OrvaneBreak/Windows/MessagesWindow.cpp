@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/MessagesWindow.h"
+#include "MessagesWindow.h"
 
-#include "Visuals/AccentButton.h"
-#include "Visuals/Card.h"
-#include "Visuals/Palette.h"
-#include "Windows/TextView.h"
+#include "AccentButton.h"
+#include "Card.h"
+#include "Palette.h"
+#include "TextView.h"
 
 #include <QAction>
 #include <QKeyEvent>

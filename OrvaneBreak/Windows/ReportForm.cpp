@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/ReportForm.h"
+#include "ReportForm.h"
 
-#include "Visuals/Palette.h"
+#include "Palette.h"
 
 #include <QLineEdit>
 #include <QPlainTextEdit>

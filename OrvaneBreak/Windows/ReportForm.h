@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Windows/Alert.h"
+#include "Alert.h"
 
 class QLineEdit;
 class QPlainTextEdit;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/TextView.h"
+#include "TextView.h"
 
 #include <QTextDocument>
 #include <QWheelEvent>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Windows/UpdaterDialogs.h"
+#include "UpdaterDialogs.h"
 
-#include "Windows/Alert.h"
+#include "Alert.h"
 
 #include <QProgressBar>
 

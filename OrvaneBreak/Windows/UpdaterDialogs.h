@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Updates/UpdaterDriver.h"
-#include "Windows/AlertQueue.h"
+#include "AlertQueue.h"
+#include "UpdaterDriver.h"
 
 #include <QPointer>
 

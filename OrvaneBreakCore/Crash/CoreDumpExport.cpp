@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CoreDumpExport.h"
+#include "CoreDumpExport.h"
 
-#include "Crash/SignalStack.h"
+#include "SignalStack.h"
 
 #include <QDir>
 

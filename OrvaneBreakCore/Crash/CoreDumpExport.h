@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Crash/CoreDumps.h"
-#include "Platform/RunLoop.h"
+#include "CoreDumps.h"
+#include "RunLoop.h"
 
 #include <QObject>
 

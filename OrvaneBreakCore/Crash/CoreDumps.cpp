@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CoreDumps.h"
+#include "CoreDumps.h"
 
-#include "Crash/ExceptionText.h"
-#include "Platform/Preferences/FileDescriptor.h"
+#include "ExceptionText.h"
+#include "FileDescriptor.h"
 
 #include <QFile>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Crash/FileDate.h"
+#include "FileDate.h"
 
 #include <QList>
 #include <QString>

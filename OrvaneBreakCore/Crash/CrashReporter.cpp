@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CrashReporter.h"
+#include "CrashReporter.h"
 
-#include "Crash/CallStack.h"
-#include "Crash/CrashCapture.h"
-#include "Crash/CrashText.h"
-#include "Crash/CrashUpload.h"
-#include "Crash/ProgramSymbols.h"
+#include "CallStack.h"
+#include "CrashCapture.h"
+#include "CrashText.h"
+#include "CrashUpload.h"
+#include "ProgramSymbols.h"
 
 using namespace Qt::StringLiterals;
 

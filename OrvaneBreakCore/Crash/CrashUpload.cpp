@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CrashUpload.h"
+#include "CrashUpload.h"
 
-#include "Crash/SystemReports.h"
-#include "Engine/SharedInstance.h"
-#include "Platform/Network/Http.h"
-#include "Platform/Preferences.h"
-#include "Platform/Process/Bundle.h"
-#include "Platform/Process/UserFolders.h"
+#include "Bundle.h"
+#include "Http.h"
+#include "Preferences.h"
+#include "SharedInstance.h"
+#include "SystemReports.h"
+#include "TextFile.h"
+#include "UserFolders.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Crash/FileDate.h"
-#include "Platform/Process/SystemVersion.h"
+#include "FileDate.h"
+#include "SystemVersion.h"
 
 #include <QObject>
 #include <QUrl>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/FileDate.h"
+#include "FileDate.h"
 
 #include <QDateTime>
 #include <QTimeZone>

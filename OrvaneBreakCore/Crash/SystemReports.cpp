@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/SystemReports.h"
+#include "SystemReports.h"
 
-#include "Platform/Preferences/FileDescriptor.h"
+#include "TextFile.h"
 
-#include <QFile>
-#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -47,28 +44,6 @@ QString beginning(const QString &text)
 }
 
 } // namespace
-
-std::optional<QString> readText(const std::filesystem::path &path, qint64 limit)
-{
-    // Without O_NONBLOCK a pipe would be waited for.
-    const FileDescriptor descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    struct stat status = {};
-    if (!descriptor.isOpen() || fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    QFile file;
-    if (!file.open(descriptor.get(), QIODevice::ReadOnly))
-        return std::nullopt;
-    // Memory for as much as there is: the limit is far above that.
-    const QByteArray bytes = file.read(std::min(limit, qint64{status.st_size}) + 1);
-    if (bytes.size() > limit || file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
-    QString text = decoder.decode(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-    return text;
-}
 
 SystemReport summarizeSystemReport(const QString &text)
 {

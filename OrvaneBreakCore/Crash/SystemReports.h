@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Crash/FileDate.h"
+#include "FileDate.h"
 
 #include <QList>
 #include <QString>
@@ -32,7 +32,3 @@ struct SystemReports
 
 /// What is sent of a report's whole text.
 [[nodiscard]] SystemReport summarizeSystemReport(const QString &text);
-
-/// The whole text of the file at `path`; nothing when it is no regular file, cannot be read, is larger than
-/// `limit` bytes or is no UTF-8 text. Never waits for another program.
-[[nodiscard]] std::optional<QString> readText(const std::filesystem::path &path, qint64 limit);

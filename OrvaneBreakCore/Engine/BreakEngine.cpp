@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Engine/BreakEngine.h"
+#include "BreakEngine.h"
 
-#include "Engine/BreakSettings.h"
-#include "Engine/SharedInstance.h"
-#include "Engine/StatusText.h"
-#include "Platform/Chime.h"
-#include "Platform/Preferences.h"
-#include "Platform/UserIdle.h"
+#include "BreakSettings.h"
+#include "Chime.h"
+#include "Preferences.h"
+#include "SharedInstance.h"
+#include "StatusText.h"
+#include "UserIdle.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Engine/BreakOverlay.h"
-#include "Platform/RunLoop.h"
+#include "BreakOverlay.h"
+#include "RunLoop.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Engine/BreakSettings.h"
+#include "BreakSettings.h"
 
-#include "Platform/Preferences.h"
+#include "Preferences.h"
 
 #include <algorithm>
 

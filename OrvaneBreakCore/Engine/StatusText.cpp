@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Engine/StatusText.h"
+#include "StatusText.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Overlay/BreakOverlayController.h"
+#include "BreakOverlayController.h"
 
-#include "Overlay/BreakOverlayPanel.h"
-#include "Overlay/RingView.h"
-#include "Platform/OverlaySurface.h"
+#include "BreakOverlayPanel.h"
+#include "OverlaySurface.h"
+#include "RingView.h"
 
 #include <QApplication>
 #include <QPixmap>

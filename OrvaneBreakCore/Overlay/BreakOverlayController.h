@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Engine/BreakOverlay.h"
+#include "BreakOverlay.h"
 
 #include <QList>
 #include <QObject>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Overlay/BreakOverlayPanel.h"
+#include "BreakOverlayPanel.h"
 
-#include "Overlay/RingView.h"
-#include "Visuals/Palette.h"
-#include "Visuals/TextButton.h"
+#include "Palette.h"
+#include "RingView.h"
+#include "TextButton.h"
 
 #include <QImage>
 #include <QKeyEvent>

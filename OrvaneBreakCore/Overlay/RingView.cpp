@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Overlay/RingView.h"
+#include "RingView.h"
 
-#include "Visuals/Palette.h"
+#include "Palette.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

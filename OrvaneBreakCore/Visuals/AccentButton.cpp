@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/AccentButton.h"
+#include "AccentButton.h"
 
-#include "Visuals/Palette.h"
+#include "Palette.h"
 
 #include <QFontMetrics>
 #include <QPainter>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/HouseStyle.h"
+#include "HouseStyle.h"
 
-#include "Visuals/Palette.h"
+#include "Palette.h"
 
 #include <QPainter>
 #include <QPlainTextEdit>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/Palette.h"
+#include "Palette.h"
 
 #include <QEvent>
 #include <QFontDatabase>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/SymbolButton.h"
+#include "SymbolButton.h"
 
-#include "Visuals/Symbols.h"
+#include "Symbols.h"
 
 #include <QPainter>
 

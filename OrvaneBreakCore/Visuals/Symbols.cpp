@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/Symbols.h"
+#include "Symbols.h"
 
 #include <QFile>
 #include <QPainter>

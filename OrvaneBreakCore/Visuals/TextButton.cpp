@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Visuals/TextButton.h"
+#include "TextButton.h"
 
 #include <QFontMetrics>
 #include <QPainter>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/Crashes.h"
+#include "Crashes.h"
 
 #include <QApplication>
 #include <QTimer>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CrashCapture.h"
-#include "Crash/Crashes.h"
+#include "CrashCapture.h"
+#include "Crashes.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/Crashes.h"
+#include "Crashes.h"
 
-#include "Crash/SignalStack.h"
+#include "SignalStack.h"
 
 #include <malloc.h>
 #include <sys/mman.h>

@@ -2,9 +2,9 @@
 // Prints where the program takes the idle time from on this desktop, and then for every line of standard
 // input how many seconds ago the last input of any kind was. Where only a protocol with a time-out tells it,
 // the time-out is a second.
-#include "Platform/Idle/UserIdleFactory.h"
-#include "Platform/Idle/WaylandUserIdle.h"
-#include "Platform/TimerfdRunLoop.h"
+#include "TimerfdRunLoop.h"
+#include "UserIdleFactory.h"
+#include "WaylandUserIdle.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/ServerChannel.h"
+#include "ServerChannel.h"
 
 /// The desktop tests start a server with a key of its own, and tell the program of theirs where it is.
 ServerChannel::Configuration ServerChannel::builtInConfiguration()

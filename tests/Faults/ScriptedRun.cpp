@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Engine/BreakEngine.h"
+#include "BreakEngine.h"
 
 #include <QApplication>
 #include <QCheckBox>

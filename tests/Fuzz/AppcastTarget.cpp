@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Fuzz/Target.h"
-#include "Platform/Network/Http.h"
-#include "Updates/UpdateChoice.h"
+#include "Http.h"
+#include "Target.h"
+#include "UpdateChoice.h"
 
 #include <QTimeZone>
 

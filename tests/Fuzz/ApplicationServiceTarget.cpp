@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Fuzz/Target.h"
-#include "Instance/ApplicationService.h"
+#include "ApplicationService.h"
+#include "Target.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

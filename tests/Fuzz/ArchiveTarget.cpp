@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Fuzz/Target.h"
-#include "Platform/Preferences/ScratchFolder.h"
-#include "Updates/ArchiveMaker.h"
-#include "Updates/LibarchiveReader.h"
-#include "Updates/UnpackedUpdate.h"
+#include "LibarchiveReader.h"
+#include "Support/ArchiveMaker.h"
+#include "Support/ScratchFolder.h"
+#include "Target.h"
+#include "UnpackedUpdate.h"
 
 #include <QList>
 

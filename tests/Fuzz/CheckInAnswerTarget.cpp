@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/CheckInAnswer.h"
-#include "Channel/StrictJson.h"
-#include "Fuzz/Target.h"
+#include "CheckInAnswer.h"
+#include "StrictJson.h"
 #include "Support/Signer.h"
+#include "Target.h"
 
 using namespace std::chrono_literals;
 

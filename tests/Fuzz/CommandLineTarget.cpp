@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/CommandLine.h"
-#include "Fuzz/Target.h"
+#include "CommandLine.h"
+#include "Target.h"
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CoreDumps.h"
-#include "Fuzz/Target.h"
+#include "CoreDumps.h"
+#include "Target.h"
 
 #include <algorithm>
 #include <cctype>

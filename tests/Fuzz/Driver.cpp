@@ -5,9 +5,9 @@
 // Runs one of the program's targets without libFuzzer: on every file of the folder CORPUS, then on COUNT
 // inputs made out of these. WORDS is a dictionary as libFuzzer reads them. Whatever kills the process, the
 // input is left in the file "crash-TARGET" of the current folder.
-#include "Fuzz/Mutator.h"
-#include "Fuzz/Target.h"
+#include "Mutator.h"
 #include "Support/TestSeed.h"
+#include "Target.h"
 
 #include <QDir>
 #include <QFile>

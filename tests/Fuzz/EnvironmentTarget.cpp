@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "App/DiagnosticReport.h"
-#include "Fuzz/Target.h"
-#include "LoginItem/AutostartEntry.h"
-#include "LoginItem/PortalLoginItem.h"
-#include "Platform/Process/PlatformChoice.h"
-#include "Platform/Process/SessionBus.h"
-#include "Platform/Process/UserFolders.h"
+#include "AutostartEntry.h"
+#include "DiagnosticReport.h"
+#include "PlatformChoice.h"
+#include "PortalLoginItem.h"
+#include "SessionBus.h"
+#include "Target.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 #include <QDir>

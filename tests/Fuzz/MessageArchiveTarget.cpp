@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/MessageArchive.h"
-#include "Fuzz/Target.h"
+#include "MessageArchive.h"
 #include "Support/MemoryPreferences.h"
+#include "Target.h"
 
 #include <QJsonDocument>
 #include <QTimeZone>

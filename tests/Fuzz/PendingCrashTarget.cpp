@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/CrashUpload.h"
-#include "Fuzz/Target.h"
-#include "Platform/Preferences/ScratchFolder.h"
-#include "Platform/Process/Bundle.h"
+#include "Bundle.h"
+#include "CrashUpload.h"
 #include "Support/FakeHttp.h"
 #include "Support/MemoryPreferences.h"
+#include "Support/ScratchFolder.h"
+#include "Target.h"
 
 using namespace Qt::StringLiterals;
 

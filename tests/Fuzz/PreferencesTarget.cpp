@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/FileDate.h"
-#include "Engine/BreakSettings.h"
-#include "Fuzz/Target.h"
-#include "Platform/Preferences/JsonPreferences.h"
-#include "Platform/Preferences/PreferencesFile.h"
-#include "Platform/Preferences/ScratchFolder.h"
-#include "Updates/UpdaterSettings.h"
+#include "BreakSettings.h"
+#include "FileDate.h"
+#include "JsonPreferences.h"
+#include "PreferencesFile.h"
+#include "Support/ScratchFolder.h"
+#include "Target.h"
+#include "UpdaterSettings.h"
 
 #include <QJsonDocument>
 

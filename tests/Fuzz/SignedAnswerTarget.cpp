@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Channel/CheckInAnswer.h"
-#include "Fuzz/Target.h"
+#include "CheckInAnswer.h"
 #include "Support/Signer.h"
+#include "Target.h"
 
 #include <cstdlib>
 #include <cstring>

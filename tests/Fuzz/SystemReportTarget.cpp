@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Crash/SystemReports.h"
-#include "Fuzz/Target.h"
-#include "Platform/Preferences/ScratchFolder.h"
+#include "Support/ScratchFolder.h"
+#include "SystemReports.h"
+#include "Target.h"
 
 #include <QTextBoundaryFinder>
 

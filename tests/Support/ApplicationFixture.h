@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "App/AppDelegate.h"
-#include "Channel/ServerChannel.h"
-#include "LoginItem/LoginItem.h"
-#include "Platform/Launcher/LauncherCount.h"
-#include "Platform/Process/Bundle.h"
-#include "Platform/Windowing/WindowPresence.h"
-#include "Support/EngineFixture.h"
-#include "Support/FakeDownloads.h"
-#include "Support/FakeHttp.h"
-#include "Support/FakeInstaller.h"
-#include "Support/FakeTray.h"
-#include "Support/Signer.h"
-#include "Updates/StandardUpdaterController.h"
-#include "Updates/UpdateDownload.h"
-#include "Windows/AlertQueue.h"
-#include "Windows/UpdaterDialogs.h"
+#include "AlertQueue.h"
+#include "AppDelegate.h"
+#include "Bundle.h"
+#include "EngineFixture.h"
+#include "FakeDownloads.h"
+#include "FakeHttp.h"
+#include "FakeInstaller.h"
+#include "FakeTray.h"
+#include "LauncherCount.h"
+#include "LoginItem.h"
+#include "ServerChannel.h"
+#include "Signer.h"
+#include "StandardUpdaterController.h"
+#include "UpdateDownload.h"
+#include "UpdaterDialogs.h"
+#include "WindowPresence.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

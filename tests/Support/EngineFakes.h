@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Engine/BreakOverlay.h"
-#include "Platform/Chime.h"
-#include "Platform/UserIdle.h"
+#include "BreakOverlay.h"
+#include "Chime.h"
+#include "UserIdle.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Engine/BreakEngine.h"
-#include "Support/EngineFakes.h"
-#include "Support/ManualRunLoop.h"
-#include "Support/MemoryPreferences.h"
+#include "BreakEngine.h"
+#include "EngineFakes.h"
+#include "ManualRunLoop.h"
+#include "MemoryPreferences.h"
 
 /// An engine on a manual clock, with everything it calls written down in `log`: overlay, chime and "change".
 struct EngineFixture

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/Network/Downloads.h"
+#include "Downloads.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/OverlaySurface.h"
+#include "OverlaySurface.h"
 
 #include <QScreen>
 #include <QStringList>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "StatusItem/TrayItem.h"
+#include "TrayItem.h"
 
 #include <QStringList>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Updates/UpdaterDriver.h"
+#include "UpdaterDriver.h"
 
 #include <QStringList>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/RunLoop.h"
-#include "Platform/TimerSchedule.h"
+#include "RunLoop.h"
+#include "TimerSchedule.h"
 
 #include <optional>
 #include <vector>

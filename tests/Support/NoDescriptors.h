@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Platform/Preferences/FileDescriptor.h"
+#include "FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>

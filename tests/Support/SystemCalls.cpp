@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Support/SystemCalls.h"
+#include "SystemCalls.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Support/TestProgram.h"
+#include "TestProgram.h"
 
 #include <cstdio>
 #include <map>

@@ -17,7 +17,8 @@ from driver import packages  # noqa: E402
 _GROUPS = {
     "run": ["build", "tour"], "test": ["build", "test", "desktops", "bare"],
     "bench/run": ["build", "test"], "bench/measure-crash-scan": ["build", "test"], "tests/Fuzz/run": ["build", "fuzz"],
-    "tools/check-cppcheck": ["test"], "tools/check-format": ["test"], "tools/check-tests": ["build", "test"],
+    "tools/check-cppcheck": ["test"], "tools/check-format": ["test"], "tools/check-layers": ["test"],
+    "tools/check-tests": ["build", "test"],
     "tools/install-packages": ["build"],
     "tools/make-chime": ["tour"], "tools/make-known-answers": ["test"],
     "tools/measure-coverage": ["build", "test", "coverage", "desktops"], "tools/package-debian": ["build", "release"],

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Year/ComparedApplication.h"
+#include "ComparedApplication.h"
 
-#include "Engine/BreakSettings.h"
+#include "BreakSettings.h"
 
 #include <QAction>
 #include <QLabel>
@@ -18,8 +18,8 @@ constexpr Interval ringStep = 100ms;
 
 SPUUpdater::Configuration updatesFromTheMakers()
 {
-    return {QUrl(u"https://makers.invalid/appcast.xml"_s), UpdateSignature::PublicKey{1},
-            UpdateVersion(u"1.0"_s), u"x86_64"_s, UpdateVersion(u"6.1"_s)};
+    return {QUrl(u"https://makers.invalid/appcast.xml"_s), Ed25519::PublicKey{1}, UpdateVersion(u"1.0"_s),
+            u"x86_64"_s, UpdateVersion(u"6.1"_s)};
 }
 
 QString line(const Effect &effect)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Engine/EngineModel.h"
-#include "Overlay/BreakOverlayController.h"
+#include "BreakOverlayController.h"
 #include "Support/ApplicationFixture.h"
+#include "Support/EngineModel.h"
 #include "Support/FakeOverlaySurface.h"
 
 /// The launched application with a real break screen, and the model of its engine, side by side: what is done

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Year/Conversation.h"
+#include "Conversation.h"
 
 #include <QJsonArray>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Channel/MessageArchive.h"
+#include "MessageArchive.h"
 
 #include <QJsonObject>
 #include <QList>

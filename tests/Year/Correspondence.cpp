@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What passes between the user and the makers.
-#include "App/MessagesFixture.h"
-#include "Year/Year.h"
+#include "Support/MessagesFixture.h"
+#include "Year.h"
 
 #include <QLineEdit>
 #include <QPlainTextEdit>

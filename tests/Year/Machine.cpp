@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What time brings: waiting, sleep, locks, clocks that are set.
-#include "Year/Year.h"
+#include "Year.h"
 
 #include <array>
 

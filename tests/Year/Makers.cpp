@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Year/Makers.h"
+#include "Makers.h"
 
-#include "Updates/FeedMaker.h"
+#include "Support/FeedMaker.h"
 
 #include <array>
 #include <chrono>

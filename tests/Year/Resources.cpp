@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Year/Resources.h"
+#include "Resources.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the user does with reminders, settings and windows.
-#include "App/MessagesFixture.h"
-#include "Overlay/BreakOverlayPanel.h"
-#include "Year/Year.h"
+#include "BreakOverlayPanel.h"
+#include "Support/MessagesFixture.h"
+#include "Year.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Year/ComparedApplication.h"
-#include "Year/Conversation.h"
-#include "Year/Makers.h"
-#include "Year/Resources.h"
+#include "ComparedApplication.h"
+#include "Conversation.h"
+#include "Makers.h"
+#include "Resources.h"
 
 #include <deque>
 #include <memory>

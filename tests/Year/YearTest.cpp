@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "Year/Year.h"
+#include "Year.h"
 
 #include "Support/TestProgram.h"
 #include "Support/TestSeed.h"

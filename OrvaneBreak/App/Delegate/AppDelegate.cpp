@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AppDelegate.h"
+
+#include "AlertQueue.h"
+#include "BreakEngine.h"
+#include "LoginItem.h"
+#include "MainWindow.h"
+#include "MessagesWindow.h"
+#include "Palette.h"
+#include "StandardUpdaterController.h"
+#include "SymbolButton.h"
+#include "WindowPresence.h"
+
+#include <QCoreApplication>
+#include <QMenuBar>
+
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// How long a tray that starts with the session may take before the user is shown the main window instead.
+constexpr Interval trayPatience = 5s;
+
+bool isDebugSwitchOn(const char *variable)
+{
+    return qgetenv(variable) == "1";
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Services services)
+    : m_engine(services.engine)
+    , m_runLoop(services.runLoop)
+    , m_preferences(services.preferences)
+    , m_loginItem(services.loginItem)
+    , m_updaterController(services.updaterController)
+    , m_presence(services.presence)
+    , m_bundle(services.bundle)
+    , m_channel(services.channel)
+    , m_launcherCount(services.launcherCount)
+    , m_installCrashReporter(std::move(services.installCrashReporter))
+    , m_alerts(services.alerts)
+    , m_statusController(std::move(services.makeTrayItem))
+{
+    m_statusController.onLost = [this] { awaitTray(); };
+}
+
+AppDelegate::~AppDelegate()
+{
+    m_engine.onChange = nullptr;
+    m_loginItem.onRefused = nullptr;
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    m_installCrashReporter();
+    m_presence.setAccessory(isMenuBarMode());
+    buildMenu();
+    buildMainWindow();
+    m_engine.onChange = [this] {
+        refreshBreakUI();
+        m_alerts.proceed();
+    };
+    if (isMenuBarMode()) {
+        m_statusController.enable(buildStatusMenu());
+        awaitTray();
+    } else {
+        activate();
+    }
+    showOnboardingIfNeeded();
+    refreshBreakUI();
+    m_settling = m_runLoop.scheduleOnce(m_runLoop.now() + settlingTime, 1s, [this] {
+        ensureSettingsView();
+        syncWithServer();
+    });
+    m_syncTimer = m_runLoop.scheduleRepeating(1h, 1min, [this] { syncWithServer(); });
+    m_updaterController.updater().setUpdateCheckInterval(1h);
+    if (isDebugSwitchOn("ORVANE_DEBUG_SETTINGS"))
+        showSettings();
+    if (isDebugSwitchOn("ORVANE_DEBUG_BREAK"))
+        m_engine.breakNow();
+}
+
+void AppDelegate::awaitTray()
+{
+    m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
+        if (!m_statusController.isEnabled() || m_statusController.isHosted())
+            return;
+        if (m_engine.isOnBreak())
+            awaitTray();
+        else
+            showMainWindow();
+    });
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    m_engine.stop();
+    m_updaterController.updater().installAtQuit();
+}
+
+void AppDelegate::terminate()
+{
+    // The toolkit's own way to quit closes every window first, the break's as well, before the keyboard has
+    // been given back.
+    m_engine.stop();
+    QCoreApplication::exit();
+}

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AccentCheckBox.h"
+#include "AppDelegate.h"
+#include "BreakSettings.h"
+#include "Bundle.h"
+#include "Card.h"
+#include "CheckBoxes.h"
+#include "LoginItem.h"
+#include "MainWindow.h"
+#include "Palette.h"
+#include "Preferences.h"
+#include "StandardUpdaterController.h"
+#include "SymbolButton.h"
+#include "TextButton.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFontMetrics>
+#include <QPushButton>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int pageMargin = 24;
+constexpr int pageRight = 406;
+constexpr int cardLeft = 40;
+constexpr int cardRight = 390;
+constexpr int popUpLeft = 270;
+constexpr int controlFontSize = 13;
+constexpr int smallestFontSize = 9;
+constexpr int titlePadding = 11;
+
+/// Gives `view` the size of its content at the latest where it reaches `right`: a font of the desktop that is
+/// wider than usual is made smaller until the text fits.
+void fit(QWidget &view, QPoint origin, int right)
+{
+    QFont font = view.font();
+    view.adjustSize();
+    while (origin.x() + view.sizeHint().width() > right && font.pixelSize() > smallestFontSize) {
+        font.setPixelSize(font.pixelSize() - 1);
+        view.setFont(font);
+        view.adjustSize();
+    }
+    view.move(origin);
+}
+
+/// Some styles leave a title no room at the sides of its button.
+void fitWithPadding(QPushButton &button)
+{
+    const int width = QFontMetrics(button.font()).horizontalAdvance(button.text()) + 2 * titlePadding;
+    button.resize(std::max(button.sizeHint().width(), width), button.sizeHint().height());
+}
+
+/// Places controls on the page; every control is a child of the page and named for what it is.
+class PageBuilder
+{
+public:
+    explicit PageBuilder(QWidget *root)
+        : m_root(root)
+    {
+    }
+
+    template <typename View>
+    View *add(View *view, const QString &name)
+    {
+        view->setParent(m_root);
+        view->setObjectName(name);
+        return view;
+    }
+
+    void card(const QRect &frame) { add(new Card, u"card"_s)->setGeometry(frame); }
+
+    AppearanceLabel *label(const QString &text, const QString &name, int size, QFont::Weight weight,
+                           const AppearanceColor &color)
+    {
+        AppearanceLabel *view = add(makeLabel(text, size, weight, color), name);
+        view->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        return view;
+    }
+
+    /// A label and, to its right, a pop-up button that is read out with it.
+    template <typename Options, typename Number>
+    QComboBox *popUpRow(const QString &title, const QString &name, int middle, const Options &options,
+                        Number number, int selected)
+    {
+        AppearanceLabel *caption =
+            label(title, name + u"Label"_s, controlFontSize, QFont::Normal, labelColor());
+        fit(*caption, {cardLeft, 0}, popUpLeft - 8);
+        caption->move(cardLeft, middle - caption->height() / 2);
+        auto *popUp = add(new QComboBox, name);
+        popUp->setFont(systemFont(controlFontSize, QFont::Normal));
+        // Screen readers read a pop-up button's value, and take its name from the label that belongs to it.
+        caption->setBuddy(popUp);
+        popUp->setGeometry(popUpLeft, middle - 13, 120, 26);
+        for (const auto &option : options)
+            popUp->addItem(option.titre.toString(), option.*number);
+        popUp->setCurrentIndex(popUp->findData(selected));
+        return popUp;
+    }
+
+    QCheckBox *checkBox(const QString &title, const QString &name, int top, bool isOn)
+    {
+        auto *box = add(new AccentCheckBox(title), name);
+        box->setFont(systemFont(controlFontSize, QFont::Normal));
+        box->setChecked(isOn);
+        fit(*box, {cardLeft, top}, cardRight);
+        return box;
+    }
+
+    QPushButton *pushButton(const QString &title, const QString &name)
+    {
+        auto *button = add(new QPushButton(title), name);
+        button->setFont(systemFont(controlFontSize, QFont::Normal));
+        fitWithPadding(*button);
+        return button;
+    }
+
+private:
+    QWidget *m_root;
+};
+
+/// Both buttons in one row, with the same font, whatever its width.
+void placeButtonRow(QPushButton &first, QPushButton &second, int top)
+{
+    constexpr int gap = 10;
+    QFont font = first.font();
+    while (pageMargin + first.width() + gap + second.width() > pageRight &&
+           font.pixelSize() > smallestFontSize) {
+        font.setPixelSize(font.pixelSize() - 1);
+        for (QPushButton *button : {&first, &second}) {
+            button->setFont(font);
+            fitWithPadding(*button);
+        }
+    }
+    first.move(pageMargin, top);
+    second.move(pageMargin + first.width() + gap, top);
+}
+
+} // namespace
+
+void AppDelegate::ensureSettingsView()
+{
+    if (m_settingsView)
+        return;
+    m_settingsView = buildSettingsView();
+    m_settingsView->hide();
+    m_mainWindow->addPage(m_settingsView);
+}
+
+QWidget *AppDelegate::buildSettingsView()
+{
+    auto *root = new FlippedView;
+    root->setObjectName(u"settingsView"_s);
+    root->resize(winSize);
+    PageBuilder page(root);
+
+    auto *back = page.add(new SymbolButton(u"chevron.left"_s, 15, u"Retour"_s), u"backButton"_s);
+    back->setGeometry(18, 46, 28, 28);
+    connect(back, &QPushButton::clicked, this, &AppDelegate::showMain);
+    AppearanceLabel *title = page.label(u"Réglages"_s, u"settingsTitle"_s, 20, QFont::Bold, labelColor());
+    title->adjustSize();
+    title->move(54, 60 - title->height() / 2);
+
+    buildRhythmCards(*root);
+    buildSystemCard(*root);
+
+    QPushButton *updates = page.pushButton(u"Rechercher des mises à jour…"_s, u"updatesButton"_s);
+    connect(updates, &QPushButton::clicked, &m_updaterController,
+            &SPUStandardUpdaterController::checkForUpdates);
+    QPushButton *report = page.pushButton(u"Signaler un problème…"_s, u"reportButton"_s);
+    connect(report, &QPushButton::clicked, this, &AppDelegate::reportProblemPressed);
+    placeButtonRow(*updates, *report, 332);
+
+    page.add(new Separator, u"separator"_s)->setGeometry(pageMargin, 372, pageRight - pageMargin, 1);
+    buildFooter(*root);
+    return root;
+}
+
+void AppDelegate::buildRhythmCards(QWidget &root)
+{
+    PageBuilder page(&root);
+    page.card({pageMargin, 94, 382, 80});
+    QComboBox *interval =
+        page.popUpRow(u"Intervalle entre les pauses"_s, u"intervalPopUp"_s, 115, BreakSettings::intervals,
+                      &BreakSettings::IntervalOption::minutes, BreakSettings::intervalMinutes(m_preferences));
+    connect(interval, &QComboBox::activated, this, [this, interval] { intervalChanged(*interval); });
+    QComboBox *pause =
+        page.popUpRow(u"Durée d'une pause"_s, u"pausePopUp"_s, 149, BreakSettings::pauseDurations,
+                      &BreakSettings::PauseOption::secondes, BreakSettings::pauseSeconds(m_preferences));
+    connect(pause, &QComboBox::activated, this, [this, pause] { pauseDurationChanged(*pause); });
+
+    page.card({pageMargin, 184, 382, 38});
+    QCheckBox *sound = page.checkBox(u"Jouer un son doux au début de la pause"_s, u"soundCheckbox"_s, 193,
+                                     BreakSettings::soundEnabled(m_preferences));
+    connect(sound, &QCheckBox::toggled, this, [this, sound] { toggleSound(*sound); });
+}
+
+void AppDelegate::buildSystemCard(QWidget &root)
+{
+    PageBuilder page(&root);
+    page.card({pageMargin, 232, 382, 90});
+    const SPUUpdater &updater = m_updaterController.updater();
+    QCheckBox *updates =
+        page.checkBox(u"Installer les mises à jour automatiquement"_s, u"autoUpdatesCheckbox"_s, 242,
+                      updater.automaticallyChecksForUpdates() && updater.automaticallyDownloadsUpdates());
+    connect(updates, &QCheckBox::toggled, this, [this, updates] { toggleAutoUpdates(*updates); });
+    m_menuBarCheckbox = page.checkBox(u"Icône dans la barre de menus (au lieu du Dock)"_s,
+                                      u"menuBarCheckbox"_s, 269, isMenuBarMode());
+    connect(m_menuBarCheckbox, &QCheckBox::toggled, this, [this] { toggleMenuBarMode(*m_menuBarCheckbox); });
+    m_loginCheckbox =
+        page.checkBox(u"Ouvrir à la connexion"_s, u"loginCheckbox"_s, 296, m_loginItem.isEnabled());
+    connect(m_loginCheckbox, &QCheckBox::toggled, this, [this] { toggleLoginItem(*m_loginCheckbox); });
+    m_loginItem.onRefused = [this] { setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled()); };
+}
+
+void AppDelegate::buildFooter(QWidget &root)
+{
+    PageBuilder page(&root);
+    const QString version = m_bundle.shortVersion();
+    fit(*page.label(u"OrvaneBreak v"_s + version, u"versionLabel"_s, 12, QFont::DemiBold, labelColor()),
+        {pageMargin, 420}, pageRight);
+    fit(*page.label(u"Développé par Orvane Labs,\nstudio suisse d'applications Mac."_s, u"makersLabel"_s, 11,
+                    QFont::Normal, secondaryLabelColor()),
+        {pageMargin, 438}, pageRight);
+    auto *link = page.add(new TextButton(QStringLiteral(ORVANE_WEBSITE_NAME), systemFont(12, QFont::DemiBold),
+                                         orvaneMauve(), 0),
+                          u"websiteLink"_s);
+    link->setAccessibleDescription(QStringLiteral(ORVANE_WEBSITE_URL));
+    connect(link, &QPushButton::clicked, this, &AppDelegate::openOrvaneLabs);
+    fit(*link, {pageMargin, 470}, pageRight);
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "UpdateChoice.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+std::optional<NoUpdate> objection(const AppcastItem &item, const UpdateCircumstances &circumstances)
+{
+    if (item.operatingSystem != circumstances.operatingSystem ||
+        item.architecture != circumstances.architecture)
+        return NoUpdate::OtherSystem;
+    if (item.date.isValid() && item.date > circumstances.now.addDays(1))
+        return NoUpdate::FromTheFuture;
+    if (!(item.version > circumstances.installed))
+        return NoUpdate::UpToDate;
+    const bool isMinimumMet =
+        !item.minimumSystemVersion.isValid() || circumstances.systemVersion >= item.minimumSystemVersion;
+    if (item.needsUnknownSystem || !isMinimumMet)
+        return NoUpdate::SystemTooOld;
+    if (item.version <= circumstances.skipped && !item.isCritical && !circumstances.isAskedByUser)
+        return NoUpdate::Skipped;
+    return std::nullopt;
+}
+
+} // namespace
+
+std::variant<AppcastItem, NoUpdate> chooseUpdate(const Appcast &feed,
+                                                 const UpdateCircumstances &circumstances)
+{
+    const AppcastItem *newest = nullptr;
+    NoUpdate closest = NoUpdate::EmptyFeed;
+    for (const AppcastItem &item : feed.items) {
+        if (const auto reason = objection(item, circumstances))
+            closest = std::max(closest, *reason);
+        else if (!newest || item.version > newest->version)
+            newest = &item;
+    }
+    if (newest)
+        return *newest;
+    return closest;
+}

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "HomeInstaller.h"
+
+#include "InstallationChange.h"
+#include "MessageFilter.h"
+#include "SignalStack.h"
+#include "UnpackedUpdate.h"
+
+#include <QPointer>
+
+#include <system_error>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void log(const QString &text)
+{
+    qCInfo(orvaneLog).noquote() << u"OrvaneBreak: mise à jour: "_s + text;
+}
+
+/// Whether a step of a change succeeded; if not, the log tells.
+bool isDone(const std::optional<QString> &problem)
+{
+    if (problem)
+        log(*problem);
+    return !problem;
+}
+
+UpdateFailure failureOf(const UnpackFailure &failure)
+{
+    log(failure.detail);
+    return failure.problem == UnpackProblem::Disk ? UpdateFailure::Disk : UpdateFailure::Damaged;
+}
+
+} // namespace
+
+HomeInstaller::HomeInstaller(std::variant<Installation, NoInstallation> installation,
+                             std::optional<Ed25519::PublicKey> key, UpdateVersion installed,
+                             OpenArchive openArchive)
+    : m_installation(std::move(installation))
+    , m_key(key)
+    , m_installed(std::move(installed))
+    , m_openArchive(std::move(openArchive))
+{
+}
+
+HomeInstaller::~HomeInstaller() = default;
+
+UpdateInstaller::Ability HomeInstaller::ability() const
+{
+    const auto *reason = std::get_if<NoInstallation>(&m_installation);
+    if (!reason)
+        return Ability::Itself;
+    return *reason == NoInstallation::NotWritable ? Ability::NotAllowed : Ability::Others;
+}
+
+void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
+                            Completion completion)
+{
+    const auto finish = [this, context = QPointer(&context),
+                         completion = std::move(completion)](std::optional<UpdateFailure> failure) {
+        QMetaObject::invokeMethod(
+            this,
+            [context, completion, failure] {
+                if (context)
+                    completion(failure);
+            },
+            Qt::QueuedConnection);
+    };
+    try {
+        // One whose answer nobody waits for any more may change the installation until its end.
+        m_thread = std::jthread();
+        m_thread = std::jthread([this, archive, item, finish] {
+            const SignalStack signalStack;
+            finish(install(archive, item));
+        });
+    } catch (const std::system_error &) {
+        finish(UpdateFailure::Disk);
+    }
+}
+
+std::optional<UpdateFailure> HomeInstaller::install(const QByteArray &archive, const AppcastItem &item) const
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    if (!installation)
+        return UpdateFailure::Disk;
+    if (!m_key || !UpdateSignature::verify(archive, item.length, item.signature, *m_key)) {
+        log(u"the archive is not signed by the makers"_s);
+        return UpdateFailure::NotGenuine;
+    }
+    std::optional<InstallationChange> change = InstallationChange::begin(*installation);
+    if (!change) {
+        log(u"the installation cannot be changed now"_s);
+        return UpdateFailure::Disk;
+    }
+    const std::unique_ptr<ArchiveReader> reader = m_openArchive(archive);
+    if (!reader) {
+        log(u"archives cannot be read now"_s);
+        return UpdateFailure::Disk;
+    }
+    const auto unpacked = unpackArchive(std::move(*reader), change->newStagingFolder());
+    if (const auto *failure = std::get_if<UnpackFailure>(&unpacked))
+        return failureOf(*failure);
+    const auto &update = std::get<UnpackedUpdate>(unpacked);
+    // An old archive stays genuine for ever: only what is inside says which version it is.
+    if (update.version.text() != item.version.text() || !(update.version > m_installed)) {
+        log(u"the archive holds version "_s + update.version.text());
+        std::error_code ignored;
+        std::filesystem::remove_all(update.folder.parent_path(), ignored);
+        return UpdateFailure::Damaged;
+    }
+    return isDone(change->stage(update.folder, update.version)) ? std::nullopt
+                                                                : std::optional(UpdateFailure::Disk);
+}
+
+bool HomeInstaller::activate(const UpdateVersion &version)
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    std::optional<InstallationChange> change =
+        installation ? InstallationChange::begin(*installation) : std::nullopt;
+    return change && isDone(change->activate(version));
+}
+
+bool HomeInstaller::isOnTrial() const
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    return installation && installation->isOnTrial();
+}
+
+void HomeInstaller::confirm()
+{
+    if (!isOnTrial())
+        return;
+    if (std::optional<InstallationChange> change =
+            InstallationChange::begin(std::get<Installation>(m_installation)))
+        isDone(change->confirm());
+}

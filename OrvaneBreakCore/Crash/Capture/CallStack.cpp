@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CallStack.h"
+
+#include "CrashText.h"
+#include "InterruptedThread.h"
+#include "ProgramSymbols.h"
+
+#include <dlfcn.h>
+#include <unwind.h>
+
+#include <algorithm>
+#include <bit>
+#include <exception>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+/// Names of template instances can fill pages.
+constexpr std::size_t longestName = 240;
+
+/// The part of a path that names no folder of the user's.
+std::string_view lastPart(std::string_view path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+struct Module
+{
+    const link_map *map = nullptr; ///< Null for code outside of any file.
+
+    [[nodiscard]] bool isProgram() const { return map && map->l_name[0] == '\0'; }
+
+    [[nodiscard]] std::string_view name() const
+    {
+        if (!map)
+            return "?";
+        return isProgram() ? std::string_view("orvanebreak") : lastPart(map->l_name);
+    }
+};
+
+Module moduleOf(std::uintptr_t address)
+{
+    dl_find_object found = {};
+    // The unwinder asks in the same way, and this is the only one that takes no lock.
+    const bool isFound = _dl_find_object(std::bit_cast<void *>(address), &found) == 0;
+    return {isFound ? found.dlfo_link_map : nullptr};
+}
+
+template <typename Function>
+const link_map *moduleOfFunction(Function *function)
+{
+    return moduleOf(reinterpret_cast<std::uintptr_t>(function)).map;
+}
+
+} // namespace
+
+struct CallStack::Collector
+{
+    CallStack &stack;
+    std::optional<std::uintptr_t> above; ///< Frames up to the one at this address are left out.
+    int skipped = 0;                     ///< Frames to leave out in any case.
+
+    static _Unwind_Reason_Code collect(_Unwind_Context *context, void *self)
+    {
+        return static_cast<Collector *>(self)->take(context);
+    }
+
+    _Unwind_Reason_Code take(_Unwind_Context *context)
+    {
+        int isBeforeInstruction = 0;
+        const std::uintptr_t address = _Unwind_GetIPInfo(context, &isBeforeInstruction);
+        if (address == 0)
+            return _URC_END_OF_STACK;
+        if (skipped-- > 0)
+            return _URC_NO_REASON;
+        if (above) {
+            if (address == *above)
+                above.reset();
+            return _URC_NO_REASON;
+        }
+        // Where a call returns to may be the next function already.
+        stack.append(isBeforeInstruction ? address : address - 1);
+        return stack.m_count < stack.m_frames.size() ? _URC_NO_REASON : _URC_END_OF_STACK;
+    }
+};
+
+void CallStack::prepare()
+{
+    CallStack unused;
+    unused.captureHere();
+}
+
+void CallStack::captureHere()
+{
+    m_count = 0;
+    Collector collector{*this, std::nullopt, 1};
+    _Unwind_Backtrace(&Collector::collect, &collector);
+}
+
+void CallStack::captureInterrupted(const ucontext_t &context)
+{
+    m_count = 0;
+    const InterruptedThread thread(context);
+    append(thread.programCounter());
+    // From a call to nowhere there is no way back for the unwinder, but the return address is at hand.
+    if (!moduleOf(thread.programCounter()).map)
+        append(thread.returnAddressOfCall() - 1);
+    Collector collector{*this, thread.programCounter()};
+    _Unwind_Backtrace(&Collector::collect, &collector);
+}
+
+void CallStack::dropThrowing()
+{
+    const link_map *language = moduleOfFunction(&std::terminate);
+    const link_map *unwinder = moduleOfFunction(&_Unwind_Backtrace);
+    const auto end = m_frames.begin() + static_cast<std::ptrdiff_t>(m_count);
+    const auto isThrowing = [&](std::uintptr_t frame) {
+        const link_map *map = moduleOf(frame).map;
+        return map == language || map == unwinder;
+    };
+    const auto outside = std::find_if(m_frames.begin(), end, isThrowing);
+    const auto thrower = std::find_if_not(outside, end, isThrowing);
+    if (thrower == end)
+        return;
+    std::copy(thrower, end, m_frames.begin());
+    m_count = static_cast<std::size_t>(end - thrower);
+}
+
+void CallStack::appendTo(CrashText &text, std::size_t most, const ProgramSymbols &symbols) const
+{
+    const std::size_t count = std::min(m_count, most);
+    for (std::size_t index = 0; index < count; ++index) {
+        const Module module = moduleOf(m_frames[index]);
+        const std::uintptr_t address = m_frames[index] - (module.map ? module.map->l_addr : 0);
+        text.append(index == 0 ? "" : "\n").appendDecimal(index).append(" ").append(module.name());
+        text.append(" ").appendHexadecimal(address);
+        const std::optional<ProgramSymbols::Symbol> symbol =
+            module.isProgram() ? symbols.find(address) : std::nullopt;
+        if (symbol)
+            text.append(" ")
+                .append(symbol->name.substr(0, longestName))
+                .append(" + ")
+                .appendDecimal(symbol->offset);
+    }
+}
+
+void CallStack::append(std::uintptr_t address)
+{
+    if (m_count < m_frames.size())
+        m_frames[m_count++] = address;
+}

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CrashText.h"
+
+#include <algorithm>
+
+CrashText &CrashText::append(std::string_view text)
+{
+    const std::size_t length = std::min(text.size(), m_characters.size() - m_length);
+    std::copy_n(text.data(), length, m_characters.data() + m_length);
+    m_length += length;
+    return *this;
+}
+
+CrashText &CrashText::appendDecimal(std::uint64_t number)
+{
+    return appendDigits(number, 10);
+}
+
+CrashText &CrashText::appendHexadecimal(std::uint64_t number)
+{
+    return append("0x").appendDigits(number, 16);
+}
+
+CrashText &CrashText::appendDigits(std::uint64_t number, unsigned base)
+{
+    constexpr std::size_t mostDigits = 20;
+    std::array<char, mostDigits> digits = {};
+    std::size_t first = mostDigits;
+    do {
+        digits[--first] = "0123456789abcdef"[number % base];
+        number /= base;
+    } while (number > 0);
+    return append({digits.data() + first, mostDigits - first});
+}

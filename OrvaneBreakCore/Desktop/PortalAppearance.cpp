@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PortalAppearance.h"
+
+#include "HouseStyle.h"
+#include "Palette.h"
+
+#include <QApplication>
+#include <QDBusMessage>
+#include <QPalette>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString service = u"org.freedesktop.portal.Desktop"_s;
+const QString path = u"/org/freedesktop/portal/desktop"_s;
+const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
+const QString appearanceNameSpace = u"org.freedesktop.appearance"_s;
+const QString colorScheme = u"color-scheme"_s;
+
+constexpr int timeoutMilliseconds = 250;
+
+/// The value may come wrapped in variants.
+PortalAppearance::Scheme schemeOf(QVariant value)
+{
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    switch (value.toUInt()) {
+    case 1:
+        return PortalAppearance::Scheme::Dark;
+    case 2:
+        return PortalAppearance::Scheme::Light;
+    default:
+        return PortalAppearance::Scheme::NoPreference;
+    }
+}
+
+/// What the portal on `bus` says, waiting for a quarter of a second at most.
+PortalAppearance::Scheme askedFor(const QDBusConnection &bus)
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
+    question << appearanceNameSpace << colorScheme;
+    const QDBusMessage answer = bus.call(question, QDBus::Block, timeoutMilliseconds);
+    const bool isAnswered = answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty();
+    return isAnswered ? schemeOf(answer.arguments().constFirst()) : PortalAppearance::Scheme::NoPreference;
+}
+
+} // namespace
+
+PortalAppearance::PortalAppearance(QDBusConnection bus)
+{
+    if (!bus.isConnected()) {
+        apply(Scheme::NoPreference);
+        return;
+    }
+    // Without this the connection is refused, silently: the bus looks the slot's types up by their names.
+    qRegisterMetaType<QDBusVariant>();
+    bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    apply(askedFor(bus));
+}
+
+void PortalAppearance::apply(Scheme scheme)
+{
+    switch (scheme) {
+    case Scheme::Dark:
+        QApplication::setPalette(darkPalette());
+        break;
+    case Scheme::Light:
+        QApplication::setPalette(lightPalette());
+        break;
+    case Scheme::NoPreference:
+        QApplication::setPalette(QPalette());
+        // A desktop with dark colours of its own keeps them.
+        if (!isDarkAppearance(QApplication::palette()))
+            QApplication::setPalette(lightPalette());
+        break;
+    }
+}
+
+void PortalAppearance::settingChanged(const QString &nameSpace, const QString &key, const QDBusVariant &value)
+{
+    // Another name space has a key of the same name that holds a text.
+    if (nameSpace == appearanceNameSpace && key == colorScheme)
+        apply(schemeOf(value.variant()));
+}

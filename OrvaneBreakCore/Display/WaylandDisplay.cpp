@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "WaylandDisplay.h"
+
+#include <wayland-client-core.h>
+
+namespace {
+
+void dropMessage(const char * /*format*/, va_list /*arguments*/) {}
+
+} // namespace
+
+void WaylandDisplayDeleter::operator()(wl_display *display) const
+{
+    wl_display_disconnect(display);
+}
+
+void dropWaylandMessages()
+{
+    wl_log_set_handler_client(dropMessage);
+}

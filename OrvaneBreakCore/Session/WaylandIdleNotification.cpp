@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "WaylandIdleNotification.h"
+
+#include "WaylandGlobals.h"
+
+#include <ext-idle-notify-v1-client-protocol.h>
+#include <idle-client-protocol.h>
+#include <wayland-client.h>
+
+#include <optional>
+#include <utility>
+
+namespace {
+
+template <typename Object, void (*destroy)(Object *)>
+struct ProxyDeleter
+{
+    void operator()(Object *object) const { destroy(object); }
+};
+template <typename Object, void (*destroy)(Object *)>
+using ProxyPointer = std::unique_ptr<Object, ProxyDeleter<Object, destroy>>;
+
+template <typename Object>
+Object *bind(wl_registry &registry, std::uint32_t name, const wl_interface &interface)
+{
+    return static_cast<Object *>(wl_registry_bind(&registry, name, &interface, 1));
+}
+
+class ExtIdleNotification final : public WaylandIdleNotification
+{
+public:
+    ExtIdleNotification(wl_registry &registry, std::uint32_t globalName, wl_seat &seat,
+                        std::chrono::milliseconds timeout, Handlers handlers)
+        : m_handlers(std::move(handlers))
+        , m_notifier(bind<ext_idle_notifier_v1>(registry, globalName, ext_idle_notifier_v1_interface))
+        , m_notification(ext_idle_notifier_v1_get_idle_notification(
+              m_notifier.get(), static_cast<std::uint32_t>(timeout.count()), &seat))
+    {
+        static constexpr ext_idle_notification_v1_listener listener{
+            [](void *self, auto *) { static_cast<ExtIdleNotification *>(self)->m_handlers.idled(); },
+            [](void *self, auto *) { static_cast<ExtIdleNotification *>(self)->m_handlers.resumed(); },
+        };
+        ext_idle_notification_v1_add_listener(m_notification.get(), &listener, this);
+    }
+
+private:
+    Handlers m_handlers;
+    ProxyPointer<ext_idle_notifier_v1, ext_idle_notifier_v1_destroy> m_notifier;
+    ProxyPointer<ext_idle_notification_v1, ext_idle_notification_v1_destroy> m_notification;
+};
+
+class KdeIdleNotification final : public WaylandIdleNotification
+{
+public:
+    KdeIdleNotification(wl_registry &registry, std::uint32_t globalName, wl_seat &seat,
+                        std::chrono::milliseconds timeout, Handlers handlers)
+        : m_handlers(std::move(handlers))
+        , m_idle(bind<org_kde_kwin_idle>(registry, globalName, org_kde_kwin_idle_interface))
+        , m_timeout(org_kde_kwin_idle_get_idle_timeout(m_idle.get(), &seat,
+                                                       static_cast<std::uint32_t>(timeout.count())))
+    {
+        static constexpr org_kde_kwin_idle_timeout_listener listener{
+            [](void *self, auto *) { static_cast<KdeIdleNotification *>(self)->m_handlers.idled(); },
+            [](void *self, auto *) { static_cast<KdeIdleNotification *>(self)->m_handlers.resumed(); },
+        };
+        org_kde_kwin_idle_timeout_add_listener(m_timeout.get(), &listener, this);
+    }
+
+private:
+    Handlers m_handlers;
+    ProxyPointer<org_kde_kwin_idle, org_kde_kwin_idle_destroy> m_idle;
+    ProxyPointer<org_kde_kwin_idle_timeout, org_kde_kwin_idle_timeout_release> m_timeout;
+};
+
+} // namespace
+
+OfferedWaylandIdle offeredWaylandIdle(wl_display &display)
+{
+    const WaylandQueue queue(display);
+    const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue);
+    if (!globals)
+        return {};
+    return {globals->offers(globalInterface(WaylandIdleProtocol::ExtIdleNotify)),
+            globals->offers(globalInterface(WaylandIdleProtocol::KdeIdle))};
+}
+
+const char *globalInterface(WaylandIdleProtocol protocol)
+{
+    return protocol == WaylandIdleProtocol::ExtIdleNotify ? ext_idle_notifier_v1_interface.name
+                                                          : org_kde_kwin_idle_interface.name;
+}
+
+std::unique_ptr<WaylandIdleNotification> requestIdleNotification(WaylandIdleProtocol protocol,
+                                                                 wl_registry &registry,
+                                                                 std::uint32_t globalName, wl_seat &seat,
+                                                                 std::chrono::milliseconds timeout,
+                                                                 WaylandIdleNotification::Handlers handlers)
+{
+    if (protocol == WaylandIdleProtocol::ExtIdleNotify)
+        return std::make_unique<ExtIdleNotification>(registry, globalName, seat, timeout,
+                                                     std::move(handlers));
+    return std::make_unique<KdeIdleNotification>(registry, globalName, seat, timeout, std::move(handlers));
+}

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ApplicationService.h"
+
+#include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QProcess>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString applicationId = u"ch.example.Eyes-Test"_s;
+const QString objectPath = u"/ch/example/Eyes_Test"_s;
+
+} // namespace
+
+/// The first instance lives in this process, the second starts are this program again, on a session bus of
+/// their own.
+class ApplicationServiceTest : public QObject
+{
+    Q_OBJECT
+
+    SessionBusDaemon m_bus;
+
+    static QProcess *startSecond(const QString &action, const QString &token = {})
+    {
+        auto *process = new QProcess(QCoreApplication::instance());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_ACTIVATION_TOKEN"_s, token);
+        environment.insert(u"DESKTOP_STARTUP_ID"_s, token);
+        process->setProcessEnvironment(environment);
+        process->start(QCoreApplication::applicationFilePath(),
+                       {u"ApplicationServiceTest"_s, u"--second"_s, action});
+        return process;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(!m_bus.address().isEmpty());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_bus.address().toLatin1());
+    }
+
+    void cleanupTestCase()
+    {
+        QDBusConnection::disconnectFromBus(QDBusConnection::sessionBus().name());
+        m_bus.stop();
+    }
+
+    void theFirstLivesAndTheSecondActivatesIt()
+    {
+        ApplicationService service(applicationId);
+        int activations = 0;
+        int breaks = 0;
+        service.onActivate = [&] { ++activations; };
+        service.onBreakNow = [&] { ++breaks; };
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+
+        QProcess *second = startSecond({});
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(second->exitCode(), static_cast<int>(ApplicationService::Start::Second));
+        QCOMPARE(activations, 1);
+        QProcess *third = startSecond(u"break-now"_s);
+        QTRY_COMPARE(third->state(), QProcess::NotRunning);
+        QCOMPARE(activations, 1);
+        QCOMPARE(breaks, 1);
+    }
+
+    void theSecondHandsOverWhatTheDesktopGaveIt()
+    {
+        ApplicationService service(applicationId);
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+        QProcess *second = startSecond({}, u"token-8"_s);
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-8"));
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+
+    void whoReleasesTheNameMakesRoomForAFirst()
+    {
+        ApplicationService service(applicationId);
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+        service.release();
+        QProcess *second = startSecond({});
+        QTRY_COMPARE(second->state(), QProcess::NotRunning);
+        QCOMPARE(second->exitCode(), static_cast<int>(ApplicationService::Start::First));
+    }
+
+    void theActivationTokenIsKeptForTheToolkit()
+    {
+        ApplicationService service(applicationId);
+        service.activate({{u"activation-token"_s, u"token-7"_s}});
+        QCOMPARE(qgetenv("XDG_ACTIVATION_TOKEN"), QByteArray("token-7"));
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+        for (const QString &token : {u"two\nlines"_s, QString(1'025, u'x')}) {
+            service.activate({{u"activation-token"_s, token}});
+            QVERIFY(!qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
+        }
+        // Nobody listens, and what is unknown is left alone.
+        service.activateAction(u"something-else"_s, {{u"activation-token"_s, 7.5}});
+    }
+
+    void theInterfaceIsTheStandardOne()
+    {
+        ApplicationService service(applicationId);
+        int activations = 0;
+        service.onActivate = [&] { ++activations; };
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        bus.registerObject(objectPath, &service, QDBusConnection::ExportAdaptors);
+        QDBusMessage open = QDBusMessage::createMethodCall(bus.baseService(), objectPath,
+                                                           u"org.freedesktop.Application"_s, u"Open"_s);
+        open << QStringList{u"file:///x"_s} << QVariantMap();
+        QCOMPARE(bus.call(open).type(), QDBusMessage::ReplyMessage);
+        QCOMPARE(activations, 1);
+        bus.unregisterObject(objectPath);
+    }
+};
+
+static int runApplicationServiceTest(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    if (application.arguments().value(1) == "--second"_L1) {
+        ApplicationService service(applicationId);
+        return static_cast<int>(service.start(application.arguments().value(2)));
+    }
+    ApplicationServiceTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+ORVANE_TEST_WITH_MAIN(ApplicationServiceTest, runApplicationServiceTest)
+
+#include "ApplicationServiceTest.moc"

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "AutostartEntry.h"
+
+#include "Support/TestProgram.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Makes an empty program in the folder of a version, and returns its path.
+QString emptyProgram(const QString &version, const QString &name)
+{
+    QFile program(version + u"/bin/"_s + name);
+    if (!QDir().mkpath(version + u"/bin"_s) || !program.open(QIODevice::WriteOnly))
+        qFatal("cannot write a program of the test");
+    return program.fileName();
+}
+
+} // namespace
+
+class AutostartEntryTest : public QObject
+{
+    Q_OBJECT
+
+    struct Folder
+    {
+        QTemporaryDir folder;
+        QString file = folder.filePath(u"autostart/ch.example.Eyes.desktop"_s);
+        AutostartEntry entry{{file, u"/opt/eyes/bin/orvanebreak"_s, {u"ubuntu"_s, u"GNOME"_s}}};
+
+        void write(const QByteArray &content) const
+        {
+            QDir().mkpath(QFileInfo(file).path());
+            QFile written(file);
+            QVERIFY(written.open(QIODevice::WriteOnly));
+            written.write(content);
+        }
+
+        [[nodiscard]] QString content() const
+        {
+            QFile read(file);
+            return read.open(QIODevice::ReadOnly) ? QString::fromUtf8(read.readAll()) : QString();
+        }
+    };
+
+private Q_SLOTS:
+    void registeredAndUnregistered()
+    {
+        Folder f;
+        QVERIFY(!f.entry.isEnabled());
+        QVERIFY(!f.entry.setEnabled(true));
+        QVERIFY(f.entry.isEnabled());
+        QVERIFY(f.content().contains(u"\nExec=\"/opt/eyes/bin/orvanebreak\"\n"_s));
+        QVERIFY(!f.entry.setEnabled(false));
+        QVERIFY(!f.entry.isEnabled());
+        QVERIFY(!QFile::exists(f.file));
+        QVERIFY(!f.entry.setEnabled(false));
+    }
+
+    void statusIsWhatIsOnDisk_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("isOn");
+        const QByteArray start = "[Desktop Entry]\nType=Application\nExec=x\n";
+        QTest::newRow("plain") << start << true;
+        QTest::newRow("hidden") << start + "Hidden=true\n" << false;
+        QTest::newRow("not hidden") << start + "Hidden = false\n" << true;
+        QTest::newRow("hidden in another group") << start + "[Other]\nHidden=true\n" << true;
+        QTest::newRow("commented") << start + "#Hidden=true\n" << true;
+        QTest::newRow("switched off") << start + "X-GNOME-Autostart-enabled=false\n" << false;
+        QTest::newRow("for this desktop") << start + "OnlyShowIn=KDE;GNOME;\n" << true;
+        QTest::newRow("for another desktop") << start + "OnlyShowIn=KDE;\n" << false;
+        QTest::newRow("for no desktop") << start + "OnlyShowIn=\n" << false;
+        QTest::newRow("not for this desktop") << start + "NotShowIn=GNOME;\n" << false;
+        QTest::newRow("not for another desktop") << start + "NotShowIn=KDE;\n" << true;
+        QTest::newRow("windows line ends")
+            << QByteArray("[Desktop Entry]\r\nType=Application\r\nExec=x\r\nHidden=true\r\n") << false;
+        QTest::newRow("no command") << QByteArray("[Desktop Entry]\nType=Application\n") << false;
+        QTest::newRow("no group") << QByteArray("Type=Application\nExec=x\n") << false;
+        QTest::newRow("empty") << QByteArray() << false;
+        QTest::newRow("binary") << QByteArray(1000, '\0') << false;
+    }
+
+    void statusIsWhatIsOnDisk()
+    {
+        QFETCH(const QByteArray, content);
+        QFETCH(const bool, isOn);
+        Folder f;
+        f.write(content);
+        QCOMPARE(f.entry.isEnabled(), isOn);
+        // Registering makes it on whatever was there.
+        QVERIFY(!f.entry.setEnabled(true));
+        QVERIFY(f.entry.isEnabled());
+    }
+
+    void aFolderThatIsAFileIsAFailure()
+    {
+        Folder f;
+        QFile file(QFileInfo(f.file).path());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        const std::optional<QString> problem = f.entry.setEnabled(true);
+        QVERIFY(problem && !problem->isEmpty() && !problem->contains(u'\n'));
+        QVERIFY(!f.entry.isEnabled());
+    }
+
+    void anEntryThatIsAFolderIsAFailure()
+    {
+        Folder f;
+        QVERIFY(QDir().mkpath(f.file + u"/full"_s));
+        QVERIFY(f.entry.setEnabled(true));
+        QVERIFY(!f.entry.isEnabled());
+    }
+
+    void pathsAreQuoted()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(u"e.desktop"_s);
+        AutostartEntry entry({file, uR"(/home/a b/100 %/"q"$`\/orvanebreak)"_s, {}});
+        QVERIFY(!entry.setEnabled(true));
+        QFile read(file);
+        QVERIFY(read.open(QIODevice::ReadOnly));
+        const QByteArray expected =
+            "\nExec=\"/home/a b/100 %%/\\\\\"q\\\\\"\\\\$\\\\`\\\\\\\\/orvanebreak\"\n";
+        const QByteArray content = read.readAll();
+        QVERIFY2(content.contains(expected), content.constData());
+    }
+
+    void theCommandSurvivesUpdates()
+    {
+        const QTemporaryDir folder;
+        const QString version = folder.filePath(u"versions/1.0"_s);
+        const QString program = emptyProgram(version, u"orvanebreak"_s);
+        QCOMPARE(AutostartEntry::stableExecutable(program), program);
+        QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
+        QCOMPARE(AutostartEntry::stableExecutable(program), folder.filePath(u"current/bin/orvanebreak"_s));
+        QCOMPARE(AutostartEntry::stableExecutable(u"/usr/bin/orvanebreak"_s), u"/usr/bin/orvanebreak"_s);
+    }
+
+    void theLauncherIsStarted()
+    {
+        const QTemporaryDir folder;
+        const QString version = folder.filePath(u"versions/1.0"_s);
+        const QString program = emptyProgram(version, u"orvanebreak-program"_s);
+        QCOMPARE(AutostartEntry::stableExecutable(program), program);
+        QFile launcher(version + u"/bin/orvanebreak"_s);
+        QVERIFY(launcher.open(QIODevice::WriteOnly));
+        QVERIFY(launcher.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        QCOMPARE(AutostartEntry::stableExecutable(program), launcher.fileName());
+        QVERIFY(QFile::link(version, folder.filePath(u"current"_s)));
+        QCOMPARE(AutostartEntry::stableExecutable(program), folder.filePath(u"current/bin/orvanebreak"_s));
+    }
+
+    void standardPlace()
+    {
+        qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
+        qputenv("XDG_CONFIG_HOME", "/somewhere");
+        const auto absolute = AutostartEntry::standardParameters(u"ch.example.Eyes"_s);
+        QCOMPARE(absolute.file, u"/somewhere/autostart/ch.example.Eyes.desktop"_s);
+        QCOMPARE(absolute.desktops, (QStringList{u"ubuntu"_s, u"GNOME"_s}));
+        qputenv("XDG_CONFIG_HOME", "relative");
+        QCOMPARE(AutostartEntry::standardParameters(u"e"_s).file,
+                 QDir::homePath() + u"/.config/autostart/e.desktop"_s);
+    }
+};
+
+ORVANE_TEST(AutostartEntryTest, QCoreApplication)
+#include "AutostartEntryTest.moc"

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Support/FakeDownloads.h"
+#include "Support/ManualRunLoop.h"
+#include "Support/ScratchFolder.h"
+#include "UpdateDownload.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <vector>
+
+inline const QByteArray archive = "0123456789";
+
+/// A download whose server and whose disk do what the test says.
+struct UpdateDownloadFixture
+{
+    void start()
+    {
+        start({QUrl(QStringLiteral("https://example.org/archive")), archive.size(), QStringLiteral("1.3")});
+    }
+
+    void start(const UpdateDownload::Wanted &wanted)
+    {
+        download.start(
+            wanted, [this](qint64 received) { progress.push_back(received); },
+            [this](const std::optional<QByteArray> &bytes) {
+                ++completions;
+                result = bytes;
+            });
+    }
+
+    /// What was received of an earlier start.
+    void leave(const QByteArray &bytes)
+    {
+        start();
+        downloads.answer(bytes, Downloads::End::Broken);
+        download.cancel();
+    }
+
+    [[nodiscard]] std::filesystem::path partialFile() const
+    {
+        const QStringList names = this->names();
+        return names.isEmpty() ? folder : folder / names.constFirst().toStdString();
+    }
+
+    [[nodiscard]] QStringList names() const
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    [[nodiscard]] int requests() const { return static_cast<int>(downloads.requests.size()); }
+    [[nodiscard]] qint64 offset() const { return downloads.requests.constLast().offset; }
+
+    /// Whether it has ended, and with what.
+    [[nodiscard]] bool isFinishedWith(const std::optional<QByteArray> &expected) const
+    {
+        if (completions != 0)
+            return false;
+        QCoreApplication::processEvents();
+        return completions == 1 && result == expected && runLoop.timers().empty() &&
+               !downloads.requests.value(requests() - 1).isOpen();
+    }
+
+    [[nodiscard]] bool hasFailed() const { return isFinishedWith(std::nullopt); }
+
+    ScratchFolder scratch;
+    std::filesystem::path folder = scratch.path("cache") / "updates";
+    FakeDownloads downloads;
+    ManualRunLoop runLoop;
+    UpdateDownload download{downloads, runLoop, folder};
+    std::vector<qint64> progress;
+    std::optional<QByteArray> result;
+    int completions = 0;
+};

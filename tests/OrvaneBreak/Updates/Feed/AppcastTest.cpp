@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/FeedMaker.h"
+#include "Support/TestProgram.h"
+
+#include <QTimeZone>
+
+using namespace Qt::StringLiterals;
+using namespace FeedMaker;
+
+class AppcastTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    static void everythingAnItemSays()
+    {
+        const Appcast result = parsed(
+            feed("<title>Feed</title><pubDate>Mon, 02 Mar 2026 10:00:00 +0100</pubDate>"
+                 "<lastBuildDate>Tue, 03 Mar 2026 10:00:00 GMT</lastBuildDate>" +
+                 item("<title> OrvaneBreak 1.3 </title><pubDate>Sun, 01 Mar 2026 08:30:00 +0200</pubDate>"
+                      "<s:version>1.3.0</s:version><s:shortVersionString>1.3</s:shortVersionString>"
+                      "<s:minimumSystemVersion>5.10</s:minimumSystemVersion><s:criticalUpdate/>"
+                      "<description><![CDATA[- a <b>bold</b> & new thing]]></description>"
+                      "<s:releaseNotesLink>https://example.org/notes</s:releaseNotesLink>"
+                      "<unknown><s:version>9</s:version></unknown>" +
+                      enclosure("s:arch='aarch64'"))));
+        QCOMPARE(result.date, QDateTime(QDate(2026, 3, 3), QTime(10, 0), QTimeZone::utc()));
+        QCOMPARE(result.items.size(), 1U);
+        const AppcastItem &found = result.items.front();
+        QCOMPARE(found.version.text(), u"1.3.0"_s);
+        QCOMPARE(found.displayVersion, u"1.3"_s);
+        QCOMPARE(found.title, u"OrvaneBreak 1.3"_s);
+        QCOMPARE(found.date, QDateTime(QDate(2026, 3, 1), QTime(6, 30), QTimeZone::utc()));
+        QCOMPARE(found.minimumSystemVersion.text(), u"5.10"_s);
+        QVERIFY(found.isCritical && !found.needsUnknownSystem);
+        QCOMPARE(found.releaseNotes, u"- a <b>bold</b> & new thing"_s);
+        QCOMPARE(found.releaseNotesAddress, QUrl(u"https://example.org/notes"_s));
+        QCOMPARE(found.operatingSystem, u"linux"_s);
+        QCOMPARE(found.architecture, u"aarch64"_s);
+        QCOMPARE(found.archive, QUrl(u"https://example.org/OrvaneBreak-1.3-linux-x86_64.tar.zst"_s));
+        QCOMPARE(found.length, 1000);
+        QCOMPARE(found.signature, QByteArray(64, 's'));
+    }
+
+    static void whatAnItemNeedNotSay()
+    {
+        const Appcast result = parsed(feed(wholeItem("1.3")));
+        QVERIFY(!result.date.isValid());
+        QCOMPARE(result.items.size(), 1U);
+        const AppcastItem &found = result.items.front();
+        QCOMPARE(found.displayVersion, u"1.3"_s);
+        QCOMPARE(found.architecture, u"x86_64"_s);
+        QVERIFY(!found.date.isValid() && !found.minimumSystemVersion.isValid());
+        QVERIFY(!found.isCritical && !found.needsUnknownSystem);
+        QVERIFY(found.releaseNotes.isEmpty() && found.releaseNotesAddress.isEmpty());
+    }
+
+    static void attributesOfTheEnclosureWin()
+    {
+        const Appcast result = parsed(feed(item(
+            "<s:version>1</s:version><s:shortVersionString>one</s:shortVersionString><s:os>macos</s:os>" +
+            enclosure("s:version='2' s:shortVersionString='two'"))));
+        QCOMPARE(result.items.size(), 1U);
+        QCOMPARE(result.items.front().version.text(), u"2"_s);
+        QCOMPARE(result.items.front().displayVersion, u"two"_s);
+        QCOMPARE(result.items.front().operatingSystem, u"linux"_s);
+    }
+
+    static void severalItemsAndEnclosures()
+    {
+        const Appcast result =
+            parsed(feed(item("<s:version>3</s:version>" + enclosure("s:arch='a'") + enclosure("s:arch='b'")) +
+                        wholeItem("2") + wholeItem("4")));
+        QStringList found;
+        for (const AppcastItem &item : result.items)
+            found << item.version.text() + item.architecture;
+        QCOMPARE(found, (QStringList{u"3a"_s, u"3b"_s, u"2x86_64"_s, u"4x86_64"_s}));
+    }
+
+    static void feedDate()
+    {
+        const QDateTime published = parsed(feed("<pubDate>Mon, 02 Mar 2026 10:00:00 UT</pubDate>")).date;
+        QCOMPARE(published, QDateTime(QDate(2026, 3, 2), QTime(10, 0), QTimeZone::utc()));
+        QVERIFY(!parsed(feed("<pubDate>yesterday</pubDate>")).date.isValid());
+    }
+
+    static void anItemThatLacksSomethingIsLeftOut_data()
+    {
+        QTest::addColumn<QByteArray>("bad");
+        const QByteArray version = "<s:version>1.4</s:version>";
+        const auto changed = [&](const QByteArray &from, const QByteArray &to) {
+            return item(version + enclosure().replace(from, to));
+        };
+        QTest::newRow("no version") << item(enclosure());
+        QTest::newRow("no such version") << item("<s:version>latest</s:version>" + enclosure());
+        QTest::newRow("version of no namespace") << item("<version>1.4</version>" + enclosure());
+        QTest::newRow("version of another namespace")
+            << item("<o:version xmlns:o='urn:other'>1.4</o:version>" + enclosure());
+        QTest::newRow("no enclosure") << item(version);
+        QTest::newRow("no address") << changed("url=", "uri=");
+        QTest::newRow("http") << changed("https://", "http://");
+        QTest::newRow("file") << changed("https://example.org", "file:///tmp");
+        QTest::newRow("with a password") << changed("https://", "https://me:secret@");
+        QTest::newRow("relative") << changed("https://example.org/", "");
+        QTest::newRow("no length") << changed("length=", "size=");
+        QTest::newRow("negative length") << changed("1000", "-1000");
+        QTest::newRow("zero length") << changed("1000", "0");
+        QTest::newRow("odd length") << changed("1000", "1e3");
+        QTest::newRow("length over a gibibyte") << changed("1000", "1073741825");
+        QTest::newRow("length over 64 bits") << changed("1000", "18446744073709551617");
+        QTest::newRow("no signature") << changed("edSignature", "dsaSignature");
+        QTest::newRow("empty signature") << changed(signature(), "");
+        QTest::newRow("no base64") << changed(signature(), "?" + signature().sliced(1));
+        QTest::newRow("63 bytes") << changed(signature(), signature(63));
+        QTest::newRow("65 bytes") << changed(signature(), signature(65));
+    }
+
+    static void anItemThatLacksSomethingIsLeftOut()
+    {
+        QFETCH(const QByteArray, bad);
+        const Appcast result = parsed(feed(wholeItem("1.1") + bad + wholeItem("1.2")));
+        QCOMPARE(result.items.size(), 2U);
+        QCOMPARE(result.items.at(0).version.text(), u"1.1"_s);
+        QCOMPARE(result.items.at(1).version.text(), u"1.2"_s);
+    }
+
+    static void thisMachineIsReachedOverHttp()
+    {
+        const QByteArray local = wholeItem().replace("https://example.org", "http://127.0.0.1:8000");
+        QCOMPARE(parsed(feed(local)).items.size(), 1U);
+        const auto overHttpsAlone = [](const QUrl &url) { return url.scheme() == "https"_L1; };
+        const auto verdict = parseAppcast(feed(local + wholeItem("2")), overHttpsAlone);
+        QCOMPARE(std::get<Appcast>(verdict).items.size(), 1U);
+    }
+
+    static void notesFromElsewhereAreNotShown()
+    {
+        const Appcast result = parsed(feed(
+            item("<s:version>1.4</s:version><s:releaseNotesLink>file:///etc/passwd</s:releaseNotesLink>" +
+                 enclosure())));
+        QCOMPARE(result.items.size(), 1U);
+        QVERIFY(result.items.front().releaseNotesAddress.isEmpty());
+    }
+
+    static void anUnknownMinimumIsTold()
+    {
+        const Appcast result = parsed(feed(item(
+            "<s:version>1.4</s:version><s:minimumSystemVersion>new</s:minimumSystemVersion>" + enclosure())));
+        QCOMPARE(result.items.size(), 1U);
+        QVERIFY(result.items.front().needsUnknownSystem);
+    }
+
+    static void longTextsAreCut()
+    {
+        const QByteArray eye = "\xf0\x9f\x91\x81";
+        const Appcast result =
+            parsed(feed(item("<title>" + QByteArray(1'000, 't') + "</title><description>x" +
+                             eye.repeated(20'000) + "</description><s:version>1</s:version>" + enclosure())));
+        QCOMPARE(result.items.size(), 1U);
+        QCOMPARE(result.items.front().title.size(), 200);
+        QCOMPARE(result.items.front().releaseNotes.size(), 19'999);
+        QVERIFY(result.items.front().releaseNotes.endsWith(QString::fromUtf8(eye)));
+    }
+
+    static void refused_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<AppcastRefusal>("reason");
+        using Reason = AppcastRefusal;
+        const QByteArray entities =
+            "<!DOCTYPE rss [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>]>";
+        QTest::newRow("empty") << QByteArray() << Reason::NotWellFormed;
+        QTest::newRow("no markup") << QByteArray("Not found") << Reason::NotWellFormed;
+        QTest::newRow("cut off") << feed(wholeItem()).chopped(3) << Reason::NotWellFormed;
+        QTest::newRow("more after the end") << feed(wholeItem()) + "<rss/>" << Reason::NotWellFormed;
+        QTest::newRow("no UTF-8") << feed("<title>\xff\xfe</title>") << Reason::NotWellFormed;
+        QTest::newRow("web page") << QByteArray("<html><body/></html>") << Reason::NoFeed;
+        QTest::newRow("document type") << feed(wholeItem(), "<!DOCTYPE rss>") << Reason::DocumentType;
+        QTest::newRow("entities") << feed("<title>&b;</title>", entities) << Reason::DocumentType;
+        QTest::newRow("outer entity")
+            << feed("<title>&x;</title>", "<!DOCTYPE rss [<!ENTITY x SYSTEM 'file:///etc/passwd'>]>")
+            << Reason::DocumentType;
+        QTest::newRow("undeclared entity") << feed("<title>&x;</title>") << Reason::NotWellFormed;
+        QTest::newRow("depth") << feed(QByteArray("<x>").repeated(31) + QByteArray("</x>").repeated(31))
+                               << Reason::TooDeep;
+        QTest::newRow("size") << feed("<!--" + QByteArray(1'048'576, 'x') + "-->") << Reason::TooLarge;
+        QTest::newRow("count") << feed(QByteArray("<item/>").repeated(1'001)) << Reason::TooManyItems;
+    }
+
+    static void refused()
+    {
+        QFETCH(const QByteArray, bytes);
+        QFETCH(const AppcastRefusal, reason);
+        const auto verdict = parseAppcast(bytes, &Http::isAllowed);
+        QVERIFY(std::holds_alternative<AppcastRefusal>(verdict));
+        QCOMPARE(static_cast<int>(std::get<AppcastRefusal>(verdict)), static_cast<int>(reason));
+    }
+
+    static void theLimitsThemselvesAreFine()
+    {
+        const QByteArray deep = QByteArray("<x>").repeated(30) + QByteArray("</x>").repeated(30);
+        const QByteArray many = QByteArray("<item/>").repeated(999);
+        const QByteArray content = deep + many + wholeItem();
+        const qsizetype rest = 1'048'576 - feed(content).size() - 7;
+        const QByteArray whole = feed(content + "<!--" + QByteArray(rest, 'x') + "-->");
+        QCOMPARE(whole.size(), 1'048'576);
+        QCOMPARE(parsed(whole).items.size(), 1U);
+    }
+};
+
+ORVANE_TEST(AppcastTest, TestProgram::NoApplication)
+#include "AppcastTest.moc"

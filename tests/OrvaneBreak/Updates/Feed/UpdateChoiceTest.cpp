@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "UpdateChoice.h"
+
+#include "Support/TestProgram.h"
+
+#include <QTest>
+#include <QTimeZone>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QDateTime now(QDate(2026, 3, 3), QTime(12, 0), QTimeZone::utc());
+
+AppcastItem offered(const QString &version)
+{
+    AppcastItem item;
+    item.version = UpdateVersion(version);
+    item.operatingSystem = u"linux"_s;
+    item.architecture = u"x86_64"_s;
+    item.date = now.addDays(-1);
+    return item;
+}
+
+UpdateCircumstances usual()
+{
+    return {UpdateVersion(u"1.2"_s), u"linux"_s, u"x86_64"_s, UpdateVersion(u"6.1"_s), now, {}, false};
+}
+
+/// The version chosen, or the reason why there is none.
+QString outcome(const std::vector<AppcastItem> &items, const UpdateCircumstances &circumstances = usual())
+{
+    const auto choice = chooseUpdate({items, {}}, circumstances);
+    if (const auto *item = std::get_if<AppcastItem>(&choice))
+        return item->version.text();
+    switch (std::get<NoUpdate>(choice)) {
+    case NoUpdate::EmptyFeed:
+        return u"empty"_s;
+    case NoUpdate::OtherSystem:
+        return u"other system"_s;
+    case NoUpdate::FromTheFuture:
+        return u"future"_s;
+    case NoUpdate::UpToDate:
+        return u"up to date"_s;
+    case NoUpdate::SystemTooOld:
+        return u"system too old"_s;
+    case NoUpdate::Skipped:
+        return u"skipped"_s;
+    }
+    return {};
+}
+
+} // namespace
+
+class UpdateChoiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    static void newestWins()
+    {
+        QCOMPARE(outcome({}), u"empty"_s);
+        QCOMPARE(outcome({offered(u"1.3"_s), offered(u"1.10"_s), offered(u"1.9"_s)}), u"1.10"_s);
+        QCOMPARE(outcome({offered(u"1.3.0"_s), offered(u"1.3"_s)}), u"1.3.0"_s);
+        QCOMPARE(outcome({offered(u"1.2.0"_s), offered(u"1.1"_s)}), u"up to date"_s);
+        QCOMPARE(outcome({offered(u"1.2-beta.1"_s)}), u"up to date"_s);
+        QCOMPARE(outcome({offered(u"1.3-beta.1"_s)}), u"1.3-beta.1"_s);
+    }
+
+    static void nothingIsNewerThanAnUnknownVersion()
+    {
+        UpdateCircumstances circumstances = usual();
+        circumstances.installed = UpdateVersion();
+        QCOMPARE(outcome({offered(u"9"_s)}, circumstances), u"up to date"_s);
+    }
+
+    static void onlyForThisSystem_data()
+    {
+        QTest::addColumn<QString>("system");
+        QTest::addColumn<QString>("architecture");
+        QTest::newRow("mac") << u"macos"_s << u"x86_64"_s;
+        QTest::newRow("no system") << QString() << u"x86_64"_s;
+        QTest::newRow("arm") << u"linux"_s << u"aarch64"_s;
+        QTest::newRow("no architecture") << u"linux"_s << QString();
+    }
+
+    static void onlyForThisSystem()
+    {
+        QFETCH(const QString, system);
+        QFETCH(const QString, architecture);
+        AppcastItem foreign = offered(u"9"_s);
+        foreign.operatingSystem = system;
+        foreign.architecture = architecture;
+        QCOMPARE(outcome({foreign}), u"other system"_s);
+        QCOMPARE(outcome({foreign, offered(u"1.3"_s), foreign}), u"1.3"_s);
+    }
+
+    static void minimumOfTheSystem()
+    {
+        AppcastItem item = offered(u"1.4"_s);
+        item.minimumSystemVersion = UpdateVersion(u"6.1.0"_s);
+        QCOMPARE(outcome({item}), u"1.4"_s);
+        item.minimumSystemVersion = UpdateVersion(u"6.1.1"_s);
+        QCOMPARE(outcome({item}), u"system too old"_s);
+        QCOMPARE(outcome({item, offered(u"1.3"_s)}), u"1.3"_s);
+        UpdateCircumstances unknown = usual();
+        unknown.systemVersion = UpdateVersion();
+        QCOMPARE(outcome({item}, unknown), u"system too old"_s);
+        item.minimumSystemVersion = UpdateVersion();
+        QCOMPARE(outcome({item}, unknown), u"1.4"_s);
+        item.needsUnknownSystem = true;
+        QCOMPARE(outcome({item}), u"system too old"_s);
+    }
+
+    static void nothingFromTheFuture()
+    {
+        AppcastItem item = offered(u"1.4"_s);
+        item.date = now.addDays(1);
+        QCOMPARE(outcome({item}), u"1.4"_s);
+        item.date = now.addDays(1).addSecs(1);
+        QCOMPARE(outcome({item}), u"future"_s);
+        QCOMPARE(outcome({item, offered(u"1.3"_s)}), u"1.3"_s);
+        item.date = QDateTime();
+        QCOMPARE(outcome({item}), u"1.4"_s);
+    }
+
+    static void skippedUnlessItMatters()
+    {
+        UpdateCircumstances circumstances = usual();
+        circumstances.skipped = UpdateVersion(u"1.4"_s);
+        const AppcastItem item = offered(u"1.4.0"_s);
+        QCOMPARE(outcome({item}, circumstances), u"skipped"_s);
+        // Who does not want a version does not want one before it either.
+        QCOMPARE(outcome({item, offered(u"1.3"_s)}, circumstances), u"skipped"_s);
+        QCOMPARE(outcome({item, offered(u"1.5"_s)}, circumstances), u"1.5"_s);
+        AppcastItem critical = offered(u"1.3"_s);
+        critical.isCritical = true;
+        QCOMPARE(outcome({item, critical}, circumstances), u"1.3"_s);
+        circumstances.isAskedByUser = true;
+        QCOMPARE(outcome({item}, circumstances), u"1.4.0"_s);
+    }
+
+    static void theClosestReasonIsTold()
+    {
+        AppcastItem foreign = offered(u"9"_s);
+        foreign.operatingSystem = u"macos"_s;
+        AppcastItem demanding = offered(u"2"_s);
+        demanding.minimumSystemVersion = UpdateVersion(u"99"_s);
+        QCOMPARE(outcome({foreign, offered(u"1.2"_s)}), u"up to date"_s);
+        QCOMPARE(outcome({demanding, foreign, offered(u"1.2"_s)}), u"system too old"_s);
+    }
+};
+
+ORVANE_TEST(UpdateChoiceTest, TestProgram::NoApplication)
+#include "UpdateChoiceTest.moc"

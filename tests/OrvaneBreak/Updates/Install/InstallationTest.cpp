@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "InstallationFixture.h"
+#include "Support/TestProgram.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+UpdateVersion version(const char *text)
+{
+    return UpdateVersion(QString::fromLatin1(text));
+}
+
+NoInstallation reason(const std::filesystem::path &bin)
+{
+    return std::get<NoInstallation>(Installation::ofProgram(bin));
+}
+
+std::filesystem::path unpacked(const InstallationChange &change, const std::string &version)
+{
+    const auto result =
+        unpackArchive(LibarchiveReader(ArchiveMaker::packedUpdate(version)), change.newStagingFolder());
+    return std::get<UnpackedUpdate>(result).folder;
+}
+
+/// The whole way to a new version that is on trial.
+void update(const InstallationFixture &f, const char *from, const char *to)
+{
+    auto change = InstallationChange::begin(f.seenBy(from));
+    QVERIFY(change);
+    QCOMPARE(change->stage(unpacked(*change, to), version(to)), std::nullopt);
+    QCOMPARE(change->activate(version(to)), std::nullopt);
+}
+
+void confirm(const InstallationFixture &f, const char *running)
+{
+    auto change = InstallationChange::begin(f.seenBy(running));
+    QVERIFY(change);
+    QCOMPARE(change->confirm(), std::nullopt);
+}
+
+} // namespace
+
+class InstallationTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    static void foundFromTheProgram()
+    {
+        const InstallationFixture f;
+        for (const char *bin : {"versions/1.2/bin", "current/bin", "current/lib/../bin"}) {
+            const auto found = Installation::ofProgram(f.root() / bin);
+            QVERIFY(std::holds_alternative<Installation>(found));
+            QCOMPARE(std::get<Installation>(found).root(), std::filesystem::canonical(f.root()));
+            QCOMPARE(std::get<Installation>(found).running().text(), u"1.2"_s);
+            QCOMPARE(std::get<Installation>(found).current().text(), u"1.2"_s);
+            QVERIFY(!std::get<Installation>(found).previous().isValid());
+            QVERIFY(!std::get<Installation>(found).isOnTrial());
+        }
+    }
+
+    static void programsThatAreNoInstallation()
+    {
+        const InstallationFixture f;
+        QCOMPARE(reason("/usr/bin"), NoInstallation::PackageManager);
+        QCOMPARE(reason("/usr/bin/../bin"), NoInstallation::PackageManager);
+        std::filesystem::create_directories(f.root() / "build/bin");
+        QCOMPARE(reason(f.root() / "build/bin"), NoInstallation::BuildTree);
+        QCOMPARE(reason(f.root() / "current/lib"), NoInstallation::BuildTree);
+        QCOMPARE(reason(f.root() / "nowhere"), NoInstallation::BuildTree);
+        std::filesystem::remove(f.root() / "current");
+        QCOMPARE(reason(f.root() / "versions/1.2/bin"), NoInstallation::BuildTree);
+        std::filesystem::create_directory_symlink("1.2", f.root() / "current");
+        QCOMPARE(reason(f.root() / "versions/1.2/bin"), NoInstallation::BuildTree);
+    }
+
+    static void anInstallationThatMayNotBeChanged()
+    {
+        const InstallationFixture f;
+        constexpr auto readable = std::filesystem::perms(0755);
+        constexpr int unreachable = 77;
+        const std::filesystem::path bin = f.root() / "versions/1.2/bin";
+        for (const auto &folder : f.ownFolders())
+            std::filesystem::permissions(folder, readable);
+        const int status = runInChild([&] {
+            // The superuser may change everything, so another user asks.
+            constexpr uid_t nobody = 65534;
+            if (geteuid() == 0 && setresuid(nobody, nobody, nobody) != 0)
+                return unreachable;
+            if (geteuid() != nobody)
+                std::filesystem::permissions(f.root(), std::filesystem::perms(0555));
+            if (access(bin.c_str(), F_OK) != 0)
+                return unreachable;
+            return reason(bin) == NoInstallation::NotWritable ? 0 : 1;
+        });
+        std::filesystem::permissions(f.root(), readable);
+        if (status == unreachable)
+            QSKIP("the folder of temporary files is closed to other users");
+        QCOMPARE(status, 0);
+    }
+
+    static void anUpdateIsTriedAndConfirmed()
+    {
+        const InstallationFixture f;
+        update(f, "1.2", "1.3");
+        const Installation seen = f.seenBy("1.3");
+        QCOMPARE(seen.current().text(), u"1.3"_s);
+        QCOMPARE(seen.previous().text(), u"1.2"_s);
+        QVERIFY(seen.isOnTrial());
+        QCOMPARE(ScratchFolder::bytesOf(f.root() / "trial"), "1.3\n");
+        QCOMPARE(std::filesystem::read_symlink(f.root() / "current"), "versions/1.3");
+        QVERIFY(std::filesystem::equivalent(seen.launcher(), f.root() / "versions/1.3/bin/orvanebreak"));
+        QVERIFY(f.isWhole("1.2") && f.isWhole("1.3"));
+
+        confirm(f, "1.3");
+        QVERIFY(!seen.isOnTrial());
+        QCOMPARE(f.names(), (QStringList{u".lock"_s, u"current"_s, u"previous"_s, u"versions"_s}));
+        QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
+    }
+
+    static void oldVersionsAreRemovedLate()
+    {
+        const InstallationFixture f;
+        QVERIFY(QDir(f.root()).mkpath(u"versions/of mine"_s));
+        update(f, "1.2", "1.3");
+        confirm(f, "1.3");
+        update(f, "1.3", "1.4");
+        QVERIFY(f.isWhole("1.2"));
+        // An old program that still runs ends nobody's trial.
+        confirm(f, "1.3");
+        QVERIFY(f.seenBy("1.4").isOnTrial());
+        QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s, u"1.4"_s, u"of mine"_s}));
+        confirm(f, "1.4");
+        QCOMPARE(f.versions(), (QStringList{u"1.3"_s, u"1.4"_s, u"of mine"_s}));
+        QVERIFY(f.isWhole("1.3") && f.isWhole("1.4"));
+    }
+
+    static void theWayBack()
+    {
+        const InstallationFixture f;
+        update(f, "1.2", "1.3");
+        // What the launcher does when the new version ends badly.
+        std::filesystem::rename(f.root() / "previous", f.root() / "current");
+        std::filesystem::remove(f.root() / "trial");
+        const Installation seen = f.seenBy("1.2");
+        QCOMPARE(seen.current().text(), u"1.2"_s);
+        QVERIFY(!seen.isOnTrial());
+        confirm(f, "1.2");
+        QCOMPARE(f.versions(), QStringList{u"1.2"_s});
+        update(f, "1.2", "1.3");
+        QVERIFY(f.seenBy("1.3").isOnTrial());
+    }
+
+    static void whatCannotBecomeAVersion()
+    {
+        const InstallationFixture f;
+        auto change = InstallationChange::begin(f.seenBy("1.2"));
+        QVERIFY(change);
+        const std::filesystem::path folder = unpacked(*change, "1.3");
+        QVERIFY(change->stage(folder, version("../1.3")).has_value());
+        QVERIFY(change->stage(folder, version("1.2")).has_value());
+        QVERIFY(change->stage(f.root() / "versions/1.2", version("1.3")).has_value());
+        QVERIFY(change->stage(folder / "lib", version("1.3")).has_value());
+        std::filesystem::remove(folder / "bin/orvanebreak-program");
+        QVERIFY(change->stage(folder, version("1.3")).has_value());
+        QVERIFY(change->activate(version("1.3")).has_value());
+        QVERIFY(change->activate(version("1.2")).has_value());
+        QVERIFY(change->activate(UpdateVersion()).has_value());
+        QCOMPARE(f.seenBy("1.2").current().text(), u"1.2"_s);
+        QVERIFY(!f.names().contains(u"trial"_s) && f.isWhole("1.2"));
+    }
+
+    static void theRunningVersionIsNotReplaced()
+    {
+        const InstallationFixture f;
+        f.put("1.3");
+        auto change = InstallationChange::begin(f.seenBy("1.3"));
+        QVERIFY(change);
+        QVERIFY(change->stage(unpacked(*change, "1.3"), version("1.3")).has_value());
+    }
+
+    static void aLeftOverVersionIsReplaced()
+    {
+        const InstallationFixture f;
+        std::filesystem::create_directories(f.root() / "versions/1.3/bin");
+        ScratchFolder::writeTo(f.root() / "versions/1.3/old", "old");
+        update(f, "1.2", "1.3");
+        QVERIFY(f.isWhole("1.3"));
+        QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
+    }
+
+    static void leftoversAreRemoved()
+    {
+        const InstallationFixture f;
+        std::filesystem::create_directories(f.root() / "versions/.staging-1/OrvaneBreak-1.3/bin");
+        ScratchFolder::writeTo(f.root() / ".new-trial", "1.3\n");
+        ScratchFolder::writeTo(f.root() / "trial", "1.3\n");
+        std::filesystem::create_directory_symlink("versions/1.3", f.root() / ".new-current");
+        QVERIFY(!f.seenBy("1.2").isOnTrial());
+        confirm(f, "1.2");
+        QCOMPARE(f.names(), (QStringList{u".lock"_s, u"current"_s, u"versions"_s}));
+        QCOMPARE(f.versions(), QStringList{u"1.2"_s});
+    }
+
+    static void oneAtATime()
+    {
+        const InstallationFixture f;
+        auto first = InstallationChange::begin(f.seenBy("1.2"));
+        QVERIFY(first);
+        const std::filesystem::path folder = unpacked(*first, "1.3");
+        QVERIFY(!InstallationChange::begin(f.seenBy("1.2")));
+        QVERIFY(std::filesystem::exists(folder));
+        first.reset();
+        QVERIFY(InstallationChange::begin(f.seenBy("1.2")));
+        QVERIFY(!std::filesystem::exists(folder));
+        // A process that ends in the middle lets go as well.
+        QCOMPARE(runInChild([&] {
+                     const auto change = InstallationChange::begin(f.seenBy("1.2"));
+                     _exit(change ? 0 : 1);
+                     return 1;
+                 }),
+                 0);
+        QVERIFY(InstallationChange::begin(f.seenBy("1.2")));
+    }
+
+    static void nothingToChange()
+    {
+        const InstallationFixture f;
+        QVERIFY(!InstallationChange::begin(Installation(f.root() / "nowhere", version("1.2"))));
+    }
+};
+
+ORVANE_TEST(InstallationTest, TestProgram::NoApplication)
+#include "InstallationTest.moc"

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Support/FakeDownloads.h"
+#include "Support/FakeHttp.h"
+#include "Support/FakeInstaller.h"
+#include "Support/FakeUpdaterDriver.h"
+#include "Support/FeedMaker.h"
+#include "Support/ManualRunLoop.h"
+#include "Support/MemoryPreferences.h"
+#include "UpdateDownload.h"
+#include "Updater.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+/// An updater of version 1.0 on a manual clock, with a network and a user that do what the test says.
+struct UpdaterFixture
+{
+    static constexpr qint64 archiveLength = 1000;
+
+    /// What the user decided before: whether to check, and whether to download.
+    explicit UpdaterFixture(std::optional<bool> checks = true, bool isDownloading = false)
+    {
+        if (checks)
+            store.setValue(QStringLiteral("SUEnableAutomaticChecks"), *checks);
+        store.setValue(QStringLiteral("SUAutomaticallyUpdate"), isDownloading);
+    }
+
+    /// The updater as it is after a start of the program.
+    SPUUpdater &start()
+    {
+        updater = std::make_unique<SPUUpdater>(SPUUpdater::Services{runLoop, store, http, download, installer,
+                                                                    driver, [this] { ++relaunches; },
+                                                                    [this] { ++visits; }},
+                                               configuration);
+        updater->start();
+        return *updater;
+    }
+
+    /// Answers the check that goes on with a feed of these items.
+    void answer(const QByteArray &items) { http.answer(HttpAnswer{200, FeedMaker::feed(items)}); }
+
+    /// Lets the download that goes on arrive, whole.
+    void deliver() const
+    {
+        downloads.answer(QByteArray(archiveLength, 'a'), Downloads::End::Complete);
+        QCoreApplication::processEvents();
+    }
+
+    [[nodiscard]] static QByteArray update(const QByteArray &version = "1.1", const QByteArray &more = {})
+    {
+        return FeedMaker::item("<s:version>" + version + "</s:version>" + more + FeedMaker::enclosure());
+    }
+
+    ManualRunLoop runLoop;
+    MemoryPreferences store;
+    FakeHttp http;
+    FakeDownloads downloads;
+    QTemporaryDir folder;
+    UpdateDownload download{downloads, runLoop, folder.path().toStdString() + "/updates"};
+    FakeInstaller installer;
+    FakeUpdaterDriver driver;
+    int relaunches = 0;
+    int visits = 0;
+    SPUUpdater::Configuration configuration{QUrl(QStringLiteral("https://makers.invalid/appcast.xml")),
+                                            Ed25519::PublicKey{1}, UpdateVersion(QStringLiteral("1.0")),
+                                            QStringLiteral("x86_64"), UpdateVersion(QStringLiteral("6.1"))};
+    std::unique_ptr<SPUUpdater> updater;
+};

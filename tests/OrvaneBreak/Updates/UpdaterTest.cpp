@@ -1,0 +1,397 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
+#include "UpdaterFixture.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+using Answer = UpdaterDriver::Answer;
+
+namespace {
+
+const QString searching = u"Recherche de mises à jour…"_s;
+const QString loading = u"Téléchargement de OrvaneBreak 1.1…"_s;
+const QString preparing = u"Vérification et installation…"_s;
+const QString hidden = u"hide"_s;
+const QString noFeed = u"Vérification impossible"_s;
+
+/// Lets the updater check by itself and find `items`.
+void findUnasked(UpdaterFixture &f, const QByteArray &items)
+{
+    f.runLoop.advance(25h);
+    QCOMPARE(f.http.requests.size(), 1);
+    f.answer(items);
+}
+
+} // namespace
+
+class UpdaterTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutAKeyOrASafeFeedItSaysSoOnRequestAlone_data()
+    {
+        QTest::addColumn<QString>("feed");
+        QTest::addColumn<bool>("hasKey");
+        QTest::newRow("no key") << u"https://makers.invalid/a.xml"_s << false;
+        QTest::newRow("no feed") << QString() << true;
+        QTest::newRow("not https") << u"http://makers.invalid/a.xml"_s << true;
+        QTest::newRow("a file") << u"file:///a.xml"_s << true;
+    }
+
+    void withoutAKeyOrASafeFeedItSaysSoOnRequestAlone()
+    {
+        QFETCH(const QString, feed);
+        QFETCH(const bool, hasKey);
+        UpdaterFixture f;
+        f.configuration.feed = QUrl(feed);
+        if (!hasKey)
+            f.configuration.key.reset();
+        f.start();
+        f.start();
+        f.runLoop.advance(50h);
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.updater->checkForUpdates();
+        QCOMPARE(f.driver.takeLog(), QStringList{u"Mises à jour indisponibles"_s});
+        QVERIFY(f.http.requests.isEmpty());
+    }
+
+    void aRequestAlwaysEndsWithAnAnswer_data()
+    {
+        QTest::addColumn<int>("status"); // 0: none comes
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("answer");
+        using FeedMaker::feed;
+        const QByteArray newer = UpdaterFixture::update();
+        const QString upToDate = u"OrvaneBreak est à jour"_s;
+        QTest::newRow("no answer") << 0 << QByteArray() << noFeed;
+        QTest::newRow("error") << 500 << feed(newer) << noFeed;
+        QTest::newRow("not found") << 404 << QByteArray("<html/>") << noFeed;
+        QTest::newRow("no XML") << 200 << QByteArray("hello") << noFeed;
+        QTest::newRow("entities") << 200 << feed(newer, "<!DOCTYPE rss []>") << noFeed;
+        QTest::newRow("empty") << 200 << feed({}) << upToDate;
+        QTest::newRow("same version") << 200 << feed(UpdaterFixture::update("1.0")) << upToDate;
+        QTest::newRow("older") << 200 << feed(UpdaterFixture::update("0.9")) << upToDate;
+        QTest::newRow("newer system")
+            << 200
+            << feed(UpdaterFixture::update("2.0", "<s:minimumSystemVersion>7</s:minimumSystemVersion>"))
+            << u"Ton système est trop ancien"_s;
+        QTest::newRow("newer") << 200 << feed(newer) << u"offer 1.1"_s;
+    }
+
+    void aRequestAlwaysEndsWithAnAnswer()
+    {
+        QFETCH(const int, status);
+        QFETCH(const QByteArray, body);
+        QFETCH(const QString, answer);
+        UpdaterFixture f(false);
+        f.start().checkForUpdates();
+        f.http.answer(status == 0 ? std::nullopt : std::optional(HttpAnswer{status, body}));
+        QCOMPARE(f.driver.takeLog(), (QStringList{searching, hidden, answer}));
+        f.updater->checkForUpdates();
+        QCOMPARE(f.http.requests.size(), 1);
+    }
+
+    void anAcceptedUpdateIsInstalledAtTheEnd()
+    {
+        UpdaterFixture f;
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.takeLog();
+        f.driver.choice(Answer::Install);
+        f.deliver();
+        QCOMPARE(f.driver.progress, 1.0);
+        QCOMPARE(f.driver.takeLog(), (QStringList{loading, preparing}));
+        f.installer.finish();
+        QCOMPARE(f.driver.takeLog(), (QStringList{hidden, u"relaunch 1.1?"_s}));
+        f.driver.relaunch(false);
+        QCOMPARE(f.relaunches, 0);
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log, (QStringList{u"prepare 1.1 "_s + QString(1000, u'a'), u"activate 1.1"_s}));
+    }
+
+    void itCanBeginAtOnce()
+    {
+        UpdaterFixture f;
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Install);
+        f.deliver();
+        f.installer.finish();
+        f.driver.relaunch(true);
+        QCOMPARE(f.relaunches, 1);
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
+    }
+
+    void withDownloadsOnItAllHappensSilently()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish();
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
+    }
+
+    void whoNeverQuitsIsOfferedToBeginAfterADay()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish();
+        f.runLoop.advance(23h);
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.runLoop.advance(3h);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1? quietly"_s});
+    }
+
+    void aCriticalOneIsOfferedToBeginAtOnce()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        f.deliver();
+        f.installer.finish();
+        QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1? quietly"_s});
+    }
+
+    void withDownloadsOffItIsOfferedQuietly()
+    {
+        UpdaterFixture f;
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
+        // The question stands until it is answered.
+        f.updater->setUpdateCheckInterval(1h);
+        f.runLoop.advance(61min);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.driver.choice(Answer::Install);
+        QCOMPARE(f.driver.takeLog(), QStringList{loading});
+    }
+
+    void laterIsADayLaterUnlessItIsCritical()
+    {
+        UpdaterFixture f;
+        f.start().setUpdateCheckInterval(1h);
+        f.runLoop.advance(1min);
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Later);
+        f.driver.takeLog();
+        f.runLoop.advance(1h + 1min);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.runLoop.advance(1h + 1min);
+        f.answer(UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
+        f.driver.choice(Answer::Later);
+        f.runLoop.advance(25h);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
+    }
+
+    void aSkippedVersionComesBackOnRequestAlone()
+    {
+        UpdaterFixture f;
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        f.driver.choice(Answer::Skip);
+        f.driver.takeLog();
+        findUnasked(f, UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        findUnasked(f, UpdaterFixture::update("1.2"));
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.2 quietly"_s});
+        f.updater->checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
+    }
+
+    void whatSomebodyElseInstalledIsShownOnTheMakersPage_data()
+    {
+        QTest::addColumn<int>("ability");
+        QTest::addColumn<bool>("isAllowed");
+        QTest::newRow("package manager") << static_cast<int>(UpdateInstaller::Ability::Others) << true;
+        QTest::newRow("not writable") << static_cast<int>(UpdateInstaller::Ability::NotAllowed) << false;
+    }
+
+    void whatSomebodyElseInstalledIsShownOnTheMakersPage()
+    {
+        QFETCH(const int, ability);
+        QFETCH(const bool, isAllowed);
+        UpdaterFixture f(true, true);
+        f.installer.currentAbility = static_cast<UpdateInstaller::Ability>(ability);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 elsewhere quietly"_s});
+        QCOMPARE(f.driver.lastOffer.isAllowed, isAllowed);
+        f.driver.choice(Answer::Install);
+        QCOMPARE(f.visits, 1);
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log, QStringList());
+        QVERIFY(f.downloads.requests.isEmpty());
+    }
+
+    void aFailureIsToldToWhomAsked_data()
+    {
+        QTest::addColumn<int>("failure");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("signature") << static_cast<int>(UpdateFailure::NotGenuine) << u"Mise à jour refusée"_s;
+        QTest::newRow("archive") << static_cast<int>(UpdateFailure::Damaged) << u"Mise à jour refusée"_s;
+        QTest::newRow("disk") << static_cast<int>(UpdateFailure::Disk) << u"Installation impossible"_s;
+    }
+
+    void aFailureIsToldToWhomAsked()
+    {
+        QFETCH(const int, failure);
+        QFETCH(const QString, message);
+        UpdaterFixture f(true, true);
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Install);
+        f.deliver();
+        f.installer.finish(static_cast<UpdateFailure>(failure));
+        QCOMPARE(f.driver.takeLog().last(), message);
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log.size(), 1);
+    }
+
+    void aFailureNobodyAskedForIsSilentAndNotRepeatedForADay()
+    {
+        UpdaterFixture f(true, true);
+        f.start().setUpdateCheckInterval(1h);
+        f.runLoop.advance(1min);
+        f.answer(UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish(UpdateFailure::NotGenuine);
+        f.runLoop.advance(1h + 1min);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.downloads.requests.size(), 1);
+        QCOMPARE(f.driver.takeLog(), QStringList());
+    }
+
+    void everythingCanBeCancelled()
+    {
+        UpdaterFixture f;
+        f.start().checkForUpdates();
+        f.driver.cancel();
+        QCOMPARE(f.driver.takeLog(), (QStringList{searching, hidden}));
+        f.http.answer(HttpAnswer{200, FeedMaker::feed(UpdaterFixture::update())});
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.updater->checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Install);
+        f.driver.takeLog();
+        f.driver.cancel();
+        QCOMPARE(f.driver.takeLog(), QStringList{hidden});
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log, QStringList());
+    }
+
+    void aVersionThatWasGivenUpComesBackOnRequestAlone()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        f.deliver();
+        f.installer.finish();
+        f.updater->installAtQuit();
+        f.driver.takeLog();
+        // The program comes back as the version before.
+        f.start();
+        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        QCOMPARE(f.downloads.requests.size(), 1);
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        findUnasked(f, UpdaterFixture::update("1.2"));
+        QCOMPARE(f.downloads.requests.size(), 2);
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
+    }
+
+    void switchingDownloadsOffEndsTheSilentOne()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        QCOMPARE(f.downloads.requests.size(), 1);
+        f.updater->setAutomaticallyDownloadsUpdates(false);
+        QVERIFY(!f.downloads.requests.constLast().isOpen());
+    }
+
+    void whatCameSilentlyIsNotInstalledWhenDownloadsWereSwitchedOff()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish();
+        f.updater->setAutomaticallyDownloadsUpdates(false);
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log.size(), 1);
+    }
+
+    void aRequestJoinsWhatGoesOn()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        f.runLoop.advance(25h);
+        f.updater->checkForUpdates();
+        QCOMPARE(f.http.requests.size(), 1);
+        QCOMPARE(f.driver.takeLog(), QStringList{searching});
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), (QStringList{hidden, u"offer 1.1"_s}));
+    }
+
+    void aRequestShowsWhatIsReady()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findUnasked(f, UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish();
+        f.updater->checkForUpdates();
+        QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1?"_s});
+    }
+
+    void thirtyDaysWithoutASuccessAreToldInTheAnswer()
+    {
+        UpdaterFixture f(false);
+        f.start().checkForUpdates();
+        f.answer({});
+        QVERIFY(!f.driver.lastInformation.contains("Aucune vérification"_L1));
+        f.runLoop.advance(24h * 29);
+        f.updater->checkForUpdates();
+        f.http.answer(std::nullopt);
+        QVERIFY(!f.driver.lastInformation.contains(u"Aucune vérification"_s));
+        f.runLoop.advance(24h * 2);
+        f.updater->checkForUpdates();
+        f.http.answer(std::nullopt);
+        QVERIFY(f.driver.lastInformation.endsWith(u"Aucune vérification n'a réussi depuis le 14.11.2023."_s));
+    }
+
+    void anOldFeedIsNoSuccess()
+    {
+        UpdaterFixture f(false);
+        f.start().checkForUpdates();
+        f.answer("<lastBuildDate>Mon, 13 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        const QJsonValue success = f.store.value(u"SULastSuccessTime"_s);
+        QVERIFY(success.isString());
+        f.runLoop.advance(1h);
+        f.updater->checkForUpdates();
+        f.answer("<lastBuildDate>Sun, 12 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        QCOMPARE(f.store.value(u"SULastSuccessTime"_s), success);
+        f.updater->checkForUpdates();
+        f.answer("<lastBuildDate>Mon, 13 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        QVERIFY(f.store.value(u"SULastSuccessTime"_s) != success);
+    }
+};
+
+ORVANE_TEST(UpdaterTest, QCoreApplication)
+#include "UpdaterTest.moc"

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "CrashText.h"
+
+#include "ExceptionText.h"
+#include "ProgramSymbols.h"
+#include "Support/TestProgram.h"
+
+#include <QTest>
+
+#include <string>
+
+class CrashTextTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void numbersAreWritten()
+    {
+        CrashText text;
+        text.append("a ").appendDecimal(0).append(" ").appendDecimal(18'446'744'073'709'551'615U);
+        text.append(" ").appendHexadecimal(0).append(" ").appendHexadecimal(0xfedcba9876543210U);
+        QCOMPARE(text.view(), std::string_view("a 0 18446744073709551615 0x0 0xfedcba9876543210"));
+        text.clear();
+        QCOMPARE(text.view(), std::string_view());
+    }
+
+    void whatDoesNotFitIsDropped()
+    {
+        CrashText text;
+        const std::string line(1000, 'x');
+        for (int count = 0; count < 100; ++count)
+            text.append(line).appendDecimal(7);
+        QVERIFY(text.view().size() < 100 * line.size());
+        QCOMPARE(text.view().substr(0, line.size()), std::string_view(line));
+    }
+
+    void theUserIsLeftOut_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("home") << "cannot open [/home/ann/a.txt]"
+                              << "cannot open [~/a.txt]";
+        QTest::newRow("twice") << "/home/ann /home/ann"
+                               << "~ ~";
+        QTest::newRow("another home") << "/home/anne/x"
+                                      << "/home/anne/x";
+        QTest::newRow("name") << "user ann, (ann)"
+                              << "user ~, (~)";
+        QTest::newRow("part of a word") << "annual planning ann_x"
+                                        << "annual planning ann_x";
+        QTest::newRow("beside a letter with an accent") << "\u00e9ann ann"
+                                                        << "\u00e9ann ~";
+        QTest::newRow("nothing") << ""
+                                 << "";
+    }
+
+    void theUserIsLeftOut()
+    {
+        QFETCH(const QString, text);
+        QFETCH(const QString, expected);
+        QCOMPARE(QString::fromStdString(withoutUser(text.toStdString(), "/home/ann", "ann")), expected);
+    }
+
+    void noUserLeavesTheTextAlone() { QCOMPARE(withoutUser("a /b", "/", ""), std::string("a /b")); }
+
+    void namesAreFoundInTheProgram()
+    {
+        const ProgramSymbols symbols;
+        QVERIFY(!symbols.find(0));
+        QVERIFY(!symbols.find(~std::uint64_t{0}));
+    }
+};
+
+ORVANE_TEST(CrashTextTest, QCoreApplication)
+#include "CrashTextTest.moc"

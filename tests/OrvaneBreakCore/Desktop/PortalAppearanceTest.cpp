@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PortalAppearance.h"
+
+#include "FakePortal.h"
+#include "HouseStyle.h"
+#include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
+#include "Support/Widgets.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString appearance = u"org.freedesktop.appearance"_s;
+const QString colorScheme = u"color-scheme"_s;
+
+bool isDark()
+{
+    const QPalette palette = QApplication::palette();
+    return palette.window().color().lightness() < palette.windowText().color().lightness();
+}
+
+} // namespace
+
+/// Light and dark as a portal of the test's on a bus of the test's says.
+class PortalAppearanceTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<SessionBusDaemon> m_daemon;
+
+    [[nodiscard]] QDBusConnection bus() const
+    {
+        return QDBusConnection::connectToBus(m_daemon->address(), u"program"_s);
+    }
+
+private Q_SLOTS:
+    static void initTestCase() { failOnUnexpectedWarnings(); }
+
+    void init()
+    {
+        QApplication::setPalette(QPalette());
+        m_daemon = std::make_unique<SessionBusDaemon>();
+        QVERIFY(bus().isConnected());
+    }
+
+    void cleanup()
+    {
+        QDBusConnection::disconnectFromBus(u"program"_s);
+        m_daemon.reset();
+    }
+
+    static void asksAtTheBeginning_data()
+    {
+        QTest::addColumn<unsigned>("scheme");
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("no preference") << 0U << false;
+        QTest::newRow("dark") << 1U << true;
+        QTest::newRow("light") << 2U << false;
+        QTest::newRow("a scheme of the future") << 77U << false;
+    }
+
+    void asksAtTheBeginning()
+    {
+        QFETCH(const unsigned, scheme);
+        const FakePortal portal(m_daemon->address(), scheme);
+        QVERIFY(portal.isRegistered);
+        const PortalAppearance program(bus());
+        QTEST(isDark(), "dark");
+    }
+
+    void followsChanges()
+    {
+        const FakePortal portal(m_daemon->address(), 1);
+        const PortalAppearance program(bus());
+        QVERIFY(isDark());
+        portal.announce(appearance, colorScheme, 2U);
+        QTRY_VERIFY(!isDark());
+        portal.announce(appearance, colorScheme, 1U);
+        QTRY_VERIFY(isDark());
+        portal.announce(appearance, colorScheme, 0U);
+        QTRY_VERIFY(!isDark());
+    }
+
+    void leavesOtherSettingsAlone()
+    {
+        const FakePortal portal(m_daemon->address(), 1);
+        const PortalAppearance program(bus());
+        portal.announce(u"org.gnome.desktop.interface"_s, colorScheme, u"prefer-light"_s);
+        portal.announce(appearance, u"accent-color"_s, 2U);
+        // Announcements arrive in their order: with the last one the earlier ones have been seen.
+        QPalette mark = QApplication::palette();
+        mark.setColor(QPalette::Window, QColor(1, 2, 3));
+        QApplication::setPalette(mark);
+        portal.announce(appearance, colorScheme, 1U);
+        QTRY_VERIFY(QApplication::palette().window().color() != QColor(1, 2, 3));
+        QVERIFY(isDark());
+    }
+
+    void isLightWithoutAPortal()
+    {
+        const PortalAppearance program(bus());
+        QCOMPARE(QApplication::palette().window().color(), lightPalette().window().color());
+    }
+
+    static void isLightWithoutABus()
+    {
+        const PortalAppearance program(QDBusConnection(u"no such connection"_s));
+        QCOMPARE(QApplication::palette().window().color(), lightPalette().window().color());
+    }
+};
+
+ORVANE_TEST(PortalAppearanceTest, QApplication)
+#include "PortalAppearanceTest.moc"

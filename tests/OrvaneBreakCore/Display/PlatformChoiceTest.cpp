@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "PlatformChoice.h"
+
+#include "Support/FakeLayerShell.h"
+#include "Support/RunningCompositor.h"
+#include "Support/TestProgram.h"
+
+#include <QTest>
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+Q_DECLARE_METATYPE(CompositorAnswer)
+
+/// Which platform the toolkit is to use: by the facts alone, then on compositors of the test's.
+class PlatformChoiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        qunsetenv("QT_QPA_PLATFORM");
+        qunsetenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT");
+    }
+
+    void choice_data()
+    {
+        QTest::addColumn<QString>("requested");
+        QTest::addColumn<CompositorAnswer>("compositor");
+        QTest::addColumn<bool>("x11");
+        QTest::addColumn<QByteArray>("platform");
+        const QString nothing;
+        constexpr bool no = false;
+        constexpr bool yes = true;
+        QTest::newRow("sway, KDE") << nothing << CompositorAnswer::LayerShell << yes << QByteArray("wayland");
+        QTest::newRow("sway without X")
+            << nothing << CompositorAnswer::LayerShell << no << QByteArray("wayland");
+        QTest::newRow("GNOME") << nothing << CompositorAnswer::Plain << yes << QByteArray("xcb");
+        QTest::newRow("GNOME without X") << nothing << CompositorAnswer::Plain << no << QByteArray("wayland");
+        QTest::newRow("X11") << nothing << CompositorAnswer::Absent << yes << QByteArray("xcb");
+        QTest::newRow("stuck") << nothing << CompositorAnswer::Silent << yes << QByteArray("xcb");
+        QTest::newRow("stuck without X")
+            << nothing << CompositorAnswer::Silent << no << QByteArray("wayland");
+        QTest::newRow("no display") << nothing << CompositorAnswer::Absent << no << QByteArray();
+        QTest::newRow("the user's wish") << u"xcb"_s << CompositorAnswer::LayerShell << yes << QByteArray();
+    }
+
+    void choice()
+    {
+        QFETCH(const QString, requested);
+        QFETCH(const CompositorAnswer, compositor);
+        QFETCH(const bool, x11);
+        const PlatformChoice choice = choosePlatform({requested, compositor, x11});
+        QTEST(choice.platform, "platform");
+        QVERIFY(qstrlen(choice.reason) > 0);
+    }
+
+    void whoIsAsked()
+    {
+        QVERIFY(isCompositorWorthAsking(u"wayland-1"_s, u":0"_s));
+        QVERIFY(isCompositorWorthAsking(u"wayland-1"_s, QString()));
+        QVERIFY(isCompositorWorthAsking(QString(), QString()));
+        QVERIFY(!isCompositorWorthAsking(QString(), u":0"_s));
+    }
+
+    void nobodyIsThere()
+    {
+        QCOMPARE(askCompositor(10s), CompositorAnswer::Absent);
+        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
+    }
+
+    void theUsualNameOnlyWithoutAnXServer()
+    {
+        RunningCompositor running([](FakeCompositor &) {});
+        QCOMPARE(qEnvironmentVariable("WAYLAND_DISPLAY"), u"wayland-0"_s);
+        qunsetenv("WAYLAND_DISPLAY");
+        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
+        // Names a server that is not there.
+        qputenv("DISPLAY", ":987654");
+        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
+        qunsetenv("DISPLAY");
+    }
+
+    void aCompositorIsAsked_data()
+    {
+        QTest::addColumn<bool>("isShellOffered");
+        QTest::addColumn<CompositorAnswer>("answer");
+        QTest::newRow("with") << true << CompositorAnswer::LayerShell;
+        QTest::newRow("without") << false << CompositorAnswer::Plain;
+    }
+
+    void aCompositorIsAsked()
+    {
+        QFETCH(const bool, isShellOffered);
+        std::optional<FakeLayerShell> shell;
+        const RunningCompositor running([&](FakeCompositor &compositor) {
+            shell.emplace(compositor);
+            shell->offer(isShellOffered);
+        });
+        QTEST(askCompositor(10s), "answer");
+        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
+    }
+
+    void aCompositorThatDoesNotAnswer()
+    {
+        RunningCompositor running([](FakeCompositor &) {});
+        running.stop();
+        QCOMPARE(askCompositor(20ms), CompositorAnswer::Silent);
+    }
+
+    void theEnvironmentHoldsTheChoiceForAWhile()
+    {
+        {
+            const PlatformEnvironment environment({"xcb", ""});
+            QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb"));
+            QCOMPARE(qgetenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT"), QByteArray("1"));
+        }
+        QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
+    }
+
+    void theUsersOwnEnvironmentStays()
+    {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "0");
+        {
+            const PlatformEnvironment environment(choosePlatform(findDisplayFacts()));
+            QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
+        }
+        QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
+        QCOMPARE(qgetenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT"), QByteArray("0"));
+    }
+};
+
+ORVANE_TEST(PlatformChoiceTest, QCoreApplication)
+#include "PlatformChoiceTest.moc"

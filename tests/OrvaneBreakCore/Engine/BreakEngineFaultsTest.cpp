@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BreakEngine.h"
+#include "Support/EngineFixture.h"
+#include "Support/TestProgram.h"
+
+#include <QTest>
+
+#include <functional>
+#include <random>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int secondsInAnHour = 3600;
+
+/// An engine whose clock is set once a second, and what its user saw.
+struct RestlessClock : EngineFixture
+{
+    /// One hour as the user lives it. `step` tells by how much the clock is set after each second.
+    void anHour(const std::function<Interval()> &step)
+    {
+        for (int second = 0; second < secondsInAnHour; ++second) {
+            live(1s);
+            runLoop.jump(step());
+            look();
+        }
+    }
+
+    /// Lets a part of that hour pass.
+    void live(Interval interval)
+    {
+        runLoop.advance(interval);
+        look();
+    }
+
+    void look()
+    {
+        for (const QString &line : takeLog()) {
+            if (line.startsWith("show"_L1)) {
+                ++breaks;
+                areTwoShown = areTwoShown || isBreakShown;
+                isBreakShown = true;
+            } else if (line == "hide"_L1) {
+                isBreakShown = false;
+            }
+        }
+        isWrongShown = isWrongShown || isBreakShown != engine.isOnBreak();
+        longestTimers = std::max(longestTimers, runLoop.timers().size());
+    }
+
+    int breaks = 0;
+    bool isBreakShown = false;
+    bool areTwoShown = false;
+    bool isWrongShown = false;
+    std::size_t longestTimers = 0;
+};
+
+} // namespace
+
+/// The engine on a machine that is not well.
+class BreakEngineFaultsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void clockSteppingForwardsEverySecond()
+    {
+        RestlessClock f;
+        f.engine.start();
+        f.anHour([] { return 59s; });
+        // An hour in which the clock shows sixty: a break in every twenty minutes and twenty seconds of it,
+        // and each ends with the next step.
+        QVERIFY2(f.breaks >= 170 && f.breaks <= 180, qPrintable(QString::number(f.breaks)));
+        QVERIFY(!f.areTwoShown && !f.isWrongShown);
+        QCOMPARE(f.longestTimers, std::size_t(2));
+        f.live(20min);
+        f.live(20s);
+        QVERIFY(!f.isBreakShown);
+    }
+
+    void clockSteppingBackwardsEverySecond()
+    {
+        RestlessClock f;
+        f.engine.start();
+        f.anHour([] { return -2s; });
+        QCOMPARE(f.breaks, 0);
+        QCOMPARE(f.engine.statusText(), u"Prochaine pause dans 1 h 20"_s);
+        // The clock is right again: the break that was due meanwhile comes at once.
+        f.runLoop.jump(2h);
+        f.look();
+        QCOMPARE(f.breaks, 1);
+        f.live(20s);
+        QVERIFY(!f.isBreakShown);
+    }
+
+    void clockSteppingBackwardsDuringABreak()
+    {
+        RestlessClock f;
+        f.engine.breakNow();
+        f.anHour([] { return -2s; });
+        // It ends by the clock, so it is still there; "Passer" and Escape work all the time.
+        QVERIFY(f.isBreakShown && !f.areTwoShown);
+        f.overlay->onSkip();
+        f.look();
+        QVERIFY(!f.isBreakShown && !f.isWrongShown);
+        QCOMPARE(timerLines(f.runLoop), QStringList());
+    }
+
+    void clockSteppingAtRandomEverySecond_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        for (quint32 seed = 1; seed <= 20; ++seed)
+            QTest::addRow("%u", seed) << seed;
+    }
+
+    void clockSteppingAtRandomEverySecond()
+    {
+        QFETCH(quint32, seed);
+        std::mt19937 random(seed);
+        std::uniform_int_distribution<int> seconds(-90, 90);
+        RestlessClock f;
+        const Date begin = f.runLoop.now();
+        f.engine.start();
+        f.anHour([&] { return std::chrono::seconds(seconds(random)); });
+        QVERIFY(!f.areTwoShown && !f.isWrongShown);
+        QVERIFY(f.longestTimers <= 2);
+        // The clock is right again, and all goes on as ever.
+        f.runLoop.jump(begin + 1h - f.runLoop.now());
+        f.engine.stop();
+        f.engine.start();
+        f.look();
+        QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
+        const int before = f.breaks;
+        f.live(20min);
+        QCOMPARE(f.breaks, before + 1);
+        f.live(20s);
+        QVERIFY(!f.isBreakShown);
+    }
+
+    void eventLoopBlockedDuringABreak()
+    {
+        EngineFixture f;
+        f.engine.breakNow();
+        f.runLoop.advance(5s);
+        f.takeLog();
+        f.runLoop.block(10s);
+        // The ring stands still and then jumps to where it would be.
+        QCOMPARE(f.takeLog(), QStringList{u"update 5.000 0.250"_s});
+        f.runLoop.advance(5s - 1us);
+        QVERIFY(f.overlay->isShown);
+        f.runLoop.advance(1us);
+        QVERIFY(!f.overlay->isShown);
+    }
+
+    void eventLoopBlockedOverTheEndOfABreak()
+    {
+        EngineFixture f;
+        f.engine.start();
+        f.engine.breakNow();
+        f.runLoop.advance(15s);
+        f.takeLog();
+        f.runLoop.block(10s);
+        // Five seconds late, and the wait for the next one begins only then.
+        QCOMPARE(f.takeLog(), (QStringList{u"hide"_s, u"change"_s}));
+        QCOMPARE(f.engine.nextBreakDate(), f.runLoop.now() + 20min);
+        QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
+    }
+
+    void eventLoopBlockedWhileABreakIsDue()
+    {
+        EngineFixture f;
+        f.engine.start();
+        f.runLoop.advance(20min - 5s);
+        f.takeLog();
+        f.runLoop.block(10s);
+        // The status line has missed a minute; the break is five seconds late and as long as ever.
+        QCOMPARE(f.takeLog(), (QStringList{u"show 20"_s, u"change"_s}));
+        f.runLoop.advance(20s - 1us);
+        QVERIFY(f.overlay->isShown);
+        f.runLoop.advance(1us);
+        QVERIFY(!f.overlay->isShown);
+    }
+
+    void eventLoopBlockedWhileWaiting()
+    {
+        EngineFixture f;
+        f.engine.start();
+        f.runLoop.advance(5min + 55s);
+        f.takeLog();
+        f.runLoop.block(10s);
+        // One call makes up for what was missed, and the next comes in its old rhythm.
+        QCOMPARE(f.takeLog(), QStringList{u"change"_s});
+        f.runLoop.advance(55s - 1us);
+        QCOMPARE(f.takeLog(), QStringList());
+        f.runLoop.advance(1us);
+        QCOMPARE(f.takeLog(), QStringList{u"change"_s});
+        QCOMPARE(f.engine.statusText(), u"Prochaine pause dans 13 min"_s);
+    }
+};
+
+ORVANE_TEST(BreakEngineFaultsTest, TestProgram::NoApplication)
+#include "BreakEngineFaultsTest.moc"

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BreakOverlayPanel.h"
+
+#include "RingView.h"
+#include "Support/TestProgram.h"
+#include "Support/Widgets.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class BreakOverlayPanelTest : public QObject
+{
+    Q_OBJECT
+
+    struct Shown
+    {
+        explicit Shown(QSize size = {1280, 720})
+            : panel(20)
+        {
+            panel.resize(size);
+            panel.show();
+            [[maybe_unused]] const bool isExposed = QTest::qWaitForWindowExposed(&panel);
+            panel.activateWindow();
+        }
+
+        template <typename Widget>
+        QRect place(const QString &name)
+        {
+            auto *widget = panel.findChild<Widget *>(name);
+            return {widget->mapTo(&panel, QPoint()), widget->size()};
+        }
+
+        BreakOverlayPanel panel;
+    };
+
+private Q_SLOTS:
+    void init() { failOnUnexpectedWarnings(); }
+
+    void textsAndFonts_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<int>("weight");
+        QTest::addColumn<double>("alpha");
+        QTest::newRow("title") << u"title"_s << u"Regarde au loin, à 6 mètres"_s << 30 << int(QFont::Bold)
+                               << 1.0;
+        QTest::newRow("subtitle") << u"subtitle"_s << u"Laisse tes yeux se reposer un instant."_s << 16
+                                  << int(QFont::Normal) << 0.7;
+        QTest::newRow("hint") << u"hint"_s << u"ou appuie sur Échap"_s << 11 << int(QFont::Normal) << 0.35;
+    }
+
+    void textsAndFonts()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, text);
+        QFETCH(const int, size);
+        QFETCH(const int, weight);
+        QFETCH(const double, alpha);
+        Shown shown;
+        const auto *label = shown.panel.findChild<QLabel *>(name);
+        QCOMPARE(label->text(), text);
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        QCOMPARE(label->font().pixelSize(), size);
+        QCOMPARE(int(label->font().weight()), weight);
+        QVERIFY(label->alignment().testFlag(Qt::AlignCenter));
+        const QColor color = label->palette().color(QPalette::WindowText);
+        QCOMPARE(color.rgb(), QColor(Qt::white).rgb());
+        QVERIFY(qAbs(color.alphaF() - alpha) < 0.01);
+    }
+
+    void skipButton()
+    {
+        Shown shown;
+        const QPushButton *button = shown.panel.skipButton();
+        QCOMPARE(button->text(), u"Passer"_s);
+        QCOMPARE(button->font().pixelSize(), 13);
+        QCOMPARE(button->font().weight(), QFont::Medium);
+        QCOMPARE(button->focusPolicy(), Qt::NoFocus);
+    }
+
+    void columnIsCentredWithItsGaps()
+    {
+        Shown shown;
+        const QRect title = shown.place<QLabel>(u"title"_s);
+        const QRect subtitle = shown.place<QLabel>(u"subtitle"_s);
+        const QRect button = shown.place<QPushButton>(u"skipButton"_s);
+        const QRect hint = shown.place<QLabel>(u"hint"_s);
+        const QRect ring(shown.panel.ring()->pos(), shown.panel.ring()->size());
+        QCOMPARE(ring.size(), QSize(150, 150));
+        QCOMPARE(subtitle.y() - (title.y() + title.height()), 10);
+        QCOMPARE(ring.y() - (subtitle.y() + subtitle.height()), 28);
+        QCOMPARE(button.y() - (ring.y() + ring.height()), 30);
+        QCOMPARE(hint.y() - (button.y() + button.height()), 4);
+        for (const QRect &place : {title, subtitle, ring, button, hint})
+            QVERIFY(qAbs(2 * place.x() + place.width() - 1280) <= 1);
+        QVERIFY(qAbs(title.y() + hint.y() + hint.height() - 720) <= 1);
+    }
+
+    void everythingElseIsThreeQuartersBlack()
+    {
+        Shown shown;
+        const QImage image = painted(shown.panel, QColor(0, 0, 0, 0));
+        for (const QPoint &corner :
+             {QPoint(0, 0), QPoint(1279, 0), QPoint(0, 719), QPoint(1279, 719), QPoint(640, 100)})
+            QCOMPARE(image.pixelColor(corner), QColor(0, 0, 0, 191));
+    }
+
+    void escapeCallsOnce()
+    {
+        Shown shown;
+        int calls = 0;
+        shown.panel.onEscape = [&] { ++calls; };
+        QTest::keyClick(&shown.panel, Qt::Key_Escape);
+        QCOMPARE(calls, 1);
+        QTest::keyClick(&shown.panel, Qt::Key_Period, Qt::ControlModifier);
+        QCOMPARE(calls, 2);
+        shown.panel.cancelOperation();
+        QCOMPARE(calls, 3);
+    }
+
+    void escapeIsSwallowedAndOtherKeysPassOn()
+    {
+        struct Parent : QWidget
+        {
+            QList<int> keys;
+            void keyPressEvent(QKeyEvent *event) override { keys.append(event->key()); }
+        } parent;
+        auto *panel = new BreakOverlayPanel(20);
+        panel->setParent(&parent);
+        parent.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&parent));
+        QTest::keyClick(panel, Qt::Key_Escape);
+        QTest::keyClick(panel, Qt::Key_A);
+        QTest::keyClick(panel, Qt::Key_Return);
+        QCOMPARE(parent.keys, (QList<int>{Qt::Key_A, Qt::Key_Return}));
+    }
+
+    void nothingTypedPressesTheButton()
+    {
+        Shown shown;
+        int clicks = 0;
+        connect(shown.panel.skipButton(), &QPushButton::clicked, this, [&] { ++clicks; });
+        const QList<Qt::Key> keys{Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Tab,
+                                  Qt::Key_Space, Qt::Key_Down,   Qt::Key_P,     Qt::Key_Space};
+        for (const Qt::Key key : keys)
+            QTest::keyClick(shown.panel.windowHandle(), key);
+        for (const Qt::Key key : keys)
+            QTest::keyClick(shown.panel.windowHandle(), key, Qt::AltModifier);
+        QCOMPARE(clicks, 0);
+        QVERIFY(!shown.panel.skipButton()->hasFocus());
+    }
+
+    void clickPressesTheButton()
+    {
+        Shown shown;
+        int clicks = 0;
+        connect(shown.panel.skipButton(), &QPushButton::clicked, this, [&] { ++clicks; });
+        const QPoint centre = shown.place<QPushButton>(u"skipButton"_s).center();
+        QTest::mouseClick(shown.panel.windowHandle(), Qt::LeftButton, {}, centre);
+        QCOMPARE(clicks, 1);
+        QVERIFY(!shown.panel.skipButton()->hasFocus());
+    }
+
+    void ringShowsTheLengthUntilTheFirstUpdate()
+    {
+        const BreakOverlayPanel panel(60);
+        QCOMPARE(panel.ring()->secondsLeft(), 60);
+        QCOMPARE(panel.ring()->fraction(), 1.0);
+    }
+};
+
+ORVANE_TEST(BreakOverlayPanelTest, QApplication)
+#include "BreakOverlayPanelTest.moc"

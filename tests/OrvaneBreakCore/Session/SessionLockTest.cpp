@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SessionLock.h"
+
+#include "FakeLockService.h"
+#include "Support/SessionBusDaemon.h"
+#include "Support/TestProgram.h"
+
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString saver = u"org.freedesktop.ScreenSaver"_s;
+const QString gnome = u"org.gnome.ScreenSaver"_s;
+const QString login = u"org.freedesktop.login1"_s;
+const QString loginSession = u"org.freedesktop.login1.Session"_s;
+const QString sessionPath = u"/org/freedesktop/login1/session/_32"_s;
+
+QVariant wrapped(bool value)
+{
+    return QVariant::fromValue(QDBusVariant(value));
+}
+
+} // namespace
+
+/// Locked or not, as services of the test's on two buses of the test's say.
+class SessionLockTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<SessionBusDaemon> m_session;
+    std::unique_ptr<SessionBusDaemon> m_system;
+
+    [[nodiscard]] std::unique_ptr<SessionLock> makeLock() const
+    {
+        return std::make_unique<SessionLock>(
+            QDBusConnection::connectToBus(m_session->address(), u"session"_s),
+            QDBusConnection::connectToBus(m_system->address(), u"system"_s));
+    }
+
+    [[nodiscard]] std::unique_ptr<FakeLockService> makeLogin(bool isLocked) const
+    {
+        return std::make_unique<FakeLockService>(
+            m_system->address(), login,
+            QHash<QString, QVariant>{
+                {u"GetSessionByPID"_s, QVariant::fromValue(QDBusObjectPath(sessionPath))},
+                {u"Get"_s, wrapped(isLocked)}});
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        qunsetenv("XDG_SESSION_ID");
+        m_session = std::make_unique<SessionBusDaemon>();
+        m_system = std::make_unique<SessionBusDaemon>();
+    }
+
+    static void cleanup()
+    {
+        QDBusConnection::disconnectFromBus(u"session"_s);
+        QDBusConnection::disconnectFromBus(u"system"_s);
+    }
+
+    void isUnlockedWhereNobodySaysOtherwise()
+    {
+        const auto lock = makeLock();
+        QVERIFY(!lock->isLocked());
+        const SessionLock withoutBuses(QDBusConnection(u"none"_s), QDBusConnection(u"none"_s));
+        QVERIFY(!withoutBuses.isLocked());
+    }
+
+    void learnsOfALockThatWasThereBefore()
+    {
+        const FakeLockService service(m_session->address(), gnome, {{u"GetActive"_s, true}});
+        QVERIFY(service.isRegistered);
+        const auto lock = makeLock();
+        QTRY_VERIFY(lock->isLocked());
+    }
+
+    void followsTheLockScreen()
+    {
+        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, false}});
+        const auto lock = makeLock();
+        int announcements = 0;
+        lock->onLocked = [&announcements] { ++announcements; };
+        QTRY_VERIFY(service.calls.size() >= 2);
+        service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {true});
+        QTRY_VERIFY(lock->isLocked());
+        service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {false});
+        QTRY_VERIFY(!lock->isLocked());
+        QCOMPARE(announcements, 1);
+    }
+
+    void followsTheLoginService()
+    {
+        const auto service = makeLogin(false);
+        const auto lock = makeLock();
+        QTRY_VERIFY(service->calls.contains(u"Get"_s));
+        service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                          {loginSession, QVariantMap{{u"IdleHint"_s, true}}, QStringList()});
+        service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                          {loginSession, QVariantMap{{u"LockedHint"_s, true}}, QStringList()});
+        QTRY_VERIFY(lock->isLocked());
+        service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                          {loginSession, QVariantMap{{u"LockedHint"_s, false}}, QStringList()});
+        QTRY_VERIFY(!lock->isLocked());
+    }
+
+    void isLockedWhileAnyServiceSaysSo()
+    {
+        const auto service = makeLogin(true);
+        const FakeLockService screen(m_session->address(), saver, {{u"GetActive"_s, true}});
+        const auto lock = makeLock();
+        QTRY_VERIFY(lock->isLocked());
+        QTRY_VERIFY(service->calls.contains(u"Get"_s) && screen.calls.size() >= 2);
+        screen.announce(u"/ScreenSaver"_s, saver, u"ActiveChanged"_s, {false});
+        service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                          {loginSession, QVariantMap{{u"LockedHint"_s, false}}, QStringList()});
+        QTRY_VERIFY(!lock->isLocked());
+    }
+
+    void odditiesChangeNothing()
+    {
+        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, u"perhaps"_s}});
+        const auto lock = makeLock();
+        QTRY_VERIFY(service.calls.size() >= 2);
+        service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {u"true"_s});
+        service.announce(u"/elsewhere"_s, saver, u"ActiveChanged"_s, {true});
+        // Announcements arrive in their order: after this one the earlier ones have been seen.
+        bool isSeen = false;
+        lock->onLocked = [&isSeen] { isSeen = true; };
+        service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {true});
+        QTRY_VERIFY(isSeen);
+    }
+};
+
+ORVANE_TEST(SessionLockTest, QCoreApplication)
+#include "SessionLockTest.moc"

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Support/TestProgram.h"
+#include "WaylandIdleFixture.h"
+
+#include <QAbstractEventDispatcher>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <wayland-client-core.h>
+
+#include <cstdarg>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+int clientLogLines = 0;
+
+} // namespace
+
+/// The idle time from the Wayland protocols, against a compositor of the test's and a clock of the test's.
+class WaylandUserIdleTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    static void initTestCase()
+    {
+        wl_log_set_handler_client([](const char *, va_list) { ++clientLogLines; });
+    }
+
+    static void init()
+    {
+        clientLogLines = 0;
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
+    }
+
+    static void cleanup() { QCOMPARE(clientLogLines, 0); }
+
+    void idledAndResumed_data()
+    {
+        QTest::addColumn<WaylandIdleProtocol>("protocol");
+        QTest::newRow("ext-idle-notify-v1") << WaylandIdleProtocol::ExtIdleNotify;
+        QTest::newRow("org_kde_kwin_idle") << WaylandIdleProtocol::KdeIdle;
+    }
+
+    void idledAndResumed()
+    {
+        QFETCH(WaylandIdleProtocol, protocol);
+        WaylandIdleFixture f(protocol);
+        f.compositor.offerSeat();
+        f.compositor.offerKdeIdle();
+        f.compositor.offerExtIdleNotify();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.compositor.notifications().front().timeout, 60'000U);
+        QCOMPARE(f.compositor.notifications().front().isExtIdleNotify,
+                 protocol == WaylandIdleProtocol::ExtIdleNotify);
+        QCOMPARE(f.figure(), 0.0);
+
+        f.clock.pass(59s);
+        QCOMPARE(f.figure(), 0.0);
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+        f.clock.pass(1500ms);
+        InputIdleSeconds everyKind;
+        everyKind.fill(61.5);
+        QVERIFY(f.userIdle->secondsSinceLastInput() == everyKind);
+
+        f.compositor.sendResumed();
+        QVERIFY(f.hasFigure(0));
+        f.clock.pass(10min);
+        QCOMPARE(f.figure(), 0.0);
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+    }
+
+    void theTimeoutIsThatOfTheConstructor()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start(5s);
+        QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.compositor.notifications().front().timeout, 5'000U);
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(5));
+    }
+
+    void aClockSetBackGivesNoNegativeFigure()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+        f.clock.pass(-1h);
+        QCOMPARE(f.figure(), 0.0);
+    }
+
+    void noProtocolCountsAsActiveUntilOneAppears()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.compositor.offerKdeIdle();
+        f.start();
+        QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
+        QCoreApplication::processEvents();
+        f.compositor.pump();
+        f.clock.pass(1h);
+        QCOMPARE(f.figure(), 0.0);
+        QCOMPARE(f.compositor.notifications().size(), 0U);
+        QCOMPARE(f.compositor.seatBindings(), 0);
+
+        f.compositor.offerExtIdleNotify();
+        QVERIFY(f.hasNotifications(1));
+    }
+
+    void aSeatThatComesLater()
+    {
+        WaylandIdleFixture f;
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
+        QCoreApplication::processEvents();
+        QCOMPARE(f.compositor.notifications().size(), 0U);
+        f.compositor.offerSeat();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+    }
+
+    void aSecondSeatLeavesTheWatchOfTheFirstAlone()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+        const wl_resource *watched = f.compositor.notifications().front().resource;
+
+        f.compositor.offerSeat();
+        f.compositor.pump();
+        QCoreApplication::processEvents();
+        f.compositor.pump();
+        QCOMPARE(f.figure(), 60.0);
+        QCOMPARE(f.compositor.notifications().size(), 1U);
+        QVERIFY(f.compositor.notifications().front().resource == watched);
+    }
+
+    void aSeatOfAVersionThatCannotBeReleased()
+    {
+        WaylandIdleFixture f;
+        wl_global *seat = f.compositor.offerSeat(1);
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.withdraw(seat);
+        QVERIFY(f.hasNotifications(0));
+        // A release that the seat does not know would have cost the connection.
+        f.compositor.offerSeat(1);
+        QVERIFY(f.hasNotifications(1));
+    }
+
+    void onlyTheFirstSeatIsWatchedAndTheNextOneTakesOver()
+    {
+        WaylandIdleFixture f;
+        wl_global *first = f.compositor.offerSeat();
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.compositor.seatBindings(), 1);
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+
+        const wl_resource *withdrawn = f.compositor.notifications().front().resource;
+        f.compositor.withdraw(first);
+        QVERIFY(f.settles([&] {
+            const auto &all = f.compositor.notifications();
+            return all.size() == 1 && all.front().resource != withdrawn;
+        }));
+        QCOMPARE(f.figure(), 0.0);
+        QCOMPARE(f.compositor.seatBindings(), 1);
+    }
+
+    void aSeatThatGoesAndComesBack()
+    {
+        WaylandIdleFixture f;
+        wl_global *seat = f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+
+        f.compositor.withdraw(seat);
+        QVERIFY(f.hasFigure(0));
+        QVERIFY(f.hasNotifications(0));
+        QVERIFY(f.settles([&] { return f.compositor.seatBindings() == 0; }));
+
+        f.compositor.offerSeat();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+    }
+
+    void aProtocolThatIsWithdrawn_data() { idledAndResumed_data(); }
+
+    void aProtocolThatIsWithdrawn()
+    {
+        QFETCH(WaylandIdleProtocol, protocol);
+        WaylandIdleFixture f(protocol);
+        f.compositor.offerSeat();
+        wl_global *global = f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+        f.compositor.withdraw(global);
+        QVERIFY(f.hasFigure(0));
+        QVERIFY(f.hasNotifications(0));
+        f.offerProtocol();
+        QVERIFY(f.hasNotifications(1));
+    }
+
+    void aCompositorThatDies()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+
+        f.compositor.die();
+        QVERIFY(f.hasFigure(0));
+        // A notifier left on would find its closed connection readable every time.
+        QCoreApplication::processEvents();
+        auto *dispatcher = QAbstractEventDispatcher::instance();
+        for (int pass = 0; pass < 10; ++pass)
+            QVERIFY(!dispatcher->processEvents(QEventLoop::AllEvents));
+        f.clock.pass(1h);
+        QCOMPARE(f.figure(), 0.0);
+    }
+
+    void aCompositorThatDiesBeforeItAnswers()
+    {
+        WaylandIdleFixture f;
+        const int socket = f.compositor.connectClient();
+        f.compositor.die();
+        WaylandUserIdle userIdle(f.clock, WaylandDisplayPointer(wl_display_connect_to_fd(socket)),
+                                 WaylandIdleProtocol::KdeIdle);
+        QCoreApplication::processEvents();
+        QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
+    }
+
+    void noConnection()
+    {
+        const SettableClock clock;
+        const WaylandUserIdle userIdle(clock, nullptr, WaylandIdleProtocol::ExtIdleNotify);
+        QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
+    }
+
+    void theEndClosesTheConnection()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.offerProtocol();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.userIdle.reset();
+        QVERIFY(f.settles([&] { return !f.compositor.hasClient(); }));
+        QVERIFY(f.compositor.notifications().empty());
+    }
+};
+
+ORVANE_TEST(WaylandUserIdleTest, QCoreApplication)
+#include "WaylandUserIdleTest.moc"

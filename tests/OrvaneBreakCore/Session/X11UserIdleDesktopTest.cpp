@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SettableClock.h"
+#include "Support/TestProgram.h"
+#include "UserIdleFactory.h"
+#include "X11UserIdle.h"
+
+#include <QProcess>
+#include <QTest>
+
+#include <signal.h>
+#include <sys/prctl.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// An X server without a monitor at a free display, named by DISPLAY until it ends.
+class VirtualXServer
+{
+public:
+    explicit VirtualXServer(const QStringList &arguments = {})
+    {
+        m_process.setStandardErrorFile(QProcess::nullDevice());
+        // It ends with a test that crashes, too.
+        m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+        m_process.start(u"Xvfb"_s, QStringList{u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"640x480x24"_s,
+                                               u"-nolisten"_s, u"tcp"_s, u"-noreset"_s, u"-ac"_s} +
+                                       arguments);
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(20'000)) {
+        }
+        const QByteArray number = m_process.readLine().trimmed();
+        isRunning = !number.isEmpty();
+        qputenv("DISPLAY", ':' + number);
+    }
+
+    ~VirtualXServer() { stop(); }
+    VirtualXServer(const VirtualXServer &) = delete;
+    VirtualXServer &operator=(const VirtualXServer &) = delete;
+
+    void stop()
+    {
+        m_process.terminate();
+        m_process.waitForFinished();
+        qunsetenv("DISPLAY");
+    }
+
+    bool isRunning = false;
+
+private:
+    QProcess m_process;
+};
+
+} // namespace
+
+/// The idle time on a real X server, with real input.
+class X11UserIdleDesktopTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void growsAndIsResetByInput_data()
+    {
+        QTest::addColumn<QStringList>("input");
+        QTest::newRow("pointer") << QStringList{u"mousemove_relative"_s, u"3"_s, u"4"_s};
+        QTest::newRow("button") << QStringList{u"click"_s, u"1"_s};
+        QTest::newRow("wheel") << QStringList{u"click"_s, u"4"_s};
+        QTest::newRow("key") << QStringList{u"key"_s, u"a"_s};
+        QTest::newRow("modifier") << QStringList{u"key"_s, u"Shift_L"_s};
+    }
+
+    void growsAndIsResetByInput()
+    {
+        QFETCH(QStringList, input);
+        const VirtualXServer server;
+        QVERIFY(server.isRunning);
+        const X11UserIdle userIdle;
+        QVERIFY(userIdle.isOffered());
+        QTRY_VERIFY(userIdle.secondsSinceLastInput().front() > 0.3);
+        const double before = userIdle.secondsSinceLastInput().front();
+        QTRY_VERIFY(userIdle.secondsSinceLastInput().front() > before + 0.1);
+        QCOMPARE(QProcess::execute(u"xdotool"_s, input), 0);
+        QTRY_VERIFY(userIdle.secondsSinceLastInput().front() < before);
+    }
+
+    void isChosenOnX11()
+    {
+        const VirtualXServer server;
+        QVERIFY(server.isRunning);
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+        const SettableClock clock;
+        const ChosenUserIdle chosen = makeUserIdle(clock);
+        QCOMPARE(chosen.source, UserIdleSource::XScreenSaver);
+        QTRY_VERIFY(chosen.userIdle->secondsSinceLastInput().front() > 0);
+    }
+
+    void serverWithoutTheExtension()
+    {
+        const VirtualXServer server({u"-extension"_s, u"MIT-SCREEN-SAVER"_s});
+        QVERIFY(server.isRunning);
+        const X11UserIdle userIdle;
+        QVERIFY(!userIdle.isOffered());
+        QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
+    }
+
+    void serverThatEnds()
+    {
+        VirtualXServer server;
+        QVERIFY(server.isRunning);
+        const X11UserIdle userIdle;
+        QTRY_VERIFY(userIdle.secondsSinceLastInput().front() > 0);
+        server.stop();
+        QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
+    }
+};
+
+ORVANE_TEST(X11UserIdleDesktopTest, QCoreApplication)
+#include "X11UserIdleDesktopTest.moc"

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Appcast.h"
+#include "Http.h"
+
+#include <QByteArray>
+#include <QTest>
+
+/// Text of feeds, with what a test changes in them.
+namespace FeedMaker {
+
+inline QByteArray feed(const QByteArray &content, const QByteArray &before = QByteArray())
+{
+    return R"(<?xml version="1.0" encoding="UTF-8"?>)" + before +
+           R"(<rss version="2.0" xmlns:s="http://www.andymatuschak.org/xml-namespaces/sparkle"><channel>)" +
+           content + "</channel></rss>";
+}
+
+inline QByteArray signature(qsizetype size = 64)
+{
+    return QByteArray(size, 's').toBase64();
+}
+
+/// The attributes of an enclosure that lacks nothing; `more` comes after them.
+inline QByteArray enclosure(const QByteArray &more = QByteArray())
+{
+    return R"(<enclosure url="https://example.org/OrvaneBreak-1.3-linux-x86_64.tar.zst" length="1000" )"
+           R"(type="application/zstd" s:os="linux" s:edSignature=")" +
+           signature() + "\" " + more + "/>";
+}
+
+inline QByteArray item(const QByteArray &content)
+{
+    return "<item>" + content + "</item>";
+}
+
+/// An item that lacks nothing.
+inline QByteArray wholeItem(const QByteArray &version = "1.3")
+{
+    return item("<s:version>" + version + "</s:version>" + enclosure());
+}
+
+inline Appcast parsed(const QByteArray &bytes)
+{
+    const auto verdict = parseAppcast(bytes, &Http::isAllowed);
+    const auto *result = std::get_if<Appcast>(&verdict);
+    return result ? *result : Appcast();
+}
+
+} // namespace FeedMaker
