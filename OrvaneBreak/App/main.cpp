@@ -84,13 +84,19 @@ std::unique_ptr<LoginItem> makeLoginItem()
     return item;
 }
 
+/// The raster engine hands every curve to a pool of threads, piece by piece. One thread paints the ring as
+/// fast as many would, wakes up less, and leaves descriptors to windows. Older toolkits use the global pool;
+/// newer ones have their own, which they do without if this variable is set before the first curve.
+void limitPaintThreads()
+{
+    qputenv("QT_NO_GUI_THREADPOOL", "1");
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
+}
+
 /// Runs the application as the first of its name until it quits, and says what starts it again.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
                    std::filesystem::path &launcher)
 {
-    // The raster engine hands every curve to this pool, piece by piece. One thread paints the ring as fast as
-    // many would, and wakes up less.
-    QThreadPool::globalInstance()->setMaxThreadCount(1);
     const Bundle bundle = Bundle::main();
     const std::filesystem::path preferencesFile = JsonPreferences::defaultFile();
 
@@ -189,6 +195,7 @@ int main(int argc, char **argv)
     }
     preventSessionBusLaunch();
 
+    limitPaintThreads();
     // Keeps out the plugin for the desktop's theme, which would bring another toolkit with it.
     QApplication::setDesktopSettingsAware(false);
     // Before the application: it would load the desktop's own style first.

@@ -18,6 +18,13 @@ struct FakeCompositor::Requests
 
     static void destroy(wl_client *, wl_resource *resource) { wl_resource_destroy(resource); }
 
+    static void rememberNotification(wl_resource *resource, std::uint32_t timeout, bool isExtIdleNotify)
+    {
+        FakeCompositor &compositor = self(wl_resource_get_user_data(resource));
+        compositor.m_notifications.push_back({resource, timeout, isExtIdleNotify});
+        ++compositor.m_notificationRequests;
+    }
+
     static void forgetNotification(wl_resource *resource)
     {
         std::erase_if(self(wl_resource_get_user_data(resource)).m_notifications,
@@ -42,7 +49,7 @@ struct FakeCompositor::Requests
         void *data = wl_resource_get_user_data(notifier);
         wl_resource *resource = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
-        self(data).m_notifications.push_back({resource, timeout, true});
+        rememberNotification(resource, timeout, true);
     }
 
     static void bindExt(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
@@ -66,7 +73,7 @@ struct FakeCompositor::Requests
         void *data = wl_resource_get_user_data(idle);
         wl_resource *resource = wl_resource_create(client, &org_kde_kwin_idle_timeout_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
-        self(data).m_notifications.push_back({resource, timeout, false});
+        rememberNotification(resource, timeout, false);
     }
 
     static void bindKde(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)

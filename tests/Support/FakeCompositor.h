@@ -51,6 +51,8 @@ public:
     void die();
 
     [[nodiscard]] const std::vector<Notification> &notifications() const { return m_notifications; }
+    /// How many notifications clients have asked for, with those that are gone.
+    [[nodiscard]] int notificationRequests() const { return m_notificationRequests; }
     [[nodiscard]] int registries() const { return m_registries; }
     [[nodiscard]] int seatBindings() const { return m_seatBindings; }
     [[nodiscard]] bool hasClient() const;
@@ -66,6 +68,7 @@ private:
     wl_global *m_withdrawn = nullptr;
     const wl_global *m_later = nullptr;
     std::vector<Notification> m_notifications;
+    int m_notificationRequests = 0;
     int m_registries = 0;
     int m_seatBindings = 0;
 };

@@ -23,8 +23,9 @@ private Q_SLOTS:
     void initTestCase()
     {
         QApplication::setWindowIcon(QPixmap(64, 64));
-        // As in the program, one thread paints curves; here it is there from the beginning and stays, so that
-        // threads can be counted.
+        // As in the program, one thread paints curves; where it is one of the global pool, it is there from
+        // the beginning and stays, so that threads can be counted.
+        qputenv("QT_NO_GUI_THREADPOOL", "1");
         QThreadPool::globalInstance()->setMaxThreadCount(1);
         QThreadPool::globalInstance()->setExpiryTimeout(-1);
         QThreadPool::globalInstance()->start([] {});
