@@ -26,7 +26,6 @@ namespace {
 using Members = PrivacyStatement::Members;
 using Names = PrivacyStatement::Names;
 
-const QString server = u"https://makers.invalid"_s;
 const QString login = u"anna-maria"_s;
 const QString home = u"/home/"_s + login;
 
@@ -63,7 +62,7 @@ void reportCrashes(RecordedDay &day)
     const std::string program = home.toStdString() + "/bin/orvanebreak";
     keepCoreDumpReport(root / "reports", dump,
                        coreDumpReport(dump, program, home.toStdString(), login.toStdString()), {2, 0});
-    CrashUpload upload({day.http, day.preferences, day.bundle, {6, 1, 0}, server},
+    CrashUpload upload({day.http, day.preferences, day.bundle, {6, 1, 0}, RecordedDay::server},
                        {root / "pending-crash.txt", root / "reports"});
     upload.sendPendingCrash();
     upload.sendSystemCrashReports();

@@ -13,12 +13,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const QString server = u"https://makers.invalid"_s;
-
 QString path(const QUrl &url)
 {
     const QString address = url.toString();
-    return address.startsWith(server + u'/') ? address.mid(server.size()) : address;
+    return address.startsWith(RecordedDay::server + u'/') ? address.mid(RecordedDay::server.size()) : address;
 }
 
 } // namespace

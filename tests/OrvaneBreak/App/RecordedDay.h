@@ -12,6 +12,9 @@ class RecordedDay final : public QObject, public ApplicationFixture
     Q_OBJECT
 
 public:
+    /// The address that all requests go to, without a slash at the end.
+    static inline const QString server = QStringLiteral("https://makers.invalid");
+
     /// What was seen of the requests of one kind.
     struct Seen
     {
