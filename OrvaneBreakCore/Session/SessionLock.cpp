@@ -62,7 +62,7 @@ void SessionLock::listenToScreenSavers(QDBusConnection bus)
         bus.connect(service, path, service, u"ActiveChanged"_s, this,
                     SLOT(activeChanged(bool, QDBusMessage)));
         ask(bus, questionFor(service, path, service, u"GetActive"_s),
-            [this, service](const QVariant &answer) { setLocked(service, answer.toBool()); });
+            [this, service](const QVariant &answer) { setLocked(service, answer); });
     }
 }
 
@@ -86,9 +86,8 @@ void SessionLock::listenToLoginSession(QDBusConnection bus, const QString &path)
                 SLOT(propertiesChanged(QString, QVariantMap)));
     QDBusMessage question = questionFor(login, path, properties, u"Get"_s);
     question << loginSession << lockedHint;
-    ask(bus, question, [this](const QVariant &answer) {
-        setLocked(loginSession, answer.value<QDBusVariant>().variant().toBool());
-    });
+    ask(bus, question,
+        [this](const QVariant &answer) { setLocked(loginSession, answer.value<QDBusVariant>().variant()); });
 }
 
 void SessionLock::ask(const QDBusConnection &bus, const QDBusMessage &question,
@@ -111,13 +110,16 @@ void SessionLock::activeChanged(bool isActive, const QDBusMessage &signal)
 void SessionLock::propertiesChanged(const QString &interface, const QVariantMap &changed)
 {
     if (interface == loginSession && changed.contains(lockedHint))
-        setLocked(loginSession, changed.value(lockedHint).toBool());
+        setLocked(loginSession, changed.value(lockedHint));
 }
 
-void SessionLock::setLocked(const QString &by, bool isLocked)
+void SessionLock::setLocked(const QString &by, const QVariant &isLocked)
 {
+    // Any other type would convert: a text is true unless it is empty or says no.
+    if (isLocked.typeId() != QMetaType::Bool)
+        return;
     const bool wasLocked = this->isLocked();
-    if (isLocked)
+    if (isLocked.toBool())
         m_lockedBy.insert(by);
     else
         m_lockedBy.remove(by);

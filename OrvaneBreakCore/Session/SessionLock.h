@@ -38,7 +38,7 @@ private:
     void listenToLoginSession(QDBusConnection bus, const QString &path);
     void ask(const QDBusConnection &bus, const QDBusMessage &question,
              std::function<void(const QVariant &)> answered);
-    void setLocked(const QString &by, bool isLocked);
+    void setLocked(const QString &by, const QVariant &isLocked);
 
     QSet<QString> m_lockedBy;
 };
