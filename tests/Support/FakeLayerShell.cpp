@@ -84,7 +84,12 @@ struct FakeLayerShell::Requests
 
     static void bindCompositor(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
     {
-        static const struct wl_compositor_interface requests{createSurface, nullptr};
+        // Its later versions have more requests.
+        static const struct wl_compositor_interface requests = [] {
+            struct wl_compositor_interface first = {};
+            first.create_surface = createSurface;
+            return first;
+        }();
         wl_resource *resource = wl_resource_create(client, &wl_compositor_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }
