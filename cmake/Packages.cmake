@@ -47,8 +47,8 @@ overlay, asks you to look 6 metres away, counts down 20 seconds on a ring
 and disappears by itself. Escape ends a break; breaks are skipped while
 you are away. The interface is in French.")
 
-# dpkg-shlibdeps finds the linked libraries, and the SVG plug-ins come with the SVG library. The rest is used at run time: the
-# program starts on X11 without the Wayland plug-in, but then its breaks cover nothing on most current desktops.
+# dpkg-shlibdeps finds the linked libraries. The Wayland plug-in is loaded at run time: the program starts on X11 without it, but
+# then its breaks cover nothing on most current desktops.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS qt6-wayland)
 # The single instance and the tray, HTTPS, audible sound, and the desktop's mouse cursor theme, which Qt loads on X11.
