@@ -13,7 +13,7 @@ namespace {
 
 constexpr int handledSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-/// Where the handler writes; all that it may touch.
+/// The end of the pipe that the handler writes to.
 std::atomic<int> wakeUpDescriptor = -1;
 
 void handleSignal(int /*number*/)

@@ -5,9 +5,9 @@
 
 #include <functional>
 
-/// Turns the first SIGTERM, SIGINT or SIGHUP into a call on the user-interface thread. A second one ends the
-/// process at once, as it would without this class. SIGXFSZ is ignored meanwhile: what goes beyond a limit on
-/// the size of files fails like a write to a full disk. One instance at a time.
+/// Turns the first SIGTERM, SIGINT or SIGHUP into a call of `onTerminate` on the user-interface thread. A
+/// second one ends the process at once, as it would without this class. SIGXFSZ is ignored, so that a write
+/// beyond a file size limit fails like a write to a full disk. One instance at a time.
 class UnixSignals
 {
 public:
