@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "FileDescriptor.h"
+
 #include <QSocketNotifier>
 
 #include <functional>
@@ -17,15 +19,6 @@ public:
     UnixSignals &operator=(const UnixSignals &) = delete;
 
 private:
-    struct Pipe
-    {
-        Pipe();
-        ~Pipe();
-        Pipe(const Pipe &) = delete;
-        Pipe &operator=(const Pipe &) = delete;
-        int ends[2];
-    };
-
-    Pipe m_pipe;
+    FileDescriptor m_wakeUp;
     QSocketNotifier m_notifier;
 };
