@@ -2,6 +2,7 @@
 #include "CoreDumps.h"
 
 #include "ExceptionText.h"
+#include "FileCalls.h"
 #include "FileDescriptor.h"
 
 #include <QFile>
@@ -112,11 +113,9 @@ bool writeCoreDumpReport(const std::filesystem::path &folder, const CoreDump &du
     const std::filesystem::path path = folder / ("OrvaneBreak-" + dump.date.text().toStdString() + ".crash");
     const FileDescriptor descriptor(
         open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    QFile file;
-    if (!descriptor.isOpen() || !file.open(descriptor.get(), QIODevice::WriteOnly))
+    if (!descriptor.isOpen())
         return false;
-    const QByteArray bytes = text.toUtf8();
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
+    if (!writeBytes(descriptor.get(), text.toUtf8())) {
         std::filesystem::remove(path, error);
         return false;
     }

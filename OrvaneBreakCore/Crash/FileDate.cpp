@@ -13,11 +13,6 @@ namespace {
 
 constexpr int decimalPlaces = 9;
 
-QDateTime wholeSeconds(const FileDate &date)
-{
-    return QDateTime::fromSecsSinceEpoch(date.seconds, QTimeZone::utc());
-}
-
 bool isDigit(QChar character)
 {
     return character >= u'0' && character <= u'9';
@@ -66,6 +61,7 @@ std::optional<FileDate> FileDate::parse(const QString &text)
 
 QString FileDate::text() const
 {
-    return u"%1.%2Z"_s.arg(wholeSeconds(*this).toString(u"yyyy-MM-ddTHH:mm:ss"_s))
+    const QDateTime date = QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc());
+    return u"%1.%2Z"_s.arg(date.toString(u"yyyy-MM-ddTHH:mm:ss"_s))
         .arg(nanoseconds, decimalPlaces, 10, '0'_L1);
 }
