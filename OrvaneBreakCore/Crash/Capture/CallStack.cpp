@@ -58,8 +58,8 @@ const link_map *moduleOfFunction(Function *function)
 struct CallStack::Collector
 {
     CallStack &stack;
-    std::optional<std::uintptr_t> above; ///< Frames up to the one at this address are skipped.
-    int skipped = 0;                     ///< The number of frames to skip in any case.
+    std::optional<std::uintptr_t> skipUntil; ///< Frames up to the one at this address are skipped.
+    int skipCount = 0;                       ///< The number of frames to skip in any case.
 
     static _Unwind_Reason_Code collect(_Unwind_Context *context, void *self)
     {
@@ -72,11 +72,11 @@ struct CallStack::Collector
         const std::uintptr_t address = _Unwind_GetIPInfo(context, &isBeforeInstruction);
         if (address == 0)
             return _URC_END_OF_STACK;
-        if (skipped-- > 0)
+        if (skipCount-- > 0)
             return _URC_NO_REASON;
-        if (above) {
-            if (address == *above)
-                above.reset();
+        if (skipUntil) {
+            if (address == *skipUntil)
+                skipUntil.reset();
             return _URC_NO_REASON;
         }
         // The return address may already belong to the next function.

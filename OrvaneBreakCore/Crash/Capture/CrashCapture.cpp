@@ -64,10 +64,10 @@ struct Capture
     CrashText stackText;
     std::string home;
     std::string login;
-    std::atomic<pid_t> dyingThread = 0;  ///< The thread that reports; 0 before any crash.
-    std::atomic<int> dyingSignal = 0;    ///< The signal that ends the process.
-    std::atomic<int> attempts = 0;       ///< How often that thread has called takeTurn().
-    std::atomic<bool> isWritten = false; ///< The report is complete; nothing may replace it.
+    std::atomic<pid_t> reportingThread = 0; ///< The thread that reports; 0 before any crash.
+    std::atomic<int> fatalSignal = 0;       ///< The signal that ends the process.
+    std::atomic<int> attempts = 0;          ///< How often that thread has called takeTurn().
+    std::atomic<bool> isWritten = false;    ///< The report is complete; nothing may replace it.
 };
 
 Capture *capture = nullptr;
@@ -78,7 +78,7 @@ pid_t currentThread()
 }
 
 /// Ends the process, unless the signal is blocked.
-void dieOf(int number)
+void endWithSignal(int number)
 {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
@@ -91,8 +91,8 @@ void endHungProcess(int /*alarm*/)
     // Any thread may run this, so the signal goes to the process.
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
-    sigaction(capture->dyingSignal, &action, nullptr);
-    kill(getpid(), capture->dyingSignal);
+    sigaction(capture->fatalSignal, &action, nullptr);
+    kill(getpid(), capture->fatalSignal);
 }
 
 /// Ends the process if its report hangs. The handler blocks no other signal, so that fatal ones still arrive.
@@ -114,8 +114,8 @@ int takeTurn(int number)
 {
     pid_t expected = 0;
     const pid_t self = currentThread();
-    if (capture->dyingThread.compare_exchange_strong(expected, self)) {
-        capture->dyingSignal = number;
+    if (capture->reportingThread.compare_exchange_strong(expected, self)) {
+        capture->fatalSignal = number;
         startTimeout();
     } else if (expected != self) {
         for (;;)
@@ -132,9 +132,9 @@ void handleSignal(int number, siginfo_t * /*information*/, void *context)
         capture->persistSignal(number);
     } else if (!capture->isWritten && attempt == 2) {
         // The stack is so damaged that unwinding it crashed, but the frames up to there are known.
-        capture->persistSignal(capture->dyingSignal);
+        capture->persistSignal(capture->fatalSignal);
     }
-    dieOf(capture->dyingSignal);
+    endWithSignal(capture->fatalSignal);
 }
 
 [[noreturn]] void handleTerminate()
