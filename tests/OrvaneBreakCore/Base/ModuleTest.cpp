@@ -37,6 +37,8 @@ void expectRefused(const QString &path, const QString &reason = u"."_s)
     QVERIFY(!Module::load(path));
 }
 
+} // namespace
+
 /// The interface of a module that is not installed.
 class MissingModule : public ModuleInterface
 {
@@ -44,8 +46,6 @@ public:
     static constexpr const char *fileName = "missing.so";
     [[nodiscard]] virtual std::unique_ptr<int> makeNumber() const = 0;
 };
-
-} // namespace
 
 Q_DECLARE_INTERFACE(MissingModule, "OrvaneBreak.MissingModule")
 
