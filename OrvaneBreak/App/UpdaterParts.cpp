@@ -21,8 +21,7 @@ std::filesystem::path launcherOf(const std::variant<Installation, NoInstallation
 
 std::unique_ptr<ArchiveReader> openArchive(QByteArrayView bytes)
 {
-    const auto *module = Module::load<ArchiveModule>();
-    return module ? module->open(bytes) : nullptr;
+    return Module::make(&ArchiveModule::open, bytes);
 }
 
 } // namespace

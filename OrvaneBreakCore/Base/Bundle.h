@@ -6,23 +6,23 @@
 
 #include <optional>
 
-/// What is installed with the executable: share/OrvaneBreak beside its bin folder, in the build tree as well.
+/// The installed resources: share/OrvaneBreak beside the program's bin folder. The build tree has the same
+/// layout.
 class Bundle
 {
 public:
     /// The bundle of the running program; needs the application object.
     [[nodiscard]] static Bundle main();
 
-    /// The bundle whose share/OrvaneBreak folder is `folder`. Reads Info.json in it once; a missing or
-    /// damaged file is an empty dictionary.
+    /// The bundle in the share/OrvaneBreak folder `folder`. Reads its Info.json once; a missing or damaged
+    /// file counts as empty.
     explicit Bundle(const QString &folder);
 
-    /// A text of the information dictionary, for example "CFBundleShortVersionString"; absent when the key is
-    /// missing or holds something else.
+    /// The text under `key` in Info.json, for example "CFBundleShortVersionString"; absent when the key is
+    /// missing or its value is not a text.
     [[nodiscard]] std::optional<QString> infoText(const QString &key) const;
 
-    /// The version that the makers call this build by, kept under "CFBundleShortVersionString"; "?" without
-    /// one.
+    /// The public version, from "CFBundleShortVersionString"; "?" when absent.
     [[nodiscard]] QString shortVersion() const;
 
     /// The folder of the sounds.

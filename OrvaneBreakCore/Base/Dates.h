@@ -5,8 +5,8 @@
 
 #include <chrono>
 
-/// The point `date` on the wall clock in the calendar of UTC, to the millisecond before it. Any thread.
+/// The UTC date and time of the wall-clock time `date`, rounded down to the millisecond. Any thread.
 [[nodiscard]] QDateTime calendarDate(std::chrono::sys_time<std::chrono::microseconds> date);
 
-/// The point on the wall clock that the valid `date` means. Any thread.
+/// The wall-clock time of `date`, which is valid. Any thread.
 [[nodiscard]] std::chrono::sys_time<std::chrono::microseconds> wallClockDate(const QDateTime &date);

@@ -6,18 +6,18 @@
 #include <array>
 #include <optional>
 
-/// Signatures by Ed25519. Pure functions; any thread.
+/// Ed25519 signatures. Pure functions; any thread.
 namespace Ed25519 {
 
 using PublicKey = std::array<unsigned char, 32>;
 
-/// The bytes of a signature.
+/// The size of a signature in bytes.
 constexpr qsizetype signatureSize = 64;
 
-/// The key in a base64 text; absent when that holds anything else than 32 bytes.
+/// The key in a base64 text; absent unless the text decodes to exactly 32 bytes.
 [[nodiscard]] std::optional<PublicKey> publicKey(const QByteArray &base64);
 
-/// Whether `signature` is the one of the whole of `message` by the owner of `key`. Anything may be given.
+/// Whether `signature` is a valid signature of `message` by the owner of `key`. Any input is safe.
 [[nodiscard]] bool verify(QByteArrayView message, QByteArrayView signature, const PublicKey &key);
 
 } // namespace Ed25519

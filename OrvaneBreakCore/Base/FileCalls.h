@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-/// Repeats a system call that a signal interrupted, and returns what it returned in the end. Any thread.
+/// Repeats a system call while signals interrupt it (EINTR), and returns its final result. Any thread.
 template <typename Call>
 auto uninterrupted(Call call)
 {
@@ -17,7 +17,8 @@ auto uninterrupted(Call call)
     return result;
 }
 
-/// Writes all of `bytes` to the descriptor `file`; false, with errno set, when that failed. Any thread.
+/// Writes all of `bytes` to the descriptor `file`. Returns false on failure, with errno set. Any thread, also
+/// in signal handlers.
 inline bool writeBytes(int file, QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
@@ -30,8 +31,8 @@ inline bool writeBytes(int file, QByteArrayView bytes)
     return true;
 }
 
-/// Waits until what was written to the descriptor `file`, of a file or a folder, is on the disk; false, with
-/// errno set, when that failed. Any thread.
+/// Flushes the file or folder of the descriptor `file` to the disk. Returns false on failure, with errno set.
+/// Any thread.
 inline bool syncToDisk(int file)
 {
     return uninterrupted([&] { return fsync(file); }) == 0;

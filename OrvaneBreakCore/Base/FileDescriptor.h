@@ -5,13 +5,13 @@
 
 #include <utility>
 
-/// Owns one file descriptor and closes it at the end. Any thread, one at a time.
+/// Owns one file descriptor and closes it on destruction. Any thread, one at a time.
 class FileDescriptor
 {
 public:
     FileDescriptor() = default;
 
-    /// Takes `value` over, as open() and its like return it; a negative one stands for none.
+    /// Takes ownership of `value`, the result of open() or a similar call; a negative one is no descriptor.
     explicit FileDescriptor(int value)
         : m_value(value)
     {

@@ -3,10 +3,10 @@
 
 #include <QLoggingCategory>
 
-/// What the program itself says in the log, on stderr.
+/// The program's own log messages, which go to stderr.
 Q_DECLARE_LOGGING_CATEGORY(orvaneLog)
 
-/// Lets only the program's own messages and fatal ones through: libraries that complain about the desktop
-/// they run on do not fill the user's journal. Call before the application object exists. Set
-/// ORVANE_DEBUG_LOG to "1" to read them all; then nothing is done, and false returned.
+/// Logs only the program's own messages and fatal ones, so that library warnings about the desktop do not
+/// fill the user's journal. Called before the application object exists. Does nothing and returns false when
+/// ORVANE_DEBUG_LOG is "1": then everything is logged.
 bool installMessageFilter();

@@ -17,17 +17,18 @@ QString Module::folder()
 QObject *Module::load(const QString &path)
 {
     QPluginLoader loader(path);
-    // A function that is missing shows now instead of in the middle of an update, and a thread that plays a
-    // sound keeps its code until the process ends.
+    // A missing function fails the load and not a later call, in the middle of an update. The code that a
+    // sound thread runs is never unloaded.
     loader.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
-    // What the file says of itself is read without running anything in it.
+    // Reading the metadata runs no code of the module.
     const QJsonValue description = loader.metaData().value("MetaData"_L1);
     const bool isOurs = description["version"_L1] == QJsonValue(QStringLiteral(ORVANE_VERSION));
     QObject *module = isOurs ? loader.instance() : nullptr;
     if (!module) {
-        const bool isAnother = !isOurs && description.isObject();
-        qCWarning(orvaneLog).noquote() << u"OrvaneBreak:"_s << path << u"cannot be used:"_s
-                                       << (isAnother ? u"it is of another version"_s : loader.errorString());
+        const bool isOtherVersion = !isOurs && description.isObject();
+        qCWarning(orvaneLog).noquote()
+            << u"OrvaneBreak:"_s << path << u"cannot be used:"_s
+            << (isOtherVersion ? u"it is from another version"_s : loader.errorString());
     }
     return module;
 }

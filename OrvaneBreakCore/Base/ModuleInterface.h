@@ -3,8 +3,8 @@
 
 #include <QtPlugin>
 
-/// What a module offers derives from this, names its file as `fileName`, and is declared an interface of
-/// plug-ins.
+/// The base of module interfaces. Each of them names the module's file as `fileName` and is declared with
+/// Q_DECLARE_INTERFACE.
 class ModuleInterface
 {
 public:

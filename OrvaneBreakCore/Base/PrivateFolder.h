@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-/// Creates `folder` and its missing parents for the user alone. Failures are silent. Any thread.
+/// Creates `folder` and its missing parents with the mode 0700. Failures are silent. Any thread.
 void createPrivateFolder(const std::filesystem::path &folder);
 
-/// Opens `folder`; none, with errno set, when that failed. Any thread.
+/// Opens `folder`; no descriptor on failure. Any thread.
 [[nodiscard]] FileDescriptor openFolder(const std::filesystem::path &folder);

@@ -5,8 +5,7 @@
 
 namespace {
 
-/// The unwinder takes some ten kilobytes, and a fault in it starts the handler a second time on the same
-/// stack.
+/// The unwinder uses about ten kilobytes, and a fault inside it runs the handler again on the same stack.
 constexpr std::size_t stackSize = std::size_t{64} * 1024;
 
 } // namespace

@@ -4,9 +4,8 @@
 #include <cstddef>
 #include <memory>
 
-/// Gives the current thread a stack of its own for signal handlers, so that a thread whose stack has
-/// overflowed can still report it. Taken away at the end of this object's life, on the same thread; a thread
-/// that had such a stack before gets that one back.
+/// Gives the current thread an alternate signal stack, so that a signal handler can report the overflow of
+/// the thread's stack. The destructor, on the same thread, restores the previous alternate stack, if any.
 class SignalStack
 {
 public:

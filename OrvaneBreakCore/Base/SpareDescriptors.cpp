@@ -8,8 +8,8 @@
 
 namespace {
 
-/// An event loop, the certificates, connections for both kinds of addresses, and a few more.
-constexpr std::size_t descriptorsOfThread = 24;
+/// An event loop, the certificates, connections over IPv4 and IPv6, and a few more.
+constexpr std::size_t descriptorsPerThread = 24;
 
 } // namespace
 
@@ -20,7 +20,7 @@ FileDescriptor SpareDescriptors::make()
 
 bool SpareDescriptors::sufficeForThread()
 {
-    std::array<FileDescriptor, descriptorsOfThread> descriptors;
+    std::array<FileDescriptor, descriptorsPerThread> descriptors;
     return std::all_of(descriptors.begin(), descriptors.end(), [](FileDescriptor &descriptor) {
         descriptor = make();
         return descriptor.isOpen();

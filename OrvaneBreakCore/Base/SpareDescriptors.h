@@ -3,14 +3,14 @@
 
 #include "FileDescriptor.h"
 
-/// Descriptors that are taken so that nobody else has them. Any thread.
+/// Descriptors that are opened only to occupy them. Any thread.
 namespace SpareDescriptors {
 
-/// A descriptor of nothing; closed when the process may open no more.
+/// A descriptor without a file; no descriptor when the process has reached its limit.
 [[nodiscard]] FileDescriptor make();
 
-/// Whether the process may open the descriptors that a thread takes for a network exchange or a sound. The
-/// libraries that do such things end a process in which they get none, or take those that windows need.
+/// Whether the process can open the descriptors that a thread needs for a network exchange or a sound.
+/// Without them the libraries would abort the process, or take the descriptors that windows need.
 [[nodiscard]] bool sufficeForThread();
 
 } // namespace SpareDescriptors

@@ -11,9 +11,9 @@
 
 #include <algorithm>
 
-std::optional<QString> readText(const std::filesystem::path &path, qint64 limit)
+std::optional<QString> readText(const std::filesystem::path &path, qint64 maxSize)
 {
-    // Without O_NONBLOCK a pipe would be waited for.
+    // Without O_NONBLOCK, opening a FIFO waits for a writer.
     const FileDescriptor descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status = {};
     if (!descriptor.isOpen() || fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -21,9 +21,9 @@ std::optional<QString> readText(const std::filesystem::path &path, qint64 limit)
     QFile file;
     if (!file.open(descriptor.get(), QIODevice::ReadOnly))
         return std::nullopt;
-    // Memory for as much as there is: the limit is far above that.
-    const QByteArray bytes = file.read(std::min(limit, qint64{status.st_size}) + 1);
-    if (bytes.size() > limit || file.error() != QFileDevice::NoError)
+    // Allocates for the file's size, because `maxSize` is far larger than most files.
+    const QByteArray bytes = file.read(std::min(maxSize, qint64{status.st_size}) + 1);
+    if (bytes.size() > maxSize || file.error() != QFileDevice::NoError)
         return std::nullopt;
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);

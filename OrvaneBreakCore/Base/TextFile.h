@@ -6,6 +6,6 @@
 #include <filesystem>
 #include <optional>
 
-/// The whole text of the file at `path`; nothing when it is no regular file, cannot be read, is larger than
-/// `limit` bytes or is no UTF-8 text. Never waits for another program.
-[[nodiscard]] std::optional<QString> readText(const std::filesystem::path &path, qint64 limit);
+/// The text of the file at `path`; absent when it is not a regular file, cannot be read, is larger than
+/// `maxSize` bytes or is not UTF-8. Never waits for another program.
+[[nodiscard]] std::optional<QString> readText(const std::filesystem::path &path, qint64 maxSize);

@@ -1,26 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UnixSignals.h"
 
-#include <fcntl.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <utility>
 
 namespace {
 
 constexpr int handledSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
-/// Where the handler writes; all that it may touch.
+/// The event descriptor that the handler writes to.
 std::atomic<int> wakeUpDescriptor = -1;
 
 void handleSignal(int /*number*/)
 {
     const int savedError = errno;
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(wakeUpDescriptor, &byte, 1);
+    const std::uint64_t count = 1;
+    [[maybe_unused]] const ssize_t written = write(wakeUpDescriptor, &count, sizeof count);
     errno = savedError;
 }
 
@@ -36,28 +37,18 @@ void setHandler(void (*handler)(int))
 
 } // namespace
 
-UnixSignals::Pipe::Pipe()
-    : ends{-1, -1}
-{
-    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
-        qFatal("pipe2 failed");
-}
-
-UnixSignals::Pipe::~Pipe()
-{
-    close(ends[0]);
-    close(ends[1]);
-}
-
 UnixSignals::UnixSignals(std::function<void()> onTerminate)
-    : m_notifier(m_pipe.ends[0], QSocketNotifier::Read)
+    : m_wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    , m_notifier(m_wakeUp.get(), QSocketNotifier::Read)
 {
+    if (!m_wakeUp.isOpen())
+        qFatal("eventfd failed");
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier,
                      [this, action = std::move(onTerminate)] {
                          m_notifier.setEnabled(false);
                          action();
                      });
-    wakeUpDescriptor = m_pipe.ends[1];
+    wakeUpDescriptor = m_wakeUp.get();
     setHandler(handleSignal);
     std::signal(SIGXFSZ, SIG_IGN);
 }

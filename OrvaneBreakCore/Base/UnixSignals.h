@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "FileDescriptor.h"
+
 #include <QSocketNotifier>
 
 #include <functional>
 
-/// Turns the first SIGTERM, SIGINT or SIGHUP into a call on the user-interface thread. A second one ends the
-/// process at once, as it would without this class. SIGXFSZ is ignored meanwhile: what goes beyond a limit on
-/// the size of files fails like a write to a full disk. One instance at a time.
+/// Turns the first SIGTERM, SIGINT or SIGHUP into a call of `onTerminate` on the user-interface thread. A
+/// second one ends the process at once, as it would without this class. SIGXFSZ is ignored, so that a write
+/// beyond a file size limit fails like a write to a full disk. One instance at a time.
 class UnixSignals
 {
 public:
@@ -17,15 +19,6 @@ public:
     UnixSignals &operator=(const UnixSignals &) = delete;
 
 private:
-    struct Pipe
-    {
-        Pipe();
-        ~Pipe();
-        Pipe(const Pipe &) = delete;
-        Pipe &operator=(const Pipe &) = delete;
-        int ends[2];
-    };
-
-    Pipe m_pipe;
+    FileDescriptor m_wakeUp;
     QSocketNotifier m_notifier;
 };

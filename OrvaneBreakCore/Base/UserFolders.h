@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-/// The folders in which programs keep what belongs to the user. Nothing is created. Any thread.
+/// The folders for a user's files. Nothing is created. Any thread.
 struct UserFolders
 {
     /// $XDG_CONFIG_HOME, or ~/.config when that is not an absolute path.

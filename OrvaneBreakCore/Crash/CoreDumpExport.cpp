@@ -45,7 +45,7 @@ void CoreDumpExport::start(const FileDate &lastScan, std::function<void()> onExp
     m_query.after = lastScan;
     m_onExported = std::move(onExported);
     m_start = m_runLoop.scheduleOnce(m_runLoop.now() + startDelay, startDelay, [this] {
-        // Before the search, so that whatever is written while it goes on is later.
+        // Taken before the search, so that anything written during it is later.
         const FileDate now = dateOf(m_runLoop);
         try {
             m_thread = std::jthread([this, query = m_query, now](const std::stop_token &stop) {
@@ -53,7 +53,7 @@ void CoreDumpExport::start(const FileDate &lastScan, std::function<void()> onExp
                 search(query, now, stop);
             });
         } catch (const std::system_error &) {
-            // Without a thread there is no search; the next start looks again.
+            // Without a thread there is no search until the next start of the program.
         }
     });
 }
@@ -65,7 +65,7 @@ void CoreDumpExport::search(const CoreDumpQuery &query, const FileDate &now, con
     const std::string login = qgetenv("USER").toStdString();
     for (const CoreDump &dump : readCoreDumps(query, stop)) {
         const QString text = coreDumpReport(dump, query.executable, home, login);
-        isNew = keepCoreDumpReport(m_folder, dump, text, now) || isNew;
+        isNew = writeCoreDumpReport(m_folder, dump, text, now) || isNew;
     }
     if (isNew)
         QMetaObject::invokeMethod(this, [this] { m_onExported(); }, Qt::QueuedConnection);

@@ -9,21 +9,21 @@
 #include <functional>
 #include <thread>
 
-/// Turns the core dumps that systemd keeps of this program into reports among the system's, so that crashes
-/// which the process itself could not report are sent as well. Does nothing where there is no such service.
+/// Converts the core dumps that systemd keeps of this program into system reports, so that crashes which the
+/// process itself could not report are sent as well. Does nothing without systemd's journal.
 class CoreDumpExport final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `folder` is where the reports of the system lie.
+    /// `folder` is the folder of the system's reports.
     CoreDumpExport(RunLoop &runLoop, CoreDumpQuery query, std::filesystem::path folder);
 
     /// The core dumps of the running program for its user, in the journal of this machine.
     [[nodiscard]] static CoreDumpQuery ownCoreDumps();
 
-    /// Looks for core dumps later than `lastScan`, on a thread of its own and ten seconds from now, when the
-    /// program has started. Calls `onExported` on this thread when there are new reports.
+    /// Searches for core dumps later than `lastScan` ten seconds from now, after startup, on its own thread.
+    /// Calls `onExported` on the calling thread when there are new reports.
     void start(const FileDate &lastScan, std::function<void()> onExported);
 
 private:
@@ -34,5 +34,5 @@ private:
     std::filesystem::path m_folder;
     std::function<void()> m_onExported;
     Timer m_start;
-    std::jthread m_thread; ///< The last member: its end is waited for before anything else goes.
+    std::jthread m_thread; ///< Last, so that it is joined before the other members are destroyed.
 };

@@ -2,6 +2,7 @@
 #include "CoreDumps.h"
 
 #include "ExceptionText.h"
+#include "FileCalls.h"
 #include "FileDescriptor.h"
 
 #include <QFile>
@@ -19,12 +20,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype mostDumps = 20;
-constexpr std::size_t largestField = std::size_t{64} * 1024;
+constexpr qsizetype maxDumps = 20;
+constexpr std::size_t maxFieldSize = std::size_t{64} * 1024;
 constexpr std::int64_t microsecondsPerSecond = 1'000'000;
 
-/// What systemd's core-dump service marks its entries with.
-constexpr const char *coreDumpMark = "MESSAGE_ID=fc2e22bc6ee647b6b90729ab34a250b1";
+/// Matches the entries of systemd's core dump service.
+constexpr const char *coreDumpMatch = "MESSAGE_ID=fc2e22bc6ee647b6b90729ab34a250b1";
 
 struct JournalDeleter
 {
@@ -43,7 +44,7 @@ Journal openJournal(const std::filesystem::path &folder)
 
 bool restrictTo(sd_journal *journal, const CoreDumpQuery &query)
 {
-    const std::array<std::string, 3> conditions = {coreDumpMark, "COREDUMP_EXE=" + query.executable.string(),
+    const std::array<std::string, 3> conditions = {coreDumpMatch, "COREDUMP_EXE=" + query.executable.string(),
                                                    "COREDUMP_UID=" + std::to_string(query.user)};
     for (const std::string &condition : conditions) {
         if (sd_journal_add_match(journal, condition.data(), condition.size()) < 0)
@@ -58,12 +59,12 @@ QString field(sd_journal *journal, const char *name)
     std::size_t length = 0;
     if (sd_journal_get_data(journal, name, &data, &length) < 0)
         return {};
-    const std::string_view text(static_cast<const char *>(data), std::min(length, largestField));
+    const std::string_view text(static_cast<const char *>(data), std::min(length, maxFieldSize));
     const std::string_view value = text.substr(std::min(text.size(), text.find('=') + 1));
     return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
 }
 
-/// The date of the crash in microseconds, as systemd counts.
+/// The date of the crash, which systemd stores in microseconds.
 FileDate dateOf(sd_journal *journal)
 {
     std::uint64_t microseconds = field(journal, "COREDUMP_TIMESTAMP").toULongLong();
@@ -82,9 +83,9 @@ QList<CoreDump> readCoreDumps(const CoreDumpQuery &query, const std::stop_token 
     const Journal journal = openJournal(query.journal);
     if (!journal || !restrictTo(journal.get(), query))
         return dumps;
-    sd_journal_set_data_threshold(journal.get(), largestField);
+    sd_journal_set_data_threshold(journal.get(), maxFieldSize);
     sd_journal_seek_tail(journal.get());
-    while (!stop.stop_requested() && dumps.size() < mostDumps && sd_journal_previous(journal.get()) > 0) {
+    while (!stop.stop_requested() && dumps.size() < maxDumps && sd_journal_previous(journal.get()) > 0) {
         const FileDate date = dateOf(journal.get());
         if (!(query.after < date))
             break;
@@ -103,8 +104,8 @@ QString coreDumpReport(const CoreDump &dump, const std::filesystem::path &execut
     return QString::fromStdString(withoutUser(text.toStdString(), home, login));
 }
 
-bool keepCoreDumpReport(const std::filesystem::path &folder, const CoreDump &dump, const QString &text,
-                        const FileDate &written)
+bool writeCoreDumpReport(const std::filesystem::path &folder, const CoreDump &dump, const QString &text,
+                         const FileDate &written)
 {
     std::error_code error;
     if (std::filesystem::create_directories(folder, error))
@@ -112,11 +113,9 @@ bool keepCoreDumpReport(const std::filesystem::path &folder, const CoreDump &dum
     const std::filesystem::path path = folder / ("OrvaneBreak-" + dump.date.text().toStdString() + ".crash");
     const FileDescriptor descriptor(
         open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    QFile file;
-    if (!descriptor.isOpen() || !file.open(descriptor.get(), QIODevice::WriteOnly))
+    if (!descriptor.isOpen())
         return false;
-    const QByteArray bytes = text.toUtf8();
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
+    if (!writeBytes(descriptor.get(), text.toUtf8())) {
         std::filesystem::remove(path, error);
         return false;
     }

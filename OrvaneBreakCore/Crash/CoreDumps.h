@@ -10,36 +10,35 @@
 #include <stop_token>
 #include <string>
 
-/// What systemd's journal tells of a crash of this program.
+/// A crash of this program in systemd's journal.
 struct CoreDump
 {
     FileDate date;
-    int signal = 0;      ///< 0 when the entry does not tell.
+    int signal = 0;      ///< 0 when unknown.
     QString signalName;  ///< For example "SIGSEGV".
-    QString description; ///< What was written into the journal, with the call stack when there is one.
+    QString description; ///< The message in the journal, with the call stack if there is one.
 };
 
-/// Where to look for core dumps, and for which.
+/// Which core dumps to search for, and where.
 struct CoreDumpQuery
 {
-    std::filesystem::path journal;    ///< A folder of journal files; empty for those of this machine.
+    std::filesystem::path journal;    ///< A folder of journal files; empty for this machine's journal.
     std::filesystem::path executable; ///< The program that crashed.
     uid_t user = 0;                   ///< Who ran it.
-    FileDate after;                   ///< Older entries do not count.
+    FileDate after;                   ///< Entries up to this date are ignored.
 };
 
-/// The newest core dumps, 20 at most, newest first; none where systemd's journal cannot be read. Takes as
-/// long as the disk needs, so it is called on a thread of its own, where `stop` ends it early. Neither the
-/// environment nor the command line of an entry is read.
+/// The newest core dumps, at most 20, newest first; empty when systemd's journal cannot be read. Waits for
+/// the disk, so it is called on its own thread; `stop` ends it early. Never reads the environment or the
+/// command line of an entry.
 [[nodiscard]] QList<CoreDump> readCoreDumps(const CoreDumpQuery &query, const std::stop_token &stop);
 
-/// The report that is kept of `dump`: its signal, program, time and stack, without the name of the user
-/// `login` and with `home` written "~".
+/// The report about `dump`: its signal, program, time and stack, with `home` and the user name `login`
+/// replaced by "~".
 [[nodiscard]] QString coreDumpReport(const CoreDump &dump, const std::filesystem::path &executable,
                                      const std::string &home, const std::string &login);
 
-/// Writes `text` into "OrvaneBreak-<date of the crash>.crash" in `folder`, which is made when it is missing,
-/// and dates the file `written`. A crash that has such a file is left alone; failures are silent. Returns
-/// whether a file was written.
-bool keepCoreDumpReport(const std::filesystem::path &folder, const CoreDump &dump, const QString &text,
-                        const FileDate &written);
+/// Writes `text` to "OrvaneBreak-<date of the crash>.crash" in `folder`, which it creates if necessary, and
+/// sets the file's date to `written`. Returns false when the file exists or cannot be written.
+bool writeCoreDumpReport(const std::filesystem::path &folder, const CoreDump &dump, const QString &text,
+                         const FileDate &written);

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::size_t framesOfError = 15;
+constexpr std::size_t maxErrorFrames = 15;
 
 } // namespace
 
@@ -28,7 +28,7 @@ void CrashReporter::reportError(const QString &message)
     CallStack stack;
     stack.captureHere();
     CrashText text;
-    stack.appendTo(text, framesOfError, ProgramSymbols());
+    stack.appendTo(text, maxErrorFrames, ProgramSymbols());
     const std::string_view lines = text.view();
     CrashUpload::shared().send(u"error"_s, message,
                                QString::fromUtf8(lines.data(), static_cast<qsizetype>(lines.size())));

@@ -3,16 +3,16 @@
 
 #include <QString>
 
-/// Reports what goes fatally wrong. The user never sees any of it. User-interface thread only.
+/// Reports crashes and errors without showing anything to the user. User-interface thread only.
 struct CrashReporter
 {
     CrashReporter() = delete;
 
-    /// Sends the report that the process before has left and the new ones that the system keeps, then watches
-    /// for the end of this one. Called once, at launch, before anything else that could fail; the shared
-    /// CrashUpload outlives the event loop.
+    /// Sends the previous process's crash report and the system's new reports, then installs CrashCapture.
+    /// Called once, at launch, before anything else that can fail; the shared CrashUpload outlives the event
+    /// loop.
     static void install();
 
-    /// Sends `message` and the first 15 calls that this thread is in as an error; writes nothing to the disk.
+    /// Sends `message` and the innermost 15 calls of this thread as an error. Writes nothing to the disk.
     static void reportError(const QString &message);
 };

@@ -24,10 +24,10 @@ const QString deviceIdKey = u"OBDeviceId"_s;
 const QString lastScanKey = u"OBLastCrashScan"_s;
 const QString separator = u"\n---\n"_s;
 
-constexpr std::chrono::seconds sendLimit = 8s;
+constexpr std::chrono::seconds sendTimeout = 8s;
 
-/// Thirty lines are some kilobytes.
-constexpr qint64 largestPendingReport = qint64{1024} * 1024;
+/// In bytes; thirty lines take a few kilobytes.
+constexpr qint64 maxPendingReportSize = qint64{1024} * 1024;
 
 } // namespace
 
@@ -57,13 +57,13 @@ void CrashUpload::send(const QString &kind, const QString &message, const QStrin
                            {u"stack"_s, stack},
                            {u"v"_s, m_services.bundle.shortVersion()},
                            {u"os"_s, m_services.systemVersion.clientText()}};
-    m_services.http.post(m_endpoint, QJsonDocument(body).toJson(QJsonDocument::Compact), sendLimit, *this,
+    m_services.http.post(m_endpoint, QJsonDocument(body).toJson(QJsonDocument::Compact), sendTimeout, *this,
                          [](const std::optional<HttpAnswer> &) {});
 }
 
 void CrashUpload::sendPendingCrash()
 {
-    const std::optional<QString> text = readText(m_places.pendingReport, largestPendingReport);
+    const std::optional<QString> text = readText(m_places.pendingReport, maxPendingReportSize);
     if (!text)
         return;
     std::error_code ignored;

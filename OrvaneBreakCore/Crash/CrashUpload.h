@@ -13,14 +13,14 @@ class Bundle;
 class Http;
 class Preferences;
 
-/// Sends crash and error reports to the makers' server. Nothing waits for a report or repeats it, and nobody
-/// is told whether it arrived. User-interface thread only.
+/// Sends crash and error reports to the makers' server, each at most once. Never blocks, and ignores
+/// failures. User-interface thread only.
 class CrashUpload final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What the upload works with; the references outlive it.
+    /// What the upload uses; the references outlive it.
     struct Services
     {
         Http &http;
@@ -30,14 +30,14 @@ public:
         QString serverBase; ///< Scheme and host, for example "https://example.org".
     };
 
-    /// Where reports lie.
+    /// Where reports are.
     struct Places
     {
-        std::filesystem::path pendingReport; ///< What CrashCapture writes.
-        std::filesystem::path systemReports; ///< The folder of the reports that the system keeps.
+        std::filesystem::path pendingReport; ///< The file that CrashCapture writes.
+        std::filesystem::path systemReports; ///< The folder of the system's reports.
 
         /// OrvaneBreak/pending-crash.txt in the user's data folder, and OrvaneBreak/Logs/DiagnosticReports in
-        /// the one for states.
+        /// the state folder.
         [[nodiscard]] static Places standard();
     };
 
@@ -48,19 +48,19 @@ public:
 
     [[nodiscard]] const Places &places() const { return m_places; }
 
-    /// Sends one report; `kind` is "crash" or "error". The server has 8 seconds.
+    /// Sends one report; `kind` is "crash" or "error". Times out after 8 seconds.
     void send(const QString &kind, const QString &message, const QString &stack);
 
-    /// Sends the report that the process before has left. It is deleted first, so that it is sent once at
-    /// most. Does nothing when there is none, or when it is no UTF-8 text.
+    /// Sends the previous process's report, and deletes it first, so that it is sent at most once. Does
+    /// nothing when there is none, or when it is not UTF-8.
     void sendPendingCrash();
 
-    /// The date of the latest report of the system that was sent, kept under "OBLastCrashScan"; the distant
-    /// past when there is none.
+    /// The date of the latest system report that was sent, stored under "OBLastCrashScan"; the distant past
+    /// when there is none.
     [[nodiscard]] FileDate lastScan() const;
 
-    /// Sends the reports of the system that are later than the date kept under "OBLastCrashScan", and keeps
-    /// the latest of their dates there. Does nothing when their folder cannot be listed.
+    /// Sends the system's reports later than lastScan(), and stores the latest of their dates under
+    /// "OBLastCrashScan". Does nothing when their folder cannot be listed.
     void sendSystemCrashReports();
 
 private:

@@ -13,23 +13,18 @@ namespace {
 
 constexpr int decimalPlaces = 9;
 
-QDateTime wholeSeconds(const FileDate &date)
-{
-    return QDateTime::fromSecsSinceEpoch(date.seconds, QTimeZone::utc());
-}
-
 bool isDigit(QChar character)
 {
     return character >= u'0' && character <= u'9';
 }
 
-/// Whether `text` is as `form` says, where a "d" stands for a digit. By hand, because every start reads a
-/// date, and regular expressions cost half a megabyte of memory.
-bool isOfForm(const QString &text, QLatin1StringView form)
+/// Whether `text` matches `form`, where a "d" stands for a digit. Not a regular expression, because every
+/// start parses a date, and regular expressions cost half a megabyte of memory.
+bool matches(const QString &text, QLatin1StringView form)
 {
     return text.size() == form.size() &&
-           std::equal(text.begin(), text.end(), form.begin(), [](QChar character, char wanted) {
-               return wanted == 'd' ? isDigit(character) : character == QLatin1Char(wanted);
+           std::equal(text.begin(), text.end(), form.begin(), [](QChar character, char expected) {
+               return expected == 'd' ? isDigit(character) : character == QLatin1Char(expected);
            });
 }
 
@@ -37,7 +32,7 @@ bool isOfForm(const QString &text, QLatin1StringView form)
 
 FileDate FileDate::of(const timespec &time)
 {
-    // Beyond these the toolkit's calendar overflows.
+    // Qt's calendar overflows beyond these dates.
     constexpr std::int64_t year10000 = 253'402'300'800;
     if (time.tv_sec < distantPast().seconds || time.tv_sec >= year10000)
         return distantPast();
@@ -57,15 +52,16 @@ std::optional<FileDate> FileDate::parse(const QString &text)
         if (decimals.isEmpty() || decimals.size() > decimalPlaces)
             return std::nullopt;
     }
-    const bool isZone = zone == u'Z' || isOfForm(zone, "+dd:dd"_L1) || isOfForm(zone, "-dd:dd"_L1);
+    const bool isZone = zone == u'Z' || matches(zone, "+dd:dd"_L1) || matches(zone, "-dd:dd"_L1);
     const QDateTime date = QDateTime::fromString(seconds + zone, Qt::ISODate);
-    if (!isOfForm(seconds, secondsForm) || !isZone || !date.isValid())
+    if (!matches(seconds, secondsForm) || !isZone || !date.isValid())
         return std::nullopt;
     return FileDate{date.toSecsSinceEpoch(), decimals.leftJustified(decimalPlaces, u'0').toInt()};
 }
 
 QString FileDate::text() const
 {
-    return u"%1.%2Z"_s.arg(wholeSeconds(*this).toString(u"yyyy-MM-ddTHH:mm:ss"_s))
+    const QDateTime date = QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc());
+    return u"%1.%2Z"_s.arg(date.toString(u"yyyy-MM-ddTHH:mm:ss"_s))
         .arg(nanoseconds, decimalPlaces, 10, '0'_L1);
 }

@@ -9,17 +9,16 @@
 #include <optional>
 #include <tuple>
 
-/// A file's date as precisely as file systems keep it.
+/// A file's date with the precision of file systems.
 struct FileDate
 {
-    /// The beginning of the year 1: before any file.
+    /// The beginning of the year 1, before the date of any file.
     static constexpr FileDate distantPast() { return {-62'135'596'800, 0}; }
 
-    /// The date of `time`; the distant past when a text cannot hold it, that is outside of the years 1 to
-    /// 9999.
+    /// The date of `time`; the distant past outside the years 1 to 9999, which text() cannot represent.
     [[nodiscard]] static FileDate of(const timespec &time);
 
-    /// Reads what text() writes, and any other ISO 8601 date with a zone; nothing when it is none.
+    /// Parses the format of text(), and any other ISO 8601 date with a time zone; absent otherwise.
     [[nodiscard]] static std::optional<FileDate> parse(const QString &text);
 
     /// ISO 8601 in UTC with nine decimal places, for example "2026-11-21T14:25:07.123456789Z".

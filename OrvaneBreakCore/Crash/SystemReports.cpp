@@ -15,8 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 largestReport = qint64{16} * 1024 * 1024;
-constexpr int charactersSent = 18'000;
+constexpr qint64 maxReportSize = qint64{16} * 1024 * 1024;
+constexpr int maxCharacters = 18'000;
 
 bool isReportName(std::string_view name)
 {
@@ -30,13 +30,13 @@ FileDate dateOf(const std::filesystem::path &path)
     return lstat(path.c_str(), &status) == 0 ? FileDate::of(status.st_mtim) : FileDate::distantPast();
 }
 
-/// The text up to its 18000th character as a reader sees them: one may consist of several code points.
+/// The first 18000 characters as a reader sees them: one may consist of several code points.
 QString beginning(const QString &text)
 {
-    if (text.size() <= charactersSent)
+    if (text.size() <= maxCharacters)
         return text;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    for (int count = 0; count < charactersSent; ++count) {
+    for (int count = 0; count < maxCharacters; ++count) {
         if (finder.toNextBoundary() < 0)
             return text;
     }
@@ -48,10 +48,10 @@ QString beginning(const QString &text)
 SystemReport summarizeSystemReport(const QString &text)
 {
     const QList<QStringView> lines = QStringView(text).split(u'\n', Qt::SkipEmptyParts);
-    const auto telling = std::find_if(lines.begin(), lines.end(), [](QStringView line) {
-        return line.contains("Exception"_L1) || line.contains("Termination"_L1);
+    const auto line = std::find_if(lines.begin(), lines.end(), [](QStringView candidate) {
+        return candidate.contains("Exception"_L1) || candidate.contains("Termination"_L1);
     });
-    return {telling == lines.end() ? u"Rapport système macOS"_s : telling->toString(), beginning(text)};
+    return {line == lines.end() ? u"Rapport système macOS"_s : line->toString(), beginning(text)};
 }
 
 std::optional<SystemReports> readSystemReports(const std::filesystem::path &folder, const FileDate &lastScan)
@@ -68,7 +68,7 @@ std::optional<SystemReports> readSystemReports(const std::filesystem::path &fold
         const FileDate date = dateOf(path);
         if (!(lastScan < date))
             continue;
-        const std::optional<QString> text = readText(path, largestReport);
+        const std::optional<QString> text = readText(path, maxReportSize);
         if (!text)
             continue;
         found.reports.append(summarizeSystemReport(*text));

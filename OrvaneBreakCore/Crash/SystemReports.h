@@ -12,23 +12,22 @@
 /// One report that the system wrote about a crash of this application.
 struct SystemReport
 {
-    QString message; ///< The first line that tells of an exception or a termination.
+    QString message; ///< The first line about an exception or a termination.
     QString stack;   ///< The beginning of the report.
 };
 
-/// What a look into the folder of the system's reports brought.
+/// The result of a scan of the system's reports.
 struct SystemReports
 {
     QList<SystemReport> reports;
-    FileDate newest; ///< The latest date among them, or the one given when there are none.
+    FileDate newest; ///< The latest of their dates; without reports, the date of the last scan.
 };
 
-/// Reads the reports in `folder` that are later than `lastScan`: files, also linked ones, whose names begin
-/// with "OrvaneBreak" or "Orvane Break" and end with ".ips" or ".crash". No other file is opened. A file that
-/// cannot be read, is no UTF-8 text or is larger than 16 MiB is left out. Nothing when the folder cannot be
-/// listed.
+/// Reads the reports in `folder` that are later than `lastScan`: files and links to files whose names begin
+/// with "OrvaneBreak" or "Orvane Break" and end with ".ips" or ".crash". Opens no other file. Skips files
+/// that cannot be read, are not UTF-8 or are larger than 16 MiB. Absent when the folder cannot be listed.
 [[nodiscard]] std::optional<SystemReports> readSystemReports(const std::filesystem::path &folder,
                                                              const FileDate &lastScan);
 
-/// What is sent of a report's whole text.
+/// The parts of the report `text` that are sent.
 [[nodiscard]] SystemReport summarizeSystemReport(const QString &text);

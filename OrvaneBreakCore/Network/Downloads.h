@@ -9,33 +9,32 @@
 class QByteArray;
 class QUrl;
 
-/// Fetches files of any size, piece by piece. User-interface thread only; nothing waits.
+/// Downloads files of any size piece by piece. User-interface thread only; never blocks.
 class Downloads
 {
 public:
     /// How an exchange ended.
     enum class End
     {
-        Complete,   ///< The server sent all that it announced.
-        Broken,     ///< No network, a connection that ended early, silence, a server or a machine in trouble.
+        Complete,   ///< The server sent everything that it announced.
+        Broken,     ///< No network, a lost connection, a timeout, a server error, no free descriptors.
         OtherRange, ///< The server has no such offset, or sends from another one; nothing was delivered.
-        Refused     ///< Any other status, too many redirects or one to somewhere unsafe, a forbidden address.
+        Refused     ///< Any other status, a forbidden address, too many redirects or one to such an address.
     };
 
-    /// What is told of an exchange, from the event loop.
+    /// The callbacks of an exchange, called from the event loop.
     struct Receiver
     {
-        /// Once, before any data: where it starts, at the asked offset or, from a server that sends only
-        /// whole files, at 0. Not called when there is no data because of a failure.
+        /// Once, before any data: its offset in the file, which is the requested one or, from a server that
+        /// only sends whole files, 0. Not called when a failure leaves no data.
         std::function<void(qint64 offset)> onBegin;
-        /// The next bytes, never none.
+        /// The next bytes; never empty.
         std::function<void(const QByteArray &bytes)> onData;
-        /// Once, and nothing after it.
+        /// Once, as the last call.
         std::function<void(End end)> onEnd;
     };
 
-    /// One exchange. Destroying it, also from within the receiver, ends it, and the receiver hears nothing
-    /// more.
+    /// One exchange. Destroying it, also from within a callback, ends it without further callbacks.
     class Exchange
     {
     public:
@@ -50,7 +49,7 @@ public:
     Downloads(const Downloads &) = delete;
     Downloads &operator=(const Downloads &) = delete;
 
-    /// Asks for `url` from the byte `offset` on. The bytes are those of the file, never unpacked on the way.
+    /// Requests `url` from the byte `offset` on. The bytes are those of the file, never decompressed.
     [[nodiscard]] virtual std::unique_ptr<Exchange> get(const QUrl &url, qint64 offset,
                                                         Receiver receiver) = 0;
 };

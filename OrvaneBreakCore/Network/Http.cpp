@@ -13,16 +13,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Whether `host` is an address of this machine alone. The name "localhost" is none: it is looked up, and the
-/// answer may be any address.
+/// Whether `host` is a loopback address. The name "localhost" is not one: it is looked up, and the result may
+/// be any address.
 bool isLoopback(const QString &host)
 {
     const QByteArray text = host.toLatin1();
-    in_addr old = {};
-    if (inet_pton(AF_INET, text.constData(), &old) == 1)
-        return ntohl(old.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
-    in6_addr address = {};
-    return inet_pton(AF_INET6, text.constData(), &address) == 1 && IN6_IS_ADDR_LOOPBACK(&address);
+    in_addr ipv4 = {};
+    if (inet_pton(AF_INET, text.constData(), &ipv4) == 1)
+        return ntohl(ipv4.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+    in6_addr ipv6 = {};
+    return inet_pton(AF_INET6, text.constData(), &ipv6) == 1 && IN6_IS_ADDR_LOOPBACK(&ipv6);
 }
 
 } // namespace

@@ -10,20 +10,19 @@
 class QObject;
 class QUrl;
 
-/// What a server answered.
+/// A server's answer.
 struct HttpAnswer
 {
     int status = 0;
     QByteArray body;
 };
 
-/// Requests to the makers' server. User-interface thread only; nothing waits.
+/// Requests to the makers' server. User-interface thread only; never blocks.
 class Http
 {
 public:
-    /// The answer whatever its status, or nothing when none came: no network, no descriptors, an invalid
-    /// certificate, a redirect to somewhere unsafe, an answer that took too long or is larger than a
-    /// mebibyte.
+    /// The answer, whatever its status. Absent when there is none: no network, no free descriptors, an
+    /// invalid certificate, a redirect to a forbidden address, a timeout, or more than a mebibyte.
     using Completion = std::function<void(const std::optional<HttpAnswer> &)>;
 
     Http() = default;
@@ -31,20 +30,19 @@ public:
     Http(const Http &) = delete;
     Http &operator=(const Http &) = delete;
 
-    /// Sends `body` to `url` by POST and calls `completion` exactly once, from the event loop, after `limit`
-    /// at the latest: the limit is for the whole exchange. Destroying `context` abandons the exchange, and
-    /// `completion` is not called then.
+    /// Sends `body` to `url` by POST and calls `completion` exactly once, from the event loop. The whole
+    /// exchange takes at most `limit`. Destroying `context` cancels it; `completion` is then not called.
     virtual void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
                       QObject &context, Completion completion) = 0;
 
-    /// As post(), but asks for `url` by GET.
+    /// As post(), by GET and without a body.
     virtual void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                      Completion completion) = 0;
 
-    /// Whether the program talks to `url` at all: over HTTPS, or over HTTP with this machine alone.
+    /// Whether the program may contact `url`: over HTTPS, or over HTTP on this machine.
     [[nodiscard]] static bool isAllowed(const QUrl &url);
 
 protected:
-    /// Calls `completion` with nothing, as post() does when no answer comes.
+    /// Calls `completion` without an answer, under the conditions of post().
     static void completeWithoutAnswer(QObject &context, Completion completion);
 };

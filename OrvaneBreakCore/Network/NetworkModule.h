@@ -8,7 +8,7 @@
 class Downloads;
 class Http;
 
-/// What the module for the network offers.
+/// The interface of the network module.
 class NetworkModule : public ModuleInterface
 {
 public:

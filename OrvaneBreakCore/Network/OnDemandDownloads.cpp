@@ -8,7 +8,7 @@
 
 namespace {
 
-/// An exchange with nobody.
+/// An exchange that ends as Broken.
 class BrokenExchange final : public QObject, public Downloads::Exchange
 {
 public:
@@ -22,18 +22,14 @@ public:
 
 } // namespace
 
-OnDemandDownloads::OnDemandDownloads(std::function<const NetworkModule *()> load)
-    : m_load(std::move(load))
+OnDemandDownloads::OnDemandDownloads(OnDemand<Downloads>::Make make)
+    : m_downloads(std::move(make))
 {
 }
 
 std::unique_ptr<Downloads::Exchange> OnDemandDownloads::get(const QUrl &url, qint64 offset, Receiver receiver)
 {
-    if (!m_downloads) {
-        if (const NetworkModule *module = m_load())
-            m_downloads = module->makeDownloads();
-    }
-    if (m_downloads)
-        return m_downloads->get(url, offset, std::move(receiver));
+    if (Downloads *downloads = m_downloads.get())
+        return downloads->get(url, offset, std::move(receiver));
     return std::make_unique<BrokenExchange>(std::move(receiver));
 }

@@ -4,20 +4,19 @@
 #include "Downloads.h"
 #include "Module.h"
 #include "NetworkModule.h"
+#include "OnDemand.h"
 
-#include <functional>
-#include <memory>
-
-/// The downloads through the module for the network, which the first of them loads. Without the module each
-/// exchange is broken, and the next one tries again.
+/// Downloads through the network module, which the first download loads. Without the module each exchange
+/// ends as Broken.
 class OnDemandDownloads final : public Downloads
 {
 public:
-    explicit OnDemandDownloads(std::function<const NetworkModule *()> load = &Module::load<NetworkModule>);
+    explicit OnDemandDownloads(OnDemand<Downloads>::Make make = [] {
+        return Module::make(&NetworkModule::makeDownloads);
+    });
 
     [[nodiscard]] std::unique_ptr<Exchange> get(const QUrl &url, qint64 offset, Receiver receiver) override;
 
 private:
-    std::function<const NetworkModule *()> m_load;
-    std::unique_ptr<Downloads> m_downloads;
+    OnDemand<Downloads> m_downloads;
 };

@@ -7,8 +7,8 @@
 
 using namespace Qt::StringLiterals;
 
-OnDemandHttp::OnDemandHttp(std::function<const NetworkModule *()> load)
-    : m_load(std::move(load))
+OnDemandHttp::OnDemandHttp(OnDemand<Http>::Make make)
+    : m_http(std::move(make))
 {
 }
 
@@ -32,11 +32,5 @@ void OnDemandHttp::post(const QUrl &url, const QByteArray &body, std::chrono::mi
 
 Http *OnDemandHttp::httpFor(const QUrl &url)
 {
-    if (url.host().endsWith(".invalid"_L1))
-        return nullptr;
-    if (!m_http) {
-        if (const NetworkModule *module = m_load())
-            m_http = module->makeHttp();
-    }
-    return m_http.get();
+    return url.host().endsWith(".invalid"_L1) ? nullptr : m_http.get();
 }

@@ -4,18 +4,15 @@
 #include "Http.h"
 #include "Module.h"
 #include "NetworkModule.h"
+#include "OnDemand.h"
 
-#include <functional>
-#include <memory>
-
-/// The requests through the module for the network, which the first request to anybody loads. Without the
-/// module there is no answer, and the next request tries again.
+/// Requests through the network module, which the first request loads. Without the module there is no answer.
 class OnDemandHttp final : public Http
 {
 public:
-    explicit OnDemandHttp(std::function<const NetworkModule *()> load = &Module::load<NetworkModule>);
+    explicit OnDemandHttp(OnDemand<Http>::Make make = [] { return Module::make(&NetworkModule::makeHttp); });
 
-    /// A name below "invalid" belongs to nobody, ever: it is not looked up, and loads nothing.
+    /// A host name below "invalid" never exists: such a request gets no answer and does not load the module.
     void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
              Completion completion) override;
     /// As get().
@@ -23,9 +20,8 @@ public:
               Completion completion) override;
 
 private:
-    /// Who asks `url`; null for nobody.
+    /// What sends a request to `url`; null when there will be no answer.
     [[nodiscard]] Http *httpFor(const QUrl &url);
 
-    std::function<const NetworkModule *()> m_load;
-    std::unique_ptr<Http> m_http;
+    OnDemand<Http> m_http;
 };

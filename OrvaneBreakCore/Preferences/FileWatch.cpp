@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FileWatch.h"
 
+#include "FileCalls.h"
+
 #include <sys/inotify.h>
 
 #include <algorithm>
@@ -12,9 +14,9 @@
 
 namespace {
 
-// As many links as the kernel follows.
-constexpr std::size_t linkLimit = 40;
-constexpr int establishAttempts = 3;
+/// As many as the kernel follows.
+constexpr std::size_t maxLinks = 40;
+constexpr int maxEstablishAttempts = 3;
 constexpr std::uint32_t watchMask = IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO |
                                     IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr std::uint32_t lostMask = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED | IN_Q_OVERFLOW;
@@ -52,7 +54,7 @@ std::vector<std::filesystem::path> FileWatch::linkChain(const std::filesystem::p
 {
     std::vector<std::filesystem::path> chain{file};
     std::error_code error;
-    while (chain.size() <= linkLimit) {
+    while (chain.size() <= maxLinks) {
         const std::filesystem::path target = std::filesystem::read_symlink(chain.back(), error);
         if (error)
             break;
@@ -63,10 +65,10 @@ std::vector<std::filesystem::path> FileWatch::linkChain(const std::filesystem::p
 
 bool FileWatch::establish()
 {
-    for (int attempt = 0; attempt < establishAttempts; ++attempt) {
+    for (int attempt = 0; attempt < maxEstablishAttempts; ++attempt) {
         if (!watchChain())
             break;
-        // A link or folder exchanged before its watch began has told nobody.
+        // A link or folder that was replaced before its watch began causes no event.
         if (!leadsElsewhere()) {
             m_attributes.reset();
             return true;
@@ -123,9 +125,8 @@ FileWatch::Events FileWatch::takeEvents(const std::string &ownTemporaryName)
     std::optional<std::uint32_t> ownRename;
     std::array<char, 4096> buffer{};
     for (;;) {
-        const ssize_t length = read(m_inotify.get(), buffer.data(), buffer.size());
-        if (length < 0 && errno == EINTR)
-            continue;
+        const ssize_t length =
+            uninterrupted([&] { return read(m_inotify.get(), buffer.data(), buffer.size()); });
         if (length <= 0)
             return length < 0 && errno == EAGAIN ? result : Events::WatchLost;
         inotify_event event = {};

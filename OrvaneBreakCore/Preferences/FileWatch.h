@@ -11,28 +11,26 @@
 #include <string>
 #include <vector>
 
-/// Notices that one file was written, replaced, removed or created, by whatever program. Nothing runs between
-/// the questions: the kernel collects the changes of the folder (inotify), and a question takes them from
-/// there without touching the disk. Where no folder can be watched, because it does not exist or the kernel's
-/// limits are reached, every question looks at the file's attributes instead and tries again to watch. One
-/// thread.
+/// Detects that any program wrote, replaced, removed or created one file. Nothing runs between the queries:
+/// inotify collects the changes of the folder, and a query reads them without disk access. While the folder
+/// cannot be watched, because it does not exist or a kernel limit is reached, each query compares the file's
+/// attributes and tries to watch again. One thread.
 class FileWatch
 {
 public:
-    /// Symbolic links in place of `file` are followed, and every folder on the way is watched.
+    /// Follows symbolic links in place of `file`, and watches each folder on the way.
     explicit FileWatch(std::filesystem::path file);
 
-    /// Whether the file may have changed since the last question; true the first time. The rename of the file
-    /// `ownTemporaryName` over the watched one does not count.
+    /// Whether the file may have changed since the last query; true for the first one. Ignores the rename of
+    /// the file `ownTemporaryName` to the watched one.
     [[nodiscard]] bool mayHaveChanged(const std::string &ownTemporaryName = {});
 
-    /// Makes sure that the folders the path leads to now are the watched ones, for folders can be moved away
-    /// with their parents unnoticed. Returns true when the watch is a new one, so that the file may have
-    /// changed.
+    /// Watches the folders that the path leads to now, because inotify does not report that the parent of a
+    /// folder moved. Returns true when the watch is new, so that the file may have changed.
     bool follow();
 
-    /// `file`, and behind it what each symbolic link leads to: the last one is no link unless the links are
-    /// endless.
+    /// `file`, followed by the target of each symbolic link in turn. The last path is not a link, unless the
+    /// links form a loop.
     [[nodiscard]] static std::vector<std::filesystem::path> linkChain(const std::filesystem::path &file);
 
 private:

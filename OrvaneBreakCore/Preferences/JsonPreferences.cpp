@@ -25,7 +25,7 @@ QByteArray json(const QJsonValue &value)
     return QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
 }
 
-/// Compares what the file would hold: QJsonValue takes large integers for equal that differ.
+/// Compares the JSON texts, because some different large integers are equal as QJsonValue.
 bool isSame(const QJsonValue &first, const QJsonValue &second)
 {
     return first.isUndefined() == second.isUndefined() && json(first) == json(second);
@@ -78,7 +78,7 @@ void JsonPreferences::setValue(const QString &key, const QJsonValue &value)
 
 void JsonPreferences::putDamagedAside()
 {
-    // Another process may have mended the file while this one waited.
+    // Another process may have repaired the file before this one got the lock.
     PreferencesFile file(m_file);
     if (file.read().state == State::Damaged)
         file.moveAside();
@@ -108,7 +108,7 @@ void JsonPreferences::write()
     const bool isDamaged = content.state == State::Damaged;
     const QByteArray bytes =
         QJsonDocument(merged(isDamaged ? m_stored : content.values, m_unwritten)).toJson();
-    // What could not be read again would be lost as damaged.
+    // A file that cannot be read back would count as damaged.
     const PreferencesContent written = parsePreferences(bytes);
     if (written.state != State::Values)
         return;

@@ -9,18 +9,17 @@
 
 #include <filesystem>
 
-/// Preferences in a file that a person can read and edit: one indented JSON object, a member for each key.
-/// Members that the program does not know stay. Values are read from memory; a change made to the file by
-/// another program is in force from the next read on, without any wake-up. Each change is on the disk when
-/// setValue() returns.
+/// Preferences in a file that people can read and edit: one indented JSON object with a member for each key.
+/// Unknown members stay. Values are read from memory; a change that another program makes to the file takes
+/// effect at the next read, without any wake-up. Each change is on the disk when setValue() returns.
 ///
-/// A file that holds no JSON object, or is larger than a mebibyte, is put aside as "preferences.damaged-<UTC
-/// date and time>.json" when the program starts. Damaged later, it stays until the next change is written,
-/// and the last good values stay in force. A file that cannot be read is never replaced.
+/// A file that is not a JSON object, or is larger than a mebibyte, is renamed to "preferences.damaged-<UTC
+/// date and time>.json" when the program starts. If it is damaged later, the last good values stay in effect,
+/// and it is renamed when the next change is written. A file that cannot be read is never replaced.
 class JsonPreferences final : public Preferences
 {
 public:
-    /// Reads `file`; it and its folder are created at the first change.
+    /// Reads `file`. The first change creates it and its folder.
     explicit JsonPreferences(const std::filesystem::path &file);
 
     /// OrvaneBreak/preferences.json in the user's folder for configuration.
@@ -28,9 +27,9 @@ public:
 
     [[nodiscard]] QJsonValue value(const QString &key) const override;
 
-    /// Nothing is written when the file holds `value` already. A value that cannot be written is written
-    /// together with the next one that can; until then it is in force whatever the file says. Waits half a
-    /// second at most for another process that is changing the file.
+    /// Writes nothing when the file already holds `value`. A value that cannot be written takes effect
+    /// anyway, whatever the file holds, and is written together with a later change. Waits at most half a
+    /// second for another process that is changing the file.
     void setValue(const QString &key, const QJsonValue &value) override;
 
 private:

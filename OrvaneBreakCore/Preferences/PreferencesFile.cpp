@@ -29,19 +29,19 @@ using State = PreferencesContent::State;
 
 namespace {
 
-constexpr qsizetype sizeLimit = 1'048'576;
-constexpr auto lockPatience = 500ms;
-constexpr auto lockPause = 500us;
-constexpr int asideNameLimit = 10'000;
+constexpr qsizetype maxSize = 1'048'576;
+constexpr auto lockTimeout = 500ms;
+constexpr auto lockRetryInterval = 500us;
+constexpr int maxAsideNames = 9'999;
 constexpr std::string_view temporarySuffix = ".tmp";
 constexpr std::size_t temporaryDigits = 16;
 
 std::optional<QByteArray> readBytes(int file)
 {
-    // Piece by piece: memory for the largest file at once would be wanted for the smallest, too.
+    // Piece by piece, because one read would need a buffer for the largest file even for the smallest.
     QByteArray bytes;
     std::array<char, 16'384> piece = {};
-    while (bytes.size() <= sizeLimit) {
+    while (bytes.size() <= maxSize) {
         const ssize_t length = uninterrupted([&] { return read(file, piece.data(), piece.size()); });
         if (length < 0)
             return std::nullopt;
@@ -52,23 +52,24 @@ std::optional<QByteArray> readBytes(int file)
     return bytes;
 }
 
-PreferencesContent failure()
+/// The result of a system call that has just failed.
+PreferencesContent contentAfterError()
 {
     return {errno == ENOENT || errno == ENOTDIR ? State::NoFile : State::Unreadable, {}};
 }
 
 PreferencesContent readAt(int folder, const char *name)
 {
-    // Merely opening a device can have effects.
+    // Opening a device can have side effects.
     struct stat status = {};
     if (fstatat(folder, name, &status, 0) != 0)
-        return failure();
+        return contentAfterError();
     if (!S_ISREG(status.st_mode))
         return {};
     const FileDescriptor file(
         uninterrupted([&] { return openat(folder, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     if (!file.isOpen())
-        return failure();
+        return contentAfterError();
     if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return {};
     const std::optional<QByteArray> bytes = readBytes(file.get());
@@ -77,11 +78,11 @@ PreferencesContent readAt(int folder, const char *name)
 
 bool lockFolder(int folder)
 {
-    const auto deadline = std::chrono::steady_clock::now() + lockPatience;
+    const auto deadline = std::chrono::steady_clock::now() + lockTimeout;
     while (flock(folder, LOCK_EX | LOCK_NB) != 0) {
         if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= deadline)
             return false;
-        std::this_thread::sleep_for(lockPause);
+        std::this_thread::sleep_for(lockRetryInterval);
     }
     return true;
 }
@@ -108,13 +109,13 @@ bool isTemporaryName(std::string_view candidate, const std::string &name)
     return digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-/// Offers one name after the other to `take` until that fails for another reason than the name being in use.
+/// Calls `take` with one name after another until it succeeds or fails with an error other than EEXIST.
 template <typename Take>
 bool takeAsideName(const std::filesystem::path &name, Take take)
 {
     const QString date = QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd'T'HHmmss'Z'"_s);
     const std::string base = name.stem().string() + ".damaged-" + date.toStdString();
-    for (int number = 1; number < asideNameLimit; ++number) {
+    for (int number = 1; number <= maxAsideNames; ++number) {
         const std::string suffix = number > 1 ? "-" + std::to_string(number) : std::string();
         if (take((base + suffix + name.extension().string()).c_str()) == 0)
             return true;
@@ -130,7 +131,7 @@ PreferencesContent parsePreferences(const QByteArray &json)
 {
     if (json.isEmpty())
         return {State::NoFile, {}};
-    if (json.size() > sizeLimit)
+    if (json.size() > maxSize)
         return {State::Damaged, {}};
     const QJsonDocument document = QJsonDocument::fromJson(json);
     if (!document.isObject())
@@ -178,8 +179,9 @@ bool PreferencesFile::replace(const QByteArray &json, Old old)
     if (m_isLocked)
         removeAbandoned();
     m_temporaryName = newTemporaryName(m_name);
-    // The lock tells the file from one whose writer was killed. It is on a descriptor of its own, for the one
-    // that writes is closed before the rename: closed later, it would look like a change by another program.
+    // The lock distinguishes the file from one whose writer was killed. It has its own descriptor, because
+    // the one for writing is closed before the rename: a later close would look like another program's
+    // change.
     const FileDescriptor temporary(openat(m_folder.get(), m_temporaryName.c_str(),
                                           O_RDONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                                           S_IRUSR | S_IWUSR));
@@ -202,7 +204,7 @@ bool PreferencesFile::fillTemporary(const QByteArray &json) const
 
 bool PreferencesFile::renameTemporary(Old old)
 {
-    // A second name lets the path lead to a file all the time; some file systems know only one name per file.
+    // With a second link the path always leads to a file; some file systems have no hard links.
     if (old == Old::PutAside && !linkAside() && !moveAside())
         return false;
     if (renameat(m_folder.get(), m_temporaryName.c_str(), m_folder.get(), m_name.c_str()) != 0)

@@ -9,18 +9,18 @@
 #include <filesystem>
 #include <string>
 
-/// What a look at the preferences file found.
+/// The result of reading the preferences file.
 struct PreferencesContent
 {
     enum class State
     {
         /// One JSON object: `values`.
         Values,
-        /// No file, or one of no bytes.
+        /// No file, or an empty one.
         NoFile,
-        /// Something else than one JSON object, or more than a mebibyte of it.
+        /// Not one JSON object, or larger than a mebibyte.
         Damaged,
-        /// Not a regular file, no permission, or a failing disk: nothing is known about its content.
+        /// Not a regular file, no permission, or a disk error: the content is unknown.
         Unreadable,
     };
 
@@ -28,15 +28,15 @@ struct PreferencesContent
     QJsonObject values;
 };
 
-/// What the bytes of a preferences file hold; never Unreadable.
+/// Parses the bytes of a preferences file; never Unreadable.
 [[nodiscard]] PreferencesContent parsePreferences(const QByteArray &json);
 
-/// Reads the file at `file`. Waits for nobody, whatever lies there.
+/// Reads `file`. Never blocks, whatever kind of file it is.
 [[nodiscard]] PreferencesContent readPreferences(const std::filesystem::path &file);
 
-/// Exclusive access to the preferences file for one change: the folder is locked among processes that use
-/// this class, from the construction on until the destruction. The construction waits half a second at most
-/// for another process, then goes on without the lock. Symbolic links in place of the file are followed.
+/// Exclusive access to the preferences file for one change: locks the folder, for processes that use this
+/// class, until destruction. The constructor waits at most half a second for another process, then continues
+/// without the lock. Follows symbolic links in place of the file.
 class PreferencesFile
 {
 public:
@@ -50,16 +50,16 @@ public:
 
     [[nodiscard]] PreferencesContent read() const;
 
-    /// Renames the file to "<name>.damaged-<UTC date and time>.json" beside it, with a number appended if
-    /// need be, so that nothing is overwritten. Returns whether that succeeded.
+    /// Renames the file to "<name>.damaged-<UTC date and time>.json", with a number appended if that name is
+    /// taken. Returns false on failure.
     bool moveAside();
 
-    /// Replaces the file by one with the content `json` and the mode 0600: at any moment, even after a crash,
-    /// the path leads to the whole old file or to the whole new one. Old::PutAside also keeps the old file
-    /// under a name as in moveAside(). Returns false, with the old file in place, when that failed.
+    /// Replaces the file with one that has the content `json` and the mode 0600: at any moment, even after a
+    /// crash, the path leads to the whole old file or the whole new one. Old::PutAside also keeps the old
+    /// file under a name as in moveAside(). Returns false on failure; the old file is then kept.
     bool replace(const QByteArray &json, Old old);
 
-    /// The name that the content last replaced bore before.
+    /// The name of the last new file before it replaced the old one.
     [[nodiscard]] const std::string &temporaryName() const { return m_temporaryName; }
 
 private:

@@ -1,20 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OnDemandChime.h"
 
+#include "Module.h"
+#include "SoundModule.h"
+
 #include <utility>
 
-OnDemandChime::OnDemandChime(QString soundsFolder, std::function<const SoundModule *()> load)
-    : m_soundsFolder(std::move(soundsFolder))
-    , m_load(std::move(load))
+OnDemandChime::OnDemandChime(const QString &soundsFolder)
+    : OnDemandChime([soundsFolder] { return Module::make(&SoundModule::makeChime, soundsFolder); })
+{
+}
+
+OnDemandChime::OnDemandChime(OnDemand<Chime>::Make make)
+    : m_chime(std::move(make))
 {
 }
 
 void OnDemandChime::play(const QString &name)
 {
-    if (!m_chime) {
-        if (const SoundModule *module = m_load())
-            m_chime = module->makeChime(m_soundsFolder);
-    }
-    if (m_chime)
-        m_chime->play(name);
+    if (Chime *chime = m_chime.get())
+        chime->play(name);
 }

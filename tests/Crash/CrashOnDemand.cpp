@@ -19,8 +19,8 @@ bool isOpen(const char *className)
     });
 }
 
-/// Has the program crash in a slot as soon as a window of the class in ORVANE_TEST_CRASH_WINDOW is open, in
-/// the way that ORVANE_TEST_CRASH names; does nothing without these.
+/// Crashes the program in a slot, in the way that ORVANE_TEST_CRASH names, as soon as a window of the class
+/// ORVANE_TEST_CRASH_WINDOW is open. Does nothing without these variables.
 void prepareCrash()
 {
     const std::string kind = qgetenv("ORVANE_TEST_CRASH").toStdString();

@@ -25,8 +25,8 @@ public:
     [[nodiscard]] const char *what() const noexcept override { return ""; }
 };
 
-/// Keeps the compiler from leaving allocations and calls out.
-void *volatile taken = nullptr;
+/// Volatile, so that the compiler keeps allocations and calls.
+void *volatile allocated = nullptr;
 volatile int calls = 0;
 void (*volatile nowhere)() = nullptr;
 
@@ -34,7 +34,7 @@ void (*volatile nowhere)() = nullptr;
 {
     volatile char filling[4096] = {};
     filling[depth % 4096] = 1;
-    // The compiler would refuse a recursion that it knows to be endless.
+    // The compiler rejects a recursion that is obviously endless.
     return (nowhere ? 0 : recurseForEver(depth + 1)) + filling[0];
 }
 
@@ -65,23 +65,23 @@ void inThread(const std::function<void()> &work)
 [[gnu::noinline]] void freeWhatIsNotAllocated()
 {
     static char place[64];
-    taken = place + 16;
-    std::free(taken);
+    allocated = place + 16;
+    std::free(allocated);
     calls = 1;
 }
 
-/// The allocator notices while it holds its lock, which it only takes when there are several threads.
+/// The allocator aborts while it holds its lock, which it only takes in a process with several threads.
 void corruptHeap()
 {
     inThread([] {
         auto *last = static_cast<char *>(std::malloc(4000));
         std::memset(last + malloc_usable_size(last), 0xff, 16);
         for (std::size_t size = 100'000; size > 0; --size)
-            taken = std::malloc(size);
+            allocated = std::malloc(size);
     });
 }
 
-/// The return addresses lead nowhere, and the frames above are not readable.
+/// Overwrites the frames above with invalid addresses, so that they cannot be unwound.
 [[gnu::noinline]] void damageStack()
 {
     volatile std::uintptr_t frame[2] = {};
@@ -91,7 +91,7 @@ void corruptHeap()
     std::raise(SIGSEGV);
 }
 
-/// Its own frame stays on the stack, whichever of the threads is first.
+/// The empty statement prevents a tail call, so that this function stays on the stack.
 [[gnu::noinline]] void crashAtOnce()
 {
     std::raise(SIGSEGV);

@@ -7,15 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Preloaded, this lets allocations of memory fail. ORVANE_TEST_ALLOCATIONS holds five numbers: a seed, how
-/// many allocations succeed first, how many fail at most, how many of a million fail, and the size in bytes
-/// from which on an allocation counts. The same numbers let the same allocations fail, as long as the threads
-/// take the same turns. At an orderly end the number of allocations that counted is written to the file
+/// A library to preload that makes allocations fail. ORVANE_TEST_ALLOCATIONS holds five numbers: a seed, how
+/// many allocations succeed first, the maximum number of failures, the failures per million, and the minimum
+/// size in bytes of an allocation that counts. The same numbers fail the same allocations, if the threads run
+/// in the same order. A normal exit writes the number of allocations that counted to the file
 /// ORVANE_TEST_ALLOCATIONS_FILE.
 
 #define REPLACED extern "C" __attribute__((visibility("default")))
 
-// The C library's own, which need not be looked up.
+// The C library's own functions, which need no lookup.
 extern "C" {
 void *__libc_malloc(size_t size);
 void *__libc_calloc(size_t number, size_t size);
@@ -31,7 +31,7 @@ struct Plan
 {
     std::uint64_t seed = 0;
     std::uint64_t first = UINT64_MAX;
-    std::uint64_t most = 0;
+    std::uint64_t maximum = 0;
     std::uint64_t rate = 0;
     std::uint64_t size = UINT64_MAX;
 };
@@ -47,14 +47,14 @@ std::uint64_t mixed(std::uint64_t number)
     return number ^ (number >> 31);
 }
 
-/// Counts an allocation; true when it is to fail.
+/// Counts an allocation; returns whether it fails.
 bool fails(std::size_t size)
 {
     if (size < plan.size)
         return false;
     const std::uint64_t number = ++counted;
     if (number <= plan.first || mixed(plan.seed * million + number) % million >= plan.rate ||
-        failed >= plan.most)
+        failed >= plan.maximum)
         return false;
     ++failed;
     errno = ENOMEM;
@@ -70,7 +70,7 @@ __attribute__((constructor)) void readPlan()
     char *rest = nullptr;
     read.seed = std::strtoull(text, &rest, 10);
     read.first = std::strtoull(rest, &rest, 10);
-    read.most = std::strtoull(rest, &rest, 10);
+    read.maximum = std::strtoull(rest, &rest, 10);
     read.rate = std::strtoull(rest, &rest, 10);
     read.size = std::strtoull(rest, &rest, 10);
     plan = read;

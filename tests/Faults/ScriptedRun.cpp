@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What the process ends with when a break did not go away, or the window did not come.
+/// The exit statuses when the break does not close, and when the window does not open.
 constexpr int breakStayedStatus = 42;
 constexpr int noWindowStatus = 43;
 
@@ -80,16 +80,16 @@ bool skipBreak()
     return true;
 }
 
-/// One step of a run: tried again until it returns true, or until its time is over.
+/// One step of a run, repeated until it returns true or times out.
 struct Step
 {
     std::function<bool()> isDone;
-    qint64 milliseconds = 2'000;
-    std::function<void()> givenUp = {};
+    qint64 timeoutMilliseconds = 2'000;
+    std::function<void()> onTimeout = {};
 };
 
-/// Uses the program as a person does: the message is read, reminders are switched on, a setting is changed, a
-/// break comes and is skipped, and the session ends.
+/// Uses the program as a person does: reads the message, turns reminders on, changes a setting, skips a
+/// break, and ends the session.
 class ScriptedRun : public QObject
 {
 public:
@@ -120,10 +120,10 @@ private:
     {
         const Step &step = m_steps.at(m_next);
         if (!step.isDone()) {
-            if (!m_stepBegan.hasExpired(step.milliseconds))
+            if (!m_stepBegan.hasExpired(step.timeoutMilliseconds))
                 return;
-            if (step.givenUp)
-                step.givenUp();
+            if (step.onTimeout)
+                step.onTimeout();
         }
         m_stepBegan.restart();
         if (++m_next == m_steps.size())
@@ -136,7 +136,7 @@ private:
     QTimer m_timer;
 };
 
-/// Does nothing without ORVANE_TEST_RUN in the environment.
+/// Starts the run if ORVANE_TEST_RUN is set.
 void prepareRun()
 {
     if (qEnvironmentVariableIsSet("ORVANE_TEST_RUN"))

@@ -76,8 +76,8 @@ class Descriptors:
 
 def _limit(process, kind, value):
     """Sets the soft limit; None raises it to the hard limit."""
-    _, most = resource.prlimit(process.pid, kind)
-    resource.prlimit(process.pid, kind, (most if value is None else value, most))
+    _, hard = resource.prlimit(process.pid, kind)
+    resource.prlimit(process.pid, kind, (hard if value is None else value, hard))
 
 
 def processor_seconds(process):

@@ -47,12 +47,12 @@ def start_with_reminders(desk):
 def ten_seconds(desk, report):
     """The program is stopped for ten seconds, while it waits and during a break."""
     start_with_reminders(desk)
-    standing = StoppedProgram(desk)
+    stopped = StoppedProgram(desk)
     second = desk.bed.run([desk.program, "--break-now"], stderr=subprocess.PIPE, text=True)
     said = second.stderr.read().splitlines()
     report.promise("a second start says that the first does not answer", second.wait(_SHORT) != 0 and len(said) == 1, said)
     desk.bed.stop(second)
-    standing.continue_after(_SHORT)
+    stopped.continue_after(_SHORT)
     report.promise("the break that was requested meanwhile appears once on each screen",
                    comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()), _LATE), desk.overlays())
     began = time.monotonic()
@@ -76,9 +76,9 @@ def check_afterwards(desk, report):
     report.promise("it exits normally after a standstill", desk.process.returncode == 0, desk.process.returncode)
 
 
-def a_minute(desk, report, standing):
+def a_minute(desk, report, stopped):
     """The program is stopped for a minute, beginning during a break."""
-    standing.continue_after(_LONG)
+    stopped.continue_after(_LONG)
     report.promise("a break that is long overdue closes at once", comes_true(lambda: not desk.overlays(), _LATE))
     check_afterwards(desk, report)
 
@@ -89,9 +89,9 @@ def run(arguments, report):
         longer, shorter = Desk(first, program, helpers), Desk(second, program, helpers)
         start_with_reminders(longer)
         longer.begin_break()
-        standing = StoppedProgram(longer)
+        stopped = StoppedProgram(longer)
         report.run(ten_seconds, shorter, report)
-        report.run(a_minute, longer, report, standing)
+        report.run(a_minute, longer, report, stopped)
     for bed in (first, second):
         report.promise("the desktops end with all their processes", not bed.leftovers(), bed.leftovers())
 

@@ -16,18 +16,18 @@
 
 namespace {
 
-/// Names of template instances can fill pages.
-constexpr std::size_t longestName = 240;
+/// Names of template instances can be very long.
+constexpr std::size_t maxNameLength = 240;
 
-/// The part of a path that names no folder of the user's.
-std::string_view lastPart(std::string_view path)
+/// The file name, because the folders may name the user.
+std::string_view fileName(std::string_view path)
 {
     return path.substr(path.rfind('/') + 1);
 }
 
 struct Module
 {
-    const link_map *map = nullptr; ///< Null for code outside of any file.
+    const link_map *map = nullptr; ///< Null for code outside any file.
 
     [[nodiscard]] bool isProgram() const { return map && map->l_name[0] == '\0'; }
 
@@ -35,14 +35,14 @@ struct Module
     {
         if (!map)
             return "?";
-        return isProgram() ? std::string_view("orvanebreak") : lastPart(map->l_name);
+        return isProgram() ? std::string_view("orvanebreak") : fileName(map->l_name);
     }
 };
 
 Module moduleOf(std::uintptr_t address)
 {
     dl_find_object found = {};
-    // The unwinder asks in the same way, and this is the only one that takes no lock.
+    // The unwinder uses this function, too: it is the only one that takes no lock.
     const bool isFound = _dl_find_object(std::bit_cast<void *>(address), &found) == 0;
     return {isFound ? found.dlfo_link_map : nullptr};
 }
@@ -58,8 +58,8 @@ const link_map *moduleOfFunction(Function *function)
 struct CallStack::Collector
 {
     CallStack &stack;
-    std::optional<std::uintptr_t> above; ///< Frames up to the one at this address are left out.
-    int skipped = 0;                     ///< Frames to leave out in any case.
+    std::optional<std::uintptr_t> skipUntil; ///< Frames up to the one at this address are skipped.
+    int skipCount = 0;                       ///< The number of frames to skip in any case.
 
     static _Unwind_Reason_Code collect(_Unwind_Context *context, void *self)
     {
@@ -72,14 +72,14 @@ struct CallStack::Collector
         const std::uintptr_t address = _Unwind_GetIPInfo(context, &isBeforeInstruction);
         if (address == 0)
             return _URC_END_OF_STACK;
-        if (skipped-- > 0)
+        if (skipCount-- > 0)
             return _URC_NO_REASON;
-        if (above) {
-            if (address == *above)
-                above.reset();
+        if (skipUntil) {
+            if (address == *skipUntil)
+                skipUntil.reset();
             return _URC_NO_REASON;
         }
-        // Where a call returns to may be the next function already.
+        // The return address may already belong to the next function.
         stack.append(isBeforeInstruction ? address : address - 1);
         return stack.m_count < stack.m_frames.size() ? _URC_NO_REASON : _URC_END_OF_STACK;
     }
@@ -103,7 +103,7 @@ void CallStack::captureInterrupted(const ucontext_t &context)
     m_count = 0;
     const InterruptedThread thread(context);
     append(thread.programCounter());
-    // From a call to nowhere there is no way back for the unwinder, but the return address is at hand.
+    // The unwinder cannot continue from an address outside any module, but the return address is known.
     if (!moduleOf(thread.programCounter()).map)
         append(thread.returnAddressOfCall() - 1);
     Collector collector{*this, thread.programCounter()};
@@ -112,24 +112,24 @@ void CallStack::captureInterrupted(const ucontext_t &context)
 
 void CallStack::dropThrowing()
 {
-    const link_map *language = moduleOfFunction(&std::terminate);
+    const link_map *runtime = moduleOfFunction(&std::terminate);
     const link_map *unwinder = moduleOfFunction(&_Unwind_Backtrace);
     const auto end = m_frames.begin() + static_cast<std::ptrdiff_t>(m_count);
     const auto isThrowing = [&](std::uintptr_t frame) {
         const link_map *map = moduleOf(frame).map;
-        return map == language || map == unwinder;
+        return map == runtime || map == unwinder;
     };
-    const auto outside = std::find_if(m_frames.begin(), end, isThrowing);
-    const auto thrower = std::find_if_not(outside, end, isThrowing);
+    const auto runtimeFrame = std::find_if(m_frames.begin(), end, isThrowing);
+    const auto thrower = std::find_if_not(runtimeFrame, end, isThrowing);
     if (thrower == end)
         return;
     std::copy(thrower, end, m_frames.begin());
     m_count = static_cast<std::size_t>(end - thrower);
 }
 
-void CallStack::appendTo(CrashText &text, std::size_t most, const ProgramSymbols &symbols) const
+void CallStack::appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const
 {
-    const std::size_t count = std::min(m_count, most);
+    const std::size_t count = std::min(m_count, maxFrames);
     for (std::size_t index = 0; index < count; ++index) {
         const Module module = moduleOf(m_frames[index]);
         const std::uintptr_t address = m_frames[index] - (module.map ? module.map->l_addr : 0);
@@ -139,7 +139,7 @@ void CallStack::appendTo(CrashText &text, std::size_t most, const ProgramSymbols
             module.isProgram() ? symbols.find(address) : std::nullopt;
         if (symbol)
             text.append(" ")
-                .append(symbol->name.substr(0, longestName))
+                .append(symbol->name.substr(0, maxNameLength))
                 .append(" + ")
                 .appendDecimal(symbol->offset);
     }

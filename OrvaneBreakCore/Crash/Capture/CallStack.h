@@ -10,36 +10,35 @@
 class CrashText;
 class ProgramSymbols;
 
-/// The calls that a thread is in, innermost first. Collecting and writing them neither locks nor allocates,
-/// once prepare() was called: the unwinder finds its tables through _dl_find_object(), which is made for
-/// signal handlers.
+/// The call stack of a thread, innermost frame first. After prepare(), capturing and writing it neither locks
+/// nor allocates: the unwinder finds its tables with _dl_find_object(), which is safe in signal handlers.
 class CallStack
 {
 public:
-    /// Loads what unwinding needs. Called once, outside of any signal handler.
+    /// Loads what the unwinder needs. Called once, outside signal handlers.
     static void prepare();
 
-    /// Collects the calls of the current thread, beginning with the caller of this function.
+    /// Captures the stack of the current thread, beginning with the caller of this function.
     void captureHere();
 
-    /// Collects the calls of the current thread at the moment when a signal interrupted it. A fault on the
-    /// way leaves the frames found so far.
+    /// Captures the stack of the current thread where a signal interrupted it. A fault during the capture
+    /// leaves the frames found so far.
     void captureInterrupted(const ucontext_t &context);
 
-    /// Removes the innermost frames up to the one that threw: those of this module first, then those of the
-    /// language's run-time library.
+    /// Removes the innermost frames up to the function that threw: those of the terminate handler, then those
+    /// of the C++ runtime.
     void dropThrowing();
 
-    /// Writes `most` frames at most, one a line and without a line feed at the end: number, module, address
-    /// in the module's file and, for a function of ours, name and offset.
-    void appendTo(CrashText &text, std::size_t most, const ProgramSymbols &symbols) const;
+    /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, address in
+    /// the module's file and, for a function of the program, name and offset.
+    void appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const;
 
 private:
     struct Collector;
 
     void append(std::uintptr_t address);
 
-    // More than a report has, because some are dropped.
+    // More than a report has, because dropThrowing() removes some.
     std::array<std::uintptr_t, 48> m_frames = {};
     std::size_t m_count = 0;
 };

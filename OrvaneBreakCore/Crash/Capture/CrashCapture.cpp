@@ -21,12 +21,12 @@
 namespace {
 
 constexpr int fatalSignals[] = {SIGABRT, SIGSEGV, SIGILL, SIGBUS, SIGFPE, SIGTRAP};
-constexpr std::size_t framesOfReport = 30;
+constexpr std::size_t maxReportFrames = 30;
 
-/// A report that takes longer than this has met a lock that nobody will release.
-constexpr unsigned patienceSeconds = 1;
+/// A report that takes longer waits for a lock that is never released.
+constexpr unsigned reportTimeoutSeconds = 1;
 
-/// All that a handler uses, made beforehand and never destroyed: threads may crash while the process ends.
+/// All that a handler uses. Made in advance and never destroyed, because threads may crash during exit.
 struct Capture
 {
     explicit Capture(const std::filesystem::path &file)
@@ -36,13 +36,13 @@ struct Capture
     {
     }
 
-    /// Writes what was collected so far.
+    /// Writes the frames captured so far.
     void persistSignal(int number)
     {
         CrashText message;
         message.append("Signal ").appendDecimal(static_cast<std::uint64_t>(number));
         stackText.clear();
-        stack.appendTo(stackText, framesOfReport, symbols);
+        stack.appendTo(stackText, maxReportFrames, symbols);
         report.write(message.view(), stackText.view());
     }
 
@@ -52,7 +52,7 @@ struct Capture
         stack.dropThrowing();
         const ExceptionText exception = ExceptionText::ofCurrentException();
         stackText.clear();
-        stack.appendTo(stackText, framesOfReport, symbols);
+        stack.appendTo(stackText, maxReportFrames, symbols);
         report.write("Exception: " + exception.name + " : " + withoutUser(exception.reason, home, login),
                      stackText.view());
     }
@@ -64,10 +64,10 @@ struct Capture
     CrashText stackText;
     std::string home;
     std::string login;
-    std::atomic<pid_t> dyingThread = 0;  ///< The thread that reports; 0 while all is well.
-    std::atomic<int> dyingSignal = 0;    ///< What the process dies of.
-    std::atomic<int> attempts = 0;       ///< How often the reporting thread has come here.
-    std::atomic<bool> isWritten = false; ///< Nothing that follows may replace the report.
+    std::atomic<pid_t> reportingThread = 0; ///< The thread that reports; 0 before any crash.
+    std::atomic<int> fatalSignal = 0;       ///< The signal that ends the process.
+    std::atomic<int> attempts = 0;          ///< How often that thread has called takeTurn().
+    std::atomic<bool> isWritten = false;    ///< The report is complete; nothing may replace it.
 };
 
 Capture *capture = nullptr;
@@ -77,8 +77,8 @@ pid_t currentThread()
     return static_cast<pid_t>(syscall(SYS_gettid));
 }
 
-/// Does not return where the signal is not blocked.
-void dieOf(int number)
+/// Ends the process, unless the signal is blocked.
+void endWithSignal(int number)
 {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
@@ -86,37 +86,37 @@ void dieOf(int number)
     raise(number);
 }
 
-void dieAfterAll(int /*alarm*/)
+void endHungProcess(int /*alarm*/)
 {
-    // This may be any thread. The signal is for the process, and its action is the default one by now.
+    // Any thread may run this, so the signal goes to the process.
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
-    sigaction(capture->dyingSignal, &action, nullptr);
-    kill(getpid(), capture->dyingSignal);
+    sigaction(capture->fatalSignal, &action, nullptr);
+    kill(getpid(), capture->fatalSignal);
 }
 
-/// Ends a process whose report hangs. Fatal signals that come meanwhile have to get through as well.
-void limitTime()
+/// Ends the process if its report hangs. The handler blocks no other signal, so that fatal ones still arrive.
+void startTimeout()
 {
     struct sigaction action = {};
-    action.sa_handler = &dieAfterAll;
+    action.sa_handler = &endHungProcess;
     sigaction(SIGALRM, &action, nullptr);
-    sigset_t wanted = {};
-    sigemptyset(&wanted);
-    sigaddset(&wanted, SIGALRM);
-    pthread_sigmask(SIG_UNBLOCK, &wanted, nullptr);
-    alarm(patienceSeconds);
+    sigset_t alarmSignal = {};
+    sigemptyset(&alarmSignal);
+    sigaddset(&alarmSignal, SIGALRM);
+    pthread_sigmask(SIG_UNBLOCK, &alarmSignal, nullptr);
+    alarm(reportTimeoutSeconds);
 }
 
-/// Makes the current thread the one that reports. Another one that dies meanwhile stays here until the
-/// process has ended. Returns how often this thread has come here.
+/// Makes the current thread the one that reports, and returns how often it has called this. Any other
+/// crashing thread waits here until the process ends.
 int takeTurn(int number)
 {
     pid_t expected = 0;
     const pid_t self = currentThread();
-    if (capture->dyingThread.compare_exchange_strong(expected, self)) {
-        capture->dyingSignal = number;
-        limitTime();
+    if (capture->reportingThread.compare_exchange_strong(expected, self)) {
+        capture->fatalSignal = number;
+        startTimeout();
     } else if (expected != self) {
         for (;;)
             pause();
@@ -131,10 +131,10 @@ void handleSignal(int number, siginfo_t * /*information*/, void *context)
         capture->stack.captureInterrupted(*static_cast<const ucontext_t *>(context));
         capture->persistSignal(number);
     } else if (!capture->isWritten && attempt == 2) {
-        // The stack is so damaged that following it has failed; some of its frames are known.
-        capture->persistSignal(capture->dyingSignal);
+        // The stack is so damaged that unwinding it crashed, but the frames up to there are known.
+        capture->persistSignal(capture->fatalSignal);
     }
-    dieOf(capture->dyingSignal);
+    endWithSignal(capture->fatalSignal);
 }
 
 [[noreturn]] void handleTerminate()

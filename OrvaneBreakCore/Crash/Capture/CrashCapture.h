@@ -3,16 +3,15 @@
 
 #include <filesystem>
 
-/// Writes one report when the process dies of an exception that nobody catches or of SIGABRT, SIGSEGV,
-/// SIGILL, SIGBUS, SIGFPE or SIGTRAP, on whatever thread. The process then ends as it would have without it.
+/// Writes a report when an uncaught exception, SIGABRT, SIGSEGV, SIGILL, SIGBUS, SIGFPE or SIGTRAP ends the
+/// process, on any thread. The process then ends as it would without the report.
 ///
-/// The report replaces the one before: its message, a line "---", and 30 lines of the call stack at most, in
-/// a file that its owner alone can read. It is lost without notice when it cannot be written.
+/// The report replaces the previous one: a message, a line "---" and at most 30 lines of the call stack, in a
+/// file with the mode 0600. A report that cannot be written is lost silently.
 namespace CrashCapture {
 
-/// Prepares the folder of `file`, and watches from now on. Called once, on the main thread, which then has a
-/// stack of its own for signal handlers; another thread that is to report the overflow of its stack needs a
-/// SignalStack.
+/// Creates the folder of `file` and installs the handlers. Called once, on the main thread, which gets an
+/// alternate signal stack; any other thread needs a SignalStack to report the overflow of its stack.
 void install(const std::filesystem::path &file);
 
 } // namespace CrashCapture

@@ -23,12 +23,12 @@ CrashText &CrashText::appendHexadecimal(std::uint64_t number)
 
 CrashText &CrashText::appendDigits(std::uint64_t number, unsigned base)
 {
-    constexpr std::size_t mostDigits = 20;
-    std::array<char, mostDigits> digits = {};
-    std::size_t first = mostDigits;
+    constexpr std::size_t maxDigits = 20;
+    std::array<char, maxDigits> digits = {};
+    std::size_t first = maxDigits;
     do {
         digits[--first] = "0123456789abcdef"[number % base];
         number /= base;
     } while (number > 0);
-    return append({digits.data() + first, mostDigits - first});
+    return append({digits.data() + first, maxDigits - first});
 }

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// Text of a limited length that is put together without allocating memory; what does not fit is dropped.
-/// Everything here is safe in a signal handler.
+/// A text of limited length, composed without allocation; what does not fit is dropped. Safe in signal
+/// handlers.
 class CrashText
 {
 public:
@@ -21,7 +21,7 @@ public:
 private:
     CrashText &appendDigits(std::uint64_t number, unsigned base);
 
-    // Thirty frames with function names of the longest kind that is written.
+    // Thirty frames with function names of the maximum length.
     std::array<char, 12'288> m_characters = {};
     std::size_t m_length = 0;
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-std::string readable(const std::type_info &type)
+std::string demangled(const std::type_info &type)
 {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> name(
@@ -37,7 +37,7 @@ std::string reasonOfCurrentException()
 
 bool isPartOfWord(char character)
 {
-    // The bytes of letters outside of ASCII are negative.
+    // The bytes of letters outside ASCII are negative.
     return character < 0 || std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
 }
 
@@ -64,8 +64,8 @@ ExceptionText ExceptionText::ofCurrentException()
     const std::type_info *type = abi::__cxa_current_exception_type();
     if (!type)
         return {"terminate", {}};
-    ExceptionText text{readable(*type), reasonOfCurrentException()};
-    // The report's first line is the message, whole.
+    ExceptionText text{demangled(*type), reasonOfCurrentException()};
+    // The message is the first line of the report.
     std::replace(text.reason.begin(), text.reason.end(), '\n', ' ');
     return text;
 }

@@ -6,7 +6,7 @@
 #include <bit>
 #include <cstdint>
 
-/// What the registers of a thread held when a signal interrupted it. Safe in a signal handler.
+/// The registers of a thread when a signal interrupted it. Safe in signal handlers.
 class InterruptedThread
 {
 public:
@@ -21,8 +21,8 @@ public:
         return static_cast<std::uintptr_t>(m_registers.gregs[REG_RIP]);
     }
 
-    /// Where the call returns to that led to the program counter just now. Reads the thread's stack, and
-    /// faults where there is none.
+    /// The return address of the call that has just reached the program counter. Reads the thread's stack,
+    /// and faults when it is unreadable.
     [[nodiscard]] std::uintptr_t returnAddressOfCall() const
     {
         return *std::bit_cast<const volatile std::uintptr_t *>(m_registers.gregs[REG_RSP]);
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] std::uintptr_t programCounter() const { return m_registers.pc; }
     [[nodiscard]] std::uintptr_t returnAddressOfCall() const { return m_registers.regs[30]; }
 #else
-#error "The registers of this processor are not known here"
+#error "Unsupported processor"
 #endif
 
 private:

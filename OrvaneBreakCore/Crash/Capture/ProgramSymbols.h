@@ -9,15 +9,15 @@
 #include <optional>
 #include <string_view>
 
-/// The names of the functions of the running program, from the symbol table of its executable. The table is
-/// mapped and not read before a name is looked up, so that having it costs nothing. A stripped or damaged
-/// executable has no names.
+/// The names of the running program's functions, from the symbol table of its executable. The table is mapped
+/// but not read until the first lookup, so it costs nothing before. A stripped or damaged executable has no
+/// names.
 class ProgramSymbols
 {
 public:
     struct Symbol
     {
-        std::string_view name;    ///< As the compiler writes it; "c++filt" makes it readable.
+        std::string_view name;    ///< Mangled; "c++filt" makes it readable.
         std::uint64_t offset = 0; ///< From the beginning of the function, in bytes.
     };
 
@@ -27,8 +27,8 @@ public:
     ProgramSymbols(const ProgramSymbols &) = delete;
     ProgramSymbols &operator=(const ProgramSymbols &) = delete;
 
-    /// The function with the code at `address`, counted as in the executable's file and not as in memory;
-    /// nothing when there is none. Safe in a signal handler.
+    /// The function that contains `address`, which is relative to the executable and not to memory; absent
+    /// when there is none. Safe in signal handlers.
     [[nodiscard]] std::optional<Symbol> find(std::uint64_t address) const;
 
 private:

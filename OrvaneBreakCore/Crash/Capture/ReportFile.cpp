@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ReportFile.h"
 
+#include "FileCalls.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <system_error>
@@ -12,17 +13,6 @@
 namespace {
 
 constexpr std::string_view separator = "\n---\n";
-
-bool writeWhole(int file, std::string_view text)
-{
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written < 0 && errno != EINTR)
-            return false;
-        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
-    }
-    return true;
-}
 
 } // namespace
 
@@ -38,7 +28,7 @@ ReportFile::ReportFile(const std::filesystem::path &path)
 
 void ReportFile::write(std::string_view message, std::string_view stack)
 {
-    // A limit on the size of files would end the process with a signal of its own.
+    // With a file size limit, SIGXFSZ would end the process.
     std::signal(SIGXFSZ, SIG_IGN);
     m_reserve = FileDescriptor();
     unlink(m_temporary.c_str());
@@ -47,7 +37,7 @@ void ReportFile::write(std::string_view message, std::string_view stack)
     if (!file.isOpen())
         return;
     const bool isWhole =
-        writeWhole(file.get(), message) && writeWhole(file.get(), separator) && writeWhole(file.get(), stack);
+        writeBytes(file.get(), message) && writeBytes(file.get(), separator) && writeBytes(file.get(), stack);
     if (!isWhole || rename(m_temporary.c_str(), m_path.c_str()) != 0)
         unlink(m_temporary.c_str());
 }

@@ -7,15 +7,15 @@
 #include <string>
 #include <string_view>
 
-/// Where a dying process leaves its report. Made in good time; all that is needed later is at hand then.
+/// The file for the report of a crash. Constructed before any crash, so that writing allocates nothing.
 class ReportFile
 {
 public:
-    /// Creates the folder of `path`, readable by its owner alone, unless it is there.
+    /// Creates the folder of `path` with the mode 0700, unless it exists.
     explicit ReportFile(const std::filesystem::path &path);
 
-    /// Replaces the file by `message`, a line "---" and `stack`. What cannot be written whole leaves the file
-    /// as it was. Safe in a signal handler, also with no descriptor left; the second call may lack one then.
+    /// Replaces the file with `message`, a line "---" and `stack`; on failure the file stays as it was. Safe
+    /// in signal handlers. Works once without a free descriptor.
     void write(std::string_view message, std::string_view stack);
 
 private:

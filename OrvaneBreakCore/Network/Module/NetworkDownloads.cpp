@@ -26,9 +26,9 @@ constexpr int partOfFile = 206;
 constexpr int requestTimeout = 408;
 constexpr int rangeNotSatisfiable = 416;
 constexpr int tooManyRequests = 429;
-constexpr int serverTrouble = 500;
+constexpr int serverError = 500;
 
-/// Where the part that an answer holds begins; absent when it does not say so.
+/// The first byte that Content-Range names; absent without a valid one.
 std::optional<qint64> rangeBegin(const QNetworkReply &reply)
 {
     static const QRegularExpression form(uR"(\Abytes (\d{1,18})-\d+/(?:\d+|\*)\z)"_s);
@@ -40,8 +40,8 @@ End endOfStatus(int status)
 {
     if (status == rangeNotSatisfiable || status == partOfFile)
         return End::OtherRange;
-    const bool mayPass = status >= serverTrouble || status == requestTimeout || status == tooManyRequests;
-    return mayPass ? End::Broken : End::Refused;
+    const bool isTemporary = status >= serverError || status == requestTimeout || status == tooManyRequests;
+    return isTemporary ? End::Broken : End::Refused;
 }
 
 class NetworkExchange final : public QObject, public Downloads::Exchange
@@ -61,7 +61,7 @@ public:
     {
         m_reply = reply;
         reply->setReadBufferSize(bufferSize);
-        SafeRequest::judgeRedirects(*reply, this, [this] { end(End::Refused); });
+        SafeRequest::checkRedirects(*reply, this, [this] { end(End::Refused); });
         connect(reply, &QIODevice::readyRead, this, &NetworkExchange::read);
         connect(reply, &QNetworkReply::finished, this, &NetworkExchange::finish);
     }
@@ -92,8 +92,8 @@ private:
     void begin()
     {
         const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        const bool isAskedPart = status == partOfFile && rangeBegin(*m_reply) == m_offset;
-        if (status != wholeFile && !isAskedPart) {
+        const bool isRequestedPart = status == partOfFile && rangeBegin(*m_reply) == m_offset;
+        if (status != wholeFile && !isRequestedPart) {
             end(endOfStatus(status));
             return;
         }
@@ -117,7 +117,7 @@ private:
             return;
         QNetworkReply *reply = std::exchange(m_reply, nullptr);
         reply->disconnect(this);
-        // Within a signal of its own it would go on with what it was at, and grumble at being aborted.
+        // Aborted within one of its own signals, the reply would continue and log a warning.
         QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
         reply->deleteLater();
     }
@@ -130,9 +130,9 @@ private:
 
 } // namespace
 
-NetworkDownloads::NetworkDownloads(std::chrono::milliseconds silence)
+NetworkDownloads::NetworkDownloads(std::chrono::milliseconds inactivityTimeout)
     : m_manager(std::make_unique<QNetworkAccessManager>())
-    , m_silence(silence)
+    , m_inactivityTimeout(inactivityTimeout)
 {
 }
 
@@ -149,11 +149,11 @@ std::unique_ptr<Downloads::Exchange> NetworkDownloads::get(const QUrl &url, qint
         return exchange;
     }
     QNetworkRequest request = SafeRequest::to(url);
-    // Asking for it by hand also keeps the toolkit from unpacking.
+    // Setting the header also turns off Qt's decompression.
     request.setRawHeader("Accept-Encoding", "identity");
     if (offset > 0)
         request.setRawHeader("Range", "bytes=" + QByteArray::number(offset) + '-');
-    request.setTransferTimeout(static_cast<int>(m_silence.count()));
+    request.setTransferTimeout(static_cast<int>(m_inactivityTimeout.count()));
     exchange->watch(m_manager->get(request));
     return exchange;
 }

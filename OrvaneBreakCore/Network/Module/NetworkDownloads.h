@@ -7,18 +7,17 @@
 
 class QNetworkAccessManager;
 
-/// The downloads through the toolkit's network access. Certificates are checked, and nothing switches that
-/// off; cookies are neither kept nor sent.
+/// Downloads with Qt Network. Certificates are always verified; cookies are neither stored nor sent.
 class NetworkDownloads final : public Downloads
 {
 public:
-    /// A server that says nothing for as long as `silence` breaks the exchange.
-    explicit NetworkDownloads(std::chrono::milliseconds silence = std::chrono::seconds(30));
+    /// An exchange is Broken when the server sends nothing for `inactivityTimeout`.
+    explicit NetworkDownloads(std::chrono::milliseconds inactivityTimeout = std::chrono::seconds(30));
     ~NetworkDownloads() override;
 
     [[nodiscard]] std::unique_ptr<Exchange> get(const QUrl &url, qint64 offset, Receiver receiver) override;
 
 private:
     std::unique_ptr<QNetworkAccessManager> m_manager;
-    std::chrono::milliseconds m_silence;
+    std::chrono::milliseconds m_inactivityTimeout;
 };

@@ -19,9 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 largestBody = 1'048'576;
+constexpr qint64 maxBodySize = 1'048'576;
 
-/// One exchange; it goes with its reply.
+/// One exchange, owned by its reply.
 class Exchange final : public QObject
 {
 public:
@@ -31,7 +31,7 @@ public:
         , m_context(&context)
         , m_completion(std::move(completion))
     {
-        SafeRequest::judgeRedirects(*reply, reply, [reply] { reply->abort(); });
+        SafeRequest::checkRedirects(*reply, reply, [reply] { reply->abort(); });
         connect(reply, &QIODevice::readyRead, this, &Exchange::read);
         connect(reply, &QNetworkReply::finished, this, &Exchange::finish);
         connect(&context, &QObject::destroyed, this, [this] { m_reply->abort(); });
@@ -40,10 +40,10 @@ public:
 private:
     void read()
     {
-        // An exchange that was abandoned is closed.
+        // A reply that was aborted is closed.
         if (m_reply->isOpen())
-            m_body += m_reply->read(std::min(m_reply->bytesAvailable(), largestBody + 1 - m_body.size()));
-        if (m_body.size() > largestBody && m_reply->isRunning())
+            m_body += m_reply->read(std::min(m_reply->bytesAvailable(), maxBodySize + 1 - m_body.size()));
+        if (m_body.size() > maxBodySize && m_reply->isRunning())
             m_reply->abort();
     }
 
@@ -54,12 +54,12 @@ private:
         if (!m_context)
             return;
         const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        const bool isWhole = status.isValid() && m_body.size() <= largestBody && isAnswer(m_reply->error());
+        const bool isWhole = status.isValid() && m_body.size() <= maxBodySize && isAnswer(m_reply->error());
         std::exchange(m_completion,
                       nullptr)(isWhole ? std::optional(HttpAnswer{status.toInt(), m_body}) : std::nullopt);
     }
 
-    /// Statuses of refusal are answers like any other; trouble on the way is none.
+    /// Error statuses are answers as well; connection failures are not.
     static bool isAnswer(QNetworkReply::NetworkError error)
     {
         return error == QNetworkReply::NoError || error >= QNetworkReply::ContentAccessDenied;
@@ -91,7 +91,7 @@ void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::mil
                        QObject &context, Completion completion)
 {
     exchange(url, limit, context, std::move(completion), [this, &body](QNetworkRequest request) {
-        // The type that is meant when none is given; the toolkit grumbles when it has to add it by itself.
+        // Qt would log a warning and set the same type.
         request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
         return m_manager->post(request, body);
     });
@@ -107,6 +107,6 @@ void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QOb
     }
     QNetworkReply *reply = send(SafeRequest::to(url));
     new Exchange(reply, context, std::move(completion));
-    // The toolkit's own limit is for silence alone: a server that drips would never reach it.
+    // Qt's transfer timeout only covers inactivity: a slow server would never reach it.
     QTimer::singleShot(limit, reply, &QNetworkReply::abort);
 }

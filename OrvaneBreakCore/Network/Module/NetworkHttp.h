@@ -7,8 +7,7 @@
 
 class QNetworkAccessManager;
 
-/// The requests through the toolkit's network access. Certificates are checked, and nothing switches that
-/// off; cookies are neither kept nor sent.
+/// Requests with Qt Network. Certificates are always verified; cookies are neither stored nor sent.
 class NetworkHttp final : public Http
 {
 public:

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int mostRedirects = 5;
+constexpr int maxRedirects = 5;
 
 } // namespace
 
@@ -19,16 +19,15 @@ QNetworkRequest SafeRequest::to(const QUrl &url)
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::UserVerifiedRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirects);
+    request.setMaximumRedirectsAllowed(maxRedirects);
     request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    // Left alone, the toolkit tells the language and country of the desktop; the program speaks French
-    // anywhere.
+    // Qt's default would reveal the language and country of the desktop.
     request.setRawHeader("Accept-Language", "fr");
     return request;
 }
 
-void SafeRequest::judgeRedirects(QNetworkReply &reply, QObject *context, std::function<void()> refuse)
+void SafeRequest::checkRedirects(QNetworkReply &reply, QObject *context, std::function<void()> refuse)
 {
     QObject::connect(&reply, &QNetworkReply::redirected, context,
                      [&reply, refuse = std::move(refuse)](const QUrl &target) {

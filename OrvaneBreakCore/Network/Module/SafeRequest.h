@@ -9,15 +9,15 @@ class QNetworkReply;
 class QObject;
 class QUrl;
 
-/// What every exchange with a server has in common. User-interface thread.
+/// What all exchanges with a server share. User-interface thread only.
 namespace SafeRequest {
 
-/// A request to `url` whose redirects wait to be judged, without cookies and without anything about the
-/// desktop.
+/// A request to `url` without cookies and without information about the desktop. Its redirects need
+/// checkRedirects().
 [[nodiscard]] QNetworkRequest to(const QUrl &url);
 
-/// Follows the redirects of `reply`, which belongs to such a request, to addresses that Http::isAllowed. One
-/// to another address calls `refuse`, as long as `context` lives.
-void judgeRedirects(QNetworkReply &reply, QObject *context, std::function<void()> refuse);
+/// Follows the redirects of `reply`, the reply to such a request, if Http::isAllowed() accepts the target;
+/// otherwise calls `refuse`. Stops when `context` is destroyed.
+void checkRedirects(QNetworkReply &reply, QObject *context, std::function<void()> refuse);
 
 } // namespace SafeRequest

@@ -60,8 +60,8 @@ void reportCrashes(RecordedDay &day)
                         u"Process 12 (orvanebreak) of user 1000 dumped core, "_s + home + u"/bin, "_s +
                             login};
     const std::string program = home.toStdString() + "/bin/orvanebreak";
-    keepCoreDumpReport(root / "reports", dump,
-                       coreDumpReport(dump, program, home.toStdString(), login.toStdString()), {2, 0});
+    writeCoreDumpReport(root / "reports", dump,
+                        coreDumpReport(dump, program, home.toStdString(), login.toStdString()), {2, 0});
     CrashUpload upload({day.http, day.preferences, day.bundle, {6, 1, 0}, RecordedDay::server},
                        {root / "pending-crash.txt", root / "reports"});
     upload.sendPendingCrash();

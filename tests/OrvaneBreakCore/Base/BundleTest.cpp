@@ -40,7 +40,7 @@ private Q_SLOTS:
 
     void missingFile() { QVERIFY(!Bundle(u"/nonexistent"_s).infoText(u"CFBundleShortVersionString"_s)); }
 
-    void theBuildTreeLooksInstalled()
+    void theBuildTreeHasABundle()
     {
         const Bundle bundle = Bundle::main();
         QVERIFY(bundle.infoText(u"CFBundleShortVersionString"_s).value_or(QString()).contains(u'.'));

@@ -24,22 +24,32 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What the log says when the module in the file `path` cannot be used.
-QRegularExpression complaintAbout(const QString &path, const QString &reason = u"."_s)
+/// The warning about the module `path` that cannot be used.
+QRegularExpression warningAbout(const QString &path, const QString &reason = u"."_s)
 {
     return QRegularExpression(u"^OrvaneBreak: "_s + QRegularExpression::escape(path) +
                               u" cannot be used: .*"_s + reason);
 }
 
-void refuse(const QString &path, const QString &reason = u"."_s)
+void expectRefused(const QString &path, const QString &reason = u"."_s)
 {
-    QTest::ignoreMessage(QtWarningMsg, complaintAbout(path, reason));
+    QTest::ignoreMessage(QtWarningMsg, warningAbout(path, reason));
     QVERIFY(!Module::load(path));
 }
 
 } // namespace
 
-/// The modules as the program loads them, from where the build puts them.
+/// The interface of a module that is not installed.
+class MissingModule : public ModuleInterface
+{
+public:
+    static constexpr const char *fileName = "missing.so";
+    [[nodiscard]] virtual std::unique_ptr<int> makeNumber() const = 0;
+};
+
+Q_DECLARE_INTERFACE(MissingModule, "OrvaneBreak.MissingModule")
+
+/// The modules of the build, loaded as the program loads them.
 class ModuleTest : public QObject
 {
     Q_OBJECT
@@ -78,36 +88,42 @@ private Q_SLOTS:
 
     static void theSounds()
     {
-        const auto *module = Module::load<SoundModule>();
-        QVERIFY(module);
+        const auto chime = Module::make(&SoundModule::makeChime, u"/nowhere"_s);
+        QVERIFY(chime);
         // There is no such file, so nothing is heard.
-        module->makeChime(u"/nowhere"_s)->play(u"Glass"_s);
+        chime->play(u"Glass"_s);
     }
 
     static void theArchives()
     {
-        const auto *module = Module::load<ArchiveModule>();
-        QVERIFY(module);
         const QByteArray archive = ArchiveMaker::packedUpdate("1.3");
-        const auto first = module->open(archive)->next();
+        const auto reader = Module::make(&ArchiveModule::open, QByteArrayView(archive));
+        QVERIFY(reader);
+        const auto first = reader->next();
         QVERIFY(std::holds_alternative<ArchiveEntry>(first));
         QVERIFY(std::get<ArchiveEntry>(first).path.starts_with("OrvaneBreak-1.3"));
     }
 
-    static void whatIsNoModule()
+    static void aMissingModuleMakesNothing()
+    {
+        QTest::ignoreMessage(QtWarningMsg, warningAbout(Module::folder() + u"/missing.so"_s));
+        QVERIFY(!Module::make(&MissingModule::makeNumber));
+    }
+
+    static void otherFilesAreRefused()
     {
         const ScratchFolder folder;
         const auto path = [&folder](const char *name) {
             return QString::fromStdString(folder.path(name).string());
         };
-        refuse(path("missing.so"));
+        expectRefused(path("missing.so"));
 
         ScratchFolder::writeTo(folder.path("text.so"), "text");
-        refuse(path("text.so"));
+        expectRefused(path("text.so"));
 
         ScratchFolder::writeTo(folder.path("empty.so"), "");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"failed to map"_s));
-        refuse(path("empty.so"));
+        expectRefused(path("empty.so"));
 
         QFile whole(Module::folder() + u"/archive.so"_s);
         QVERIFY(whole.open(QIODevice::ReadOnly));
@@ -115,22 +131,25 @@ private Q_SLOTS:
         for (const qsizetype length : {1, 63, 4'000}) {
             const std::string name = "truncated-" + std::to_string(length);
             ScratchFolder::writeTo(folder.path(name), bytes.first(length));
-            refuse(path(name.c_str()));
+            expectRefused(path(name.c_str()));
         }
 
         std::filesystem::create_directory(folder.path("folder.so"));
-        refuse(path("folder.so"));
+        expectRefused(path("folder.so"));
 
-        refuse(QStringLiteral(NO_MODULE), u"plugin"_s);
+        expectRefused(QStringLiteral(NO_MODULE), u"plugin"_s);
     }
 
-    static void anotherVersion() { refuse(QStringLiteral(ANOTHER_VERSION), u"another version"_s); }
+    static void anotherVersionIsRefused()
+    {
+        expectRefused(QStringLiteral(ANOTHER_VERSION), u"another version"_s);
+    }
 
-    static void onePutRightIsLoaded()
+    static void aRepairedModuleIsLoaded()
     {
         const ScratchFolder folder;
         const QString path = QString::fromStdString(folder.path("late.so").string());
-        refuse(path);
+        expectRefused(path);
         QVERIFY(QFile::copy(Module::folder() + u"/archive.so"_s, path));
         QVERIFY(Module::load(path));
     }

@@ -15,14 +15,14 @@ namespace {
 constexpr FileDate firstCrash{1'800'000'000, 0};
 constexpr FileDate lastCrash{1'800'000'004, 123'000};
 
-/// A journal with entries of five crashes, two of which are ours.
+/// A journal with entries of five crashes, two of them of this program.
 class RecordedJournal
 {
 public:
     RecordedJournal()
     {
         std::filesystem::create_directory(path());
-        // QProcess lends its child the memory of this process, and ThreadSanitizer sees no thread after that.
+        // After QProcess, which starts children with vfork(), ThreadSanitizer misses all threads.
         const std::string output = "--output=" + (path() / "recorded.journal").string();
         const int status = runInChild([&] {
             setenv("SYSTEMD_LOG_LEVEL", "err", 1);
@@ -30,7 +30,7 @@ public:
                          ORVANE_FIXTURES "/core-dumps.export", nullptr);
         });
         if (status != 0)
-            qFatal("no journal could be made; is systemd-journal-remote installed?");
+            qFatal("cannot make a journal; is systemd-journal-remote installed?");
     }
 
     [[nodiscard]] CoreDumpQuery query(const FileDate &after = FileDate::distantPast()) const
@@ -74,7 +74,7 @@ private Q_SLOTS:
         QVERIFY(dumps.last().description.contains("#1  0x00007f3a2c03bfb2 raise (libc.so.6 + 0x3bfb2)\n"_L1));
     }
 
-    void onlyLaterOnesCount()
+    void onlyLaterCrashesCount()
     {
         const RecordedJournal journal;
         QCOMPARE(dates(readCoreDumps(journal.query(firstCrash), {})), QList<FileDate>{lastCrash});
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QVERIFY(readCoreDumps(journal.query(), stop.get_token()).isEmpty());
     }
 
-    void whereThereIsNoJournalNothingIsFound()
+    void withoutAJournalNothingIsFound()
     {
         const ScratchFolder folder;
         CoreDumpQuery query{folder.path("."), "/bin/true", 0, FileDate::distantPast()};
@@ -101,7 +101,7 @@ private Q_SLOTS:
         QVERIFY(readCoreDumps(query, {}).isEmpty());
     }
 
-    void theReportTellsNothingOfTheUser()
+    void theReportDoesNotNameTheUser()
     {
         const RecordedJournal journal;
         for (const CoreDump &dump : readCoreDumps(journal.query(), {})) {
@@ -114,7 +114,7 @@ private Q_SLOTS:
         }
     }
 
-    void theExportWaitsWritesOnceAndTells()
+    void theExportWaitsAndWritesOnce()
     {
         const RecordedJournal journal;
         ManualRunLoop runLoop;
@@ -133,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(sent->reports.size(), 2);
     }
 
-    void nothingToTellMakesNoFolder()
+    void withoutReportsNoFolderIsCreated()
     {
         const RecordedJournal journal;
         ManualRunLoop runLoop;
@@ -145,14 +145,14 @@ private Q_SLOTS:
         QVERIFY(!std::filesystem::exists(journal.reports()));
     }
 
-    void whatCannotBeWrittenIsLeftOut()
+    void writesThatFail()
     {
         const ScratchFolder folder;
         const CoreDump dump{firstCrash, 11, u"SIGSEGV"_s, u"text"_s};
         ScratchFolder::writeTo(folder.path("file"), "in the way");
-        QVERIFY(!keepCoreDumpReport(folder.path("file"), dump, u"x"_s, lastCrash));
-        QVERIFY(keepCoreDumpReport(folder.path("reports"), dump, u"x"_s, lastCrash));
-        QVERIFY(!keepCoreDumpReport(folder.path("reports"), dump, u"y"_s, lastCrash));
+        QVERIFY(!writeCoreDumpReport(folder.path("file"), dump, u"x"_s, lastCrash));
+        QVERIFY(writeCoreDumpReport(folder.path("reports"), dump, u"x"_s, lastCrash));
+        QVERIFY(!writeCoreDumpReport(folder.path("reports"), dump, u"y"_s, lastCrash));
         const auto status =
             ScratchFolder::status(folder.path("reports/OrvaneBreak-2027-01-15T08:00:00.000000000Z.crash"));
         QCOMPARE(status.st_mode & 07777U, 0600U);

@@ -134,7 +134,7 @@ private Q_SLOTS:
         QTEST(f.sent(u"stack"_s).first(), "stack");
     }
 
-    void whatIsNoTextIsNotSent()
+    void onlyTextIsSent()
     {
         Fixture f;
         f.upload->sendPendingCrash();
@@ -160,7 +160,7 @@ private Q_SLOTS:
         QCOMPARE(f.http.requests.size(), 2);
     }
 
-    void theDateIsKeptWhenNothingIsNew()
+    void withoutNewReportsTheDateStays()
     {
         Fixture f;
         f.upload->sendSystemCrashReports();
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(f.preferences.text(lastScanKey), u"2027-01-15T08:00:00.000000001Z"_s);
     }
 
-    void aDateThatIsNoneCountsAsNever()
+    void anInvalidDateCountsAsNever()
     {
         for (const QJsonValue &value : {QJsonValue(12), QJsonValue(u"soon"_s), QJsonValue(QJsonArray())}) {
             Fixture f;
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QVERIFY(!std::filesystem::exists(f.places.pendingReport));
     }
 
-    void reportsLieInTheUsersFolders()
+    void reportsAreInTheUsersFolders()
     {
         qputenv("XDG_DATA_HOME", "/data");
         qputenv("XDG_STATE_HOME", "/state");

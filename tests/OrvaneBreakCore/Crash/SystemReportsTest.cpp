@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A folder of reports with dates of the test's choice.
+/// A folder of reports with given dates.
 class ReportFolder
 {
 public:
@@ -62,7 +62,7 @@ class SystemReportsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void namesAndEndingsDecide()
+    void theNameDecides()
     {
         const ReportFolder reports;
         for (const char *name : {"OrvaneBreak-1.crash", "OrvaneBreak.ips", "Orvane Break 2.ips",
@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(opened, QStringList{u"OrvaneBreak-new.crash"_s});
     }
 
-    void onlyLaterOnesCountToTheNanosecond()
+    void datesAreComparedToTheNanosecond()
     {
         const ReportFolder reports;
         reports.add("OrvaneBreak-1.crash", "Exception before", after(noon, -1));
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QCOMPARE(readSystemReports(reports.path(), after(noon, 2))->newest, after(noon, 2));
     }
 
-    void unreadableOnesDoNotAdvanceTheDate()
+    void unreadableReportsDoNotAdvanceTheDate()
     {
         const ReportFolder reports;
         reports.add("OrvaneBreak-1.crash", "Exception", noon);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(found->newest, noon);
     }
 
-    void hugeOnesAreLeftOut()
+    void hugeReportsAreSkipped()
     {
         const ReportFolder reports;
         reports.add("OrvaneBreak-1.crash", "Exception", noon);
@@ -137,11 +137,11 @@ private Q_SLOTS:
         QVERIFY(reports.messages(FileDate::distantPast()).isEmpty());
     }
 
-    void absurdDatesAreTheDistantPast()
+    void invalidDatesAreTheDistantPast()
     {
         const ReportFolder reports;
         reports.add("OrvaneBreak-1.crash", "Exception", {FileDate::distantPast().seconds - 1, 0});
-        // Not every file system keeps that date.
+        // Not every file system can store that date.
         struct stat status = {};
         stat((reports.path() / "OrvaneBreak-1.crash").c_str(), &status);
         if (status.st_mtim.tv_sec < FileDate::distantPast().seconds)
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QVERIFY(!readSystemReports(reports.path() / "file", noon));
     }
 
-    void theMessageIsTheFirstTellingLine_data()
+    void theMessageIsTheFirstLineAboutTheCrash_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("message");
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QTest::newRow("empty") << QString() << none;
     }
 
-    void theMessageIsTheFirstTellingLine()
+    void theMessageIsTheFirstLineAboutTheCrash()
     {
         QFETCH(const QString, text);
         QFETCH(const QString, message);
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(summarizeSystemReport(character.repeated(18'001)).stack, character.repeated(18'000));
     }
 
-    void datesSurviveTheirText_data()
+    void textsAreParsedBack_data()
     {
         QTest::addColumn<qint64>("seconds");
         QTest::addColumn<int>("nanoseconds");
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QTest::newRow("far") << 253'402'300'799LL << 5 << u"9999-12-31T23:59:59.000000005Z"_s;
     }
 
-    void datesSurviveTheirText()
+    void textsAreParsedBack()
     {
         QFETCH(const qint64, seconds);
         QFETCH(const int, nanoseconds);
@@ -220,7 +220,7 @@ private Q_SLOTS:
         QCOMPARE(FileDate::parse(text), date);
     }
 
-    void otherTextsAreDatesOrNot()
+    void otherFormats()
     {
         QCOMPARE(FileDate::parse(u"1970-01-01T01:00:00.5+01:00"_s), (FileDate{0, 500'000'000}));
         QCOMPARE(FileDate::parse(u"1970-01-01T00:00:01Z"_s), (FileDate{1, 0}));

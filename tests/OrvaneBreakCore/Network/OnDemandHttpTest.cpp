@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "OnDemandHttp.h"
 
-#include "Downloads.h"
 #include "Support/FakeHttp.h"
 #include "Support/TestProgram.h"
 
@@ -12,26 +11,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-FakeHttp *made = nullptr;
-
-class FakeModule final : public NetworkModule
-{
-public:
-    [[nodiscard]] std::unique_ptr<Http> makeHttp() const override
-    {
-        auto http = std::make_unique<FakeHttp>();
-        made = http.get();
-        return http;
-    }
-    [[nodiscard]] std::unique_ptr<Downloads> makeDownloads() const override { return nullptr; }
-};
-
-const FakeModule module;
-
 struct Fixture
 {
-    Fixture() { made = nullptr; }
-
     void get(const QString &address) { http.get(QUrl(address), 20s, context, completion()); }
     void post(const QString &address) { http.post(QUrl(address), "body", 20s, context, completion()); }
 
@@ -45,11 +26,12 @@ struct Fixture
         return answers.size() == 2 && !answers.at(0) && !answers.at(1);
     }
 
-    bool isThere = true;
-    int loads = 0;
-    OnDemandHttp http{[this] {
-        ++loads;
-        return isThere ? &module : nullptr;
+    bool isModuleMissing = false;
+    FakeHttp *made = nullptr;
+    OnDemandHttp http{[this]() -> std::unique_ptr<Http> {
+        auto result = isModuleMissing ? nullptr : std::make_unique<FakeHttp>();
+        made = result.get();
+        return result;
     }};
     QObject context;
     QList<std::optional<HttpAnswer>> answers;
@@ -62,26 +44,24 @@ class OnDemandHttpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void theFirstRequestLoads()
+    static void theModuleSendsTheRequests()
     {
         Fixture f;
-        QCOMPARE(f.loads, 0);
         f.get(u"https://makers.example/feed"_s);
         f.post(u"https://makers.example/check"_s);
-        QCOMPARE(f.loads, 1);
-        QCOMPARE(made->requests.size(), 2);
-        QCOMPARE(made->requests.at(0).method, FakeHttp::Method::Get);
-        QCOMPARE(made->requests.at(0).url, QUrl(u"https://makers.example/feed"_s));
-        QCOMPARE(made->requests.at(0).limit, 20s);
-        QCOMPARE(made->requests.at(1).method, FakeHttp::Method::Post);
-        QCOMPARE(made->requests.at(1).body, "body");
-        QCOMPARE(made->requests.at(1).limit, 20s);
-        made->answer(HttpAnswer{200, "feed"});
+        QCOMPARE(f.made->requests.size(), 2);
+        QCOMPARE(f.made->requests.at(0).method, FakeHttp::Method::Get);
+        QCOMPARE(f.made->requests.at(0).url, QUrl(u"https://makers.example/feed"_s));
+        QCOMPARE(f.made->requests.at(0).limit, 20s);
+        QCOMPARE(f.made->requests.at(1).method, FakeHttp::Method::Post);
+        QCOMPARE(f.made->requests.at(1).body, "body");
+        QCOMPARE(f.made->requests.at(1).limit, 20s);
+        f.made->answer(HttpAnswer{200, "feed"});
         QCOMPARE(f.answers.size(), 1);
         QCOMPARE(f.answers.at(0)->body, "feed");
     }
 
-    static void nobodyIsAskedNothing()
+    static void namesBelowInvalidDoNotLoadTheModule()
     {
         Fixture f;
         f.get(u"https://makers.invalid/feed"_s);
@@ -89,29 +69,29 @@ private Q_SLOTS:
         QVERIFY(f.answers.isEmpty());
         QCoreApplication::processEvents();
         QVERIFY(f.areBothUnanswered());
-        QCOMPARE(f.loads, 0);
+        QVERIFY(!f.made);
     }
 
     static void withoutTheModuleThereIsNoAnswer()
     {
         Fixture f;
-        f.isThere = false;
+        f.isModuleMissing = true;
         f.get(u"https://makers.example/feed"_s);
         f.post(u"https://makers.example/check"_s);
         QVERIFY(f.answers.isEmpty());
         QCoreApplication::processEvents();
         QVERIFY(f.areBothUnanswered());
-        QVERIFY(!made);
+        QVERIFY(!f.made);
 
-        f.isThere = true;
+        f.isModuleMissing = false;
         f.get(u"https://makers.example/feed"_s);
-        QCOMPARE(made->requests.size(), 1);
+        QCOMPARE(f.made->requests.size(), 1);
     }
 
-    static void whoWentAwayIsNotAnswered()
+    static void afterItsContextIsGoneARequestIsNotCompleted()
     {
         Fixture f;
-        f.isThere = false;
+        f.isModuleMissing = true;
         auto context = std::make_unique<QObject>();
         f.http.get(QUrl(u"https://makers.example/feed"_s), 20s, *context, f.completion());
         context.reset();

@@ -34,20 +34,20 @@ private Q_SLOTS:
     void integersAreExact_data();
     void integersAreExact();
     void datesSurviveARestart();
-    void aPersonCanReadTheFile();
-    void membersOfOthersStay();
+    void theFileIsReadable();
+    void unknownMembersStay();
     void undefinedRemovesTheKey();
     void anEqualValueIsNotWritten();
-    void integersThatDifferAsIntegersAreWritten();
+    void largeIntegersAreComparedExactly();
     void fileAndNewFoldersArePrivate();
     void foldersThatExistKeepTheirMode();
     void theFileIsFoundThroughTheEnvironment_data();
     void theFileIsFoundThroughTheEnvironment();
-    void valuesOfAnotherShapeAreAbsent_data();
-    void valuesOfAnotherShapeAreAbsent();
-    void strangeContentDoesNoHarm_data();
-    void strangeContentDoesNoHarm();
-    void strangeTextIsWritten();
+    void valuesOfAnotherTypeAreAbsent_data();
+    void valuesOfAnotherTypeAreAbsent();
+    void unusualContentIsPreserved_data();
+    void unusualContentIsPreserved();
+    void unusualTextIsWritten();
 };
 
 void JsonPreferencesTest::everyTypeSurvivesARestart_data()
@@ -105,7 +105,7 @@ void JsonPreferencesTest::datesSurviveARestart()
     QCOMPARE(JsonPreferences(folder.file()).date(u"OBLastCrashScan"_s), date);
 }
 
-void JsonPreferencesTest::aPersonCanReadTheFile()
+void JsonPreferencesTest::theFileIsReadable()
 {
     const ScratchFolder folder;
     JsonPreferences preferences(folder.file());
@@ -115,7 +115,7 @@ void JsonPreferencesTest::aPersonCanReadTheFile()
     QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 
-void JsonPreferencesTest::membersOfOthersStay()
+void JsonPreferencesTest::unknownMembersStay()
 {
     const ScratchFolder folder;
     folder.write(R"({"theirs": {"a": [1, null, {"b": "c"}], "n": 9007199254740993}, "key": 1})");
@@ -155,7 +155,7 @@ void JsonPreferencesTest::anEqualValueIsNotWritten()
     QVERIFY(ScratchFolder::status(folder.file()).st_ino != before.st_ino);
 }
 
-void JsonPreferencesTest::integersThatDifferAsIntegersAreWritten()
+void JsonPreferencesTest::largeIntegersAreComparedExactly()
 {
     const ScratchFolder folder;
     folder.write(R"({"key": 9223372036854775808})");
@@ -221,12 +221,12 @@ void JsonPreferencesTest::theFileIsFoundThroughTheEnvironment()
     QCOMPARE(QByteArray(file.c_str()), expected);
 }
 
-void JsonPreferencesTest::valuesOfAnotherShapeAreAbsent_data()
+void JsonPreferencesTest::valuesOfAnotherTypeAreAbsent_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QByteArray>("shape");
-    const QList<QPair<QByteArray, QByteArray>> shapes{
+    QTest::addColumn<QByteArray>("type");
+    const QList<QPair<QByteArray, QByteArray>> types{
         {"null", ""},       {"true", "boolean"}, {"20", "integer"},
         {"20.5", "number"}, {"1e300", "number"}, {"\"20\"", "text"},
         {"[20]", "array"},  {"{\"a\": 20}", ""}, {"\"2024-01-02T03:04:05.678Z\"", "date"}};
@@ -235,28 +235,28 @@ void JsonPreferencesTest::valuesOfAnotherShapeAreAbsent_data()
                            u"OBShownMessages"_s,   u"OBAckMessage"_s,   u"OBMessageHistory"_s,
                            u"OBLastCrashScan"_s};
     for (const QString &key : keys) {
-        for (const auto &[json, shape] : shapes)
-            QTest::addRow("%s: %s", qUtf8Printable(key), json.constData()) << key << json << shape;
+        for (const auto &[json, type] : types)
+            QTest::addRow("%s: %s", qUtf8Printable(key), json.constData()) << key << json << type;
     }
 }
 
-void JsonPreferencesTest::valuesOfAnotherShapeAreAbsent()
+void JsonPreferencesTest::valuesOfAnotherTypeAreAbsent()
 {
     QFETCH(const QString, key);
     QFETCH(const QByteArray, json);
-    QFETCH(const QByteArray, shape);
+    QFETCH(const QByteArray, type);
     const ScratchFolder folder;
     folder.write("{\"" + key.toUtf8() + "\": " + json + "}");
     const JsonPreferences preferences(folder.file());
     QVERIFY(!preferences.value(key).isUndefined());
-    QCOMPARE(preferences.integer(key).has_value(), shape == "integer");
-    QCOMPARE(preferences.boolean(key).has_value(), shape == "boolean");
-    QCOMPARE(preferences.text(key).has_value(), shape == "text" || shape == "date");
-    QCOMPARE(preferences.array(key).has_value(), shape == "array");
-    QCOMPARE(preferences.date(key).has_value(), shape == "date");
+    QCOMPARE(preferences.integer(key).has_value(), type == "integer");
+    QCOMPARE(preferences.boolean(key).has_value(), type == "boolean");
+    QCOMPARE(preferences.text(key).has_value(), type == "text" || type == "date");
+    QCOMPARE(preferences.array(key).has_value(), type == "array");
+    QCOMPARE(preferences.date(key).has_value(), type == "date");
 }
 
-void JsonPreferencesTest::strangeContentDoesNoHarm_data()
+void JsonPreferencesTest::unusualContentIsPreserved_data()
 {
     QTest::addColumn<QByteArray>("json");
     QTest::newRow("duplicates") << R"({"a": 1, "a": "x", "a": [2]})"_ba;
@@ -268,7 +268,7 @@ void JsonPreferencesTest::strangeContentDoesNoHarm_data()
     QTest::newRow("byte order mark") << "\xef\xbb\xbf{\"a\": 1}"_ba;
 }
 
-void JsonPreferencesTest::strangeContentDoesNoHarm()
+void JsonPreferencesTest::unusualContentIsPreserved()
 {
     QFETCH(const QByteArray, json);
     const ScratchFolder folder;
@@ -281,7 +281,7 @@ void JsonPreferencesTest::strangeContentDoesNoHarm()
     QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 
-void JsonPreferencesTest::strangeTextIsWritten()
+void JsonPreferencesTest::unusualTextIsWritten()
 {
     const ScratchFolder folder;
     const QString nul = u"a"_s + QChar(0) + u"b"_s;

@@ -16,7 +16,7 @@ const QString key = u"key"_s;
 
 } // namespace
 
-/// The file holds something else than preferences.
+/// The file does not hold preferences.
 class PreferencesDamageTest : public QObject
 {
     Q_OBJECT
@@ -37,7 +37,7 @@ void PreferencesDamageTest::aDamagedFileIsPutAside_data()
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("text") << "hello"_ba;
     QTest::newRow("truncated") << R"({"key": 1, "other": "te)"_ba;
-    QTest::newRow("garbage behind") << R"({"key": 1}})"_ba;
+    QTest::newRow("garbage after it") << R"({"key": 1}})"_ba;
     QTest::newRow("array") << R"([{"key": 1}])"_ba;
     QTest::newRow("number") << "1"_ba;
     QTest::newRow("null") << "null"_ba;
@@ -88,7 +88,7 @@ void PreferencesDamageTest::aNameInUseGetsANumber()
 {
     const ScratchFolder folder;
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    // Every name that the coming minutes can ask for; a folder under the name counts as well.
+    // Files take every name of the next five minutes, and folders the first numbered one.
     for (int second = 0; second < 300; ++second) {
         const QString date = now.addSecs(second).toString(u"yyyyMMdd'T'HHmmss'Z'"_s);
         ScratchFolder::writeTo(folder.path("preferences.damaged-" + date.toStdString() + ".json"), "old");

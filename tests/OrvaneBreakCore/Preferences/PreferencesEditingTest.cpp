@@ -14,7 +14,7 @@ namespace {
 
 const QString key = u"key"_s;
 
-/// Makes the kernel refuse every inotify instance to this process alone.
+/// Makes the kernel refuse inotify to this process.
 bool forbidInotify()
 {
     if (unshare(CLONE_NEWUSER) != 0)
@@ -25,7 +25,7 @@ bool forbidInotify()
 
 } // namespace
 
-/// The file is changed by others while the program runs.
+/// Other programs change the file while this one runs.
 class PreferencesEditingTest : public QObject
 {
     Q_OBJECT
@@ -43,8 +43,8 @@ private Q_SLOTS:
     void aParentReplacedByAFileIsNoticedAtTheNextChange();
     void readsTakeTheValuesFromMemory();
     void ownChangesAreNotReadBack();
-    void aChangeByOthersBeforeOurOwnIsKept();
-    void aValueIsComparedWithTheFileOfNow();
+    void anotherProgramsChangeIsKept();
+    void aValueIsComparedWithTheCurrentFile();
     void twoInstancesSeeEachOther();
     void withoutInotifyChangesAreSeenToo();
 };
@@ -161,7 +161,7 @@ void PreferencesEditingTest::readsTakeTheValuesFromMemory()
     const ScratchFolder folder;
     folder.write(R"({"key": 1})");
     const JsonPreferences preferences(folder.file());
-    // The kernel tells of a change when the file is closed: what is written before shows who reads the disk.
+    // inotify reports the change when the file is closed; until then only a disk read would see it.
     QFile file(folder.file());
     QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
     QCOMPARE(file.write(R"({"key": 2})"), 10);
@@ -183,7 +183,7 @@ void PreferencesEditingTest::ownChangesAreNotReadBack()
     QCOMPARE(preferences.integer(key), 2);
 }
 
-void PreferencesEditingTest::aChangeByOthersBeforeOurOwnIsKept()
+void PreferencesEditingTest::anotherProgramsChangeIsKept()
 {
     const ScratchFolder folder;
     folder.write(R"({"key": 1, "other": 1})");
@@ -194,7 +194,7 @@ void PreferencesEditingTest::aChangeByOthersBeforeOurOwnIsKept()
     QCOMPARE(JsonPreferences(folder.file()).integer(u"other"_s), 2);
 }
 
-void PreferencesEditingTest::aValueIsComparedWithTheFileOfNow()
+void PreferencesEditingTest::aValueIsComparedWithTheCurrentFile()
 {
     const ScratchFolder folder;
     folder.write(R"({"key": 1})");
@@ -238,7 +238,7 @@ void PreferencesEditingTest::withoutInotifyChangesAreSeenToo()
         return preferences.value(key).isUndefined() ? 0 : 4;
     });
     if (status == skipped)
-        QSKIP("the kernel does not let this process have its own limits");
+        QSKIP("this process may not lower its own limits");
     QCOMPARE(status, 0);
 }
 

@@ -24,7 +24,7 @@ constexpr uid_t nobody = 65534;
 const dev_t endlessZeros = makedev(1, 5);
 using Create = int (*)(const char *path);
 
-/// Gives up the rights of the superuser, whom no mode keeps from reading, as long as it lives.
+/// Drops the rights of the superuser, which override file modes, for its lifetime.
 class OrdinaryUser
 {
 public:
@@ -37,7 +37,7 @@ public:
     ~OrdinaryUser()
     {
         if (seteuid(m_old) != 0)
-            qFatal("cannot become the old user again");
+            qFatal("cannot restore the user");
     }
     OrdinaryUser(const OrdinaryUser &) = delete;
     OrdinaryUser &operator=(const OrdinaryUser &) = delete;
@@ -58,7 +58,7 @@ void limitFileSize(rlim_t bytes)
 
 } // namespace
 
-/// The path leads to something that can be neither read nor replaced.
+/// The file cannot be read or replaced.
 class PreferencesFailureTest : public QObject
 {
     Q_OBJECT
@@ -67,15 +67,15 @@ private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
     void anUnreadableFileIsNeverReplaced();
     void aReadOnlyFolderKeepsTheValuesInMemory();
-    void whatIsNoFileStays_data();
-    void whatIsNoFileStays();
+    void specialFilesStay_data();
+    void specialFilesStay();
     void aParentThatIsAFileKeepsTheValuesInMemory();
     void aFullDiskLeavesTheOldFile();
-    void aDiskThatBreaks_data();
-    void aDiskThatBreaks();
-    void whatCouldNotBeReadAgainIsNotWritten();
+    void failingDisk_data();
+    void failingDisk();
+    void aTooLargeValueIsNotWritten();
     void abandonedTemporaryFilesAreRemoved();
-    void aFolderLockedByAnotherProcessIsNotWaitedForLong();
+    void theWaitForALockedFolderIsShort();
 };
 
 void PreferencesFailureTest::anUnreadableFileIsNeverReplaced()
@@ -123,7 +123,7 @@ void PreferencesFailureTest::aReadOnlyFolderKeepsTheValuesInMemory()
     QCOMPARE(folder.aside(folder.asideNames().value(0)), "damage"_ba);
 }
 
-void PreferencesFailureTest::whatIsNoFileStays_data()
+void PreferencesFailureTest::specialFilesStay_data()
 {
     QTest::addColumn<Create>("create");
     QTest::newRow("folder") << Create([](const char *path) { return mkdir(path, 0700); });
@@ -131,18 +131,17 @@ void PreferencesFailureTest::whatIsNoFileStays_data()
     QTest::newRow("socket") << Create([](const char *path) { return mknod(path, S_IFSOCK | 0600, 0); });
     QTest::newRow("device") << Create(
         [](const char *path) { return mknod(path, S_IFCHR | 0600, endlessZeros); });
-    QTest::newRow("endless link") << Create(
+    QTest::newRow("link to itself") << Create(
         [](const char *path) { return symlink("preferences.json", path); });
 }
 
-void PreferencesFailureTest::whatIsNoFileStays()
+void PreferencesFailureTest::specialFilesStay()
 {
     QFETCH(const Create, create);
-    // Whatever goes wrong here happens to things inside the folder: no device of the machine is ever linked
-    // to.
+    // Created inside the folder, so that a failure of this test cannot damage a real device.
     const ScratchFolder folder;
     if (create(folder.file().c_str()) != 0)
-        QSKIP("this process must not create such a thing");
+        QSKIP("this process may not create such a file");
     const auto type = std::filesystem::symlink_status(folder.file()).type();
     JsonPreferences preferences(folder.file());
     QVERIFY(preferences.value(key).isUndefined());
@@ -196,7 +195,7 @@ void PreferencesFailureTest::aFullDiskLeavesTheOldFile()
     QCOMPARE(preferences.integer(u"other"_s), 2);
 }
 
-void PreferencesFailureTest::aDiskThatBreaks_data()
+void PreferencesFailureTest::failingDisk_data()
 {
     QTest::addColumn<int>("failures");
     QTest::addColumn<QByteArray>("before");
@@ -207,13 +206,13 @@ void PreferencesFailureTest::aDiskThatBreaks_data()
     }
 }
 
-void PreferencesFailureTest::aDiskThatBreaks()
+void PreferencesFailureTest::failingDisk()
 {
     QFETCH(const int, failures);
     QFETCH(const QByteArray, before);
     const bool isDamaged = before == "{";
     constexpr int wrong = 1;
-    constexpr int unbroken = 2;
+    constexpr int withoutFailure = 2;
     int status = 0;
     for (int call = 1; status == 0; ++call) {
         QVERIFY(call < 200);
@@ -225,27 +224,27 @@ void PreferencesFailureTest::aDiskThatBreaks()
             preferences.setValue(key, 2);
             if (preferences.integer(key) != 2)
                 return wrong;
-            return SystemCalls::count() < call ? unbroken : 0;
+            return SystemCalls::count() < call ? withoutFailure : 0;
         });
-        // What was there before is there in one of its two places, and nothing else is taken for it.
+        // A damaged file is still in place or was renamed; a good one was never renamed.
         const QStringList aside = folder.asideNames();
         const bool isUntouched = folder.bytes() == before;
         if (isDamaged)
             QVERIFY(isUntouched || (aside.size() == 1 && folder.aside(aside.constFirst()) == before));
         else
             QVERIFY(aside.isEmpty());
-        JsonPreferences mended(folder.file());
-        mended.setValue(u"other"_s, 3);
-        QCOMPARE(mended.integer(u"kept"_s), isDamaged ? std::nullopt : std::optional(1));
-        const bool isStored = mended.integer(key) == 2;
+        JsonPreferences later(folder.file());
+        later.setValue(u"other"_s, 3);
+        QCOMPARE(later.integer(u"kept"_s), isDamaged ? std::nullopt : std::optional(1));
+        const bool isStored = later.integer(key) == 2;
         QVERIFY(isStored || isUntouched || isDamaged);
-        QVERIFY(isStored || status != unbroken);
+        QVERIFY(isStored || status != withoutFailure);
         QCOMPARE(folder.names().size(), isDamaged ? 2 : 1);
     }
-    QCOMPARE(status, unbroken);
+    QCOMPARE(status, withoutFailure);
 }
 
-void PreferencesFailureTest::whatCouldNotBeReadAgainIsNotWritten()
+void PreferencesFailureTest::aTooLargeValueIsNotWritten()
 {
     const ScratchFolder folder;
     JsonPreferences preferences(folder.file());
@@ -260,10 +259,10 @@ void PreferencesFailureTest::whatCouldNotBeReadAgainIsNotWritten()
 void PreferencesFailureTest::abandonedTemporaryFilesAreRemoved()
 {
     const ScratchFolder folder;
-    const QStringList ofTheUser{u".preferences.json.0123456789abcdeF.tmp"_s,
-                                u".preferences.json.0123456789abcdef0.tmp"_s, u".preferences.json.tmp"_s,
-                                u".preferences.json.swp"_s, u"preferences.json~"_s};
-    for (const QString &name : ofTheUser)
+    const QStringList foreignFiles{u".preferences.json.0123456789abcdeF.tmp"_s,
+                                   u".preferences.json.0123456789abcdef0.tmp"_s, u".preferences.json.tmp"_s,
+                                   u".preferences.json.swp"_s, u"preferences.json~"_s};
+    for (const QString &name : foreignFiles)
         ScratchFolder::writeTo(folder.path(name.toStdString()), "mine");
     ScratchFolder::writeTo(folder.path(".preferences.json.0123456789abcdef.tmp"), "{");
     const std::filesystem::path inUse = folder.path(".preferences.json.0000000000000000.tmp");
@@ -275,11 +274,11 @@ void PreferencesFailureTest::abandonedTemporaryFilesAreRemoved()
     close(descriptor);
     JsonPreferences(folder.file()).setValue(key, 2);
     const QStringList names = folder.names();
-    QCOMPARE(QSet<QString>(names.cbegin(), names.cend()), QSet<QString>(ofTheUser.cbegin(), ofTheUser.cend())
-                                                              << u"preferences.json"_s);
+    QCOMPARE(QSet<QString>(names.cbegin(), names.cend()),
+             QSet<QString>(foreignFiles.cbegin(), foreignFiles.cend()) << u"preferences.json"_s);
 }
 
-void PreferencesFailureTest::aFolderLockedByAnotherProcessIsNotWaitedForLong()
+void PreferencesFailureTest::theWaitForALockedFolderIsShort()
 {
     const ScratchFolder folder;
     const int descriptor = open(folder.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

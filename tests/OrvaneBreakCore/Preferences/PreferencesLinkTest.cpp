@@ -14,7 +14,7 @@ const QString key = u"key"_s;
 
 } // namespace
 
-/// The file lies elsewhere, behind symbolic links.
+/// The file is behind symbolic links.
 class PreferencesLinkTest : public QObject
 {
     Q_OBJECT
@@ -23,9 +23,9 @@ private Q_SLOTS:
     void init() { QTest::failOnWarning(QRegularExpression(u".*"_s)); }
     void aLinkIsFollowed();
     void changesBehindALinkAreSeen();
-    void aLinkLedElsewhereIsSeen();
+    void aChangedLinkIsSeen();
     void aNewLinkIsSeen();
-    void aDanglingLinkIsFilled();
+    void theTargetOfADanglingLinkIsCreated();
 };
 
 void PreferencesLinkTest::aLinkIsFollowed()
@@ -61,7 +61,7 @@ void PreferencesLinkTest::changesBehindALinkAreSeen()
     QCOMPARE(preferences.integer(key), 4);
 }
 
-void PreferencesLinkTest::aLinkLedElsewhereIsSeen()
+void PreferencesLinkTest::aChangedLinkIsSeen()
 {
     const ScratchFolder folder;
     ScratchFolder::writeTo(folder.path("first"), R"({"key": 1})");
@@ -87,7 +87,7 @@ void PreferencesLinkTest::aNewLinkIsSeen()
     QCOMPARE(preferences.integer(key), 1);
 }
 
-void PreferencesLinkTest::aDanglingLinkIsFilled()
+void PreferencesLinkTest::theTargetOfADanglingLinkIsCreated()
 {
     const ScratchFolder folder;
     std::filesystem::create_symlink("target", folder.file());

@@ -18,20 +18,20 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kills = 300;
-constexpr quint32 longestDelayInMicroseconds = 15'000;
-constexpr qint64 largestFiller = 60'000;
+constexpr quint32 maxDelayMicroseconds = 15'000;
+constexpr qint64 maxFillerSize = 60'000;
 const QString recordKey = u"record"_s;
 
-/// What the writer stores as generation `generation`: every part can be worked out from the number.
+/// The record of a generation. All its members follow from the number.
 QJsonObject record(qint64 generation)
 {
-    const qsizetype size = generation * 7919 % largestFiller;
+    const qsizetype size = generation * 7919 % maxFillerSize;
     return {{u"generation"_s, generation},
             {u"filler"_s, QString(size, QChar(u'a' + static_cast<char16_t>(generation % 26)))},
             {u"opposite"_s, -generation}};
 }
 
-/// The generation in `json`, when it is one whole record.
+/// The generation of the record in `json`; absent unless the record is whole.
 std::optional<qint64> generationIn(const QByteArray &json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
@@ -54,7 +54,7 @@ std::optional<qint64> generationIn(const QByteArray &json)
     }
 }
 
-/// Starts a writer, kills it some time after its first change and returns once it is dead.
+/// Starts a writer, kills it `delay` after its first change, and waits for its end.
 void killOneWriter(const std::filesystem::path &file, std::chrono::microseconds delay)
 {
     int ends[2] = {-1, -1};
@@ -74,7 +74,7 @@ void killOneWriter(const std::filesystem::path &file, std::chrono::microseconds 
     QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
 }
 
-/// Counts up to `last` under `key` of its own and returns 0 when nobody undid a step.
+/// Counts up to `last` under `key`; returns 0 when no step was lost.
 int countUp(const std::filesystem::path &file, const QString &key, int last)
 {
     JsonPreferences preferences(file);
@@ -88,7 +88,7 @@ int countUp(const std::filesystem::path &file, const QString &key, int last)
 
 } // namespace
 
-/// Several processes, some of which die while they write.
+/// Several processes write, and some are killed while writing.
 class PreferencesTortureTest : public QObject
 {
     Q_OBJECT
@@ -105,7 +105,7 @@ void PreferencesTortureTest::killedWritersLeaveAWholeFile()
     qint64 lastGeneration = 0;
     int killedWhileWriting = 0;
     for (int number = 0; number < kills; ++number) {
-        killOneWriter(folder.file(), std::chrono::microseconds(random.bounded(longestDelayInMicroseconds)));
+        killOneWriter(folder.file(), std::chrono::microseconds(random.bounded(maxDelayMicroseconds)));
         if (QTest::currentTestFailed())
             return;
         const std::optional<qint64> generation = generationIn(folder.bytes());

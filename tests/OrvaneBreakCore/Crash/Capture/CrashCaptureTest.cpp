@@ -12,13 +12,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patienceMilliseconds = 20'000;
-constexpr int mostLines = 30;
+constexpr int timeoutMilliseconds = 20'000;
+constexpr int maxLines = 30;
 
-/// What a process left behind that crashed.
+/// The outcome of a crash.
 struct Crash
 {
-    int signal = 0; ///< What it died of; 0 when it did not.
+    int signal = 0; ///< The signal that ended the process; 0 when none did.
     QByteArray text;
     QString message;
     QStringList stack;
@@ -37,7 +37,7 @@ public:
         return folder.path("data/OrvaneBreak/pending-crash.txt");
     }
 
-    /// Has the program crash and reads what it left.
+    /// Runs the crashing program and reads its report.
     [[nodiscard]] Crash run(const QString &kind, const QString &shortage = {}) const
     {
         QProcess process;
@@ -49,10 +49,10 @@ public:
         if (!shortage.isEmpty())
             arguments.append(shortage);
         process.start(QStringLiteral(ORVANE_CRASHER), arguments);
-        if (!process.waitForFinished(patienceMilliseconds))
+        if (!process.waitForFinished(timeoutMilliseconds))
             qFatal("the program does not end");
         Crash crash;
-        // The toolkit gives the number of the signal in place of the status.
+        // After a crash QProcess returns the number of the signal as the exit code.
         crash.signal = process.exitStatus() == QProcess::CrashExit ? process.exitCode() : 0;
         crash.text = ScratchFolder::bytesOf(report());
         const QStringList pieces = QString::fromUtf8(crash.text).split(u"\n---\n"_s);
@@ -91,7 +91,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyEndIsReported_data()
+    void crashesAreReported_data()
     {
         QTest::addColumn<int>("signal");
         QTest::addColumn<QString>("message");
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QTest::newRow("terminate") << SIGABRT << u"Exception: terminate : "_s << u"crash"_s;
     }
 
-    void everyEndIsReported()
+    void crashesAreReported()
     {
         QFETCH(const int, signal);
         QFETCH(const QString, message);
@@ -133,11 +133,11 @@ private Q_SLOTS:
         QCOMPARE(crash.signal, signal);
         QCOMPARE(crash.message, message);
         QVERIFY2(crash.stack.join(u'\n').contains(function), crash.text.constData());
-        QVERIFY(crash.stack.size() <= mostLines);
+        QVERIFY(crash.stack.size() <= maxLines);
         QVERIFY(!crash.text.endsWith('\n'));
     }
 
-    void anExceptionBeginsWhereItWasThrown()
+    void theStackOfAnExceptionBeginsWhereItWasThrown()
     {
         const CrashPlace place;
         const QStringList stack = place.run(u"throw exception"_s).stack;
@@ -153,11 +153,11 @@ private Q_SLOTS:
         QVERIFY2(stack.last().contains("callNowhere"_L1), qPrintable(stack.last()));
     }
 
-    void deepStacksAreCut()
+    void deepStacksAreTruncated()
     {
         const CrashPlace place;
         const QStringList stack = place.run(u"deep"_s).stack;
-        QCOMPARE(stack.size(), mostLines);
+        QCOMPARE(stack.size(), maxLines);
         static const QRegularExpression form(
             uR"(^(\d+) (orvanebreak|\S+\.so\S*) 0x[0-9a-f]+( \S+ \+ \d+)?$)"_s);
         for (qsizetype index = 0; index < stack.size(); ++index) {
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(ScratchFolder::status(place.report().parent_path()).st_mode & 07777U, 0700U);
     }
 
-    void theSecondOfTwoCrashesStays()
+    void aNewReportReplacesTheOldOne()
     {
         const CrashPlace place;
         QCOMPARE(place.run(u"signal 11"_s).message, u"Signal 11"_s);
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(crash.message, u"Signal 8"_s);
     }
 
-    void aFolderThatCannotBeMadeLosesTheReportAlone()
+    void withoutItsFolderOnlyTheReportIsLost()
     {
         const CrashPlace place;
         ScratchFolder::writeTo(place.folder.path("data"), "in the way");
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(ScratchFolder::bytesOf(place.folder.path("precious")), QByteArray("precious"));
     }
 
-    void aThousandCrashesEndAtOnceAndLeaveWholeFiles()
+    void aThousandCrashesEndAtOnceWithWholeReports()
     {
         const QStringList kinds{u"signal 11"_s, u"thread signal 6"_s, u"bad free"_s,    u"throw exception"_s,
                                 u"overflow"_s,  u"corrupt heap"_s,    u"two threads"_s, u"nowhere"_s};

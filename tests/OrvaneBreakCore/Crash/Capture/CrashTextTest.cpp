@@ -24,7 +24,7 @@ private Q_SLOTS:
         QCOMPARE(text.view(), std::string_view());
     }
 
-    void whatDoesNotFitIsDropped()
+    void excessTextIsDropped()
     {
         CrashText text;
         const std::string line(1000, 'x');
@@ -34,7 +34,7 @@ private Q_SLOTS:
         QCOMPARE(text.view().substr(0, line.size()), std::string_view(line));
     }
 
-    void theUserIsLeftOut_data()
+    void theUserIsNotNamed_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
@@ -54,7 +54,7 @@ private Q_SLOTS:
                                  << "";
     }
 
-    void theUserIsLeftOut()
+    void theUserIsNotNamed()
     {
         QFETCH(const QString, text);
         QFETCH(const QString, expected);
@@ -63,7 +63,7 @@ private Q_SLOTS:
 
     void noUserLeavesTheTextAlone() { QCOMPARE(withoutUser("a /b", "/", ""), std::string("a /b")); }
 
-    void namesAreFoundInTheProgram()
+    void addressesOutsideTheProgramHaveNoName()
     {
         const ProgramSymbols symbols;
         QVERIFY(!symbols.find(0));

@@ -24,8 +24,8 @@ QByteArray partWith(const QByteArray &range, const QByteArray &body)
 
 struct Fixture
 {
-    explicit Fixture(std::chrono::milliseconds silence = 20s)
-        : downloads(silence)
+    explicit Fixture(std::chrono::milliseconds inactivityTimeout = 20s)
+        : downloads(inactivityTimeout)
     {
     }
 
@@ -43,7 +43,7 @@ struct Fixture
     {
         received += bytes;
         largestPiece = std::max(largestPiece, bytes.size());
-        if (endsAtData)
+        if (destroysExchangeOnData)
             exchange.reset();
     }
 
@@ -57,12 +57,12 @@ struct Fixture
     std::vector<End> ends;
     QByteArray received;
     qsizetype largestPiece = 0;
-    bool endsAtData = false;
+    bool destroysExchangeOnData = false;
 };
 
 } // namespace
 
-/// The downloads over real sockets of this machine.
+/// Downloads over sockets of this machine.
 class NetworkDownloadsTest : public QObject
 {
     Q_OBJECT
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QVERIFY(f.isUntouched());
     }
 
-    static void aServerThatKnowsNoRanges()
+    static void aServerWithoutRangesSendsTheWholeFile()
     {
         Fixture f;
         f.server.reply = answerWith("200 OK", "archive");
@@ -154,7 +154,7 @@ private Q_SLOTS:
         }
     }
 
-    static void troubleThatMayPass()
+    static void temporaryServerErrors()
     {
         for (const QByteArray &status :
              {QByteArray("500 Trouble"), QByteArray("503 Busy"), QByteArray("429 Slower")}) {
@@ -166,7 +166,7 @@ private Q_SLOTS:
         }
     }
 
-    static void whatArrivedBeforeABreakIsDelivered()
+    static void dataBeforeABreakIsDelivered()
     {
         Fixture f;
         f.server.reply = "HTTP/1.1 200 OK\r\nContent-Length: 7\r\n\r\narc";
@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(f.received, "arc");
     }
 
-    static void silenceBreaks()
+    static void anInactiveServerBreaksTheExchange()
     {
         for (const QByteArray &reply :
              {QByteArray(), QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 7\r\n\r\narc")}) {
@@ -188,14 +188,14 @@ private Q_SLOTS:
         }
     }
 
-    static void nobodyThere()
+    static void aClosedPort()
     {
         Fixture f;
         f.get(QUrl(u"http://127.0.0.1:1/"_s), 0);
         QTRY_VERIFY(f.hasEndedWith(End::Broken));
     }
 
-    static void forbiddenAddressesAreNotCalled()
+    static void forbiddenAddressesAreNotContacted()
     {
         Fixture f;
         f.get(QUrl(u"http://example.invalid/"_s), 0);
@@ -203,7 +203,7 @@ private Q_SLOTS:
         QTRY_VERIFY(f.hasEndedWith(End::Refused));
     }
 
-    static void redirectsToUnsafePlacesAreNotFollowed()
+    static void redirectsToForbiddenAddressesAreNotFollowed()
     {
         Fixture f;
         f.server.reply =
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QVERIFY(f.isUntouched());
     }
 
-    static void redirectsWithinThisMachineAre()
+    static void redirectsWithinThisMachineAreFollowed()
     {
         ScriptedServer target;
         target.reply = partWith("bytes 4-6/7", "ive");
@@ -226,7 +226,7 @@ private Q_SLOTS:
         QVERIFY(target.received.toLower().contains("\r\nrange: bytes=4-\r\n"));
     }
 
-    static void whatIsPackedIsNotUnpacked()
+    static void compressedContentIsNotDecompressed()
     {
         Fixture f;
         f.server.reply = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 6\r\n\r\npacked";
@@ -250,10 +250,10 @@ private Q_SLOTS:
         QVERIFY(forbidden.ends.empty());
     }
 
-    static void theReceiverMayDestroyIt()
+    static void theReceiverMayDestroyTheExchange()
     {
         Fixture f;
-        f.endsAtData = true;
+        f.destroysExchangeOnData = true;
         f.server.reply = "HTTP/1.1 200 OK\r\nContent-Length: 9000000\r\n\r\n" + QByteArray(300'000, 'x');
         f.get();
         QTRY_VERIFY(!f.received.isEmpty());

@@ -47,7 +47,7 @@ struct Fixture
 
 } // namespace
 
-/// The requests over real sockets of this machine.
+/// Requests over sockets of this machine.
 class NetworkHttpTest : public QObject
 {
     Q_OBJECT
@@ -62,7 +62,7 @@ private Q_SLOTS:
 
     static void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    static void sendsTheBodyAndBringsTheAnswer()
+    static void aRequestGetsAnAnswer()
     {
         Fixture f;
         f.server.reply = answerWith("200 OK", "{\"ok\":true}");
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QVERIFY(!f.server.received.toLower().contains("cookie"));
     }
 
-    static void refusalsAreAnswers()
+    static void errorStatusesAreAnswers()
     {
         for (const QByteArray &status :
              {QByteArray("500 Trouble"), QByteArray("404 Not Found"), QByteArray("401 No")}) {
@@ -92,7 +92,7 @@ private Q_SLOTS:
         }
     }
 
-    static void nobodyThereIsNoAnswer()
+    static void aClosedPortGivesNoAnswer()
     {
         Fixture f;
         f.sendTo(QUrl(u"http://127.0.0.1:1/"_s));
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(!f.answer);
     }
 
-    static void forbiddenAddressesAreNotCalled()
+    static void forbiddenAddressesAreNotContacted()
     {
         Fixture f;
         f.sendTo(QUrl(u"http://example.invalid/"_s));
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(f.answer);
     }
 
-    static void silenceAndDripsEndAtTheLimit()
+    static void slowAnswersEndAtTheLimit()
     {
         for (const QByteArray &reply :
              {QByteArray(), QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab")}) {
@@ -138,7 +138,7 @@ private Q_SLOTS:
         }
     }
 
-    static void largeAnswersAreAbandoned()
+    static void tooLargeAnswersAreCancelled()
     {
         const QByteArray mebibyte(1'048'576, 'x');
         Fixture whole;
@@ -158,12 +158,12 @@ private Q_SLOTS:
         QVERIFY(!endless.answer);
     }
 
-    static void brokenAnswersAreNone()
+    static void brokenAnswersAreIgnored()
     {
         for (const QByteArray &reply :
              {QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab"), QByteArray("nonsense\r\n\r\n")}) {
             Fixture f;
-            // The toolkit may ask again on a new connection, where nobody answers.
+            // Qt may retry on a new connection, which gets no answer.
             f.send(300ms);
             QTRY_VERIFY(f.server.socket && f.server.isWhole());
             f.server.socket->write(reply);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         }
     }
 
-    static void redirectsToUnsafePlacesAreNotFollowed()
+    static void redirectsToForbiddenAddressesAreNotFollowed()
     {
         Fixture f;
         f.server.reply =
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(!f.answer);
     }
 
-    static void redirectsWithinThisMachineAre()
+    static void redirectsWithinThisMachineAreFollowed()
     {
         ScriptedServer target;
         target.reply = answerWith("200 OK", "there");
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(f.answer->body, "there");
     }
 
-    static void aContextThatGoesTakesTheExchangeWithIt()
+    static void destroyingTheContextCancelsTheExchange()
     {
         Fixture f;
         f.send();
