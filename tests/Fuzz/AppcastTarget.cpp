@@ -22,11 +22,9 @@ void checkItem(const AppcastItem &item)
     require(Http::isAllowed(item.archive), "an archive is where the program may talk to");
     require(item.length > 0 && item.length <= archiveLimit, "an archive has a length within the limit");
     require(item.signature.size() == 64, "an archive has a signature");
-    require(item.title.size() <= lineLimit && item.displayVersion.size() <= lineLimit, "lines are short");
-    require(!item.displayVersion.isEmpty(), "there is a version to display");
+    require(!item.displayVersion.isEmpty() && item.displayVersion.size() <= lineLimit,
+            "the version to display is one short line");
     require(item.releaseNotes.size() <= notesLimit, "notes are short");
-    require(item.releaseNotesAddress.isEmpty() || Http::isAllowed(item.releaseNotesAddress),
-            "notes are where the program may talk to");
 }
 
 void checkChoice(const Appcast &feed)

@@ -106,12 +106,8 @@ std::optional<AppcastItem> Draft::item(const QXmlStreamAttributes &enclosure, Ad
     result.needsUnknownSystem = !minimum.isEmpty() && !result.minimumSystemVersion.isValid();
     result.isCritical = extended.contains(u"criticalUpdate"_s);
 
-    result.title = cut(plain.value(u"title"_s), lineLimit);
     result.date = parsedDate(plain.value(u"pubDate"_s));
     result.releaseNotes = cut(plain.value(u"description"_s), notesLimit);
-    const QUrl notes(extended.value(u"releaseNotesLink"_s).trimmed(), QUrl::StrictMode);
-    if (isAllowed(notes))
-        result.releaseNotesAddress = notes;
     return result;
 }
 

@@ -17,10 +17,8 @@ struct AppcastItem
 {
     UpdateVersion version;  ///< What is compared, and what the archive must contain; always valid.
     QString displayVersion; ///< What the user reads; the same text when the feed says nothing else.
-    QString title;
     QDateTime date;                     ///< Invalid when the feed does not tell.
     QString releaseNotes;               ///< Plain text, at most 20,000 characters; may be empty.
-    QUrl releaseNotesAddress;           ///< Empty, or an address that the program may talk to.
     QString operatingSystem;            ///< For example "linux"; empty when the feed does not tell.
     QString architecture;               ///< For example "x86_64"; empty when the feed does not tell.
     UpdateVersion minimumSystemVersion; ///< No version when every system will do.
