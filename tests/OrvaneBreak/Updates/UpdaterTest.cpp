@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList{loading});
     }
 
-    void laterPostponesAnUncriticalUpdateByADay()
+    void laterPostponesTheOfferByADayUnlessCritical()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -276,7 +276,7 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
-    void everythingCanBeCancelled()
+    void checksAndDownloadsCanBeCancelled()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();

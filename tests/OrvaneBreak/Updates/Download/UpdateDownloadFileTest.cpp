@@ -144,9 +144,9 @@ private Q_SLOTS:
     static void aDiskThatBreaks_data()
     {
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays broken") << SystemCalls::forEver;
-        QTest::newRow("one failure") << 1;
-        QTest::newRow("two failures") << 2;
+        QTest::newRow("disk broken") << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << 1;
+        QTest::newRow("two I/O errors") << 2;
     }
 
     static void aDiskThatBreaks()

@@ -155,11 +155,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<Failure>("failure");
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays full") << &SystemCalls::fillDiskBefore << SystemCalls::forEver;
-        QTest::newRow("full for a moment") << &SystemCalls::fillDiskBefore << 1;
-        QTest::newRow("stays broken") << &SystemCalls::breakDiskBefore << SystemCalls::forEver;
-        QTest::newRow("broken for a moment") << &SystemCalls::breakDiskBefore << 1;
-        QTest::newRow("broken for two moments") << &SystemCalls::breakDiskBefore << 2;
+        QTest::newRow("disk full") << &SystemCalls::fillDiskBefore << SystemCalls::forEver;
+        QTest::newRow("one full-disk error") << &SystemCalls::fillDiskBefore << 1;
+        QTest::newRow("disk broken") << &SystemCalls::breakDiskBefore << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << &SystemCalls::breakDiskBefore << 1;
+        QTest::newRow("two I/O errors") << &SystemCalls::breakDiskBefore << 2;
     }
 
     void failingDisk() const
@@ -184,9 +184,9 @@ private Q_SLOTS:
     static void diskBreaksAtTheFirstStart_data()
     {
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays broken") << SystemCalls::forEver;
-        QTest::newRow("for a moment") << 1;
-        QTest::newRow("for two moments") << 2;
+        QTest::newRow("disk broken") << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << 1;
+        QTest::newRow("two I/O errors") << 2;
     }
 
     void diskBreaksAtTheFirstStart() const
