@@ -5,7 +5,7 @@
 
 #include <QObject>
 
-/// The updater as the application sees it.
+/// The application's entry point to the updater.
 class SPUStandardUpdaterController final : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ public:
 
     [[nodiscard]] SPUUpdater &updater() { return m_updater; }
 
-    /// Looks for an update at the user's request and shows what comes of it.
+    /// See SPUUpdater::checkForUpdates().
     void checkForUpdates();
 
 private:

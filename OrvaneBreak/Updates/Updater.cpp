@@ -12,33 +12,31 @@
 #include <QSysInfo>
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
-#include <variant>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::seconds feedLimit = 30s;
+constexpr std::chrono::seconds feedTimeout = 30s;
 constexpr int statusOk = 200;
 
-/// A check that is due waits until the program has started.
+/// Delays the first check until the program is up.
 constexpr Interval startDelay = 3s;
 
-/// A version that has run for this long has started well.
-constexpr Interval trialLength = 10s;
+/// A version that runs for this long passes its trial.
+constexpr Interval trialDuration = 10s;
 
-/// Who wants to be asked later, or quits rarely, is asked again after this time.
+/// Time until a postponed question is asked again.
 constexpr Interval reminderDelay = 24h;
 
 constexpr Interval staleAfter = 24h * 30;
 
-UpdaterDriver::Offer offerOf(const AppcastItem &item, const UpdateVersion &installed,
-                             UpdateInstaller::Ability ability)
+bool canUpdate(const SPUUpdater::Configuration &configuration)
 {
-    return {item.displayVersion, installed.text(), item.releaseNotes,
-            ability == UpdateInstaller::Ability::Itself, ability != UpdateInstaller::Ability::NotAllowed};
+    return configuration.key && Http::isAllowed(configuration.feed) && configuration.installed.isValid();
 }
 
 } // namespace
@@ -62,16 +60,16 @@ SPUUpdater::SPUUpdater(Services services, Configuration configuration)
 
 void SPUUpdater::start()
 {
-    m_isStarted = true;
     const Date now = m_services.runLoop.now();
     m_earliestCheck = now + startDelay;
     if (m_services.installer.isOnTrial())
-        m_confirmation = m_services.runLoop.scheduleOnce(now + trialLength, trialLength,
+        m_confirmation = m_services.runLoop.scheduleOnce(now + trialDuration, trialDuration,
                                                          [this] { m_services.installer.confirm(); });
-    if (isOff())
+    if (!canUpdate(m_configuration))
         return;
-    awaitNextCheck();
-    const bool hasLaunched = m_settings.noteLaunch();
+    m_state = Idle();
+    scheduleChecks();
+    const bool hasLaunched = m_settings.recordLaunch();
     if (!hasLaunched || m_settings.automaticChecks())
         return;
     m_services.driver.askPermission([self = QPointer(this)](bool isAllowed) {
@@ -82,16 +80,27 @@ void SPUUpdater::start()
 
 void SPUUpdater::checkForUpdates()
 {
-    check(Occasion::AskedFor);
+    if (is<Off>()) {
+        const UpdaterText text = UpdaterTexts::notConfigured();
+        m_services.driver.tell(text.message, text.information);
+    } else if (is<Idle>()) {
+        check(Occasion::AskedFor);
+    } else if (is<Ready>()) {
+        offerRelaunch(Occasion::AskedFor);
+    } else {
+        work()->occasion = Occasion::AskedFor;
+        showProgress();
+    }
 }
 
 void SPUUpdater::installAtQuit()
 {
-    // Whoever gets as far as to quit has started well.
+    // A clean exit proves that this version starts.
     m_services.installer.confirm();
-    const bool isWanted = m_isAgreed || automaticallyDownloadsUpdates();
-    if (m_state == State::Ready && isWanted && m_services.installer.activate(m_item->version))
-        m_settings.setTriedVersion(m_item->version);
+    const auto *ready = std::get_if<Ready>(&m_state);
+    if (ready && (ready->isAgreed || automaticallyDownloadsUpdates()) &&
+        m_services.installer.activate(ready->item.version))
+        m_settings.setTriedVersion(ready->item.version);
 }
 
 std::chrono::seconds SPUUpdater::updateCheckInterval() const
@@ -102,7 +111,7 @@ std::chrono::seconds SPUUpdater::updateCheckInterval() const
 void SPUUpdater::setUpdateCheckInterval(std::chrono::seconds interval)
 {
     m_settings.setCheckInterval(interval);
-    awaitNextCheck();
+    scheduleChecks();
 }
 
 bool SPUUpdater::automaticallyChecksForUpdates() const
@@ -113,7 +122,7 @@ bool SPUUpdater::automaticallyChecksForUpdates() const
 void SPUUpdater::setAutomaticallyChecksForUpdates(bool checks)
 {
     m_settings.setAutomaticChecks(checks);
-    awaitNextCheck();
+    scheduleChecks();
 }
 
 bool SPUUpdater::automaticallyDownloadsUpdates() const
@@ -124,88 +133,90 @@ bool SPUUpdater::automaticallyDownloadsUpdates() const
 void SPUUpdater::setAutomaticallyDownloadsUpdates(bool downloads)
 {
     m_settings.setAutomaticDownloads(downloads);
-    if (!downloads && m_state == State::Downloading && !isAskedFor())
+    const auto *downloading = std::get_if<Downloading>(&m_state);
+    if (!downloads && downloading && downloading->occasion == Occasion::Unasked)
         cancel();
 }
 
-void SPUUpdater::awaitNextCheck()
+SPUUpdater::Work *SPUUpdater::work()
+{
+    return std::visit(
+        [](auto &state) -> Work * {
+            if constexpr (std::is_base_of_v<Work, std::remove_reference_t<decltype(state)>>)
+                return &state;
+            else
+                return nullptr;
+        },
+        m_state);
+}
+
+void SPUUpdater::scheduleChecks()
 {
     m_firstCheck = {};
     m_regularCheck = {};
-    if (isOff() || !automaticallyChecksForUpdates())
+    if (is<Off>() || !automaticallyChecksForUpdates())
         return;
     const Interval interval = updateCheckInterval();
     const Date now = m_services.runLoop.now();
     const std::optional<Date> last = m_settings.lastCheck();
-    // A check in the future was made before the clock was set back.
+    // A last check in the future means that the clock was set back since.
     const Date due = last && *last <= now ? *last + interval : now;
-    const auto checkNow = [this] { check(Occasion::Unasked); };
+    const auto checkIfIdle = [this] {
+        if (is<Idle>())
+            check(Occasion::Unasked);
+    };
     if (due < now + interval)
-        m_firstCheck = m_services.runLoop.scheduleOnce(std::max(due, m_earliestCheck), 1s, checkNow);
-    m_regularCheck = m_services.runLoop.scheduleRepeating(interval, 1min, checkNow);
+        m_firstCheck = m_services.runLoop.scheduleOnce(std::max(due, m_earliestCheck), 1s, checkIfIdle);
+    m_regularCheck = m_services.runLoop.scheduleRepeating(interval, 1min, checkIfIdle);
 }
 
 void SPUUpdater::check(Occasion occasion)
 {
-    if (isOff()) {
-        m_services.driver.tell(UpdaterTexts::notConfigured().message,
-                               UpdaterTexts::notConfigured().information);
-        return;
-    }
-    if (m_state != State::Idle) {
-        if (occasion == Occasion::Unasked)
-            return;
-        m_occasion = Occasion::AskedFor;
-        if (m_state == State::Ready)
-            offerRelaunch(Occasion::AskedFor);
-        else
-            showProgress();
-        return;
-    }
-    m_state = State::Checking;
-    m_occasion = occasion;
+    auto exchange = std::make_unique<QObject>();
+    QObject &context = *exchange;
+    m_state = Checking{{occasion, u"Recherche de mises à jour…"_s}, std::move(exchange)};
     m_settings.setLastCheck(m_services.runLoop.now());
-    awaitNextCheck();
+    scheduleChecks();
     showProgress();
-    m_exchange = std::make_unique<QObject>();
-    m_services.http.get(m_configuration.feed, feedLimit, *m_exchange,
-                        [this](const std::optional<HttpAnswer> &answer) { judge(answer); });
+    m_services.http.get(m_configuration.feed, feedTimeout, context,
+                        [this](const std::optional<HttpAnswer> &answer) { receiveFeed(answer); });
 }
 
-void SPUUpdater::judge(const std::optional<HttpAnswer> &answer)
+void SPUUpdater::receiveFeed(const std::optional<HttpAnswer> &answer)
 {
-    // It is what is calling.
-    m_exchange.release()->deleteLater();
-    if (!answer || answer->status != statusOk) {
-        finish(UpdaterTexts::noFeed());
-        return;
-    }
-    const auto parsed = parseAppcast(answer->body, &Http::isAllowed);
-    const auto *feed = std::get_if<Appcast>(&parsed);
+    auto &checking = std::get<Checking>(m_state);
+    const Occasion occasion = checking.occasion;
+    // Called from its own callback, so deletion is deferred.
+    checking.exchange.release()->deleteLater();
+    m_state = Idle();
+    const std::optional<Appcast> feed =
+        answer && answer->status == statusOk ? parseAppcast(answer->body, &Http::isAllowed) : std::nullopt;
     if (!feed) {
-        finish(UpdaterTexts::noFeed());
+        finish(occasion, UpdaterTexts::noFeed());
         return;
     }
-    noteSuccess(*feed);
-    const auto choice = chooseUpdate(*feed, circumstances());
+    recordSuccess(*feed);
+    const auto choice = chooseUpdate(*feed, circumstances(occasion));
     if (const auto *item = std::get_if<AppcastItem>(&choice))
-        take(*item);
+        handleUpdate(*item, occasion);
     else
-        finish(UpdaterTexts::noUpdate(std::get<NoUpdate>(choice), m_configuration.installed.text()));
+        finish(occasion,
+               UpdaterTexts::noUpdate(std::get<NoUpdate>(choice), m_configuration.installed.text()));
 }
 
-void SPUUpdater::noteSuccess(const Appcast &feed)
+void SPUUpdater::recordSuccess(const Appcast &feed)
 {
-    // Who plays an old feed again can keep updates away, but not unnoticed.
+    // A replayed feed can withhold updates but never counts as a successful check.
     const QDateTime newest = m_settings.newestFeed();
     if (newest.isValid() && (!feed.date.isValid() || feed.date < newest))
         return;
-    m_settings.setLastSuccess(m_services.runLoop.now());
-    if (feed.date.isValid() && feed.date <= circumstances().now.addDays(1))
+    const Date now = m_services.runLoop.now();
+    m_settings.setLastSuccess(now);
+    if (feed.date.isValid() && feed.date <= calendarDate(now).addDays(1))
         m_settings.setNewestFeed(feed.date);
 }
 
-UpdateCircumstances SPUUpdater::circumstances() const
+UpdateCircumstances SPUUpdater::circumstances(Occasion occasion) const
 {
     return {m_configuration.installed,
             u"linux"_s,
@@ -213,163 +224,152 @@ UpdateCircumstances SPUUpdater::circumstances() const
             m_configuration.systemVersion,
             calendarDate(m_services.runLoop.now()),
             m_settings.skippedVersion(),
-            isAskedFor()};
+            occasion == Occasion::AskedFor};
 }
 
-void SPUUpdater::take(const AppcastItem &item)
+void SPUUpdater::handleUpdate(const AppcastItem &item, Occasion occasion)
 {
-    m_state = State::Idle;
+    if (occasion == Occasion::AskedFor) {
+        m_services.driver.hideProgress();
+        offer(item, occasion);
+        return;
+    }
+    if (isPostponed(item))
+        return;
+    if (automaticallyDownloadsUpdates() && m_services.installer.ability() == UpdateInstaller::Ability::Itself)
+        download(item, occasion, false);
+    else if (!m_hasOpenOffer)
+        offer(item, occasion);
+}
+
+bool SPUUpdater::isPostponed(const AppcastItem &item) const
+{
+    // This version was rolled back at its first start and would be again.
+    if (item.version == m_settings.triedVersion())
+        return true;
     const std::optional<Date> remindAfter = m_settings.remindAfter();
     const Date now = m_services.runLoop.now();
-    // A date beyond the delay was kept before the clock was set back.
-    const bool isToWait = remindAfter && *remindAfter > now && *remindAfter <= now + reminderDelay;
-    // It was given up at its first start, and would be again.
-    const bool hasFailed = item.version == m_settings.triedVersion();
-    if (!isAskedFor() && (hasFailed || (isToWait && !item.isCritical)))
-        return;
-    const bool isSilent = !isAskedFor() && automaticallyDownloadsUpdates() &&
-                          m_services.installer.ability() == UpdateInstaller::Ability::Itself;
-    if (isSilent)
-        download(item);
-    else if (isAskedFor() || !m_isOffering)
-        offer(item);
+    // A date beyond the delay means that the clock was set back since.
+    return !item.isCritical && remindAfter && *remindAfter > now && *remindAfter <= now + reminderDelay;
 }
 
-void SPUUpdater::offer(const AppcastItem &item)
+void SPUUpdater::offer(const AppcastItem &item, Occasion occasion)
 {
-    if (isAskedFor())
-        m_services.driver.hideProgress();
-    m_isOffering = true;
     const UpdateInstaller::Ability ability = m_services.installer.ability();
-    m_services.driver.offerUpdate(offerOf(item, m_configuration.installed, ability), m_occasion,
-                                  [self = QPointer(this), item, ability](UpdaterDriver::Answer answer) {
-                                      if (!self)
-                                          return;
-                                      self->m_isOffering = false;
-                                      if (answer == UpdaterDriver::Answer::Skip)
-                                          self->m_settings.setSkippedVersion(item.version);
-                                      else if (answer == UpdaterDriver::Answer::Later)
-                                          self->m_settings.setRemindAfter(self->m_services.runLoop.now() +
-                                                                          reminderDelay);
-                                      else if (ability != UpdateInstaller::Ability::Itself)
-                                          self->m_services.openMakersPage();
-                                      else if (self->m_state == State::Idle) {
-                                          self->m_occasion = Occasion::AskedFor;
-                                          self->m_isAgreed = true;
-                                          self->download(item);
-                                      }
-                                  });
+    const bool installsItself = ability == UpdateInstaller::Ability::Itself;
+    m_hasOpenOffer = true;
+    m_services.driver.offerUpdate(
+        {item.displayVersion, m_configuration.installed.text(), item.releaseNotes, installsItself,
+         ability != UpdateInstaller::Ability::NotAllowed},
+        occasion, [self = QPointer(this), item, installsItself](UpdaterDriver::Answer answer) {
+            if (self)
+                self->handleAnswer(answer, item, installsItself);
+        });
 }
 
-void SPUUpdater::download(const AppcastItem &item)
+void SPUUpdater::handleAnswer(UpdaterDriver::Answer answer, const AppcastItem &item, bool installsItself)
 {
-    m_state = State::Downloading;
-    m_item = item;
+    m_hasOpenOffer = false;
+    if (answer == UpdaterDriver::Answer::Skip)
+        m_settings.setSkippedVersion(item.version);
+    else if (answer == UpdaterDriver::Answer::Later)
+        m_settings.setRemindAfter(m_services.runLoop.now() + reminderDelay);
+    else if (!installsItself)
+        m_services.openMakersPage();
+    else if (is<Idle>())
+        download(item, Occasion::AskedFor, true);
+}
+
+void SPUUpdater::download(const AppcastItem &item, Occasion occasion, bool isAgreed)
+{
+    const QString text = u"Téléchargement de OrvaneBreak %1…"_s.arg(item.displayVersion);
+    m_state = Downloading{{{occasion, text}, item, isAgreed}};
     showProgress();
     m_services.download.start(
         {item.archive, item.length, item.version.text()},
         [this, length = item.length](qint64 received) {
-            if (isAskedFor())
+            if (work()->occasion == Occasion::AskedFor)
                 m_services.driver.setProgress(static_cast<double>(received) / static_cast<double>(length));
         },
-        [this, item](const std::optional<QByteArray> &archive) { downloaded(item, archive); });
+        [this](const std::optional<QByteArray> &archive) { prepare(archive); });
 }
 
-void SPUUpdater::downloaded(const AppcastItem &item, const std::optional<QByteArray> &archive)
+void SPUUpdater::prepare(const std::optional<QByteArray> &archive)
 {
+    Downloading downloading = std::get<Downloading>(m_state);
     if (!archive) {
-        finish(UpdaterTexts::noDownload());
+        finish(downloading.occasion, UpdaterTexts::noDownload());
         return;
     }
-    m_state = State::Preparing;
+    downloading.progressText = u"Vérification et installation…"_s;
+    m_state = Preparing{downloading};
     showProgress();
-    m_services.installer.prepare(*archive, item, *this, [this, item](std::optional<UpdateFailure> failure) {
-        prepared(item, failure);
-    });
+    m_services.installer.prepare(*archive, downloading.item, *this,
+                                 [this](const UpdateInstaller::Result &result) { finishPreparing(result); });
 }
 
-void SPUUpdater::prepared(const AppcastItem &item, std::optional<UpdateFailure> failure)
+void SPUUpdater::finishPreparing(const UpdateInstaller::Result &result)
 {
-    if (failure) {
-        // The next check would bring the same archive.
+    const Preparing preparing = std::get<Preparing>(m_state);
+    if (const auto *failure = std::get_if<UpdateFailure>(&result)) {
+        // The next check would find the same archive.
         m_settings.setRemindAfter(m_services.runLoop.now() + reminderDelay);
-        finish(UpdaterTexts::failure(*failure));
+        finish(preparing.occasion, UpdaterTexts::failure(*failure));
         return;
     }
-    m_state = State::Ready;
-    if (isAskedFor())
+    m_state = Ready{preparing.item, preparing.isAgreed, {}};
+    const bool isAskedFor = preparing.occasion == Occasion::AskedFor;
+    if (isAskedFor)
         m_services.driver.hideProgress();
-    if (isAskedFor() || item.isCritical)
-        offerRelaunch(m_occasion);
+    if (isAskedFor || preparing.item.isCritical)
+        offerRelaunch(preparing.occasion);
     else
-        m_reminder = m_services.runLoop.scheduleOnce(m_services.runLoop.now() + reminderDelay, 1h,
-                                                     [this] { offerRelaunch(Occasion::Unasked); });
+        std::get<Ready>(m_state).reminder = m_services.runLoop.scheduleOnce(
+            m_services.runLoop.now() + reminderDelay, 1h, [this] { offerRelaunch(Occasion::Unasked); });
 }
 
 void SPUUpdater::offerRelaunch(Occasion occasion)
 {
-    m_services.driver.offerRelaunch(m_item->displayVersion, occasion, [self = QPointer(this)](bool isNow) {
-        if (!self || !isNow)
-            return;
-        self->m_isAgreed = true;
-        self->m_services.relaunch();
-    });
+    m_services.driver.offerRelaunch(std::get<Ready>(m_state).item.displayVersion, occasion,
+                                    [self = QPointer(this)](bool isNow) {
+                                        if (!self || !isNow)
+                                            return;
+                                        std::get<Ready>(self->m_state).isAgreed = true;
+                                        self->m_services.relaunch();
+                                    });
 }
 
 void SPUUpdater::showProgress()
 {
-    if (!isAskedFor())
+    if (work()->occasion == Occasion::Unasked)
         return;
-    const auto cancelled = [self = QPointer(this)] {
+    m_services.driver.showProgress(work()->progressText, [self = QPointer(this)] {
         if (self)
             self->cancel();
-    };
-    if (m_state == State::Checking)
-        m_services.driver.showProgress(u"Recherche de mises à jour…"_s, cancelled);
-    else if (m_state == State::Downloading)
-        m_services.driver.showProgress(u"Téléchargement de OrvaneBreak %1…"_s.arg(m_item->displayVersion),
-                                       cancelled);
-    else
-        m_services.driver.showProgress(u"Vérification et installation…"_s, cancelled);
+    });
 }
 
 void SPUUpdater::cancel()
 {
     m_services.driver.hideProgress();
-    m_occasion = Occasion::Unasked;
-    if (m_state == State::Downloading)
+    if (is<Downloading>())
         m_services.download.cancel();
-    if (m_state == State::Checking || m_state == State::Downloading) {
-        m_exchange.reset();
-        m_item.reset();
-        m_isAgreed = false;
-        m_state = State::Idle;
-    }
+    if (is<Checking>() || is<Downloading>())
+        m_state = Idle();
+    else if (is<Preparing>())
+        // What is being written cannot be stopped.
+        work()->occasion = Occasion::Unasked;
 }
 
-void SPUUpdater::finish(const UpdaterText &text)
+void SPUUpdater::finish(Occasion occasion, const UpdaterText &text)
 {
-    m_state = State::Idle;
-    m_item.reset();
-    m_isAgreed = false;
-    if (!isAskedFor())
+    m_state = Idle();
+    if (occasion == Occasion::Unasked)
         return;
     m_services.driver.hideProgress();
-    tell(text);
-    m_occasion = Occasion::Unasked;
-}
-
-void SPUUpdater::tell(const UpdaterText &text)
-{
     const std::optional<Date> success = m_settings.lastSuccess();
     const bool isStale = success && m_services.runLoop.now() - *success > staleAfter;
     const QString warning =
         isStale ? u"\n\n"_s + UpdaterTexts::staleWarning(calendarDate(*success)) : QString();
     m_services.driver.tell(text.message, text.information + warning);
-}
-
-bool SPUUpdater::isOff() const
-{
-    return !m_isStarted || !m_configuration.key || !Http::isAllowed(m_configuration.feed) ||
-           !m_configuration.installed.isValid();
 }

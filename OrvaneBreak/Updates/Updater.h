@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <variant>
 
 class Bundle;
 class Http;
@@ -24,14 +25,14 @@ class UpdateDownload;
 struct HttpAnswer;
 struct UpdaterText;
 
-/// Keeps the program current: looks for updates when it is time or the user asks, downloads, has them
-/// installed and begins with them at the end of the program. User-interface thread only; nothing waits.
+/// Checks for updates on schedule and on request, downloads them, has them installed beside the running
+/// version and makes them current when the program ends. User-interface thread only; nothing blocks.
 class SPUUpdater final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What the updater works with; the references outlive it.
+    /// The references outlive the updater.
     struct Services
     {
         RunLoop &runLoop;
@@ -44,7 +45,7 @@ public:
         std::function<void()> openMakersPage;
     };
 
-    /// What this build is, and where its updates come from.
+    /// This build, and the source of its updates.
     struct Configuration
     {
         QUrl feed;
@@ -53,80 +54,104 @@ public:
         QString architecture;
         UpdateVersion systemVersion; ///< No version when unknown.
 
-        /// What stands in the information dictionary under "SUFeedURL", "SUPublicEDKey" and
-        /// "CFBundleShortVersionString", for this machine.
+        /// Reads "SUFeedURL", "SUPublicEDKey" and "CFBundleShortVersionString" from the information
+        /// dictionary, and the rest from this machine.
         [[nodiscard]] static Configuration of(const Bundle &bundle);
     };
 
     SPUUpdater(Services services, Configuration configuration);
 
-    /// Begins to look for updates by itself, if the user wants that, and asks whether they do at the second
-    /// start. Without a key, or with a feed that the program may not talk to, it stays off and says so only
-    /// when the user asks for a check. Called once.
+    /// Starts automatic checks if the user wants them; from the second start on, asks a user who has not
+    /// decided. Without a key, a valid version and a feed address that the program may talk to, the updater
+    /// stays off, which it only tells a user who asks for a check. Called once.
     void start();
 
-    /// Looks for an update at the user's request. It always ends with an answer.
+    /// Checks at the user's request, and always shows a result.
     void checkForUpdates();
 
-    /// Ends the trial of this version, and makes an update that was downloaded the one that starts next: one
-    /// that the user agreed to, or any with automatic downloads on. Called once, when the program ends.
+    /// Ends the trial of the running version, and activates an update that is ready if the user agreed to it
+    /// or automatic downloads are on. Called once, when the program ends.
     void installAtQuit();
 
-    /// Time between two automatic checks, kept by the updater; one day until it is set.
+    /// Time between two automatic checks, kept by the updater; one day by default.
     [[nodiscard]] std::chrono::seconds updateCheckInterval() const;
     void setUpdateCheckInterval(std::chrono::seconds interval);
 
-    /// Whether to look for updates unasked; false until the user has decided.
+    /// Whether to check automatically; false until the user has decided.
     [[nodiscard]] bool automaticallyChecksForUpdates() const;
     void setAutomaticallyChecksForUpdates(bool checks);
 
-    /// Whether to install what was found unasked; false until the user has decided.
+    /// Whether to install updates without asking; false until the user has decided.
     [[nodiscard]] bool automaticallyDownloadsUpdates() const;
     void setAutomaticallyDownloadsUpdates(bool downloads);
 
 private:
-    enum class State
-    {
-        Idle,
-        Checking,
-        Downloading,
-        Preparing,
-        Ready ///< An update waits for the end of the program.
-    };
-
     using Occasion = UpdaterDriver::Occasion;
 
-    void awaitNextCheck();
+    struct Off ///< Not started, or not configured for updates.
+    {
+    };
+    struct Idle
+    {
+    };
+    struct Work
+    {
+        Occasion occasion;
+        QString progressText; ///< Shown while the user has asked for this.
+    };
+    struct Checking : Work
+    {
+        std::unique_ptr<QObject> exchange; ///< Context of the request.
+    };
+    struct Acquisition : Work
+    {
+        AppcastItem item;
+        bool isAgreed; ///< The user chose to install this update.
+    };
+    struct Downloading : Acquisition
+    {
+    };
+    struct Preparing : Acquisition
+    {
+    };
+    struct Ready ///< An update waits for the end of the program.
+    {
+        AppcastItem item;
+        bool isAgreed;
+        Timer reminder;
+    };
+    using State = std::variant<Off, Idle, Checking, Downloading, Preparing, Ready>;
+
+    template <typename Kind>
+    [[nodiscard]] bool is() const
+    {
+        return std::holds_alternative<Kind>(m_state);
+    }
+    [[nodiscard]] Work *work(); ///< Null when nothing is going on.
+    void scheduleChecks();
     void check(Occasion occasion);
-    void judge(const std::optional<HttpAnswer> &answer);
-    void noteSuccess(const Appcast &feed);
-    void take(const AppcastItem &item);
-    void offer(const AppcastItem &item);
-    void download(const AppcastItem &item);
-    void downloaded(const AppcastItem &item, const std::optional<QByteArray> &archive);
-    void prepared(const AppcastItem &item, std::optional<UpdateFailure> failure);
+    void receiveFeed(const std::optional<HttpAnswer> &answer);
+    void recordSuccess(const Appcast &feed);
+    [[nodiscard]] UpdateCircumstances circumstances(Occasion occasion) const;
+    void handleUpdate(const AppcastItem &item, Occasion occasion);
+    [[nodiscard]] bool isPostponed(const AppcastItem &item) const;
+    void offer(const AppcastItem &item, Occasion occasion);
+    void handleAnswer(UpdaterDriver::Answer answer, const AppcastItem &item, bool installsItself);
+    void download(const AppcastItem &item, Occasion occasion, bool isAgreed);
+    void prepare(const std::optional<QByteArray> &archive);
+    void finishPreparing(const UpdateInstaller::Result &result);
     void offerRelaunch(Occasion occasion);
     void showProgress();
     void cancel();
-    void finish(const UpdaterText &text);
-    void tell(const UpdaterText &text);
-    [[nodiscard]] bool isOff() const;
-    [[nodiscard]] bool isAskedFor() const { return m_occasion == Occasion::AskedFor; }
-    [[nodiscard]] UpdateCircumstances circumstances() const;
+    void finish(Occasion occasion, const UpdaterText &text);
 
     Services m_services;
     Configuration m_configuration;
     UpdaterSettings m_settings;
-    State m_state = State::Idle;
-    Occasion m_occasion = Occasion::Unasked; ///< Of what is going on.
-    std::optional<AppcastItem> m_item;       ///< What is downloaded, prepared or ready.
-    bool m_isStarted = false;
-    bool m_isAgreed = false;   ///< The user wants what is ready.
-    bool m_isOffering = false; ///< The user has been asked and has not answered.
+    State m_state;
+    bool m_hasOpenOffer = false; ///< In any state: the last offer of an update is not answered yet.
     Date m_earliestCheck;
     Timer m_firstCheck;
     Timer m_regularCheck;
     Timer m_confirmation;
-    Timer m_reminder;
-    std::unique_ptr<QObject> m_exchange; ///< Context of the check that goes on.
 };

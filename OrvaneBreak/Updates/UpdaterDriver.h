@@ -5,9 +5,8 @@
 
 #include <functional>
 
-/// What the updater asks and tells the user. A question that comes unasked keeps out of the way: it takes no
-/// focus, and waits while a break is on or another dialog is open. User-interface thread only; nothing waits
-/// for an answer.
+/// The updater's user interface. An unasked question takes no focus, and waits until no break and no other
+/// dialog is on screen. User-interface thread only; no call blocks until the user answers.
 class UpdaterDriver
 {
 public:
@@ -18,22 +17,22 @@ public:
         Unasked
     };
 
-    /// What the user wants done with an update.
+    /// The user's answer to an offer.
     enum class Answer
     {
-        Install, ///< Or, where somebody else installs it, open the makers' page.
+        Install, ///< Or open the makers' page, when the program cannot install the update.
         Later,
         Skip
     };
 
-    /// A version that can be had.
+    /// An available version.
     struct Offer
     {
         QString version;
         QString installed;
         QString notes;              ///< Plain text; may be empty.
         bool installsItself = true; ///< Otherwise the user gets it from the makers' page.
-        bool isAllowed = true;      ///< Whether the program could install it if it were not for its folder.
+        bool isAllowed = true;      ///< False when only the permissions of the installation prevent it.
     };
 
     UpdaterDriver() = default;
@@ -41,25 +40,25 @@ public:
     UpdaterDriver(const UpdaterDriver &) = delete;
     UpdaterDriver &operator=(const UpdaterDriver &) = delete;
 
-    /// Asks once whether to look for updates by itself.
+    /// Asks whether to check for updates automatically.
     virtual void askPermission(std::function<void(bool)> answered) = 0;
 
     virtual void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) = 0;
 
-    /// Asks whether to begin with the installed `version` at once; otherwise it begins with the next start.
+    /// Asks whether to restart into the prepared `version` now rather than use it from the next start on.
     virtual void offerRelaunch(const QString &version, Occasion occasion,
                                std::function<void(bool)> answered) = 0;
 
-    /// Shows what the updater is doing, instead of what it showed before; `cancelled` is called when the user
-    /// has had enough.
+    /// Shows `text` and an indeterminate progress bar, replacing the previous progress; `cancelled` is called
+    /// when the user cancels.
     virtual void showProgress(const QString &text, std::function<void()> cancelled) = 0;
 
-    /// How much of it is done, from 0 to 1. Does nothing while no progress is shown.
+    /// Sets the progress, from 0 to 1. Does nothing while no progress is shown.
     virtual void setProgress(double fraction) = 0;
 
-    /// Takes the progress away; does nothing while there is none.
+    /// Does nothing while no progress is shown.
     virtual void hideProgress() = 0;
 
-    /// Says how a check has ended that the user has asked for.
+    /// Shows the result of a check that the user asked for.
     virtual void tell(const QString &message, const QString &information) = 0;
 };

@@ -22,8 +22,8 @@ const QString remindKey = u"SURemindTime"_s;
 const QString feedDateKey = u"SUFeedDate"_s;
 
 constexpr qint64 defaultInterval = 86'400;
-constexpr qint64 shortestInterval = 60;
-constexpr qint64 longestInterval = 100LL * 365 * defaultInterval;
+constexpr qint64 minimumInterval = 60;
+constexpr qint64 maximumInterval = 100LL * 365 * defaultInterval;
 
 } // namespace
 
@@ -35,7 +35,7 @@ UpdaterSettings::UpdaterSettings(Preferences &store)
 std::chrono::seconds UpdaterSettings::checkInterval() const
 {
     const qint64 stored = m_store.integer(intervalKey).value_or(0);
-    return std::chrono::seconds(stored > 0 ? std::clamp(stored, shortestInterval, longestInterval)
+    return std::chrono::seconds(stored > 0 ? std::clamp(stored, minimumInterval, maximumInterval)
                                            : defaultInterval);
 }
 
@@ -84,7 +84,7 @@ void UpdaterSettings::setTriedVersion(const UpdateVersion &version)
     m_store.setValue(triedKey, version.text());
 }
 
-bool UpdaterSettings::noteLaunch()
+bool UpdaterSettings::recordLaunch()
 {
     const bool hasLaunched = m_store.boolean(launchedKey).value_or(false);
     m_store.setValue(launchedKey, true);

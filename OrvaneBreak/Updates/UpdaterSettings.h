@@ -11,16 +11,16 @@
 
 class Preferences;
 
-/// What the updater remembers, in a store of its own: the application's preferences hold none of it. Every
-/// value is read at each use. User-interface thread only.
+/// The updater's settings and state, in a store separate from the application's preferences. Every call reads
+/// the store. User-interface thread only.
 class UpdaterSettings
 {
 public:
     /// `store` outlives this object.
     explicit UpdaterSettings(Preferences &store);
 
-    /// "SUScheduledCheckInterval", in seconds; one day when missing or not positive, otherwise from a minute
-    /// to a century.
+    /// "SUScheduledCheckInterval", in seconds; one day when missing or not positive, otherwise limited to
+    /// between a minute and 100 years.
     [[nodiscard]] std::chrono::seconds checkInterval() const;
     void setCheckInterval(std::chrono::seconds interval);
 
@@ -36,17 +36,17 @@ public:
     [[nodiscard]] UpdateVersion skippedVersion() const;
     void setSkippedVersion(const UpdateVersion &version);
 
-    /// The version that was made to start last, kept under "SUTriedVersion"; no version when there was none.
-    /// A newer one than the one that runs has failed.
+    /// The version activated last, kept under "SUTriedVersion"; no version when there was none. It was rolled
+    /// back if it is newer than the running version.
     [[nodiscard]] UpdateVersion triedVersion() const;
     void setTriedVersion(const UpdateVersion &version);
 
-    /// Whether this is not the first start, kept under "SUHasLaunchedBefore"; remembers that there was one.
-    [[nodiscard]] bool noteLaunch();
+    /// Records a start under "SUHasLaunchedBefore"; returns whether there was one before.
+    [[nodiscard]] bool recordLaunch();
 
-    /// Dates; absent when missing or none. "SULastCheckTime" is that of the last attempt, "SULastSuccessTime"
-    /// that of the last one that brought a feed no older than any before, "SURemindTime" the one until which
-    /// the user does not want to be asked again.
+    /// Dates; absent when missing or invalid. "SULastCheckTime": the last check. "SULastSuccessTime": the
+    /// last check whose feed was not older than an earlier one. "SURemindTime": no unasked offer until then,
+    /// unless the update is critical.
     [[nodiscard]] std::optional<Date> lastCheck() const;
     void setLastCheck(Date date);
     [[nodiscard]] std::optional<Date> lastSuccess() const;
@@ -54,7 +54,7 @@ public:
     [[nodiscard]] std::optional<Date> remindAfter() const;
     void setRemindAfter(Date date);
 
-    /// The date of the newest feed so far, kept under "SUFeedDate".
+    /// The date of the newest feed so far, kept under "SUFeedDate"; invalid when missing.
     [[nodiscard]] QDateTime newestFeed() const;
     void setNewestFeed(const QDateTime &date);
 

@@ -7,31 +7,31 @@
 
 #include <QString>
 
-/// What the user is told.
+/// A message to the user, with an explanation.
 struct UpdaterText
 {
     QString message;
     QString information;
 };
 
-/// How the updater puts it to the user. Pure functions.
+/// The updater's messages. Pure functions.
 namespace UpdaterTexts {
 
-/// Why the updater does not work in this build.
+/// This build has no key or no valid feed.
 [[nodiscard]] UpdaterText notConfigured();
 
-/// The feed did not come, or is none.
+/// The feed could not be fetched or parsed.
 [[nodiscard]] UpdaterText noFeed();
 
-/// There is nothing to install, and why; `installed` is the version that runs.
+/// There is no update, and why; `installed` is the running version.
 [[nodiscard]] UpdaterText noUpdate(NoUpdate reason, const QString &installed);
 
-/// The download broke off for good.
+/// The download failed.
 [[nodiscard]] UpdaterText noDownload();
 
 [[nodiscard]] UpdaterText failure(UpdateFailure failure);
 
-/// What is added when no check has succeeded since `lastSuccess`.
+/// A warning that no check has succeeded since `lastSuccess`.
 [[nodiscard]] QString staleWarning(const QDateTime &lastSuccess);
 
 } // namespace UpdaterTexts

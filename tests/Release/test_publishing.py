@@ -236,7 +236,7 @@ class Feed(ToolCase):
         self.assertEqual(item.findtext(_NAMESPACE + "version"), "0.3.0")
         self.assertEqual(item.findtext(_NAMESPACE + "shortVersionString"), "0.3.0")
         self.assertEqual(item.findtext("description"), "### Added\n\n- L'œil cligne : <b> & \"co\".")
-        for absent in ("minimumSystemVersion", "criticalUpdate", "releaseNotesLink"):
+        for absent in ("minimumSystemVersion", "criticalUpdate"):
             self.assertIsNone(item.find(_NAMESPACE + absent))
         enclosure = item.find("enclosure")
         self.assertEqual(enclosure.get("url"), "https://example.org/t%C3%A9l%C3%A9chargements/" + archive.name)
@@ -249,12 +249,10 @@ class Feed(ToolCase):
         self.assertEqual(os.listdir(self.appcast.parent), ["appcast.xml"])
 
     def test_options(self):
-        self.publish_well("--critical", "--minimum-system-version", "6.1", "--release-notes-link", "https://example.org/n")
+        self.publish_well("--critical", "--minimum-system-version", "6.1")
         (item,) = self.items()
         self.assertIsNotNone(item.find(_NAMESPACE + "criticalUpdate"))
         self.assertEqual(item.findtext(_NAMESPACE + "minimumSystemVersion"), "6.1")
-        self.assertEqual(item.findtext(_NAMESPACE + "releaseNotesLink"), "https://example.org/n")
-        self.assertIsNone(item.find("description"))
 
     def test_grows_and_keeps_what_is_there(self):
         self.publish_well()

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-/// Writes down what it is to install, and ends it as the test says.
+/// Logs the calls, and finishes prepare() when the test says so.
 class FakeInstaller final : public UpdateInstaller
 {
 public:
@@ -18,15 +18,17 @@ public:
                  Completion completion) override
     {
         log.append(QStringLiteral("prepare %1 %2").arg(item.version.text(), QString::fromLatin1(archive)));
+        m_version = item.version;
         m_context = &context;
         m_completion = std::move(completion);
     }
 
-    /// Ends the preparation that goes on.
-    void finish(std::optional<UpdateFailure> failure = std::nullopt)
+    /// Finishes the current prepare().
+    void finish() { finish(m_version); }
+    void finish(const Result &result)
     {
         if (m_context)
-            std::exchange(m_completion, nullptr)(failure);
+            std::exchange(m_completion, nullptr)(result);
     }
 
     bool activate(const UpdateVersion &version) override
@@ -48,6 +50,7 @@ public:
     QStringList log;
 
 private:
+    UpdateVersion m_version;
     QPointer<QObject> m_context;
     Completion m_completion;
 };

@@ -43,9 +43,7 @@ inline QByteArray wholeItem(const QByteArray &version = "1.3")
 
 inline Appcast parsed(const QByteArray &bytes)
 {
-    const auto verdict = parseAppcast(bytes, &Http::isAllowed);
-    const auto *result = std::get_if<Appcast>(&verdict);
-    return result ? *result : Appcast();
+    return parseAppcast(bytes, &Http::isAllowed).value_or(Appcast());
 }
 
 } // namespace FeedMaker

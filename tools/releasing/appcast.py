@@ -26,9 +26,8 @@ class Release:
     signature: str
     architecture: str
     date: datetime.datetime
-    #: Plain text, shown if there is no link to a page.
+    #: Plain text.
     notes: str
-    notes_link: str | None = None
     minimum_system_version: str | None = None
     is_critical: bool = False
 
@@ -130,10 +129,7 @@ def _item(release):
         add(_extended("minimumSystemVersion"), release.minimum_system_version)
     if release.is_critical:
         add(_extended("criticalUpdate"))
-    if release.notes_link:
-        add(_extended("releaseNotesLink"), release.notes_link)
-    else:
-        add("description", release.notes, **{_extended("format"): "plain-text"})
+    add("description", release.notes, **{_extended("format"): "plain-text"})
     ElementTree.SubElement(item, "enclosure", {
         "url": release.url, "length": str(release.length), "type": _TYPE,
         _extended("edSignature"): release.signature, _extended("os"): "linux", _extended("arch"): release.architecture})

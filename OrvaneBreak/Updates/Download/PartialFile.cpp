@@ -30,7 +30,7 @@ FileDescriptor openPrivateFolder(const std::filesystem::path &path)
     return folder;
 }
 
-/// A second name would be a file of somebody else's that is written to.
+/// Rejects a file with a second hard link, which may be somebody else's file.
 bool isOwnFile(int file)
 {
     struct stat status = {};
@@ -66,7 +66,7 @@ PartialFile::PartialFile(FileDescriptor folder, std::string name)
 
 bool PartialFile::openFile()
 {
-    // Opening a device can have effects.
+    // Opening a device can have side effects, so the type is checked first.
     struct stat status = {};
     if (fstatat(m_folder.get(), m_name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode))
         m_file = openAt(m_folder, m_name, 0);

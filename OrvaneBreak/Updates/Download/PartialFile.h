@@ -9,27 +9,27 @@
 #include <optional>
 #include <string>
 
-/// What has arrived of a download, in a folder of the user's alone. What lies there under its name and is no
-/// file of this user's with that one name is replaced, never followed or written to. Any thread, one at a
-/// time.
+/// The received part of a download, in a folder that only the user can access. Under its name, anything but a
+/// regular file of this user with a single hard link is replaced, and never followed or written to. Any
+/// thread, one at a time.
 class PartialFile
 {
 public:
-    /// Opens the file "<name>.part" in `folder`, or makes both, and removes every other "*.part". Absent when
-    /// that cannot be: a full disk, a folder of somebody else.
+    /// Opens "<name>.part" in `folder`, creating both if necessary, and removes every other "*.part". Absent
+    /// on failure, for example when the disk is full or the folder belongs to somebody else.
     [[nodiscard]] static std::optional<PartialFile> open(const std::filesystem::path &folder,
                                                          const std::string &name);
 
     /// In bytes.
     [[nodiscard]] qint64 size() const;
 
-    /// Adds `bytes` at the end; false when not all of them could be written.
+    /// Returns false when not all of `bytes` could be written.
     [[nodiscard]] bool append(QByteArrayView bytes) const;
 
-    /// Drops the content; false when that failed.
+    /// Truncates the file to 0 bytes; false on failure.
     [[nodiscard]] bool clear() const;
 
-    /// The whole content; absent when it is not exactly `length` bytes or cannot be read.
+    /// The whole content; absent when it is not exactly `length` bytes long or cannot be read.
     [[nodiscard]] std::optional<QByteArray> read(qint64 length) const;
 
     void remove() const;

@@ -12,26 +12,26 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int mostVainAttempts = 5;
-constexpr Interval totalLimit = 2h;
-constexpr Interval limitTolerance = 1min;
-constexpr Interval firstPause = 1s;
-constexpr Interval pauseTolerance = 500ms;
-constexpr qsizetype versionLength = 64;
+constexpr int maxFailedAttempts = 5;
+constexpr Interval totalTimeout = 2h;
+constexpr Interval timeoutTolerance = 1min;
+constexpr Interval firstDelay = 1s;
+constexpr Interval delayTolerance = 500ms;
+constexpr qsizetype maxVersionLength = 64;
 constexpr qsizetype digestLength = 16;
 
-bool isFitForName(QChar character)
+bool isAllowedInName(QChar character)
 {
     return character == u'.' || character == u'-' ||
            (character.unicode() < 128 && character.isLetterOrNumber());
 }
 
-std::string nameOf(const UpdateDownload::Wanted &wanted)
+std::string fileName(const UpdateDownload::Request &request)
 {
-    QString version = wanted.version.left(versionLength);
-    std::ranges::replace_if(version, [](QChar character) { return !isFitForName(character); }, u'_');
-    const QByteArray identity = wanted.version.toUtf8() + '\n' + wanted.address.toEncoded() + '\n' +
-                                QByteArray::number(wanted.length);
+    QString version = request.version.left(maxVersionLength);
+    std::ranges::replace_if(version, [](QChar character) { return !isAllowedInName(character); }, u'_');
+    const QByteArray identity = request.version.toUtf8() + '\n' + request.address.toEncoded() + '\n' +
+                                QByteArray::number(request.length);
     const QByteArray digest = QCryptographicHash::hash(identity, QCryptographicHash::Sha256).toHex();
     return (version.toLatin1() + '-' + digest.first(digestLength)).toStdString();
 }
@@ -45,45 +45,45 @@ UpdateDownload::UpdateDownload(Downloads &downloads, RunLoop &runLoop, std::file
 {
 }
 
-void UpdateDownload::start(Wanted wanted, Progress onProgress, Completion onFinished)
+void UpdateDownload::start(Request request, Progress onProgress, Completion onFinished)
 {
     cancel();
-    m_wanted = std::move(wanted);
+    m_request = std::move(request);
     m_onProgress = std::move(onProgress);
     m_onFinished = std::move(onFinished);
-    m_most = 0;
-    m_vainAttempts = 0;
-    if (!Http::isAllowed(m_wanted.address) || m_wanted.length <= 0) {
+    m_highestReceived = 0;
+    m_failedAttempts = 0;
+    if (!Http::isAllowed(m_request.address) || m_request.length <= 0) {
         fail();
         return;
     }
-    m_file = PartialFile::open(m_folder, nameOf(m_wanted));
-    if (!m_file || (m_file->size() > m_wanted.length && !m_file->clear())) {
+    m_file = PartialFile::open(m_folder, fileName(m_request));
+    if (!m_file || (m_file->size() > m_request.length && !m_file->clear())) {
         fail();
         return;
     }
     m_received = m_file->size();
-    if (m_received == m_wanted.length) {
+    if (m_received == m_request.length) {
         end(Downloads::End::Complete);
         return;
     }
-    m_limit = m_runLoop.scheduleOnce(m_runLoop.now() + totalLimit, limitTolerance, [this] { fail(); });
-    ask();
+    m_timeout = m_runLoop.scheduleOnce(m_runLoop.now() + totalTimeout, timeoutTolerance, [this] { fail(); });
+    requestRest();
 }
 
 void UpdateDownload::cancel()
 {
-    ++m_start;
+    ++m_generation;
     m_exchange.reset();
-    m_pause.invalidate();
-    m_limit.invalidate();
+    m_retry.invalidate();
+    m_timeout.invalidate();
     m_file.reset();
 }
 
-void UpdateDownload::ask()
+void UpdateDownload::requestRest()
 {
-    m_most = std::max(m_most, m_received);
-    m_exchange = m_downloads.get(m_wanted.address, m_received,
+    m_highestReceived = std::max(m_highestReceived, m_received);
+    m_exchange = m_downloads.get(m_request.address, m_received,
                                  {[this](qint64 offset) { begin(offset); },
                                   [this](const QByteArray &bytes) { receive(bytes); },
                                   [this](Downloads::End how) { end(how); }});
@@ -98,24 +98,24 @@ void UpdateDownload::begin(qint64 offset)
         return;
     }
     m_received = 0;
-    tell();
+    reportProgress();
 }
 
 void UpdateDownload::receive(const QByteArray &bytes)
 {
-    if (bytes.size() > m_wanted.length - m_received || !m_file->append(bytes)) {
+    if (bytes.size() > m_request.length - m_received || !m_file->append(bytes)) {
         failWithoutFile();
         return;
     }
     m_received += bytes.size();
-    tell();
+    reportProgress();
 }
 
 void UpdateDownload::end(Downloads::End end)
 {
     m_exchange.reset();
-    if (m_received == m_wanted.length) {
-        std::optional<QByteArray> archive = m_file->read(m_wanted.length);
+    if (m_received == m_request.length) {
+        std::optional<QByteArray> archive = m_file->read(m_request.length);
         m_file->remove();
         finish(std::move(archive));
     } else if (end == Downloads::End::Refused) {
@@ -124,24 +124,24 @@ void UpdateDownload::end(Downloads::End end)
         failWithoutFile();
     } else {
         m_received = end == Downloads::End::OtherRange ? 0 : m_received;
-        tryAgain();
+        retry();
     }
 }
 
-void UpdateDownload::tryAgain()
+void UpdateDownload::retry()
 {
-    m_vainAttempts = m_received > m_most ? 0 : m_vainAttempts + 1;
-    if (m_vainAttempts == mostVainAttempts) {
+    m_failedAttempts = m_received > m_highestReceived ? 0 : m_failedAttempts + 1;
+    if (m_failedAttempts == maxFailedAttempts) {
         fail();
         return;
     }
-    const Interval pause = firstPause * (1 << std::max(0, m_vainAttempts - 1));
-    m_pause = m_runLoop.scheduleOnce(m_runLoop.now() + pause, pauseTolerance, [this] { ask(); });
+    const Interval delay = firstDelay * (1 << std::max(0, m_failedAttempts - 1));
+    m_retry = m_runLoop.scheduleOnce(m_runLoop.now() + delay, delayTolerance, [this] { requestRest(); });
 }
 
-void UpdateDownload::tell()
+void UpdateDownload::reportProgress()
 {
-    // A copy: what is called may start another download.
+    // A copy, because the callback may start another download.
     const Progress onProgress = m_onProgress;
     if (onProgress)
         onProgress(m_received);
@@ -163,8 +163,8 @@ void UpdateDownload::finish(std::optional<QByteArray> archive)
     cancel();
     QMetaObject::invokeMethod(
         this,
-        [this, start = m_start, archive = std::move(archive)]() mutable {
-            if (start != m_start)
+        [this, generation = m_generation, archive = std::move(archive)]() mutable {
+            if (generation != m_generation)
                 return;
             m_onProgress = nullptr;
             const Completion onFinished = std::exchange(m_onFinished, nullptr);

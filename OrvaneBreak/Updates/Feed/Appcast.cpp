@@ -7,7 +7,6 @@
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
-#include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -22,12 +21,12 @@ constexpr qsizetype notesLimit = 20'000;
 constexpr qsizetype lineLimit = 200;
 constexpr auto extensionNamespace = "http://www.andymatuschak.org/xml-namespaces/sparkle"_L1;
 
-// Where a feed has its elements: <rss><channel><item> and the elements in it.
+// Levels in <rss><channel><item>, counted from 1, and of the elements in an item.
 constexpr int channelDepth = 2;
 constexpr int itemDepth = 3;
 constexpr int itemFieldDepth = 4;
 
-QString cut(QString text, qsizetype limit)
+QString truncated(QString text, qsizetype limit)
 {
     text = text.trimmed();
     if (text.size() > limit)
@@ -63,14 +62,14 @@ QString architectureInName(const QUrl &archive)
     return pattern.match(archive.fileName()).captured(1);
 }
 
-/// An item while it is read: its elements, those of RSS and those of the extension, and its enclosures.
+/// An item while it is read.
 struct Draft
 {
-    QHash<QString, QString> plain;
-    QHash<QString, QString> extended;
+    QHash<QString, QString> plain;    ///< Texts of the elements of RSS.
+    QHash<QString, QString> extended; ///< Texts of the elements of the extension.
     QList<QXmlStreamAttributes> enclosures;
 
-    [[nodiscard]] QString said(const QXmlStreamAttributes &enclosure, const QString &name) const
+    [[nodiscard]] QString property(const QXmlStreamAttributes &enclosure, const QString &name) const
     {
         return (enclosure.hasAttribute(extensionNamespace, name)
                     ? enclosure.value(extensionNamespace, name).toString()
@@ -85,33 +84,29 @@ struct Draft
 std::optional<AppcastItem> Draft::item(const QXmlStreamAttributes &enclosure, AddressRule isAllowed) const
 {
     AppcastItem result;
-    result.version = UpdateVersion(said(enclosure, u"version"_s));
+    result.version = UpdateVersion(property(enclosure, u"version"_s));
     result.archive = QUrl(enclosure.value("url"_L1).trimmed().toString(), QUrl::StrictMode);
     const auto length = parsedLength(enclosure.value("length"_L1).toString());
-    const auto signature = parsedSignature(said(enclosure, u"edSignature"_s));
+    const auto signature = parsedSignature(property(enclosure, u"edSignature"_s));
     if (!result.version.isValid() || !isAllowed(result.archive) || !length || !signature)
         return std::nullopt;
     result.length = *length;
     result.signature = *signature;
 
-    result.displayVersion = cut(said(enclosure, u"shortVersionString"_s), lineLimit);
+    result.displayVersion = truncated(property(enclosure, u"shortVersionString"_s), lineLimit);
     if (result.displayVersion.isEmpty())
         result.displayVersion = result.version.text();
-    result.operatingSystem = said(enclosure, u"os"_s);
-    result.architecture = said(enclosure, u"arch"_s);
+    result.operatingSystem = property(enclosure, u"os"_s);
+    result.architecture = property(enclosure, u"arch"_s);
     if (result.architecture.isEmpty())
         result.architecture = architectureInName(result.archive);
-    const QString minimum = said(enclosure, u"minimumSystemVersion"_s);
+    const QString minimum = property(enclosure, u"minimumSystemVersion"_s);
     result.minimumSystemVersion = UpdateVersion(minimum);
     result.needsUnknownSystem = !minimum.isEmpty() && !result.minimumSystemVersion.isValid();
     result.isCritical = extended.contains(u"criticalUpdate"_s);
 
-    result.title = cut(plain.value(u"title"_s), lineLimit);
     result.date = parsedDate(plain.value(u"pubDate"_s));
-    result.releaseNotes = cut(plain.value(u"description"_s), notesLimit);
-    const QUrl notes(extended.value(u"releaseNotesLink"_s).trimmed(), QUrl::StrictMode);
-    if (isAllowed(notes))
-        result.releaseNotesAddress = notes;
+    result.releaseNotes = truncated(plain.value(u"description"_s), notesLimit);
     return result;
 }
 
@@ -124,7 +119,7 @@ public:
     {
     }
 
-    std::variant<Appcast, AppcastRefusal> read();
+    std::optional<Appcast> read();
 
 private:
     [[nodiscard]] bool isPlain(QLatin1StringView name) const
@@ -132,8 +127,8 @@ private:
         return m_xml.namespaceUri().isEmpty() && m_xml.name() == name;
     }
 
-    std::optional<AppcastRefusal> readToken();
-    std::optional<AppcastRefusal> startElement();
+    [[nodiscard]] bool readToken();
+    [[nodiscard]] bool startElement();
     void endElement();
     void endItemField();
     void endItem();
@@ -149,26 +144,26 @@ private:
     bool m_isInChannel = false;
 };
 
-std::variant<Appcast, AppcastRefusal> FeedReader::read()
+std::optional<Appcast> FeedReader::read()
 {
     while (!m_xml.atEnd()) {
-        if (const auto refusal = readToken())
-            return *refusal;
+        if (!readToken())
+            return std::nullopt;
     }
     if (m_xml.hasError())
-        return AppcastRefusal::NotWellFormed;
+        return std::nullopt;
     m_feed.date = parsedDate(m_channel.value(u"lastBuildDate"_s));
     if (!m_feed.date.isValid())
         m_feed.date = parsedDate(m_channel.value(u"pubDate"_s));
     return std::move(m_feed);
 }
 
-std::optional<AppcastRefusal> FeedReader::readToken()
+bool FeedReader::readToken()
 {
     switch (m_xml.readNext()) {
     case QXmlStreamReader::DTD:
     case QXmlStreamReader::EntityReference:
-        return AppcastRefusal::DocumentType;
+        return false;
     case QXmlStreamReader::StartElement:
         ++m_depth;
         return startElement();
@@ -183,27 +178,25 @@ std::optional<AppcastRefusal> FeedReader::readToken()
     default:
         break;
     }
-    return std::nullopt;
+    return true;
 }
 
-std::optional<AppcastRefusal> FeedReader::startElement()
+bool FeedReader::startElement()
 {
-    if (m_depth > depthLimit)
-        return AppcastRefusal::TooDeep;
-    if (m_depth == 1 && !isPlain("rss"_L1))
-        return AppcastRefusal::NoFeed;
+    if (m_depth > depthLimit || (m_depth == 1 && !isPlain("rss"_L1)))
+        return false;
     if (m_depth == channelDepth)
         m_isInChannel = isPlain("channel"_L1);
     if (m_depth == itemDepth && m_isInChannel && isPlain("item"_L1)) {
         m_item.emplace();
         if (++m_itemCount > itemLimit)
-            return AppcastRefusal::TooManyItems;
+            return false;
     }
     if (m_depth == itemFieldDepth && m_item && isPlain("enclosure"_L1))
         m_item->enclosures.append(m_xml.attributes());
     if (m_depth == itemDepth || m_depth == itemFieldDepth)
         m_text.clear();
-    return std::nullopt;
+    return true;
 }
 
 void FeedReader::endElement()
@@ -235,9 +228,9 @@ void FeedReader::endItem()
 
 } // namespace
 
-std::variant<Appcast, AppcastRefusal> parseAppcast(const QByteArray &bytes, AddressRule isAllowed)
+std::optional<Appcast> parseAppcast(const QByteArray &bytes, AddressRule isAllowed)
 {
     if (bytes.size() > sizeLimit)
-        return AppcastRefusal::TooLarge;
+        return std::nullopt;
     return FeedReader(bytes, isAllowed).read();
 }

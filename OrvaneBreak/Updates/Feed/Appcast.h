@@ -8,53 +8,39 @@
 #include <QString>
 #include <QUrl>
 
-#include <variant>
+#include <optional>
 #include <vector>
 
-/// One archive that the feed offers. All of it is what the feed says: nothing is proven before the archive's
-/// signature is.
+/// One archive that the feed offers. Nothing in it can be trusted before the archive's signature is verified.
 struct AppcastItem
 {
-    UpdateVersion version;  ///< What is compared, and what the archive must contain; always valid.
-    QString displayVersion; ///< What the user reads; the same text when the feed says nothing else.
-    QString title;
-    QDateTime date;                     ///< Invalid when the feed does not tell.
+    UpdateVersion version;              ///< For comparisons, and what the archive must contain; always valid.
+    QString displayVersion;             ///< For the user, at most 200 characters; `version` by default.
+    QDateTime date;                     ///< Invalid when missing.
     QString releaseNotes;               ///< Plain text, at most 20,000 characters; may be empty.
-    QUrl releaseNotesAddress;           ///< Empty, or an address that the program may talk to.
-    QString operatingSystem;            ///< For example "linux"; empty when the feed does not tell.
-    QString architecture;               ///< For example "x86_64"; empty when the feed does not tell.
-    UpdateVersion minimumSystemVersion; ///< No version when every system will do.
+    QString operatingSystem;            ///< For example "linux"; empty when missing.
+    QString architecture;               ///< For example "x86_64"; empty when missing.
+    UpdateVersion minimumSystemVersion; ///< No version when the feed sets no valid minimum.
     bool isCritical = false;
-    bool needsUnknownSystem = false; ///< A minimum is given that is no version.
+    bool needsUnknownSystem = false; ///< The feed sets a minimum that is not a version.
     QUrl archive;
     qint64 length = 0;    ///< Of the archive in bytes; from 1 to 1 GiB.
     QByteArray signature; ///< Of the whole archive; 64 bytes.
 };
 
-/// A feed with what is usable in it, in its order.
+/// The usable items of a feed, in its order.
 struct Appcast
 {
     std::vector<AppcastItem> items;
-    QDateTime date; ///< When it was last built, or else published; invalid when it does not tell.
-};
-
-/// Why a feed is not read at all.
-enum class AppcastRefusal
-{
-    TooLarge,      ///< Over a mebibyte.
-    NotWellFormed, ///< No XML, or cut off.
-    DocumentType,  ///< Declares a document type, and with it perhaps entities.
-    TooDeep,       ///< Over 32 elements within each other.
-    TooManyItems,  ///< Over 1,000.
-    NoFeed,        ///< XML of another kind than RSS.
+    QDateTime date; ///< When the feed was last built, or else published; invalid when missing.
 };
 
 /// Whether the program may talk to an address.
 using AddressRule = bool (*)(const QUrl &);
 
-/// Reads an RSS 2.0 feed. A pure function; any bytes may be given. What an item says of itself is said by an
-/// element or, winning over that, by an attribute of its enclosure; several enclosures are several archives.
-/// An archive without a version, an address that `isAllowed`, a length or a signature in their forms is left
-/// out. An archive whose architecture is not told is of that in its name: "...-linux-<architecture>.tar.zst".
-[[nodiscard]] std::variant<Appcast, AppcastRefusal> parseAppcast(const QByteArray &bytes,
-                                                                 AddressRule isAllowed);
+/// Reads an RSS 2.0 feed from any bytes. Absent when they are not RSS, not well-formed, declare a document
+/// type, or exceed 1 MiB, 32 levels or 1,000 items. A property of an item is an element or an attribute of
+/// its enclosure, and the attribute takes precedence; each enclosure is one archive. An archive without a
+/// valid version, length, signature and address that `isAllowed` is left out. A missing architecture is taken
+/// from the file name: "...-linux-<architecture>.tar.zst". A pure function.
+[[nodiscard]] std::optional<Appcast> parseAppcast(const QByteArray &bytes, AddressRule isAllowed);

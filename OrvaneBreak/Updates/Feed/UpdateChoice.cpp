@@ -4,12 +4,22 @@
 #include <algorithm>
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+/// One of the two names that systems have for the same architecture.
+QString canonicalArchitecture(const QString &name)
+{
+    if (name == "aarch64"_L1)
+        return u"arm64"_s;
+    return name == "amd64"_L1 ? u"x86_64"_s : name;
+}
 
 std::optional<NoUpdate> objection(const AppcastItem &item, const UpdateCircumstances &circumstances)
 {
     if (item.operatingSystem != circumstances.operatingSystem ||
-        item.architecture != circumstances.architecture)
+        canonicalArchitecture(item.architecture) != canonicalArchitecture(circumstances.architecture))
         return NoUpdate::OtherSystem;
     if (item.date.isValid() && item.date > circumstances.now.addDays(1))
         return NoUpdate::FromTheFuture;

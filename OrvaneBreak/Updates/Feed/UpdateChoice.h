@@ -5,30 +5,29 @@
 
 #include <variant>
 
-/// What decides which update there is.
+/// The criteria for choosing an update.
 struct UpdateCircumstances
 {
     UpdateVersion installed;
     QString operatingSystem;     ///< As in the feed: "linux".
-    QString architecture;        ///< As in the feed: "x86_64".
-    UpdateVersion systemVersion; ///< No version when unknown: then what needs one is not for this system.
+    QString architecture;        ///< "x86_64" or "amd64", "arm64" or "aarch64": either spelling.
+    UpdateVersion systemVersion; ///< No version when unknown; no minimum is met then.
     QDateTime now;
-    UpdateVersion skipped;      ///< What the user does not want; no version when there is none.
-    bool isAskedByUser = false; ///< A check that the user asked for also finds what was skipped.
+    UpdateVersion skipped;      ///< Skipped by the user, with all older versions; may be no version.
+    bool isAskedByUser = false; ///< A check that the user asked for also finds skipped versions.
 };
 
-/// Why there is no update: of all items the one that came closest, from the farthest to the closest.
+/// Why there is no update, ordered by how close an item came to being chosen, closest last.
 enum class NoUpdate
 {
     EmptyFeed,
     OtherSystem,   ///< For another operating system or architecture.
     FromTheFuture, ///< Dated more than a day ahead.
-    UpToDate,      ///< Not newer than what is installed.
+    UpToDate,      ///< Not newer than the installed version.
     SystemTooOld,  ///< Needs a newer operating system.
-    Skipped,       ///< Not newer than what the user skipped, and not critical.
+    Skipped,       ///< Not newer than the skipped version, and not critical.
 };
 
-/// The newest item that suits, or why there is none. Of items with the same version the first one counts. A
-/// pure function.
+/// The newest suitable item, the first one of equal versions, or else the closest reason. A pure function.
 [[nodiscard]] std::variant<AppcastItem, NoUpdate> chooseUpdate(const Appcast &feed,
                                                                const UpdateCircumstances &circumstances);

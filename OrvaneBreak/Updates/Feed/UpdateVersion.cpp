@@ -73,7 +73,7 @@ UpdateVersion::UpdateVersion(const QString &text)
 {
     if (text.size() > lengthLimit)
         return;
-    // By hand, because every start reads a version, and regular expressions cost half a megabyte of memory.
+    // Parsed by hand: every start parses a version, and a regular expression would cost 0.5 MB of memory.
     const qsizetype hyphen = text.indexOf(u'-');
     const QStringList numbers = text.first(hyphen < 0 ? text.size() : hyphen).split(u'.');
     const QStringList preRelease = hyphen < 0 ? QStringList() : text.sliced(hyphen + 1).split(u'.');

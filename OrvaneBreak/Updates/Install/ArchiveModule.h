@@ -9,13 +9,13 @@
 
 class ArchiveReader;
 
-/// What the module for archives offers.
+/// Interface of the module that reads archives.
 class ArchiveModule : public ModuleInterface
 {
 public:
     static constexpr const char *fileName = "archive.so";
 
-    /// A reader of any `bytes`, which outlive it. Any thread.
+    /// Opens any `bytes`, which outlive the reader. Any thread.
     [[nodiscard]] virtual std::unique_ptr<ArchiveReader> open(QByteArrayView bytes) const = 0;
 };
 

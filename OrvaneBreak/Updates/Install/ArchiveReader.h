@@ -11,8 +11,8 @@
 #include <span>
 #include <variant>
 
-/// Reads a tar archive packed with zstd from memory, one entry after the other. Whatever the archive has
-/// besides files, folders and symbolic links is a problem. Any thread, one at a time.
+/// Reads a tar archive compressed with zstd from memory, entry by entry. Any entry other than a file, a
+/// folder or a symbolic link is a problem. Any thread, one at a time.
 class ArchiveReader
 {
 public:
@@ -21,15 +21,13 @@ public:
     ArchiveReader(const ArchiveReader &) = delete;
     ArchiveReader &operator=(const ArchiveReader &) = delete;
 
-    /// The next entry; nothing (monostate) after the last one; or what is wrong, after which the reader is of
-    /// no use.
+    /// The next entry, monostate after the last one, or a problem, after which the reader must not be used.
     [[nodiscard]] virtual std::variant<std::monostate, ArchiveEntry, UnpackProblem> next() = 0;
 
-    /// Fills `buffer` with the next bytes of the entry's content and returns how many there were, 0 at its
-    /// end; absent when the archive is damaged.
+    /// Reads the next bytes of the entry's content into `buffer` and returns their number, 0 at the end;
+    /// absent when the archive is damaged.
     [[nodiscard]] virtual std::optional<std::size_t> read(std::span<char> buffer) = 0;
 };
 
-/// Makes a reader of any `bytes`, which outlive it; null when this machine cannot read archives now. Any
-/// thread.
+/// Opens any `bytes`, which outlive the reader; null when the module cannot be loaded. Any thread.
 using OpenArchive = std::function<std::unique_ptr<ArchiveReader>(QByteArrayView bytes)>;

@@ -17,8 +17,8 @@ bool isName(std::string_view name)
     return !name.empty() && name != "." && name != ".." && std::all_of(name.begin(), name.end(), isPlain);
 }
 
-/// Whether a link in a folder `depth` names below the top folder stays within that. Upward steps are allowed
-/// at the beginning alone: after the name of another link they would start from wherever that one leads.
+/// Whether a link in a folder `depth` levels below the top folder stays inside that folder. ".." is allowed
+/// only at the beginning: after the name of another link it would be relative to that link's target.
 bool staysInside(std::string_view target, std::size_t depth)
 {
     constexpr std::string_view upwards = "..";

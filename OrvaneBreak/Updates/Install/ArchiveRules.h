@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-/// How large an update may be.
+/// Limits on the size of an update.
 struct UnpackLimits
 {
     std::size_t entries = 5'000; ///< Files, links and folders together.
@@ -18,20 +18,20 @@ struct UnpackLimits
     std::size_t pathLength = 512;
 };
 
-/// What is wrong with an archive.
+/// Why an archive cannot be unpacked.
 enum class UnpackProblem
 {
-    Damaged,   ///< No tar archive packed with zstd, or only a part of one.
-    TopFolder, ///< Something else than one folder "OrvaneBreak-<version>" is at the top.
-    Path,      ///< A path that is absolute, leads upwards or through a link, or has odd characters in it.
-    Link,      ///< A link that may lead out of the top folder, or a second name of a file.
-    Kind,      ///< A device, a pipe, a socket.
+    Damaged,   ///< Not a tar archive compressed with zstd, or truncated.
+    TopFolder, ///< The top level is not exactly one folder "OrvaneBreak-<version>".
+    Path,      ///< Absolute, with "..", through a link, too long, or with characters outside printable ASCII.
+    Link,      ///< A symbolic link that may lead out of the top folder, or a hard link.
+    Kind,      ///< A device, pipe or socket.
     Mode,      ///< A set-user-id, set-group-id or sticky bit.
-    Duplicate, ///< A path that came before.
+    Duplicate, ///< The same path twice.
     TooMany,
     TooLarge,
-    Version, ///< share/OrvaneBreak/Info.json tells no version, or another one than the top folder.
-    Disk,    ///< The archive may be fine: it cannot be written.
+    Version, ///< The version in share/OrvaneBreak/Info.json is missing or not that of the top folder.
+    Disk,    ///< The disk cannot be written; the archive may be valid.
 };
 
 /// One entry of an archive. Sizes in bytes.
@@ -51,8 +51,8 @@ struct ArchiveEntry
     bool isExecutable = false;
 };
 
-/// Judges the entries of an archive one after the other, by what they say. What it admits can be made below
-/// an empty folder without anything else being touched, and leads nowhere else afterwards. Any thread.
+/// Checks the entries of an archive one by one. Admitted entries can be created below an empty folder without
+/// touching anything outside, and no link among them leads out of it. Any thread.
 class ArchiveRules
 {
 public:
@@ -61,22 +61,22 @@ public:
     {
     }
 
-    /// What is wrong with `entry`, if anything.
+    /// The problem with `entry`; absent when it may be unpacked.
     [[nodiscard]] std::optional<UnpackProblem> admit(const ArchiveEntry &entry);
 
-    /// The name of the one folder at the top; empty before the first entry.
+    /// The name of the top folder; empty before the first entry.
     [[nodiscard]] const std::string &topFolder() const { return m_topFolder; }
 
     /// The version in the name of the top folder.
     [[nodiscard]] QString version() const;
 
-    /// The paths of all folders, outer ones first, with those that are only part of another path.
+    /// The paths of all folders, outer ones first, including those that have no entry of their own.
     [[nodiscard]] std::vector<std::string> folders() const;
 
-    /// Whether the archive has a file at `path`.
+    /// Whether a file was admitted at `path`.
     [[nodiscard]] bool hasFile(const std::string &path) const;
 
-    /// The names along `path`, or nothing when it is one to refuse. Folders may end with a slash.
+    /// The components of `path`, which may end with a slash; absent when it is not admissible.
     [[nodiscard]] static std::optional<std::vector<std::string>> split(std::string_view path);
 
 private:

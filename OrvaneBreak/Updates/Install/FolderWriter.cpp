@@ -19,7 +19,7 @@ FileDescriptor openFolderAt(int parent, const char *name)
         uninterrupted([&] { return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
 }
 
-/// The folder `name` in `parent`, made if need be.
+/// Opens the folder `name` in `parent`, creating it if necessary.
 FileDescriptor makeFolderAt(int parent, const char *name)
 {
     const bool isNew = mkdirat(parent, name, S_IRWXU) == 0;

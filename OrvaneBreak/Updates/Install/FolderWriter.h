@@ -10,30 +10,28 @@
 #include <string>
 #include <vector>
 
-/// Makes folders, files and links below one folder that it makes itself. It goes through no link and
-/// overwrites nothing. Every function returns false, with errno set, when it failed. Any thread, one at a
-/// time.
+/// Creates folders, files and links below a new folder. Follows no link and overwrites nothing. A path is
+/// given as its components below that folder. Every function returns false, with errno set, on failure. Any
+/// thread, one at a time.
 class FolderWriter
 {
 public:
-    /// Makes `folder`, for the user alone; isOpen() is false when that failed or something was there.
+    /// Creates `folder` with the mode 0700; isOpen() is false when that failed or `folder` existed.
     explicit FolderWriter(const std::filesystem::path &folder);
 
     [[nodiscard]] bool isOpen() const { return m_folder.isOpen(); }
 
-    /// Makes the folder whose names from the outside to the inside are `names`, with what is missing above
-    /// it. Its mode is 0755; one that is there stays.
+    /// Creates a folder and its missing parents with the mode 0755; an existing one stays as it is.
     [[nodiscard]] bool makeFolder(const std::vector<std::string> &names) const;
 
-    /// Makes a file with the mode 0755 or 0644. `fill` gets its descriptor and returns whether to keep it.
-    /// It is on the disk when this returns true.
+    /// Creates a file with the mode 0755 or 0644 and syncs it to the disk. `fill` writes to its descriptor
+    /// and returns false on failure.
     [[nodiscard]] bool makeFile(const std::vector<std::string> &names, bool isExecutable,
                                 const std::function<bool(int)> &fill) const;
 
-    /// Makes a symbolic link to `target`.
     [[nodiscard]] bool makeLink(const std::vector<std::string> &names, const std::string &target) const;
 
-    /// Puts the names in the folder `names` onto the disk; no names stand for the outermost one.
+    /// Syncs the entries of a folder to the disk; without components, those of the new folder itself.
     [[nodiscard]] bool syncFolder(const std::vector<std::string> &names) const;
 
 private:

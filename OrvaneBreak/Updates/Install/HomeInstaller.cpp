@@ -20,8 +20,8 @@ void log(const QString &text)
     qCInfo(orvaneLog).noquote() << u"OrvaneBreak: mise à jour: "_s + text;
 }
 
-/// Whether a step of a change succeeded; if not, the log tells.
-bool isDone(const std::optional<QString> &problem)
+/// Whether a step of a change succeeded; logs the problem if it did not.
+bool succeeded(const std::optional<QString> &problem)
 {
     if (problem)
         log(*problem);
@@ -60,17 +60,17 @@ void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, 
                             Completion completion)
 {
     const auto finish = [this, context = QPointer(&context),
-                         completion = std::move(completion)](std::optional<UpdateFailure> failure) {
+                         completion = std::move(completion)](const Result &result) {
         QMetaObject::invokeMethod(
             this,
-            [context, completion, failure] {
+            [context, completion, result] {
                 if (context)
-                    completion(failure);
+                    completion(result);
             },
             Qt::QueuedConnection);
     };
     try {
-        // One whose answer nobody waits for any more may change the installation until its end.
+        // An abandoned call may still be writing; join it first.
         m_thread = std::jthread();
         m_thread = std::jthread([this, archive, item, finish] {
             const SignalStack signalStack;
@@ -81,7 +81,7 @@ void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, 
     }
 }
 
-std::optional<UpdateFailure> HomeInstaller::install(const QByteArray &archive, const AppcastItem &item) const
+UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const AppcastItem &item) const
 {
     const auto *installation = std::get_if<Installation>(&m_installation);
     if (!installation)
@@ -104,15 +104,16 @@ std::optional<UpdateFailure> HomeInstaller::install(const QByteArray &archive, c
     if (const auto *failure = std::get_if<UnpackFailure>(&unpacked))
         return failureOf(*failure);
     const auto &update = std::get<UnpackedUpdate>(unpacked);
-    // An old archive stays genuine for ever: only what is inside says which version it is.
+    // The signature of an old archive stays valid, so the version inside decides.
     if (update.version.text() != item.version.text() || !(update.version > m_installed)) {
-        log(u"the archive holds version "_s + update.version.text());
+        log(u"the archive contains version "_s + update.version.text());
         std::error_code ignored;
         std::filesystem::remove_all(update.folder.parent_path(), ignored);
         return UpdateFailure::Damaged;
     }
-    return isDone(change->stage(update.folder, update.version)) ? std::nullopt
-                                                                : std::optional(UpdateFailure::Disk);
+    if (!succeeded(change->stage(update.folder, update.version)))
+        return UpdateFailure::Disk;
+    return update.version;
 }
 
 bool HomeInstaller::activate(const UpdateVersion &version)
@@ -120,7 +121,7 @@ bool HomeInstaller::activate(const UpdateVersion &version)
     const auto *installation = std::get_if<Installation>(&m_installation);
     std::optional<InstallationChange> change =
         installation ? InstallationChange::begin(*installation) : std::nullopt;
-    return change && isDone(change->activate(version));
+    return change && succeeded(change->activate(version));
 }
 
 bool HomeInstaller::isOnTrial() const
@@ -135,5 +136,5 @@ void HomeInstaller::confirm()
         return;
     if (std::optional<InstallationChange> change =
             InstallationChange::begin(std::get<Installation>(m_installation)))
-        isDone(change->confirm());
+        succeeded(change->confirm());
 }

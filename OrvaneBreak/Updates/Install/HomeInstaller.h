@@ -10,18 +10,18 @@
 
 #include <thread>
 
-/// The installer of the program in the user's home. Says in the log why something failed.
+/// Installs updates in the user's home directory. The log says why something failed.
 class HomeInstaller final : public QObject, public UpdateInstaller
 {
     Q_OBJECT
 
 public:
-    /// Installs what is signed with the owner of `key`, and nothing without a key. `installed` is the version
-    /// that runs. Where `openArchive` returns null, the update fails as on a disk that cannot be written.
+    /// Accepts only archives signed with the private key of `key`; without a key, none. `installed` is the
+    /// running version. When `openArchive` returns null, prepare() fails with UpdateFailure::Disk.
     HomeInstaller(std::variant<Installation, NoInstallation> installation,
                   std::optional<Ed25519::PublicKey> key, UpdateVersion installed, OpenArchive openArchive);
 
-    /// Waits for what is being written.
+    /// Waits until prepare() has finished writing.
     ~HomeInstaller() override;
 
     [[nodiscard]] Ability ability() const override;
@@ -32,8 +32,7 @@ public:
     void confirm() override;
 
 private:
-    [[nodiscard]] std::optional<UpdateFailure> install(const QByteArray &archive,
-                                                       const AppcastItem &item) const;
+    [[nodiscard]] Result install(const QByteArray &archive, const AppcastItem &item) const;
 
     std::variant<Installation, NoInstallation> m_installation;
     std::optional<Ed25519::PublicKey> m_key;

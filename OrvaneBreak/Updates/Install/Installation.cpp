@@ -81,7 +81,7 @@ bool Installation::isOnTrial() const
     QFile file(m_root / "trial");
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    // A version that never became current is on no trial.
+    // The process may have been killed after it wrote the file and before the version became current.
     const QString text = QString::fromUtf8(file.read(trialLimit)).trimmed();
     return !text.isEmpty() && text == current().text();
 }

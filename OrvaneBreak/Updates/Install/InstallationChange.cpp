@@ -140,11 +140,11 @@ std::optional<QString> InstallationChange::activate(const UpdateVersion &version
 
 bool InstallationChange::activateSteps(const UpdateVersion &before, const UpdateVersion &version) const
 {
-    // The way back and the trial have to be on the disk before anything leads to the new version.
+    // The rollback needs the link and the trial on the disk before the new version is current.
     if (!placeLink("previous", before) || !placeTrial(version) || !syncToDisk(m_root.get()) ||
         !placeLink("current", version))
         return false;
-    // It leads there now, whether or not the disk says that it is written.
+    // The new version is current even if this fails.
     syncToDisk(m_root.get());
     return true;
 }
@@ -190,7 +190,7 @@ bool InstallationChange::endTrial() const
 
 bool InstallationChange::discardVersion(const std::string &name) const
 {
-    // Half a version must not bear a version's name.
+    // Renamed first: a partly removed folder must not have a version's name.
     const std::string aside = newStagingName();
     if (renameat(m_versions.get(), name.c_str(), m_versions.get(), aside.c_str()) != 0)
         return errno == ENOENT;

@@ -10,30 +10,29 @@
 #include <optional>
 #include <string>
 
-/// The exclusive right to change an installation, as long as the object lives; a process that dies loses it.
-/// Whatever happens between two steps, "current" leads to a whole version. The steps return nothing when they
-/// succeeded, otherwise a line for the log that says why not; the current version is the same as before then.
-/// Any thread, one at a time.
+/// An exclusive lock on an installation, and the steps that change it. The lock is released with the object
+/// or when the process dies. Wherever a step is interrupted, "current" leads to a complete version. A step
+/// that fails returns a line for the log and leaves the current version unchanged. Any thread, one at a time.
 class InstallationChange
 {
 public:
-    /// Takes the right without waiting, and removes what a process left behind that was killed in the middle.
-    /// Absent when somebody else has it, or the installation cannot be changed.
+    /// Takes the lock without waiting, and removes the temporary files of a process that was killed. Absent
+    /// when another process has the lock or the installation cannot be changed.
     [[nodiscard]] static std::optional<InstallationChange> begin(const Installation &installation);
 
-    /// The path of a folder to unpack an update into; there is nothing yet.
+    /// A new path to unpack an update into; does not create it.
     [[nodiscard]] std::filesystem::path newStagingFolder() const;
 
-    /// Makes `unpacked`, a folder in a staging folder, the version `version`, which must be neither current
-    /// nor running. One of the same name that is there is replaced. The staging folder is gone then.
+    /// Moves `unpacked`, a folder in a staging folder, into place as `version`, and removes the staging
+    /// folder. Replaces a folder of that version, which must be neither current nor running.
     [[nodiscard]] std::optional<QString> stage(const std::filesystem::path &unpacked,
                                                const UpdateVersion &version);
 
-    /// Makes `version` current and on trial, and what was current the previous one.
+    /// Makes `version` current and puts it on trial; the current version becomes the previous one.
     [[nodiscard]] std::optional<QString> activate(const UpdateVersion &version);
 
-    /// The running version has started well: ends its trial and removes every version that is neither
-    /// current nor previous. Does nothing when the running version is not the current one.
+    /// Ends the trial of the running version and removes every version that is neither current nor previous.
+    /// Does nothing when the running version is not current.
     [[nodiscard]] std::optional<QString> confirm();
 
 private:

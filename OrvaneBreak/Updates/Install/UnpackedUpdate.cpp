@@ -31,8 +31,7 @@ public:
     {
     }
 
-    /// Whether the folder is this object's own.
-    [[nodiscard]] bool hasFolder() const { return m_writer.isOpen(); }
+    [[nodiscard]] bool hasCreatedFolder() const { return m_writer.isOpen(); }
 
     std::variant<UnpackedUpdate, UnpackFailure> run();
 
@@ -42,7 +41,7 @@ private:
     std::optional<UnpackProblem> makeFile(const std::vector<std::string> &names, const ArchiveEntry &entry);
     std::optional<UnpackProblem> copyContent(int file, qint64 size);
     [[nodiscard]] bool syncFolders() const;
-    [[nodiscard]] std::variant<UnpackedUpdate, UnpackFailure> judged() const;
+    [[nodiscard]] std::variant<UnpackedUpdate, UnpackFailure> verifiedUpdate() const;
 
     std::filesystem::path m_folder;
     ArchiveReader &m_reader;
@@ -71,7 +70,7 @@ std::variant<UnpackedUpdate, UnpackFailure> Unpacking::run()
     }
     if (!syncFolders())
         return diskFailure();
-    return judged();
+    return verifiedUpdate();
 }
 
 std::optional<UnpackFailure> Unpacking::unpack(const ArchiveEntry &entry)
@@ -139,7 +138,7 @@ bool Unpacking::syncFolders() const
     return m_writer.syncFolder({});
 }
 
-std::variant<UnpackedUpdate, UnpackFailure> Unpacking::judged() const
+std::variant<UnpackedUpdate, UnpackFailure> Unpacking::verifiedUpdate() const
 {
     const std::string path = m_rules.topFolder() + informationFile;
     QFile file(m_folder / path);
@@ -159,7 +158,7 @@ unpackArchive(ArchiveReader &&archive, const std::filesystem::path &folder, cons
 {
     Unpacking unpacking(archive, folder, limits);
     auto result = unpacking.run();
-    if (std::holds_alternative<UnpackFailure>(result) && unpacking.hasFolder()) {
+    if (std::holds_alternative<UnpackFailure>(result) && unpacking.hasCreatedFolder()) {
         std::error_code error;
         std::filesystem::remove_all(folder, error);
     }

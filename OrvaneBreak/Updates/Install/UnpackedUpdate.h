@@ -8,23 +8,23 @@
 #include <filesystem>
 #include <variant>
 
-/// An update on the disk, whole.
+/// A completely unpacked update.
 struct UnpackedUpdate
 {
     std::filesystem::path folder; ///< The archive's top folder.
-    UpdateVersion version;        ///< What the update says that it is; always valid.
+    UpdateVersion version;        ///< From its Info.json; always valid.
 };
 
-/// Why nothing was unpacked.
+/// Why an archive was not unpacked.
 struct UnpackFailure
 {
     UnpackProblem problem = UnpackProblem::Damaged;
-    QString detail; ///< For the log: the path of the entry, or what the system says.
+    QString detail; ///< For the log: the path of the entry, or the system's error message.
 };
 
-/// Unpacks what `archive` has still to read into `folder`, which does not exist yet and is made for the user
-/// alone. When this returns an update, all of it is on the disk, with the modes 0755 and 0644; otherwise
-/// `folder` is gone again. Any bytes may be read, but only those whose signature was verified should be:
-/// these very bytes, for a file may have changed since. Takes as long as writing takes; any thread.
+/// Unpacks the remaining entries of `archive` into `folder`, which must not exist and is created with the
+/// mode 0700. On success everything is synced to the disk, with the modes 0755 and 0644; on failure `folder`
+/// is removed. Safe for any archive, but the caller verifies the signature first, of the same bytes in
+/// memory: a file could have changed since. Blocks while it writes; any thread.
 [[nodiscard]] std::variant<UnpackedUpdate, UnpackFailure>
 unpackArchive(ArchiveReader &&archive, const std::filesystem::path &folder, const UnpackLimits &limits = {});

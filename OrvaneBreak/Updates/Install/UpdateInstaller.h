@@ -6,32 +6,33 @@
 #include <QByteArray>
 
 #include <functional>
-#include <optional>
+#include <variant>
 
 class QObject;
 
-/// Why an archive did not become an installed version.
+/// Why an archive was not installed.
 enum class UpdateFailure
 {
-    NotGenuine, ///< Not signed by the makers, or not as long as announced.
-    Damaged,    ///< The makers' archive, but not one that can be installed, or of another version than
-                ///< announced.
-    Disk,       ///< It cannot be written, or another process is installing something.
+    NotGenuine, ///< Not signed by the makers, or not of the announced length.
+    Damaged,    ///< Signed, but not a valid update or not the announced version.
+    Disk,       ///< The disk cannot be written, or another process is installing an update.
 };
 
 /// Installs updates of the running program. User-interface thread only.
 class UpdateInstaller
 {
 public:
-    /// Who replaces this program when there is a new version.
+    /// Who installs a new version of this program.
     enum class Ability
     {
         Itself,
-        Others,     ///< A package manager, or whoever unpacked or built it.
-        NotAllowed, ///< It would, but this user may not write there.
+        Others,     ///< A package manager, or the user who unpacked or built it.
+        NotAllowed, ///< Nobody: this user may not write to the installation.
     };
 
-    using Completion = std::function<void(std::optional<UpdateFailure>)>;
+    /// The prepared version, or why there is none.
+    using Result = std::variant<UpdateVersion, UpdateFailure>;
+    using Completion = std::function<void(const Result &)>;
 
     UpdateInstaller() = default;
     virtual ~UpdateInstaller() = default;
@@ -40,20 +41,19 @@ public:
 
     [[nodiscard]] virtual Ability ability() const = 0;
 
-    /// Checks the signature over all of `archive`, and puts the version in it beside the running one, which
-    /// stays in use. Works on a thread of its own; `completion` is called from the event loop, without a
-    /// failure when activate() can follow. Destroying `context` lets the call go. One at a time.
+    /// Verifies the signature of `archive` and installs its version beside the running one, which stays
+    /// current until activate(). Works on its own thread and calls `completion` from the event loop, unless
+    /// `context` was destroyed. A second call waits for the first one.
     virtual void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
                          Completion completion) = 0;
 
-    /// Makes the prepared `version` the one that starts from now on; the running one goes on. Takes a few
-    /// milliseconds. Returns whether it worked; otherwise everything is as before.
+    /// Makes the prepared `version` start from now on; the running process continues. Takes a few
+    /// milliseconds. When it returns false, nothing has changed.
     virtual bool activate(const UpdateVersion &version) = 0;
 
-    /// Whether the running version starts for the first time, and would be given up if it failed.
+    /// Whether this is the first start of the running version, which is rolled back if it fails.
     [[nodiscard]] virtual bool isOnTrial() const = 0;
 
-    /// Tells that the running version has started well: its trial ends, and old versions are removed. Does
-    /// nothing when it is not on trial.
+    /// Ends the trial of the running version and removes old versions. Does nothing when it is not on trial.
     virtual void confirm() = 0;
 };

@@ -3,15 +3,14 @@
 
 #include "Ed25519.h"
 
-/// Whether an archive is the makers'. Pure functions; any thread.
+/// The makers' signatures of archives. Pure functions; any thread.
 namespace UpdateSignature {
 
-/// The key in a base64 text; absent when that holds anything else than 32 bytes, or only zeros, which is how
-/// an unconfigured build says that it has none.
+/// Decodes a base64 key; absent when it is not 32 bytes long, or all zeros as in an unconfigured build.
 [[nodiscard]] std::optional<Ed25519::PublicKey> parsePublicKey(const QByteArray &base64);
 
-/// Whether `archive` has exactly the announced length and `signature` is the one of the whole of it by the
-/// owner of `key`. Anything may be given.
+/// Whether `archive` has the announced length, and `signature` is a valid signature of all of it for `key`.
+/// Any bytes may be given.
 [[nodiscard]] bool verify(QByteArrayView archive, qint64 announcedLength, QByteArrayView signature,
                           const Ed25519::PublicKey &key);
 

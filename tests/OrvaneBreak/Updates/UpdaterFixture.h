@@ -14,12 +14,12 @@
 #include <QCoreApplication>
 #include <QTemporaryDir>
 
-/// An updater of version 1.0 on a manual clock, with a network and a user that do what the test says.
+/// An updater of version 1.0 on a manual clock, with a fake network, installer and user.
 struct UpdaterFixture
 {
     static constexpr qint64 archiveLength = 1000;
 
-    /// What the user decided before: whether to check, and whether to download.
+    /// Sets whether to check and to download automatically.
     explicit UpdaterFixture(std::optional<bool> checks = true, bool isDownloading = false)
     {
         if (checks)
@@ -27,7 +27,7 @@ struct UpdaterFixture
         store.setValue(QStringLiteral("SUAutomaticallyUpdate"), isDownloading);
     }
 
-    /// The updater as it is after a start of the program.
+    /// Starts the program again, with a new updater.
     SPUUpdater &start()
     {
         updater = std::make_unique<SPUUpdater>(SPUUpdater::Services{runLoop, store, http, download, installer,
@@ -38,10 +38,10 @@ struct UpdaterFixture
         return *updater;
     }
 
-    /// Answers the check that goes on with a feed of these items.
+    /// Answers the current check with a feed of these items.
     void answer(const QByteArray &items) { http.answer(HttpAnswer{200, FeedMaker::feed(items)}); }
 
-    /// Lets the download that goes on arrive, whole.
+    /// Completes the current download.
     void deliver() const
     {
         downloads.answer(QByteArray(archiveLength, 'a'), Downloads::End::Complete);

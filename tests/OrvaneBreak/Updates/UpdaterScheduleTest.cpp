@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// Answers every check with an empty feed while `time` passes; returns how many there were.
+/// Answers every check within `time` with an empty feed; returns their number.
 int checksIn(UpdaterFixture &f, Interval time)
 {
     int checks = 0;
@@ -39,14 +39,14 @@ private Q_SLOTS:
         QVERIFY(f.driver.log.isEmpty());
     }
 
-    void checksComeAtTheInterval()
+    void checksFollowTheInterval()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
         QCOMPARE(checksIn(f, 4h + 30min), 5);
     }
 
-    void withoutAnIntervalItIsADay()
+    void theDefaultIntervalIsOneDay()
     {
         UpdaterFixture f;
         f.start();
@@ -54,17 +54,17 @@ private Q_SLOTS:
         QCOMPARE(checksIn(f, 50h), 3);
     }
 
-    void absurdIntervalsAreBounded_data()
+    void invalidIntervalsAreLimited_data()
     {
         QTest::addColumn<QJsonValue>("stored");
         QTest::addColumn<qint64>("seconds");
         QTest::newRow("negative") << QJsonValue(-5) << 86'400LL;
         QTest::newRow("text") << QJsonValue(u"soon"_s) << 86'400LL;
         QTest::newRow("one second") << QJsonValue(1) << 60LL;
-        QTest::newRow("for ever") << QJsonValue(9'000'000'000'000'000LL) << 100LL * 365 * 86'400;
+        QTest::newRow("millennia") << QJsonValue(9'000'000'000'000'000LL) << 100LL * 365 * 86'400;
     }
 
-    void absurdIntervalsAreBounded()
+    void invalidIntervalsAreLimited()
     {
         QFETCH(const QJsonValue, stored);
         QFETCH(const qint64, seconds);
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(f.start().updateCheckInterval(), std::chrono::seconds(seconds));
     }
 
-    void aRestartDoesNotCheckAgain()
+    void aRestartKeepsTheInterval()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(checksIn(f, 2h + 30min), 2);
     }
 
-    void aClockSetBackDelaysNoCheckByMoreThanTheInterval()
+    void aClockSetBackDelaysChecksByOneIntervalAtMost()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -114,12 +114,12 @@ private Q_SLOTS:
         f.runLoop.jump(-48h);
         QCOMPARE(checksIn(f, 65min), 1);
         f.runLoop.jump(-48h);
-        // The check of before is in the future for the next start.
+        // For the next start, the last check is in the future.
         f.start().setUpdateCheckInterval(1h);
         QCOMPARE(checksIn(f, 5min), 1);
     }
 
-    void withChecksOffNothingRuns()
+    void nothingRunsWithChecksOff()
     {
         UpdaterFixture f(false);
         f.start().setUpdateCheckInterval(1h);
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(checksIn(f, 3h), 0);
     }
 
-    void aFailedCheckIsRepeatedAtTheInterval()
+    void aFailedCheckWaitsForTheNextInterval()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QVERIFY(f.driver.log.isEmpty());
     }
 
-    void aCheckByHandBeginsANewInterval()
+    void aManualCheckRestartsTheInterval()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -181,7 +181,7 @@ private Q_SLOTS:
         QCOMPARE(f.updater->automaticallyChecksForUpdates(), false);
     }
 
-    void whoDecidedInTheSettingsIsNotAsked()
+    void aDecisionInTheSettingsReplacesTheQuestion()
     {
         UpdaterFixture f(std::nullopt);
         f.start().setAutomaticallyChecksForUpdates(false);
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
-    void anAnswerAfterTheEndIsDropped()
+    void anAnswerAfterDestructionIsIgnored()
     {
         UpdaterFixture f(std::nullopt);
         f.start();
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QVERIFY(f.store.value(u"SUEnableAutomaticChecks"_s).isUndefined());
     }
 
-    void aNewVersionEndsItsTrialAfterTenSeconds()
+    void theTrialEndsAfterTenSeconds()
     {
         UpdaterFixture f;
         f.installer.isTrying = true;

@@ -17,8 +17,8 @@ const QString preparing = u"Vérification et installation…"_s;
 const QString hidden = u"hide"_s;
 const QString noFeed = u"Vérification impossible"_s;
 
-/// Lets the updater check by itself and find `items`.
-void findUnasked(UpdaterFixture &f, const QByteArray &items)
+/// Answers an automatic check with `items`.
+void findAutomatically(UpdaterFixture &f, const QByteArray &items)
 {
     f.runLoop.advance(25h);
     QCOMPARE(f.http.requests.size(), 1);
@@ -32,7 +32,7 @@ class UpdaterTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutAKeyOrASafeFeedItSaysSoOnRequestAlone_data()
+    void withoutAKeyOrASafeFeedOnlyAManualCheckSaysSo_data()
     {
         QTest::addColumn<QString>("feed");
         QTest::addColumn<bool>("hasKey");
@@ -42,7 +42,7 @@ private Q_SLOTS:
         QTest::newRow("a file") << u"file:///a.xml"_s << true;
     }
 
-    void withoutAKeyOrASafeFeedItSaysSoOnRequestAlone()
+    void withoutAKeyOrASafeFeedOnlyAManualCheckSaysSo()
     {
         QFETCH(const QString, feed);
         QFETCH(const bool, hasKey);
@@ -59,9 +59,9 @@ private Q_SLOTS:
         QVERIFY(f.http.requests.isEmpty());
     }
 
-    void aRequestAlwaysEndsWithAnAnswer_data()
+    void aManualCheckAlwaysShowsAResult_data()
     {
-        QTest::addColumn<int>("status"); // 0: none comes
+        QTest::addColumn<int>("status"); // 0: no answer
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QString>("answer");
         using FeedMaker::feed;
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QTest::newRow("newer") << 200 << feed(newer) << u"offer 1.1"_s;
     }
 
-    void aRequestAlwaysEndsWithAnAnswer()
+    void aManualCheckAlwaysShowsAResult()
     {
         QFETCH(const int, status);
         QFETCH(const QByteArray, body);
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(f.http.requests.size(), 1);
     }
 
-    void anAcceptedUpdateIsInstalledAtTheEnd()
+    void anAcceptedUpdateIsInstalledAtQuit()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log, (QStringList{u"prepare 1.1 "_s + QString(1000, u'a'), u"activate 1.1"_s}));
     }
 
-    void itCanBeginAtOnce()
+    void anAcceptedUpdateCanRestartTheProgram()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();
@@ -127,11 +127,11 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
     }
 
-    void withDownloadsOnItAllHappensSilently()
+    void automaticDownloadsAreSilent()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         f.deliver();
         f.installer.finish();
         QCOMPARE(f.driver.takeLog(), QStringList());
@@ -139,11 +139,11 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
     }
 
-    void whoNeverQuitsIsOfferedToBeginAfterADay()
+    void aReadyUpdateIsOfferedAfterADay()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         f.deliver();
         f.installer.finish();
         f.runLoop.advance(23h);
@@ -152,23 +152,23 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1? quietly"_s});
     }
 
-    void aCriticalOneIsOfferedToBeginAtOnce()
+    void aCriticalUpdateIsOfferedOnceReady()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        findAutomatically(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
         f.deliver();
         f.installer.finish();
         QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1? quietly"_s});
     }
 
-    void withDownloadsOffItIsOfferedQuietly()
+    void withDownloadsOffUpdatesAreOfferedQuietly()
     {
         UpdaterFixture f;
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
-        // The question stands until it is answered.
+        // The next check does not repeat an open question.
         f.updater->setUpdateCheckInterval(1h);
         f.runLoop.advance(61min);
         f.answer(UpdaterFixture::update());
@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList{loading});
     }
 
-    void laterIsADayLaterUnlessItIsCritical()
+    void laterPostponesTheOfferByADayUnlessCritical()
     {
         UpdaterFixture f;
         f.start().setUpdateCheckInterval(1h);
@@ -197,23 +197,23 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
     }
 
-    void aSkippedVersionComesBackOnRequestAlone()
+    void onlyAManualCheckOffersASkippedVersion()
     {
         UpdaterFixture f;
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         f.driver.choice(Answer::Skip);
         f.driver.takeLog();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog(), QStringList());
-        findUnasked(f, UpdaterFixture::update("1.2"));
+        findAutomatically(f, UpdaterFixture::update("1.2"));
         QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.2 quietly"_s});
         f.updater->checkForUpdates();
         f.answer(UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
     }
 
-    void whatSomebodyElseInstalledIsShownOnTheMakersPage_data()
+    void anInstallationByOthersOpensTheMakersPage_data()
     {
         QTest::addColumn<int>("ability");
         QTest::addColumn<bool>("isAllowed");
@@ -221,14 +221,14 @@ private Q_SLOTS:
         QTest::newRow("not writable") << static_cast<int>(UpdateInstaller::Ability::NotAllowed) << false;
     }
 
-    void whatSomebodyElseInstalledIsShownOnTheMakersPage()
+    void anInstallationByOthersOpensTheMakersPage()
     {
         QFETCH(const int, ability);
         QFETCH(const bool, isAllowed);
         UpdaterFixture f(true, true);
         f.installer.currentAbility = static_cast<UpdateInstaller::Ability>(ability);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 elsewhere quietly"_s});
         QCOMPARE(f.driver.lastOffer.isAllowed, isAllowed);
         f.driver.choice(Answer::Install);
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QVERIFY(f.downloads.requests.isEmpty());
     }
 
-    void aFailureIsToldToWhomAsked_data()
+    void aFailureIsShownAfterAManualCheck_data()
     {
         QTest::addColumn<int>("failure");
         QTest::addColumn<QString>("message");
@@ -247,7 +247,7 @@ private Q_SLOTS:
         QTest::newRow("disk") << static_cast<int>(UpdateFailure::Disk) << u"Installation impossible"_s;
     }
 
-    void aFailureIsToldToWhomAsked()
+    void aFailureIsShownAfterAManualCheck()
     {
         QFETCH(const int, failure);
         QFETCH(const QString, message);
@@ -262,7 +262,7 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log.size(), 1);
     }
 
-    void aFailureNobodyAskedForIsSilentAndNotRepeatedForADay()
+    void anUnaskedFailureIsSilentAndPausesForADay()
     {
         UpdaterFixture f(true, true);
         f.start().setUpdateCheckInterval(1h);
@@ -276,7 +276,7 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
-    void everythingCanBeCancelled()
+    void checksAndDownloadsCanBeCancelled()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();
@@ -294,42 +294,57 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log, QStringList());
     }
 
-    void aVersionThatWasGivenUpComesBackOnRequestAlone()
+    void aCancelledPreparationContinuesSilently()
+    {
+        UpdaterFixture f;
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Install);
+        f.deliver();
+        f.driver.takeLog();
+        f.driver.cancel();
+        f.installer.finish();
+        QCOMPARE(f.driver.takeLog(), QStringList{hidden});
+        f.updater->installAtQuit();
+        QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
+    }
+
+    void onlyAManualCheckOffersARolledBackVersion()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        findAutomatically(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
         f.deliver();
         f.installer.finish();
         f.updater->installAtQuit();
         f.driver.takeLog();
-        // The program comes back as the version before.
+        // The launcher rolled back to the previous version.
         f.start();
-        findUnasked(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        findAutomatically(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
         QCOMPARE(f.downloads.requests.size(), 1);
         QCOMPARE(f.driver.takeLog(), QStringList());
-        findUnasked(f, UpdaterFixture::update("1.2"));
+        findAutomatically(f, UpdaterFixture::update("1.2"));
         QCOMPARE(f.downloads.requests.size(), 2);
         f.start().checkForUpdates();
         f.answer(UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
     }
 
-    void switchingDownloadsOffEndsTheSilentOne()
+    void switchingDownloadsOffCancelsASilentDownload()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         QCOMPARE(f.downloads.requests.size(), 1);
         f.updater->setAutomaticallyDownloadsUpdates(false);
         QVERIFY(!f.downloads.requests.constLast().isOpen());
     }
 
-    void whatCameSilentlyIsNotInstalledWhenDownloadsWereSwitchedOff()
+    void aSilentUpdateIsNotInstalledAfterDownloadsWereSwitchedOff()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         f.deliver();
         f.installer.finish();
         f.updater->setAutomaticallyDownloadsUpdates(false);
@@ -337,7 +352,7 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log.size(), 1);
     }
 
-    void aRequestJoinsWhatGoesOn()
+    void aManualCheckJoinsARunningOne()
     {
         UpdaterFixture f(true, true);
         f.start();
@@ -349,18 +364,18 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), (QStringList{hidden, u"offer 1.1"_s}));
     }
 
-    void aRequestShowsWhatIsReady()
+    void aManualCheckOffersAReadyUpdate()
     {
         UpdaterFixture f(true, true);
         f.start();
-        findUnasked(f, UpdaterFixture::update());
+        findAutomatically(f, UpdaterFixture::update());
         f.deliver();
         f.installer.finish();
         f.updater->checkForUpdates();
         QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1?"_s});
     }
 
-    void thirtyDaysWithoutASuccessAreToldInTheAnswer()
+    void theResultWarnsAfterThirtyDaysWithoutSuccess()
     {
         UpdaterFixture f(false);
         f.start().checkForUpdates();
@@ -376,7 +391,7 @@ private Q_SLOTS:
         QVERIFY(f.driver.lastInformation.endsWith(u"Aucune vérification n'a réussi depuis le 14.11.2023."_s));
     }
 
-    void anOldFeedIsNoSuccess()
+    void aReplayedFeedIsNoSuccess()
     {
         UpdaterFixture f(false);
         f.start().checkForUpdates();

@@ -21,13 +21,13 @@ LibarchiveReader::LibarchiveReader(QByteArrayView bytes)
 
 std::variant<std::monostate, ArchiveEntry, UnpackProblem> LibarchiveReader::next()
 {
-    if (!m_isOpen || !isPackedOnceWithZstd())
+    if (!m_isOpen || !isCompressedOnceWithZstd())
         return UnpackProblem::Damaged;
     archive_entry *entry = nullptr;
     const int result = archive_read_next_header(m_archive.get(), &entry);
     if (result == ARCHIVE_EOF)
         return std::monostate();
-    // A warning says that something of the entry was lost, its path for example.
+    // A warning means that a part of the entry was lost, for example its path.
     return result == ARCHIVE_OK ? converted(entry) : UnpackProblem::Damaged;
 }
 
@@ -37,9 +37,10 @@ std::optional<std::size_t> LibarchiveReader::read(std::span<char> buffer)
     return length < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(length));
 }
 
-bool LibarchiveReader::isPackedOnceWithZstd() const
+bool LibarchiveReader::isCompressedOnceWithZstd() const
 {
-    // The library unpacks as often as it recognizes something packed, and counts what is not packed as well.
+    // The library decompresses repeatedly as long as it recognizes a format; the count includes the plain
+    // data.
     return archive_filter_count(m_archive.get()) == 2 &&
            archive_filter_code(m_archive.get(), 0) == ARCHIVE_FILTER_ZSTD;
 }

@@ -6,11 +6,11 @@
 struct archive;
 struct archive_entry;
 
-/// The reader of archives through libarchive.
+/// Reads archives with libarchive.
 class LibarchiveReader final : public ArchiveReader
 {
 public:
-    /// `bytes` outlives the reader; any bytes may be given.
+    /// Any bytes may be given; they outlive the reader.
     explicit LibarchiveReader(QByteArrayView bytes);
 
     [[nodiscard]] std::variant<std::monostate, ArchiveEntry, UnpackProblem> next() override;
@@ -22,7 +22,7 @@ private:
         void operator()(archive *reader) const;
     };
 
-    [[nodiscard]] bool isPackedOnceWithZstd() const;
+    [[nodiscard]] bool isCompressedOnceWithZstd() const;
     [[nodiscard]] static std::variant<std::monostate, ArchiveEntry, UnpackProblem>
     converted(archive_entry *entry);
 

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using End = Downloads::End;
 using Fixture = UpdateDownloadFixture;
 
-/// What a download keeps on the disk, and what it finds there.
+/// The partial file of a download.
 class UpdateDownloadFileTest : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ class UpdateDownloadFileTest : public QObject
 private Q_SLOTS:
     static void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    static void whatIsThereAlreadyIsNotFetched()
+    static void aCompletePartialFileIsNotDownloaded()
     {
         Fixture f;
         f.leave("0123");
@@ -34,20 +34,20 @@ private Q_SLOTS:
         QVERIFY(f.isFinishedWith(archive));
     }
 
-    static void whatBelongsToAnotherDownloadIsRemoved()
+    static void thePartialFileOfAnotherDownloadIsRemoved()
     {
-        const UpdateDownload::Wanted same{QUrl(u"https://example.org/archive"_s), archive.size(), u"1.3"_s};
+        const UpdateDownload::Request same{QUrl(u"https://example.org/archive"_s), archive.size(), u"1.3"_s};
         auto otherLength = same;
         otherLength.length = 9;
         auto otherAddress = same;
         otherAddress.address = QUrl(u"https://example.org/other"_s);
         auto otherVersion = same;
         otherVersion.version = u"../1.4"_s;
-        for (const auto &wanted : {otherLength, otherAddress, otherVersion}) {
+        for (const auto &request : {otherLength, otherAddress, otherVersion}) {
             Fixture f;
             f.leave("0123");
             const QStringList before = f.names();
-            f.start(wanted);
+            f.start(request);
             QCOMPARE(f.offset(), 0);
             QCOMPARE(f.names().size(), 1);
             QVERIFY(f.names() != before);
@@ -90,7 +90,7 @@ private Q_SLOTS:
     static void somebodyElsesFileIsReplaced()
     {
         if (geteuid() != 0)
-            QSKIP("only the superuser can give files away");
+            QSKIP("only root can change the owner of files");
         Fixture f;
         f.leave("0123");
         constexpr uid_t nobody = 65534;
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QVERIFY(f.hasFailed());
     }
 
-    static void aFolderThatCannotBeMade()
+    static void aFolderThatCannotBeCreated()
     {
         Fixture f;
         ScratchFolder::writeTo(f.scratch.path("cache"), "a file");
@@ -144,9 +144,9 @@ private Q_SLOTS:
     static void aDiskThatBreaks_data()
     {
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays broken") << SystemCalls::forEver;
-        QTest::newRow("for a moment") << 1;
-        QTest::newRow("for two moments") << 2;
+        QTest::newRow("disk broken") << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << 1;
+        QTest::newRow("two I/O errors") << 2;
     }
 
     static void aDiskThatBreaks()
@@ -161,7 +161,7 @@ private Q_SLOTS:
             status = runInChild([&] {
                 SystemCalls::breakDiskBefore(call, failures);
                 f.start();
-                // The server begins anew, and then tells nothing of the rest.
+                // The server starts over, and later has no such range.
                 f.downloads.begin(0);
                 f.downloads.send("012345");
                 f.downloads.end(End::Broken);

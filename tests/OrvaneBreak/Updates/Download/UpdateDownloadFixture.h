@@ -13,7 +13,7 @@
 
 inline const QByteArray archive = "0123456789";
 
-/// A download whose server and whose disk do what the test says.
+/// A download from a fake server into a scratch folder.
 struct UpdateDownloadFixture
 {
     void start()
@@ -21,17 +21,17 @@ struct UpdateDownloadFixture
         start({QUrl(QStringLiteral("https://example.org/archive")), archive.size(), QStringLiteral("1.3")});
     }
 
-    void start(const UpdateDownload::Wanted &wanted)
+    void start(const UpdateDownload::Request &request)
     {
         download.start(
-            wanted, [this](qint64 received) { progress.push_back(received); },
+            request, [this](qint64 received) { progress.push_back(received); },
             [this](const std::optional<QByteArray> &bytes) {
                 ++completions;
                 result = bytes;
             });
     }
 
-    /// What was received of an earlier start.
+    /// Leaves a partial file with these bytes.
     void leave(const QByteArray &bytes)
     {
         start();
@@ -53,7 +53,7 @@ struct UpdateDownloadFixture
     [[nodiscard]] int requests() const { return static_cast<int>(downloads.requests.size()); }
     [[nodiscard]] qint64 offset() const { return downloads.requests.constLast().offset; }
 
-    /// Whether it has ended, and with what.
+    /// Whether the download has completed once, from the event loop, with `expected`.
     [[nodiscard]] bool isFinishedWith(const std::optional<QByteArray> &expected) const
     {
         if (completions != 0)

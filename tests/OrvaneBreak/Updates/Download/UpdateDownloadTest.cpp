@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 using End = Downloads::End;
 using Fixture = UpdateDownloadFixture;
 
-/// The download of an archive from a server that does what the test says.
+/// Downloading an archive from a fake server.
 class UpdateDownloadTest : public QObject
 {
     Q_OBJECT
@@ -18,7 +18,7 @@ class UpdateDownloadTest : public QObject
 private Q_SLOTS:
     static void init() { QTest::failOnWarning(QRegularExpression(u"."_s)); }
 
-    static void wholeInOneGo()
+    static void inOneAttempt()
     {
         Fixture f;
         f.start();
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QVERIFY(f.names().isEmpty());
     }
 
-    static void moreThanAllAfterAll()
+    static void moreAfterTheWholeArchive()
     {
         Fixture f;
         f.start();
@@ -103,7 +103,7 @@ private Q_SLOTS:
         QVERIFY(f.names().isEmpty());
     }
 
-    static void tooShortForGood()
+    static void alwaysTooShort()
     {
         Fixture f;
         f.start();
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QCOMPARE(f.requests(), 6);
     }
 
-    static void givesUpAfterFiveVainAttempts()
+    static void failsAfterFiveAttemptsWithoutProgress()
     {
         Fixture f;
         f.start();
@@ -147,7 +147,7 @@ private Q_SLOTS:
         f.start();
         for (const char digit : archive) {
             f.downloads.answer(QByteArray(1, digit), End::Broken);
-            for (int vain = 0; vain < 4 && digit != '9'; ++vain) {
+            for (int failure = 0; failure < 4 && digit != '9'; ++failure) {
                 f.runLoop.advance(20s);
                 f.downloads.end(End::Broken);
             }
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QVERIFY(f.isFinishedWith(archive));
     }
 
-    static void theLimitOfTwoHours()
+    static void theTimeoutOfTwoHours()
     {
         Fixture f;
         f.start();
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(f.isFinishedWith(archive));
     }
 
-    static void aCompletionThatIsLateIsNotTold()
+    static void aLateCompletionIsDropped()
     {
         Fixture f;
         f.start();

@@ -12,16 +12,15 @@ class AppcastTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void everythingAnItemSays()
+    static void allPropertiesOfAnItem()
     {
         const Appcast result = parsed(
             feed("<title>Feed</title><pubDate>Mon, 02 Mar 2026 10:00:00 +0100</pubDate>"
                  "<lastBuildDate>Tue, 03 Mar 2026 10:00:00 GMT</lastBuildDate>" +
-                 item("<title> OrvaneBreak 1.3 </title><pubDate>Sun, 01 Mar 2026 08:30:00 +0200</pubDate>"
+                 item("<title>OrvaneBreak 1.3</title><pubDate>Sun, 01 Mar 2026 08:30:00 +0200</pubDate>"
                       "<s:version>1.3.0</s:version><s:shortVersionString>1.3</s:shortVersionString>"
                       "<s:minimumSystemVersion>5.10</s:minimumSystemVersion><s:criticalUpdate/>"
                       "<description><![CDATA[- a <b>bold</b> & new thing]]></description>"
-                      "<s:releaseNotesLink>https://example.org/notes</s:releaseNotesLink>"
                       "<unknown><s:version>9</s:version></unknown>" +
                       enclosure("s:arch='aarch64'"))));
         QCOMPARE(result.date, QDateTime(QDate(2026, 3, 3), QTime(10, 0), QTimeZone::utc()));
@@ -29,12 +28,10 @@ private Q_SLOTS:
         const AppcastItem &found = result.items.front();
         QCOMPARE(found.version.text(), u"1.3.0"_s);
         QCOMPARE(found.displayVersion, u"1.3"_s);
-        QCOMPARE(found.title, u"OrvaneBreak 1.3"_s);
         QCOMPARE(found.date, QDateTime(QDate(2026, 3, 1), QTime(6, 30), QTimeZone::utc()));
         QCOMPARE(found.minimumSystemVersion.text(), u"5.10"_s);
         QVERIFY(found.isCritical && !found.needsUnknownSystem);
         QCOMPARE(found.releaseNotes, u"- a <b>bold</b> & new thing"_s);
-        QCOMPARE(found.releaseNotesAddress, QUrl(u"https://example.org/notes"_s));
         QCOMPARE(found.operatingSystem, u"linux"_s);
         QCOMPARE(found.architecture, u"aarch64"_s);
         QCOMPARE(found.archive, QUrl(u"https://example.org/OrvaneBreak-1.3-linux-x86_64.tar.zst"_s));
@@ -42,7 +39,7 @@ private Q_SLOTS:
         QCOMPARE(found.signature, QByteArray(64, 's'));
     }
 
-    static void whatAnItemNeedNotSay()
+    static void optionalProperties()
     {
         const Appcast result = parsed(feed(wholeItem("1.3")));
         QVERIFY(!result.date.isValid());
@@ -52,10 +49,10 @@ private Q_SLOTS:
         QCOMPARE(found.architecture, u"x86_64"_s);
         QVERIFY(!found.date.isValid() && !found.minimumSystemVersion.isValid());
         QVERIFY(!found.isCritical && !found.needsUnknownSystem);
-        QVERIFY(found.releaseNotes.isEmpty() && found.releaseNotesAddress.isEmpty());
+        QVERIFY(found.releaseNotes.isEmpty());
     }
 
-    static void attributesOfTheEnclosureWin()
+    static void attributesOfTheEnclosureTakePrecedence()
     {
         const Appcast result = parsed(feed(item(
             "<s:version>1</s:version><s:shortVersionString>one</s:shortVersionString><s:os>macos</s:os>" +
@@ -84,7 +81,7 @@ private Q_SLOTS:
         QVERIFY(!parsed(feed("<pubDate>yesterday</pubDate>")).date.isValid());
     }
 
-    static void anItemThatLacksSomethingIsLeftOut_data()
+    static void anInvalidItemIsLeftOut_data()
     {
         QTest::addColumn<QByteArray>("bad");
         const QByteArray version = "<s:version>1.4</s:version>";
@@ -115,7 +112,7 @@ private Q_SLOTS:
         QTest::newRow("65 bytes") << changed(signature(), signature(65));
     }
 
-    static void anItemThatLacksSomethingIsLeftOut()
+    static void anInvalidItemIsLeftOut()
     {
         QFETCH(const QByteArray, bad);
         const Appcast result = parsed(feed(wholeItem("1.1") + bad + wholeItem("1.2")));
@@ -124,25 +121,16 @@ private Q_SLOTS:
         QCOMPARE(result.items.at(1).version.text(), u"1.2"_s);
     }
 
-    static void thisMachineIsReachedOverHttp()
+    static void httpIsAllowedOnLoopback()
     {
         const QByteArray local = wholeItem().replace("https://example.org", "http://127.0.0.1:8000");
         QCOMPARE(parsed(feed(local)).items.size(), 1U);
         const auto overHttpsAlone = [](const QUrl &url) { return url.scheme() == "https"_L1; };
-        const auto verdict = parseAppcast(feed(local + wholeItem("2")), overHttpsAlone);
-        QCOMPARE(std::get<Appcast>(verdict).items.size(), 1U);
+        const auto result = parseAppcast(feed(local + wholeItem("2")), overHttpsAlone);
+        QCOMPARE(result.value_or(Appcast()).items.size(), 1U);
     }
 
-    static void notesFromElsewhereAreNotShown()
-    {
-        const Appcast result = parsed(feed(
-            item("<s:version>1.4</s:version><s:releaseNotesLink>file:///etc/passwd</s:releaseNotesLink>" +
-                 enclosure())));
-        QCOMPARE(result.items.size(), 1U);
-        QVERIFY(result.items.front().releaseNotesAddress.isEmpty());
-    }
-
-    static void anUnknownMinimumIsTold()
+    static void anInvalidMinimumIsReported()
     {
         const Appcast result = parsed(feed(item(
             "<s:version>1.4</s:version><s:minimumSystemVersion>new</s:minimumSystemVersion>" + enclosure())));
@@ -150,53 +138,46 @@ private Q_SLOTS:
         QVERIFY(result.items.front().needsUnknownSystem);
     }
 
-    static void longTextsAreCut()
+    static void longTextsAreTruncated()
     {
         const QByteArray eye = "\xf0\x9f\x91\x81";
-        const Appcast result =
-            parsed(feed(item("<title>" + QByteArray(1'000, 't') + "</title><description>x" +
-                             eye.repeated(20'000) + "</description><s:version>1</s:version>" + enclosure())));
+        const Appcast result = parsed(feed(
+            item("<s:shortVersionString>" + QByteArray(1'000, 't') + "</s:shortVersionString><description>x" +
+                 eye.repeated(20'000) + "</description><s:version>1</s:version>" + enclosure())));
         QCOMPARE(result.items.size(), 1U);
-        QCOMPARE(result.items.front().title.size(), 200);
+        QCOMPARE(result.items.front().displayVersion.size(), 200);
         QCOMPARE(result.items.front().releaseNotes.size(), 19'999);
         QVERIFY(result.items.front().releaseNotes.endsWith(QString::fromUtf8(eye)));
     }
 
-    static void refused_data()
+    static void invalidFeeds_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<AppcastRefusal>("reason");
-        using Reason = AppcastRefusal;
         const QByteArray entities =
             "<!DOCTYPE rss [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>]>";
-        QTest::newRow("empty") << QByteArray() << Reason::NotWellFormed;
-        QTest::newRow("no markup") << QByteArray("Not found") << Reason::NotWellFormed;
-        QTest::newRow("cut off") << feed(wholeItem()).chopped(3) << Reason::NotWellFormed;
-        QTest::newRow("more after the end") << feed(wholeItem()) + "<rss/>" << Reason::NotWellFormed;
-        QTest::newRow("no UTF-8") << feed("<title>\xff\xfe</title>") << Reason::NotWellFormed;
-        QTest::newRow("web page") << QByteArray("<html><body/></html>") << Reason::NoFeed;
-        QTest::newRow("document type") << feed(wholeItem(), "<!DOCTYPE rss>") << Reason::DocumentType;
-        QTest::newRow("entities") << feed("<title>&b;</title>", entities) << Reason::DocumentType;
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("no markup") << QByteArray("Not found");
+        QTest::newRow("cut off") << feed(wholeItem()).chopped(3);
+        QTest::newRow("more after the end") << feed(wholeItem()) + "<rss/>";
+        QTest::newRow("no UTF-8") << feed("<title>\xff\xfe</title>");
+        QTest::newRow("web page") << QByteArray("<html><body/></html>");
+        QTest::newRow("document type") << feed(wholeItem(), "<!DOCTYPE rss>");
+        QTest::newRow("entities") << feed("<title>&b;</title>", entities);
         QTest::newRow("outer entity")
-            << feed("<title>&x;</title>", "<!DOCTYPE rss [<!ENTITY x SYSTEM 'file:///etc/passwd'>]>")
-            << Reason::DocumentType;
-        QTest::newRow("undeclared entity") << feed("<title>&x;</title>") << Reason::NotWellFormed;
-        QTest::newRow("depth") << feed(QByteArray("<x>").repeated(31) + QByteArray("</x>").repeated(31))
-                               << Reason::TooDeep;
-        QTest::newRow("size") << feed("<!--" + QByteArray(1'048'576, 'x') + "-->") << Reason::TooLarge;
-        QTest::newRow("count") << feed(QByteArray("<item/>").repeated(1'001)) << Reason::TooManyItems;
+            << feed("<title>&x;</title>", "<!DOCTYPE rss [<!ENTITY x SYSTEM 'file:///etc/passwd'>]>");
+        QTest::newRow("undeclared entity") << feed("<title>&x;</title>");
+        QTest::newRow("depth") << feed(QByteArray("<x>").repeated(31) + QByteArray("</x>").repeated(31));
+        QTest::newRow("size") << feed("<!--" + QByteArray(1'048'576, 'x') + "-->");
+        QTest::newRow("count") << feed(QByteArray("<item/>").repeated(1'001));
     }
 
-    static void refused()
+    static void invalidFeeds()
     {
         QFETCH(const QByteArray, bytes);
-        QFETCH(const AppcastRefusal, reason);
-        const auto verdict = parseAppcast(bytes, &Http::isAllowed);
-        QVERIFY(std::holds_alternative<AppcastRefusal>(verdict));
-        QCOMPARE(static_cast<int>(std::get<AppcastRefusal>(verdict)), static_cast<int>(reason));
+        QVERIFY(!parseAppcast(bytes, &Http::isAllowed));
     }
 
-    static void theLimitsThemselvesAreFine()
+    static void feedsAtTheLimits()
     {
         const QByteArray deep = QByteArray("<x>").repeated(30) + QByteArray("</x>").repeated(30);
         const QByteArray many = QByteArray("<item/>").repeated(999);

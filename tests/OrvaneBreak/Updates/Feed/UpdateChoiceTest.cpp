@@ -22,13 +22,13 @@ AppcastItem offered(const QString &version)
     return item;
 }
 
-UpdateCircumstances usual()
+UpdateCircumstances defaults()
 {
     return {UpdateVersion(u"1.2"_s), u"linux"_s, u"x86_64"_s, UpdateVersion(u"6.1"_s), now, {}, false};
 }
 
-/// The version chosen, or the reason why there is none.
-QString outcome(const std::vector<AppcastItem> &items, const UpdateCircumstances &circumstances = usual())
+/// The chosen version, or the reason why there is none.
+QString outcome(const std::vector<AppcastItem> &items, const UpdateCircumstances &circumstances = defaults())
 {
     const auto choice = chooseUpdate({items, {}}, circumstances);
     if (const auto *item = std::get_if<AppcastItem>(&choice))
@@ -67,9 +67,9 @@ private Q_SLOTS:
         QCOMPARE(outcome({offered(u"1.3-beta.1"_s)}), u"1.3-beta.1"_s);
     }
 
-    static void nothingIsNewerThanAnUnknownVersion()
+    static void noUpdateForAnUnknownVersion()
     {
-        UpdateCircumstances circumstances = usual();
+        UpdateCircumstances circumstances = defaults();
         circumstances.installed = UpdateVersion();
         QCOMPARE(outcome({offered(u"9"_s)}, circumstances), u"up to date"_s);
     }
@@ -95,7 +95,28 @@ private Q_SLOTS:
         QCOMPARE(outcome({foreign, offered(u"1.3"_s), foreign}), u"1.3"_s);
     }
 
-    static void minimumOfTheSystem()
+    static void bothNamesOfAnArchitecture_data()
+    {
+        QTest::addColumn<QString>("installed");
+        QTest::addColumn<QString>("inFeed");
+        QTest::newRow("arm64") << u"arm64"_s << u"aarch64"_s;
+        QTest::newRow("aarch64") << u"aarch64"_s << u"arm64"_s;
+        QTest::newRow("x86_64") << u"x86_64"_s << u"amd64"_s;
+        QTest::newRow("amd64") << u"amd64"_s << u"x86_64"_s;
+    }
+
+    static void bothNamesOfAnArchitecture()
+    {
+        QFETCH(const QString, installed);
+        QFETCH(const QString, inFeed);
+        UpdateCircumstances circumstances = defaults();
+        circumstances.architecture = installed;
+        AppcastItem item = offered(u"1.3"_s);
+        item.architecture = inFeed;
+        QCOMPARE(outcome({item}, circumstances), u"1.3"_s);
+    }
+
+    static void minimumSystemVersion()
     {
         AppcastItem item = offered(u"1.4"_s);
         item.minimumSystemVersion = UpdateVersion(u"6.1.0"_s);
@@ -103,7 +124,7 @@ private Q_SLOTS:
         item.minimumSystemVersion = UpdateVersion(u"6.1.1"_s);
         QCOMPARE(outcome({item}), u"system too old"_s);
         QCOMPARE(outcome({item, offered(u"1.3"_s)}), u"1.3"_s);
-        UpdateCircumstances unknown = usual();
+        UpdateCircumstances unknown = defaults();
         unknown.systemVersion = UpdateVersion();
         QCOMPARE(outcome({item}, unknown), u"system too old"_s);
         item.minimumSystemVersion = UpdateVersion();
@@ -124,13 +145,13 @@ private Q_SLOTS:
         QCOMPARE(outcome({item}), u"1.4"_s);
     }
 
-    static void skippedUnlessItMatters()
+    static void skippedUnlessCriticalOrAskedFor()
     {
-        UpdateCircumstances circumstances = usual();
+        UpdateCircumstances circumstances = defaults();
         circumstances.skipped = UpdateVersion(u"1.4"_s);
         const AppcastItem item = offered(u"1.4.0"_s);
         QCOMPARE(outcome({item}, circumstances), u"skipped"_s);
-        // Who does not want a version does not want one before it either.
+        // Skipping a version also skips older ones.
         QCOMPARE(outcome({item, offered(u"1.3"_s)}, circumstances), u"skipped"_s);
         QCOMPARE(outcome({item, offered(u"1.5"_s)}, circumstances), u"1.5"_s);
         AppcastItem critical = offered(u"1.3"_s);
@@ -140,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(outcome({item}, circumstances), u"1.4.0"_s);
     }
 
-    static void theClosestReasonIsTold()
+    static void theClosestReasonIsReturned()
     {
         AppcastItem foreign = offered(u"9"_s);
         foreign.operatingSystem = u"macos"_s;

@@ -17,15 +17,15 @@ namespace {
 
 constexpr auto urlEncoding = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
 
-/// The installer that runs as version 1.2, and the makers that it believes.
 std::unique_ptr<ArchiveReader> open(QByteArrayView bytes)
 {
     return std::make_unique<LibarchiveReader>(bytes);
 }
 
+/// An installer in version 1.2, and the makers whose key it has.
 struct Fixture
 {
-    /// What the makers announce of `archive`.
+    /// The feed item for `archive`, signed by the makers.
     [[nodiscard]] AppcastItem announced(const QByteArray &archive, const char *version) const
     {
         AppcastItem item;
@@ -35,13 +35,13 @@ struct Fixture
         return item;
     }
 
-    /// Prepares what is announced in this way; whether it answers, once, on this thread and not at once.
+    /// Whether prepare() answers once, on this thread and from the event loop.
     [[nodiscard]] bool prepare(const QByteArray &archive, const AppcastItem &item)
     {
         answers.clear();
-        installer->prepare(archive, item, context, [this](std::optional<UpdateFailure> failure) {
+        installer->prepare(archive, item, context, [this](const UpdateInstaller::Result &result) {
             isOnThisThread = QThread::currentThread() == qApp->thread();
-            answers.push_back(failure);
+            answers.push_back(result);
         });
         return answers.empty() && QTest::qWaitFor([this] { return !answers.empty(); }, 60'000) &&
                answers.size() == 1 && isOnThisThread;
@@ -53,13 +53,23 @@ struct Fixture
         return prepare(archive, announced(archive, version));
     }
 
+    [[nodiscard]] bool failedWith(UpdateFailure failure) const
+    {
+        return answers.front() == UpdateInstaller::Result(failure);
+    }
+
+    [[nodiscard]] bool prepared(const char *version) const
+    {
+        return answers.front() == UpdateInstaller::Result(UpdateVersion(QString::fromLatin1(version)));
+    }
+
     const InstallationFixture installation;
     const Signer makers;
     std::unique_ptr<HomeInstaller> installer = std::make_unique<HomeInstaller>(
         installation.seenBy("1.2"), UpdateSignature::parsePublicKey(makers.publicKeyBase64()),
         UpdateVersion(u"1.2"_s), &open);
     QObject context;
-    std::vector<std::optional<UpdateFailure>> answers;
+    std::vector<UpdateInstaller::Result> answers;
     bool isOnThisThread = false;
 };
 
@@ -70,7 +80,7 @@ class HomeInstallerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void whoReplacesTheProgram()
+    static void abilityByInstallation()
     {
         const auto ability = [](NoInstallation reason) {
             return HomeInstaller(reason, {}, UpdateVersion(u"1.2"_s), &open).ability();
@@ -81,12 +91,12 @@ private Q_SLOTS:
         QCOMPARE(Fixture().installer->ability(), UpdateInstaller::Ability::Itself);
     }
 
-    static void aWholeUpdate()
+    static void aCompleteUpdate()
     {
         Fixture f;
         QVERIFY(f.prepare("1.3"));
-        QCOMPARE(f.answers.front(), std::nullopt);
-        QVERIFY(f.installation.isWhole("1.3"));
+        QVERIFY(f.prepared("1.3"));
+        QVERIFY(f.installation.isComplete("1.3"));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
         QVERIFY(!f.installer->isOnTrial());
 
@@ -100,7 +110,7 @@ private Q_SLOTS:
         next.confirm();
     }
 
-    static void aVersionThatIsNotThere()
+    static void activatingAMissingVersion()
     {
         const Fixture f;
         QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: no other whole version: 1.3");
@@ -108,19 +118,19 @@ private Q_SLOTS:
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
     }
 
-    static void notTheMakers()
+    static void aForeignSignature()
     {
         Fixture f;
         const QByteArray archive = ArchiveMaker::packedUpdate("1.3");
         AppcastItem item = f.announced(archive, "1.3");
         item.signature = f.announced("another", "1.3").signature;
         QVERIFY(f.prepare(archive, item));
-        QCOMPARE(f.answers.front(), UpdateFailure::NotGenuine);
+        QVERIFY(f.failedWith(UpdateFailure::NotGenuine));
 
         f.installer = std::make_unique<HomeInstaller>(f.installation.seenBy("1.2"), std::nullopt,
                                                       UpdateVersion(u"1.2"_s), &open);
         QVERIFY(f.prepare("1.3"));
-        QCOMPARE(f.answers.front(), UpdateFailure::NotGenuine);
+        QVERIFY(f.failedWith(UpdateFailure::NotGenuine));
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
     }
 
@@ -129,24 +139,24 @@ private Q_SLOTS:
         Fixture f;
         const QByteArray archive = ArchiveMaker::packedUpdate("1.4");
         QVERIFY(f.prepare(archive, f.announced(archive, "1.3")));
-        QCOMPARE(f.answers.front(), UpdateFailure::Damaged);
+        QVERIFY(f.failedWith(UpdateFailure::Damaged));
         for (const char *old : {"1.1", "1.2"}) {
             QVERIFY(f.prepare(old));
-            QCOMPARE(f.answers.front(), UpdateFailure::Damaged);
+            QVERIFY(f.failedWith(UpdateFailure::Damaged));
         }
         QVERIFY(f.prepare("no archive", f.announced("no archive", "1.3")));
-        QCOMPARE(f.answers.front(), UpdateFailure::Damaged);
+        QVERIFY(f.failedWith(UpdateFailure::Damaged));
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
     }
 
-    static void somebodyElseInstalls()
+    static void anotherProcessHoldsTheLock()
     {
         Fixture f;
         QVERIFY(f.prepare("1.3"));
         const auto other = InstallationChange::begin(f.installation.seenBy("1.2"));
         QVERIFY(other);
         QVERIFY(f.prepare("1.4"));
-        QCOMPARE(f.answers.front(), UpdateFailure::Disk);
+        QVERIFY(f.failedWith(UpdateFailure::Disk));
         QVERIFY(!f.installer->activate(UpdateVersion(u"1.3"_s)));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
     }
@@ -157,7 +167,7 @@ private Q_SLOTS:
         f.installer = std::make_unique<HomeInstaller>(NoInstallation::BuildTree, std::nullopt,
                                                       UpdateVersion(u"1.2"_s), &open);
         QVERIFY(f.prepare("1.3"));
-        QCOMPARE(f.answers.front(), UpdateFailure::Disk);
+        QVERIFY(f.failedWith(UpdateFailure::Disk));
         QVERIFY(!f.installer->activate(UpdateVersion(u"1.3"_s)));
         f.installer->confirm();
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
@@ -171,34 +181,34 @@ private Q_SLOTS:
             UpdateVersion(u"1.2"_s), [](QByteArrayView /*bytes*/) { return nullptr; });
         QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: archives cannot be read now");
         QVERIFY(f.prepare("1.3"));
-        QCOMPARE(f.answers.front(), UpdateFailure::Disk);
+        QVERIFY(f.failedWith(UpdateFailure::Disk));
         QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
     }
 
-    static void whoWentAwayIsNotAnswered()
+    static void aDestroyedContextGetsNoAnswer()
     {
         Fixture f;
         const QByteArray archive = ArchiveMaker::packedUpdate("1.3");
         auto context = std::make_unique<QObject>();
         bool isAnswered = false;
         f.installer->prepare(archive, f.announced(archive, "1.3"), *context,
-                             [&](std::optional<UpdateFailure> /*failure*/) { isAnswered = true; });
+                             [&](const UpdateInstaller::Result & /*result*/) { isAnswered = true; });
         context.reset();
         QVERIFY(f.prepare("1.4"));
-        QCOMPARE(f.answers.front(), std::nullopt);
-        QVERIFY(f.installation.isWhole("1.3") && f.installation.isWhole("1.4"));
+        QVERIFY(f.prepared("1.4"));
+        QVERIFY(f.installation.isComplete("1.3") && f.installation.isComplete("1.4"));
         QVERIFY(!isAnswered);
     }
 
-    static void theEndWaitsForTheDisk()
+    static void destructionWaitsForTheThread()
     {
         Fixture f;
         const QByteArray archive = ArchiveMaker::packedUpdate("1.3");
         bool isAnswered = false;
         f.installer->prepare(archive, f.announced(archive, "1.3"), f.context,
-                             [&](std::optional<UpdateFailure> /*failure*/) { isAnswered = true; });
+                             [&](const UpdateInstaller::Result & /*result*/) { isAnswered = true; });
         f.installer.reset();
-        QVERIFY(f.installation.isWhole("1.3"));
+        QVERIFY(f.installation.isComplete("1.3"));
         QVERIFY(InstallationChange::begin(f.installation.seenBy("1.2")));
         QCoreApplication::processEvents();
         QVERIFY(!isAnswered);

@@ -37,7 +37,7 @@ private Q_SLOTS:
                UnpackProblem::Path);
     }
 
-    static void aPathThatCannotBeSaidHere()
+    static void aPathThatTheLocaleCannotEncode()
     {
         std::setlocale(LC_ALL, "C.UTF-8");
         const QByteArray archive = packed(updateWith({file(in("\u00e9"))}));
@@ -95,7 +95,7 @@ private Q_SLOTS:
         refuse(packed(updateWith({symbolic(in("lib"), "bin")})), UnpackProblem::Duplicate);
     }
 
-    static void whatIsNoFile()
+    static void hardLinksAndDevices()
     {
         refuse(packed(updateWith({hardLink(in("x"), in("install"))})), UnpackProblem::Link);
         refuse(packed(updateWith({hardLink(in("x"), "/etc/passwd")})), UnpackProblem::Link);
@@ -117,7 +117,7 @@ private Q_SLOTS:
         refuse(packed(updateWith({folder(in("bin/"))})), UnpackProblem::Duplicate);
         refuse(packed(updateWith({folder(in("install"))})), UnpackProblem::Duplicate);
         refuse(packed(updateWith({file(in("lib"))})), UnpackProblem::Duplicate);
-        // A folder that was only part of a path so far may still come.
+        // An implied folder may get its own entry later.
         accept(packed(updateWith({folder(in("lib/"))})));
     }
 
@@ -136,7 +136,7 @@ private Q_SLOTS:
     static void limits()
     {
         UnpackLimits limits;
-        // Nine entries, and two folders that are only part of a path: "lib" and both of "share/OrvaneBreak".
+        // Nine entries, and the implied folders "lib", "share" and "share/OrvaneBreak".
         limits.entries = 12;
         accept(packedUpdate("1.3"), limits);
         refuse(packed(updateWith({file(in("one-more"))})), UnpackProblem::TooMany, limits);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         refuse(packed(three), UnpackProblem::TooLarge, limits);
     }
 
-    static void usualLimits()
+    static void defaultLimits()
     {
         const auto entry = [](const std::string &name, qint64 size) {
             return ArchiveEntry{ArchiveEntry::Kind::File, in(name), {}, size, false};
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(many.admit(entry("one-more", 1)), UnpackProblem::TooMany);
     }
 
-    static void aSparseGiantIsRefusedByItsHeader()
+    static void aHugeFileIsRefusedByItsHeader()
     {
         QByteArray tar = packed(updateWith({file(in("giant"), "x")}), {}, archive_write_set_format_ustar);
         // The header of the last file, whose size is written as 11 octal digits.

@@ -22,13 +22,13 @@ public:
 
     [[nodiscard]] const std::filesystem::path &root() const { return m_root; }
 
-    /// What the program of version `version` sees.
+    /// The installation as a program of `version` sees it.
     [[nodiscard]] Installation seenBy(const char *version) const
     {
         return {m_root, UpdateVersion(QString::fromLatin1(version))};
     }
 
-    /// Puts a whole version beside the others.
+    /// Adds a complete version.
     void put(const std::string &version) const
     {
         const std::filesystem::path staging = m_root / "versions" / "put";
@@ -39,18 +39,18 @@ public:
         std::filesystem::remove(staging);
     }
 
-    /// The root and the folders that were made for it, none of them anybody else's.
+    /// The root and its parents in the scratch folder.
     [[nodiscard]] std::vector<std::filesystem::path> ownFolders() const
     {
         return {m_root, m_root.parent_path(), m_root.parent_path().parent_path()};
     }
 
-    /// Everything in the root, and in the folder of the versions, sorted.
+    /// The sorted entries of the root and of the folder of the versions.
     [[nodiscard]] QStringList names() const { return namesIn(m_root); }
     [[nodiscard]] QStringList versions() const { return namesIn(m_root / "versions"); }
 
-    /// Whether every file of the version is there, with its content, and nothing else.
-    [[nodiscard]] bool isWhole(const std::string &version) const
+    /// Whether the version consists of exactly its files, with their content.
+    [[nodiscard]] bool isComplete(const std::string &version) const
     {
         const std::filesystem::path folder = m_root / "versions" / version;
         std::size_t expected = 0;

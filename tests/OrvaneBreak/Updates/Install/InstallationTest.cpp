@@ -23,7 +23,7 @@ std::filesystem::path unpacked(const InstallationChange &change, const std::stri
     return std::get<UnpackedUpdate>(result).folder;
 }
 
-/// The whole way to a new version that is on trial.
+/// Installs and activates version `to`.
 void update(const InstallationFixture &f, const char *from, const char *to)
 {
     auto change = InstallationChange::begin(f.seenBy(from));
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(reason(f.root() / "versions/1.2/bin"), NoInstallation::BuildTree);
     }
 
-    static void anInstallationThatMayNotBeChanged()
+    static void aReadOnlyInstallation()
     {
         const InstallationFixture f;
         constexpr auto readable = std::filesystem::perms(0755);
@@ -84,7 +84,7 @@ private Q_SLOTS:
         for (const auto &folder : f.ownFolders())
             std::filesystem::permissions(folder, readable);
         const int status = runInChild([&] {
-            // The superuser may change everything, so another user asks.
+            // Permissions do not restrict root, so another user asks.
             constexpr uid_t nobody = 65534;
             if (geteuid() == 0 && setresuid(nobody, nobody, nobody) != 0)
                 return unreachable;
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(status, 0);
     }
 
-    static void anUpdateIsTriedAndConfirmed()
+    static void anUpdatePassesItsTrial()
     {
         const InstallationFixture f;
         update(f, "1.2", "1.3");
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(ScratchFolder::bytesOf(f.root() / "trial"), "1.3\n");
         QCOMPARE(std::filesystem::read_symlink(f.root() / "current"), "versions/1.3");
         QVERIFY(std::filesystem::equivalent(seen.launcher(), f.root() / "versions/1.3/bin/orvanebreak"));
-        QVERIFY(f.isWhole("1.2") && f.isWhole("1.3"));
+        QVERIFY(f.isComplete("1.2") && f.isComplete("1.3"));
 
         confirm(f, "1.3");
         QVERIFY(!seen.isOnTrial());
@@ -119,28 +119,28 @@ private Q_SLOTS:
         QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
     }
 
-    static void oldVersionsAreRemovedLate()
+    static void oldVersionsAreRemovedAfterTheTrial()
     {
         const InstallationFixture f;
         QVERIFY(QDir(f.root()).mkpath(u"versions/of mine"_s));
         update(f, "1.2", "1.3");
         confirm(f, "1.3");
         update(f, "1.3", "1.4");
-        QVERIFY(f.isWhole("1.2"));
-        // An old program that still runs ends nobody's trial.
+        QVERIFY(f.isComplete("1.2"));
+        // A running program of the old version does not end the trial.
         confirm(f, "1.3");
         QVERIFY(f.seenBy("1.4").isOnTrial());
         QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s, u"1.4"_s, u"of mine"_s}));
         confirm(f, "1.4");
         QCOMPARE(f.versions(), (QStringList{u"1.3"_s, u"1.4"_s, u"of mine"_s}));
-        QVERIFY(f.isWhole("1.3") && f.isWhole("1.4"));
+        QVERIFY(f.isComplete("1.3") && f.isComplete("1.4"));
     }
 
-    static void theWayBack()
+    static void rollback()
     {
         const InstallationFixture f;
         update(f, "1.2", "1.3");
-        // What the launcher does when the new version ends badly.
+        // What the launcher does when the new version fails.
         std::filesystem::rename(f.root() / "previous", f.root() / "current");
         std::filesystem::remove(f.root() / "trial");
         const Installation seen = f.seenBy("1.2");
@@ -152,7 +152,7 @@ private Q_SLOTS:
         QVERIFY(f.seenBy("1.3").isOnTrial());
     }
 
-    static void whatCannotBecomeAVersion()
+    static void invalidVersionsAreRefused()
     {
         const InstallationFixture f;
         auto change = InstallationChange::begin(f.seenBy("1.2"));
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QVERIFY(change->activate(version("1.2")).has_value());
         QVERIFY(change->activate(UpdateVersion()).has_value());
         QCOMPARE(f.seenBy("1.2").current().text(), u"1.2"_s);
-        QVERIFY(!f.names().contains(u"trial"_s) && f.isWhole("1.2"));
+        QVERIFY(!f.names().contains(u"trial"_s) && f.isComplete("1.2"));
     }
 
     static void theRunningVersionIsNotReplaced()
@@ -186,7 +186,7 @@ private Q_SLOTS:
         std::filesystem::create_directories(f.root() / "versions/1.3/bin");
         ScratchFolder::writeTo(f.root() / "versions/1.3/old", "old");
         update(f, "1.2", "1.3");
-        QVERIFY(f.isWhole("1.3"));
+        QVERIFY(f.isComplete("1.3"));
         QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
     }
 
@@ -214,7 +214,7 @@ private Q_SLOTS:
         first.reset();
         QVERIFY(InstallationChange::begin(f.seenBy("1.2")));
         QVERIFY(!std::filesystem::exists(folder));
-        // A process that ends in the middle lets go as well.
+        // A process that dies releases the lock.
         QCOMPARE(runInChild([&] {
                      const auto change = InstallationChange::begin(f.seenBy("1.2"));
                      _exit(change ? 0 : 1);
@@ -224,7 +224,7 @@ private Q_SLOTS:
         QVERIFY(InstallationChange::begin(f.seenBy("1.2")));
     }
 
-    static void nothingToChange()
+    static void noInstallationToChange()
     {
         const InstallationFixture f;
         QVERIFY(!InstallationChange::begin(Installation(f.root() / "nowhere", version("1.2"))));

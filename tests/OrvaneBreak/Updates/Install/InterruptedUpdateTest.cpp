@@ -13,7 +13,7 @@ constexpr int manyCalls = 1'000;
 
 using Failure = void (*)(int call, int failures);
 
-/// What a process of the old version does. Returns 0, or a number that tells where it stopped.
+/// The update by a process of the old version. Returns 0, or the number of the step that failed.
 int installUpdate(const InstallationFixture &f, const QByteArray &archive)
 {
     auto change = InstallationChange::begin(f.seenBy("1.2"));
@@ -28,14 +28,14 @@ int installUpdate(const InstallationFixture &f, const QByteArray &archive)
     return change->activate(update->version) ? 4 : 0;
 }
 
-/// What the first process of the new version does.
-int startWell(const InstallationFixture &f)
+/// The confirmation by the first process of the new version.
+int confirmUpdate(const InstallationFixture &f)
 {
     auto change = InstallationChange::begin(f.seenBy("1.3"));
     return change && !change->confirm() ? 0 : 5;
 }
 
-/// Whether the links, the trial and everything that is called a version make sense, whatever was interrupted.
+/// Checks that the links, the trial and the versions are consistent, whatever was interrupted.
 void checkInstallation(const InstallationFixture &f)
 {
     const Installation seen = f.seenBy("1.2");
@@ -47,27 +47,27 @@ void checkInstallation(const InstallationFixture &f)
         QVERIFY(!seen.isOnTrial());
     QVERIFY(f.versions().contains(u"1.2"_s) && f.versions().contains(current));
     for (const QString &name : f.versions())
-        QVERIFY(name.startsWith(u'.') || f.isWhole(name.toStdString()));
+        QVERIFY(name.startsWith(u'.') || f.isComplete(name.toStdString()));
 }
 
-/// Whether the new version, which has not started yet, is on trial if it is current.
+/// Checks that the new version is on trial if and only if it is current.
 void checkTrial(const InstallationFixture &f)
 {
     const Installation seen = f.seenBy("1.3");
     QCOMPARE(seen.isOnTrial(), seen.current().text() == "1.3"_L1);
 }
 
-/// Whether the next attempts, which nobody interrupts, come to the new version and leave nothing behind.
+/// Checks that uninterrupted attempts complete the update and leave nothing behind.
 void checkCompletion(const InstallationFixture &f, const QByteArray &archive)
 {
     if (f.seenBy("1.2").current().text() == "1.2"_L1)
         QCOMPARE(installUpdate(f, archive), 0);
-    QCOMPARE(startWell(f), 0);
+    QCOMPARE(confirmUpdate(f), 0);
     QCOMPARE(f.names(), (QStringList{u".lock"_s, u"current"_s, u"previous"_s, u"versions"_s}));
     QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
     QCOMPARE(f.seenBy("1.3").current().text(), u"1.3"_s);
     QCOMPARE(f.seenBy("1.3").previous().text(), u"1.2"_s);
-    QVERIFY(f.isWhole("1.2") && f.isWhole("1.3"));
+    QVERIFY(f.isComplete("1.2") && f.isComplete("1.3"));
 }
 
 } // namespace
@@ -78,8 +78,8 @@ class InterruptedUpdateTest : public QObject
 
     const QByteArray m_archive = ArchiveMaker::packedUpdate("1.3");
 
-    /// Kills `work` before each of its calls, each time after `prepare`, and returns how many there were.
-    /// A new version is on trial whenever it is current, unless `look` says what else there is to see.
+    /// Kills `work` before its first system call, then before its second and so on, each time after `prepare`
+    /// and followed by `look`. Returns the number of calls.
     int interruptEverywhere(const std::function<void(const InstallationFixture &)> &prepare,
                             const std::function<int(const InstallationFixture &)> &work,
                             const std::function<void(const InstallationFixture &)> &look = checkTrial) const
@@ -99,12 +99,12 @@ class InterruptedUpdateTest : public QObject
             if (status != SystemCalls::killedStatus)
                 qWarning("call %d, status %d", call, status);
         }
-        QTest::qFail("did not come to its end", __FILE__, __LINE__);
+        QTest::qFail("did not complete", __FILE__, __LINE__);
         return 0;
     }
 
-    /// Has `failure` begin at each of the calls of `work`, each time after `prepare`, until one comes to its
-    /// end before. `look` sees what came of it: the status of `work`, or `killedStatus` when nothing failed.
+    /// Lets `failure` start at the first system call of `work`, then at the second and so on, each time after
+    /// `prepare`. `look` gets the status of `work`, or `killedStatus` when it ended before the failure.
     void failEverywhere(Failure failure, int failures,
                         const std::function<void(const InstallationFixture &)> &prepare,
                         const std::function<int(const InstallationFixture &)> &work,
@@ -134,7 +134,7 @@ private Q_SLOTS:
         const int calls =
             interruptEverywhere([](const InstallationFixture &f) { f.put("1.3"); },
                                 [this](const InstallationFixture &f) { return installUpdate(f, m_archive); });
-        // Each file and folder alone needs more than two calls.
+        // Every file and folder takes more than two calls.
         QVERIFY(calls > 30);
     }
 
@@ -146,7 +146,8 @@ private Q_SLOTS:
                 f.put("1.1");
                 QCOMPARE(installUpdate(f, m_archive), 0);
             },
-            startWell, [&](const InstallationFixture &f) { trials += f.seenBy("1.3").isOnTrial() ? 1 : 0; });
+            confirmUpdate,
+            [&](const InstallationFixture &f) { trials += f.seenBy("1.3").isOnTrial() ? 1 : 0; });
         QVERIFY(trials > 0 && trials < calls);
     }
 
@@ -154,38 +155,38 @@ private Q_SLOTS:
     {
         QTest::addColumn<Failure>("failure");
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays full") << &SystemCalls::fillDiskBefore << SystemCalls::forEver;
-        QTest::newRow("full for a moment") << &SystemCalls::fillDiskBefore << 1;
-        QTest::newRow("stays broken") << &SystemCalls::breakDiskBefore << SystemCalls::forEver;
-        QTest::newRow("broken for a moment") << &SystemCalls::breakDiskBefore << 1;
-        QTest::newRow("broken for two moments") << &SystemCalls::breakDiskBefore << 2;
+        QTest::newRow("disk full") << &SystemCalls::fillDiskBefore << SystemCalls::forEver;
+        QTest::newRow("one full-disk error") << &SystemCalls::fillDiskBefore << 1;
+        QTest::newRow("disk broken") << &SystemCalls::breakDiskBefore << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << &SystemCalls::breakDiskBefore << 1;
+        QTest::newRow("two I/O errors") << &SystemCalls::breakDiskBefore << 2;
     }
 
     void failingDisk() const
     {
         QFETCH(const Failure, failure);
         QFETCH(const int, failures);
-        // Where nothing can be taken away either, the next attempt does.
-        const bool takesAway = failure == &SystemCalls::fillDiskBefore;
+        // Removing fails too on a broken disk; the next attempt removes the leftovers.
+        const bool removesLeftovers = failure == &SystemCalls::fillDiskBefore;
         failEverywhere(
             failure, failures, [](const InstallationFixture &) {},
             [this](const InstallationFixture &f) { return installUpdate(f, m_archive); },
-            [takesAway](const InstallationFixture &f, int status) {
+            [removesLeftovers](const InstallationFixture &f, int status) {
                 const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
                 QVERIFY(!isSwitched || f.seenBy("1.3").isOnTrial());
                 QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
-                QVERIFY(isSwitched || !takesAway || !f.names().contains(u"trial"_s));
-                // What was unpacked is gone at once, and what was staged at the next attempt.
-                QVERIFY(status != 2 || !takesAway || f.versions() == QStringList{u"1.2"_s});
+                QVERIFY(isSwitched || !removesLeftovers || !f.names().contains(u"trial"_s));
+                // An unpacked folder is removed at once, a staged one by the next attempt.
+                QVERIFY(status != 2 || !removesLeftovers || f.versions() == QStringList{u"1.2"_s});
             });
     }
 
     static void diskBreaksAtTheFirstStart_data()
     {
         QTest::addColumn<int>("failures");
-        QTest::newRow("stays broken") << SystemCalls::forEver;
-        QTest::newRow("for a moment") << 1;
-        QTest::newRow("for two moments") << 2;
+        QTest::newRow("disk broken") << SystemCalls::forEver;
+        QTest::newRow("one I/O error") << 1;
+        QTest::newRow("two I/O errors") << 2;
     }
 
     void diskBreaksAtTheFirstStart() const
@@ -197,7 +198,7 @@ private Q_SLOTS:
                 f.put("1.1");
                 QCOMPARE(installUpdate(f, m_archive), 0);
             },
-            startWell,
+            confirmUpdate,
             [](const InstallationFixture &f, int status) {
                 QVERIFY(status != 0 || !f.seenBy("1.3").isOnTrial());
             });

@@ -8,14 +8,14 @@
 
 #include <QTest>
 
-/// Updates of version 1.3 to unpack, with what should not be in them.
+/// Updates of version 1.3, valid and invalid.
 namespace UnpackFixture {
 
 using namespace ArchiveMaker;
 
 inline constexpr auto top = "OrvaneBreak-1.3";
 
-/// A folder to unpack in, beside a file that must stay as it is.
+/// A folder to unpack into, next to a file that must not change.
 struct Place
 {
     ScratchFolder scratch;

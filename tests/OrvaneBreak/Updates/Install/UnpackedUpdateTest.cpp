@@ -14,7 +14,7 @@ class UnpackedUpdateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void aWholeUpdate()
+    static void aCompleteUpdate()
     {
         const Place place;
         const auto result = unpackArchive(LibarchiveReader(packedUpdate("1.3")), place.folder);
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(ScratchFolder::bytesOf(place.folder / top / "large"), large);
     }
 
-    static void aFolderThatIsThereStays()
+    static void anExistingFolderIsKept()
     {
         const Place place;
         std::filesystem::create_directory(place.folder);
@@ -69,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(!std::filesystem::exists(place.folder / top));
     }
 
-    static void theVersionInside_data()
+    static void theVersionInInfoJson_data()
     {
         QTest::addColumn<QByteArray>("information");
         QTest::newRow("other version") << information("1.2");
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QTest::newRow("too large") << QByteArray(100'000, ' ') + information("1.3");
     }
 
-    static void theVersionInside()
+    static void theVersionInInfoJson()
     {
         QFETCH(const QByteArray, information);
         refuse(packed({file(in("bin/orvanebreak")), file(in("share/OrvaneBreak/Info.json"), information)}),

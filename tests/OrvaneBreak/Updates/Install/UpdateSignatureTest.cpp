@@ -25,7 +25,7 @@ class UpdateSignatureTest : public QObject
         parsePublicKey(m_makers.publicKeyBase64()).value_or(Ed25519::PublicKey{});
 
 private Q_SLOTS:
-    void theMakersArchive() const
+    void aValidSignature() const
     {
         QVERIFY(verify(m_archive, m_archive.size(), m_signature, m_key));
         QVERIFY(verify({}, 0, QByteArray::fromBase64(m_makers.sign({}), signatureEncoding), m_key));
