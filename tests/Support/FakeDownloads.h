@@ -9,7 +9,7 @@
 
 #include <utility>
 
-/// Keeps the exchanges, and lets the test say what the server sends in the latest one.
+/// Records the requests; the test plays the server for the latest one.
 class FakeDownloads final : public Downloads
 {
 public:
@@ -30,7 +30,7 @@ public:
         return exchange;
     }
 
-    /// Does nothing, as the other functions, once the exchange was destroyed.
+    /// Like the functions below, does nothing once the exchange is destroyed.
     void begin(qint64 offset) const
     {
         const Request request = requests.constLast();
@@ -52,7 +52,7 @@ public:
             request.receiver.onEnd(end);
     }
 
-    /// A whole exchange from where it was asked for.
+    /// Plays a complete answer from the requested offset.
     void answer(const QByteArray &bytes, End how) const
     {
         begin(requests.constLast().offset);

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-/// Writes down what it is to install, and ends it as the test says.
+/// Logs its calls; the test ends each preparation.
 class FakeInstaller final : public UpdateInstaller
 {
 public:
@@ -22,7 +22,7 @@ public:
         m_completion = std::move(completion);
     }
 
-    /// Ends the preparation that goes on.
+    /// Ends the current preparation.
     void finish(std::optional<UpdateFailure> failure = std::nullopt)
     {
         if (m_context)
