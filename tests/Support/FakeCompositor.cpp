@@ -183,23 +183,18 @@ void FakeCompositor::pump()
 
 void FakeCompositor::sendIdled()
 {
-    for (const Notification &each : m_notifications) {
-        if (each.isExtIdleNotify)
-            ext_idle_notification_v1_send_idled(each.resource);
-        else
-            org_kde_kwin_idle_timeout_send_idle(each.resource);
-    }
-    wl_display_flush_clients(m_display);
+    send(ext_idle_notification_v1_send_idled, org_kde_kwin_idle_timeout_send_idle);
 }
 
 void FakeCompositor::sendResumed()
 {
-    for (const Notification &each : m_notifications) {
-        if (each.isExtIdleNotify)
-            ext_idle_notification_v1_send_resumed(each.resource);
-        else
-            org_kde_kwin_idle_timeout_send_resumed(each.resource);
-    }
+    send(ext_idle_notification_v1_send_resumed, org_kde_kwin_idle_timeout_send_resumed);
+}
+
+void FakeCompositor::send(Event extEvent, Event kdeEvent)
+{
+    for (const Notification &each : m_notifications)
+        (each.isExtIdleNotify ? extEvent : kdeEvent)(each.resource);
     wl_display_flush_clients(m_display);
 }
 

@@ -63,6 +63,9 @@ public:
 private:
     struct Requests;
     friend struct Requests;
+    using Event = void (*)(wl_resource *);
+
+    void send(Event extEvent, Event kdeEvent);
 
     wl_display *m_display;
     wl_global *m_withdrawn = nullptr;

@@ -31,26 +31,9 @@ public:
     }
 
     /// Like the functions below, does nothing once the exchange is destroyed.
-    void begin(qint64 offset) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onBegin(offset);
-    }
-
-    void send(const QByteArray &bytes) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onData(bytes);
-    }
-
-    void end(End end) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onEnd(end);
-    }
+    void begin(qint64 offset) const { call(&Receiver::onBegin, offset); }
+    void send(const QByteArray &bytes) const { call(&Receiver::onData, bytes); }
+    void end(End end) const { call(&Receiver::onEnd, end); }
 
     /// Plays a complete answer from the requested offset.
     void answer(const QByteArray &bytes, End how) const
@@ -68,4 +51,12 @@ private:
     {
         std::shared_ptr<int> life = std::make_shared<int>();
     };
+
+    template <typename Callback, typename Argument>
+    void call(Callback callback, const Argument &argument) const
+    {
+        const Request request = requests.constLast();
+        if (request.isOpen())
+            (request.receiver.*callback)(argument);
+    }
 };
