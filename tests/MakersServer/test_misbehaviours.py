@@ -134,7 +134,7 @@ class Bytes(MisbehaviourCase):
             self.assertTrue(is_signed(answer, self.server.public_key), mode)
 
 
-class Travel(MisbehaviourCase):
+class Delivery(MisbehaviourCase):
     def response(self, timeout=10):
         connection = self.server.connection(timeout=timeout)
         self.addCleanup(connection.close)
@@ -200,7 +200,7 @@ class Travel(MisbehaviourCase):
         self.assertEqual(self.server.received()[-1]["query"], "redirected")
 
 
-class SecureTravel(unittest.TestCase):
+class SecureDelivery(unittest.TestCase):
     def test_redirect_away_from_tls(self):
         with tempfile.TemporaryDirectory() as folder:
             certificate, key = makers_server.make_certificate(folder, "IP:127.0.0.1")
