@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The least that a program of this kind can be, to measure ours against: one window, a tray icon and a timer
-// of a minute. With --ring instead: a translucent window over the whole screen, on which a ring is painted
+// The smallest program of this kind, as the reference for bench/run: one window, a tray icon and a one-minute
+// timer. With --ring it is a translucent window over the whole screen instead, with a ring that is painted
 // ten times a second.
 #include <QApplication>
 #include <QLabel>
@@ -20,7 +20,7 @@ namespace {
 constexpr QSize windowSize(430, 500);
 constexpr int ringSize = 150;
 constexpr qreal lineWidth = 10;
-constexpr int stepsOfRing = 600;
+constexpr int ringSteps = 600;
 
 class RingWindow final : public QWidget
 {
@@ -36,7 +36,7 @@ public:
 
     void step()
     {
-        m_step = (m_step + 1) % stepsOfRing;
+        m_step = (m_step + 1) % ringSteps;
         update(m_ring);
     }
 
@@ -52,7 +52,7 @@ protected:
         painter.setPen(QPen(QColor(255, 255, 255, 38), lineWidth));
         painter.drawEllipse(circle);
         painter.setPen(QPen(QColor(45, 212, 191), lineWidth, Qt::SolidLine, Qt::RoundCap));
-        painter.drawArc(circle, 90 * 16, -360 * 16 * (stepsOfRing - m_step) / stepsOfRing);
+        painter.drawArc(circle, 90 * 16, -360 * 16 * (ringSteps - m_step) / ringSteps);
     }
 
 private:

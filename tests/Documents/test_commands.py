@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Everything that the documents tell readers to type exists: scripts, options, presets, labels, files.
 
-usage: test_commands.py ORVANEBREAK MAKERS-SERVER"""
+usage: test_commands.py ORVANEBREAK MAKERS-SERVER [CASE...]"""
 
 import json
 import os
@@ -218,5 +218,5 @@ class Running(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    ORVANEBREAK, MAKERS_SERVER = sys.argv[1:]
-    unittest.main(argv=sys.argv[:1])
+    ORVANEBREAK, MAKERS_SERVER = sys.argv[1:3]
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])

@@ -19,7 +19,7 @@ void checkItem(const AppcastItem &item)
 {
     require(item.version.isValid() && item.version == UpdateVersion(item.version.text()),
             "an item has a version");
-    require(Http::isAllowed(item.archive), "an archive is where the program may talk to");
+    require(Http::isAllowed(item.archive), "an archive has an allowed address");
     require(item.length > 0 && item.length <= archiveLimit, "an archive has a length within the limit");
     require(item.signature.size() == 64, "an archive has a signature");
     require(!item.displayVersion.isEmpty() && item.displayVersion.size() <= lineLimit,
@@ -60,7 +60,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     if (!feed)
         return 0;
     require(bytes.size() <= feedLimit && feed->items.size() <= itemLimit,
-            "what is read is within the limits");
+            "an accepted feed is within the limits");
     acceptedInputs += feed->items.empty() ? 0 : 1;
     for (const AppcastItem &item : feed->items)
         checkItem(item);

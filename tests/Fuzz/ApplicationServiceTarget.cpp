@@ -18,11 +18,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype longestToken = 1'024;
+constexpr qsizetype maxTokenLength = 1'024;
 const QString objectPath = u"/ch/example/Eyes"_s;
 const QString interfaceName = u"org.freedesktop.Application"_s;
 
-/// Reads values for a message out of the input, byte after byte; zeros and empty texts after its end.
+/// Reads values for a message from the input; after its end, zeros and empty texts.
 class ValueReader
 {
 public:
@@ -98,7 +98,7 @@ private:
     qsizetype m_place = 0;
 };
 
-/// The service at one end of a connection within this process, without any bus.
+/// The service, connected to a caller in the same process without a bus.
 class ServedConnection
 {
 public:
@@ -114,7 +114,7 @@ public:
         m_caller = QDBusConnection::connectToPeer(m_server.address(), u"caller"_s);
         while (!m_accepted && m_caller.isConnected())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        require(m_caller.isConnected(), "the connection stands");
+        require(m_caller.isConnected(), "the connection is established");
     }
 
     [[nodiscard]] QDBusMessage answer(const QDBusMessage &call) const
@@ -162,14 +162,14 @@ QDBusMessage readCall(ValueReader &reader)
 void checkToken()
 {
     const QByteArray token = qgetenv("XDG_ACTIVATION_TOKEN");
-    require(token.size() <= longestToken, "a token is short");
+    require(token.size() <= maxTokenLength, "a token is short");
     require(std::ranges::none_of(token, [](char byte) { return byte >= 0 && byte < ' '; }),
             "a token is one line of text");
 }
 
 } // namespace
 
-/// The input is a call of the service: its method and its arguments.
+/// The input encodes a method call with its arguments.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static int count = 1;
@@ -187,9 +187,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const bool isAction = call.member() == "ActivateAction"_L1;
     const bool isBreak = isAction && call.arguments().value(0) == QVariant(u"break-now"_s);
     require(isAnswered || answer.type() == QDBusMessage::ErrorMessage, "a call is answered or refused");
-    require(!isAnswered || answer.arguments().isEmpty(), "the answer says nothing");
+    require(!isAnswered || answer.arguments().isEmpty(), "the answer is empty");
     require(connection.activations == (isAnswered && !isAction ? 1 : 0), "an activation activates");
-    require(connection.breaks == (isAnswered && isBreak ? 1 : 0), "a break is what is asked for");
+    require(connection.breaks == (isAnswered && isBreak ? 1 : 0), "only break-now starts a break");
     checkToken();
     acceptedInputs += isAnswered ? 1 : 0;
     return 0;

@@ -26,8 +26,8 @@ QList<qsizetype> headers(const QByteArray &tar)
     return result;
 }
 
-/// The archive with the sum of every header right: otherwise no reader would look at the rest of it.
-QByteArray withRightSums(QByteArray tar)
+/// The archive with the correct checksum in every header; readers reject others at once.
+QByteArray withCorrectChecksums(QByteArray tar)
 {
     constexpr qsizetype field = 148;
     constexpr qsizetype length = 8;
@@ -41,19 +41,19 @@ QByteArray withRightSums(QByteArray tar)
     return tar;
 }
 
-/// Changes a few bytes in headers, to such as mean something there.
+/// Changes a few bytes in headers to values that are meaningful there.
 void changeHeaders(QByteArray &tar, std::mt19937 &random)
 {
     constexpr QByteArrayView meaningful("01234567/.\0xgLK \xff", 17);
     constexpr std::array<qsizetype, 2> nameFields{0, 157};
-    constexpr qsizetype kindField = 156;
+    constexpr qsizetype typeField = 156;
     const QList<qsizetype> blocks = headers(tar);
     const auto below = [&](qsizetype limit) {
         return static_cast<qsizetype>(random() % static_cast<unsigned>(limit));
     };
     for (qsizetype change = below(4); change >= 0 && !blocks.isEmpty(); --change) {
-        // Half of them in the kind, the rest in the names, the mode and the size.
-        const qsizetype place = below(2) == 0 ? kindField : nameFields.at(random() % 2) + below(24);
+        // Half of the changes are in the type, the others in the names, the mode and the size.
+        const qsizetype place = below(2) == 0 ? typeField : nameFields.at(random() % 2) + below(24);
         tar[blocks.at(below(blocks.size())) + place] = meaningful.at(below(meaningful.size()));
     }
 }
@@ -61,7 +61,7 @@ void changeHeaders(QByteArray &tar, std::mt19937 &random)
 bool isSound(const std::filesystem::directory_entry &entry, const std::filesystem::path &top)
 {
     if (entry.is_symlink()) {
-        // Where it leads nothing needs to be, so the link itself cannot be resolved.
+        // The target may not exist, so only its path can be resolved.
         std::error_code error;
         const auto target = std::filesystem::weakly_canonical(
             entry.path().parent_path() / std::filesystem::read_symlink(entry.path()), error);
@@ -83,24 +83,24 @@ void checkUpdate(const UnpackedUpdate &update, const std::filesystem::path &fold
     std::size_t entries = 0;
     std::uintmax_t bytes = 0;
     for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
-        require(isSound(entry, top), "what is unpacked is usual and leads nowhere else");
+        require(isSound(entry, top), "unpacked entries are plain, and links stay in the top folder");
         ++entries;
-        // A link to itself has neither kind nor size to ask for.
+        // A link to itself has neither a type nor a size.
         bytes += !entry.is_symlink() && entry.is_regular_file() ? entry.file_size() : 0;
     }
     require(entries <= limits.entries && bytes <= static_cast<std::uintmax_t>(limits.totalBytes),
-            "what is unpacked is within the limits");
+            "the unpacked files are within the limits");
 }
 
 } // namespace
 
-/// The input is a tar archive, which is packed before it is read, or one that is packed already.
+/// The input is a tar archive, compressed or not.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const ScratchFolder scratch;
     const QByteArray input = fuzzInput(data, size);
-    const bool isPacked = input.startsWith("\x28\xb5\x2f\xfd");
-    const QByteArray archive = isPacked ? input : ArchiveMaker::compressed(withRightSums(input));
+    const bool isCompressed = input.startsWith("\x28\xb5\x2f\xfd");
+    const QByteArray archive = isCompressed ? input : ArchiveMaker::compressed(withCorrectChecksums(input));
     UnpackLimits limits;
     limits.entries = 100;
     limits.totalBytes = 1'000'000;
@@ -108,7 +108,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const auto result = unpackArchive(LibarchiveReader(archive), folder, limits);
     const auto *update = std::get_if<UnpackedUpdate>(&result);
     require(scratch.names() == (update ? QStringList{QStringLiteral("unpacked")} : QStringList()),
-            "nothing is outside of the folder, and no failure leaves anything");
+            "nothing is outside the folder, and a failure leaves nothing");
     if (update) {
         checkUpdate(*update, folder, limits);
         ++acceptedInputs;
@@ -117,13 +117,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     return 0;
 }
 
-/// Half of the changes are in headers, where chance alone would seldom hit.
-std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t largestSize,
-                                    unsigned seed)
+/// Half of the mutations change headers, which random ones would rarely hit.
+std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t maxSize, unsigned seed)
 {
     std::mt19937 random(seed);
     if (random() % 2 == 0)
-        return LLVMFuzzerMutate(data, size, largestSize);
+        return LLVMFuzzerMutate(data, size, maxSize);
     QByteArray tar = fuzzInput(data, size);
     changeHeaders(tar, random);
     std::copy(tar.cbegin(), tar.cend(), data);

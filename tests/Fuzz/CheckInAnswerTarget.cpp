@@ -6,7 +6,7 @@
 
 using namespace std::chrono_literals;
 
-/// Nobody who does not have the makers' key is believed, whatever they send.
+/// No answer is accepted without a signature by the makers' key.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const Signer makers(Signer::Seed{1});
@@ -15,12 +15,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const CheckInVerdict verdict =
         judgeCheckInAnswer(body, nonce, makers.publicKeyBase64(), Date(1'700'000'000s));
     const auto *refusal = std::get_if<CheckInRefusal>(&verdict);
-    require(refusal != nullptr, "what the makers did not sign is not believed");
+    require(refusal != nullptr, "an answer without the makers' signature is refused");
     require(*refusal != CheckInRefusal::PublicKey && *refusal != CheckInRefusal::Stale,
-            "only what comes from the server can be wrong, and only what is signed can be old");
+            "neither the public key nor the time is the reason");
     const std::optional<StrictJson> json = StrictJson::parseObject(body);
     if (!json) {
-        require(*refusal == CheckInRefusal::Malformed, "what is no object is malformed");
+        require(*refusal == CheckInRefusal::Malformed, "an answer that is not an object is malformed");
         return 0;
     }
     const bool isForThisRequest = json->text("n") == nonce.toStdString();

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// What is printed on one of the standard streams while it lives.
+/// Captures what is printed on a standard stream.
 class PrintedText
 {
 public:
@@ -30,7 +30,7 @@ public:
     PrintedText(const PrintedText &) = delete;
     PrintedText &operator=(const PrintedText &) = delete;
 
-    /// Ends it, and returns what there was.
+    /// Ends the capture and returns the text.
     std::string take()
     {
         restore();
@@ -51,12 +51,12 @@ private:
     std::size_t m_size = 0;
 };
 
-bool isWish(const QByteArray &argument)
+bool isSwitch(const QByteArray &argument)
 {
     return argument == "--break-now" || argument == "--diagnostics";
 }
 
-/// What is to be printed for the first argument that is no wish.
+/// Checks the output for the first argument that is not a switch.
 void checkAnswer(const QByteArray &argument, int status, const std::string &output, const std::string &error)
 {
     const bool isHelp = argument == "--help" || argument == "-h";
@@ -66,12 +66,12 @@ void checkAnswer(const QByteArray &argument, int status, const std::string &outp
         return;
     }
     require(status == 2 && output.empty(), "an unknown argument is refused");
-    require(error.find(argument.toStdString()) != std::string::npos, "what is refused is named");
+    require(error.find(argument.toStdString()) != std::string::npos, "the refused argument is named");
 }
 
 } // namespace
 
-/// The input is a command line as the system keeps it: with a zero byte after each argument.
+/// The input is a command line with a zero byte after each argument.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     QList<QByteArray> arguments = fuzzInput(data, size).split('\0');
@@ -88,20 +88,18 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const std::string error = printedError.take();
     const std::string output = printedOutput.take();
 
-    const auto end = std::find_if_not(arguments.cbegin() + 1, arguments.cend(), isWish);
-    const auto isAskedFor = [&](const char *wish) {
-        return std::count(arguments.cbegin() + 1, end, wish) > 0;
-    };
-    require(commandLine.isBreakNow == isAskedFor("--break-now") &&
-                commandLine.isDiagnostics == isAskedFor("--diagnostics"),
-            "a wish is heard");
+    const auto end = std::find_if_not(arguments.cbegin() + 1, arguments.cend(), isSwitch);
+    const auto isGiven = [&](const char *name) { return std::count(arguments.cbegin() + 1, end, name) > 0; };
+    require(commandLine.isBreakNow == isGiven("--break-now") &&
+                commandLine.isDiagnostics == isGiven("--diagnostics"),
+            "a switch takes effect");
     require(commandLine.exitStatus.has_value() == (end != arguments.cend()),
-            "only what is no wish ends the process");
+            "only other arguments end the process");
     if (end != arguments.cend()) {
         checkAnswer(*end, *commandLine.exitStatus, output, error);
         return 0;
     }
-    require(output.empty() && error.empty(), "a wish is not answered");
+    require(output.empty() && error.empty(), "a switch prints nothing");
     ++acceptedInputs;
     return 0;
 }

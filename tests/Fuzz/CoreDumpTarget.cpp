@@ -30,8 +30,8 @@ bool containsWord(const std::string &text, const std::string &word)
 
 } // namespace
 
-/// The input is the login name, then, after a zero byte each, the name of the signal and what the journal
-/// says.
+/// The input is the login name, the signal's name and the journal's description, with zero bytes between
+/// them.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QList<QByteArray> fields = fuzzInput(data, size).split('\0');
@@ -44,8 +44,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const QString text = coreDumpReport(dump, "/home/" + login + "/bin/orvanebreak", "/home/" + login, login);
     if (login.empty() || !std::ranges::all_of(login, isPlain))
         return 0;
-    require(!containsWord(text.toStdString(), login), "nobody reads who the user is");
+    require(!containsWord(text.toStdString(), login), "the report does not contain the login name");
     ++acceptedInputs;
-    require(text.endsWith(u'\n') && text.contains(QStringLiteral("~")), "the rest is there");
+    require(text.endsWith(u'\n') && text.contains(QStringLiteral("~")), "the rest of the report is complete");
     return 0;
 }

@@ -2,9 +2,9 @@
 //
 // usage: PROGRAM TARGET COUNT CORPUS [WORDS]
 //
-// Runs one of the program's targets without libFuzzer: on every file of the folder CORPUS, then on COUNT
-// inputs made out of these. WORDS is a dictionary as libFuzzer reads them. Whatever kills the process, the
-// input is left in the file "crash-TARGET" of the current folder.
+// Runs one target without libFuzzer: on every file of the folder CORPUS, then on COUNT mutations of them.
+// WORDS is a dictionary in libFuzzer's format. If the process crashes, the input is saved as "crash-TARGET"
+// in the current folder.
 #include "Mutator.h"
 #include "Support/TestSeed.h"
 #include "Target.h"
@@ -21,32 +21,32 @@
 
 namespace {
 
-constexpr std::size_t largestInput = 65'536;
+constexpr std::size_t maxInputSize = 65'536;
 
 FuzzTarget target;
 QByteArray current;
 QByteArray crashFile;
 std::optional<Mutator> mutator;
 
-void keepInput(int number)
+void saveInput(int number)
 {
     const int file = open(crashFile.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (file >= 0 && write(file, current.constData(), static_cast<std::size_t>(current.size())) >= 0) {
-        constexpr char message[] = "the input that killed it is kept\n";
+        constexpr char message[] = "the crashing input is saved\n";
         static_cast<void>(!write(STDERR_FILENO, message, sizeof message - 1));
     }
     std::signal(number, SIG_DFL);
     std::raise(number);
 }
 
-/// A sanitizer that handles a signal itself aborts afterwards.
-void keepInputOfCrashes()
+/// Leaves a sanitizer's handlers in place: they end with a SIGABRT.
+void saveInputOfCrashes()
 {
     for (const int number : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
         struct sigaction action = {};
         if (sigaction(number, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
             continue;
-        action.sa_handler = keepInput;
+        action.sa_handler = saveInput;
         sigaction(number, &action, nullptr);
     }
 }
@@ -102,12 +102,12 @@ QList<QByteArray> readWords(const QString &path)
 QByteArray nextInput()
 {
     QByteArray input = mutator->any();
-    if (!target.changeInput)
+    if (!target.mutate)
         return mutator->changed(input);
     const auto size = static_cast<std::size_t>(input.size());
-    input.resize(largestInput);
-    input.truncate(static_cast<qsizetype>(target.changeInput(reinterpret_cast<std::uint8_t *>(input.data()),
-                                                             size, largestInput, mutator->number())));
+    input.resize(maxInputSize);
+    input.truncate(static_cast<qsizetype>(target.mutate(reinterpret_cast<std::uint8_t *>(input.data()), size,
+                                                        maxInputSize, mutator->number())));
     return input;
 }
 
@@ -121,10 +121,10 @@ void run(const QByteArray &input)
 
 } // namespace
 
-std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t largestSize)
+std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t maxSize)
 {
     const QByteArray changed = mutator->changed(fuzzInput(data, size));
-    const std::size_t newSize = std::min(static_cast<std::size_t>(changed.size()), largestSize);
+    const std::size_t newSize = std::min(static_cast<std::size_t>(changed.size()), maxSize);
     std::copy_n(changed.constData(), newSize, data);
     return newSize;
 }
@@ -138,7 +138,7 @@ int main(int argc, char **argv)
     mutator.emplace(corpus, argc == 5 ? readWords(QFile::decodeName(argv[4])) : QList<QByteArray>(),
                     testSeed());
     crashFile = QByteArray("crash-") + target.name;
-    keepInputOfCrashes();
+    saveInputOfCrashes();
     for (const QByteArray &input : corpus)
         run(input);
     for (int index = 0; index < count; ++index)

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the program reads of its environment without asking anybody else.
+/// The variables that the program itself reads.
 constexpr std::array variables{"HOME",
                                "XDG_CONFIG_HOME",
                                "XDG_CACHE_HOME",
@@ -33,7 +33,7 @@ constexpr std::array variables{"HOME",
                                "DISPLAY",
                                "QT_QPA_PLATFORM"};
 
-/// Makes the environment that `input` describes.
+/// Sets the variables in `input`.
 void setEnvironment(const QByteArray &input)
 {
     for (const char *variable : variables)
@@ -51,7 +51,7 @@ void checkFolder(const std::filesystem::path &folder, const char *variable, cons
     const std::filesystem::path configured = qgetenv(variable).toStdString();
     const std::filesystem::path home = QFile::encodeName(QDir::homePath()).toStdString();
     require(folder == (configured.is_absolute() ? configured : home / belowHome),
-            "a folder is where it is said");
+            "a folder is at the configured place");
 }
 
 void checkFolders()
@@ -69,23 +69,25 @@ void checkLoginItems()
                                    PortalLoginItem::standardParameters(u"ch.example.Eyes"_s)}) {
         require(parameters.file.endsWith(name), "the entry has its name");
         for (const QString &desktop : parameters.desktops)
-            require(!desktop.isEmpty() && !desktop.contains(u':'), "a desktop is one");
+            require(!desktop.isEmpty() && !desktop.contains(u':'), "a name of a desktop is not a list");
     }
 }
 
-/// Only where nobody is asked: on a platform of the user's wish that is not Wayland.
+/// Finds the facts only for a platform that the user set and that is not Wayland: others would contact a
+/// server.
 void checkPlatform()
 {
-    const QByteArray wish = qgetenv("QT_QPA_PLATFORM");
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     DisplayFacts facts;
-    if (!wish.isEmpty() && !wish.startsWith("wayland"))
+    if (!platform.isEmpty() && !platform.startsWith("wayland"))
         facts = findDisplayFacts();
-    require(facts.compositor == CompositorAnswer::Absent && !facts.isX11Reachable, "nobody is asked");
+    require(facts.compositor == CompositorAnswer::Absent && !facts.isX11Reachable,
+            "no display server is contacted");
     {
         const PlatformEnvironment environment(choosePlatform(facts));
-        require(qgetenv("QT_QPA_PLATFORM") == wish, "the user's wish goes first");
+        require(qgetenv("QT_QPA_PLATFORM") == platform, "the user's platform takes precedence");
     }
-    require(qgetenv("QT_QPA_PLATFORM") == wish, "the user's wish stays");
+    require(qgetenv("QT_QPA_PLATFORM") == platform, "the user's platform is restored");
 
     DiagnosticFacts report;
     const auto lines = diagnosticReport(report).count(u'\n');
@@ -100,12 +102,12 @@ void checkSessionBus()
     const QByteArray before = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     preventSessionBusLaunch();
     const QByteArray after = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    require(after == before || (before.isEmpty() && after == "disabled:"), "an address stays");
+    require(after == before || (before.isEmpty() && after == "disabled:"), "an address is not changed");
 }
 
 } // namespace
 
-/// The input is an environment as the system keeps it: with a zero byte after each variable.
+/// The input is an environment with a zero byte after each variable.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static int count = 1;

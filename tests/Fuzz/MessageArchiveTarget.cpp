@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype mostKept = 50;
+constexpr qsizetype maxEntries = 50;
 const ServerMessage message{7, u"Bonjour"_s};
 
 QJsonObject withoutArchive(QJsonObject values)
@@ -22,7 +22,7 @@ QJsonObject withoutArchive(QJsonObject values)
 
 } // namespace
 
-/// Whatever the preferences hold of the conversation, it can be read and goes on.
+/// Any stored conversation can be read and continued.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QDateTime now(QDate(2026, 3, 3), QTime(13, 5), QTimeZone::utc());
@@ -40,14 +40,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const QList<ArchivedMessage> after = archive.history(now);
     const ArchivedMessage reply{-now.toSecsSinceEpoch(), u"réponse"_s, now, true};
     require(after.constFirst() == reply, "a reply is the newest entry");
-    require(after.size() <= std::min(before.size() + 1, mostKept), "the conversation stays short");
+    require(after.size() <= std::min(before.size() + 1, maxEntries), "the conversation stays short");
     require(after.sliced(1) == before.first(after.size() - 1), "the rest of the conversation stays");
 
     const bool wasShown = archive.wasShown(message.id);
     archive.markShown(message, now);
     require(archive.wasShown(message.id), "a message is shown once");
     require(wasShown || archive.acknowledged() == message.id, "a message is acknowledged when it is shown");
-    require(wasShown || archive.history(now).size() <= mostKept, "the conversation stays short");
+    require(wasShown || archive.history(now).size() <= maxEntries, "the conversation stays short");
     require(withoutArchive(preferences.stored) == withoutArchive(stored), "other preferences stay");
     return 0;
 }

@@ -8,8 +8,8 @@
 #include <random>
 #include <utility>
 
-/// Makes many inputs out of a few: bytes change, go, come, and move from one input to the other. The same
-/// seed makes the same inputs. Words that mean something to the reader come in, too.
+/// Makes inputs out of those of a corpus: changes, removes and inserts bytes, and copies parts of other
+/// inputs and words of a dictionary. The same seed gives the same inputs.
 class Mutator
 {
 public:
@@ -20,7 +20,7 @@ public:
     {
     }
 
-    /// One input of the corpus.
+    /// A random input of the corpus.
     [[nodiscard]] QByteArray any() { return oneOf(m_corpus); }
 
     /// `input` with one to eight changes.

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What is to be sent for a report with this text.
+/// The expected request for a report with this text.
 QByteArray expectedBody(const QString &text)
 {
     const QString separator = u"\n---\n"_s;
@@ -30,7 +30,7 @@ QByteArray expectedBody(const QString &text)
 
 } // namespace
 
-/// The input is the report that the process before has left.
+/// The input is the report of the previous process.
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const ScratchFolder folder;
@@ -45,8 +45,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     upload.sendPendingCrash();
     const bool isText = bytes.isValidUtf8();
     acceptedInputs += isText ? 1 : 0;
-    require(http.requests.size() == (isText ? 1 : 0), "a text is sent, and nothing else");
-    require(std::filesystem::exists(places.pendingReport) == !isText, "what is sent is gone");
+    require(http.requests.size() == (isText ? 1 : 0), "only a text is sent");
+    require(std::filesystem::exists(places.pendingReport) == !isText, "a sent report is removed");
     require(!isText || http.requests.constFirst().body == expectedBody(everyCharacter(bytes)),
             "message and stack are those of the report");
     upload.sendPendingCrash();

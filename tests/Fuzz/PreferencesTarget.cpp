@@ -39,25 +39,26 @@ void checkUpdaterSettings(Preferences &preferences)
 {
     const UpdaterSettings settings(preferences);
     const auto interval = settings.checkInterval();
-    require(interval >= 60s && interval <= 100 * 365 * 24h, "updates are looked for in due time");
+    require(interval >= 60s && interval <= 100 * 365 * 24h,
+            "the interval of update checks is within its limits");
     const UpdateVersion skipped = settings.skippedVersion();
-    require(!skipped.isValid() || UpdateVersion(skipped.text()) == skipped, "a skipped version is one");
+    require(!skipped.isValid() || UpdateVersion(skipped.text()) == skipped, "a skipped version is valid");
     const std::optional<QDateTime> stored = preferences.date(u"SULastCheckTime"_s);
     require(settings.lastCheck().has_value() == stored.has_value(), "the last check is dated");
     require(!stored || settings.lastCheck()->time_since_epoch() / 1ms == stored->toMSecsSinceEpoch(),
             "the last check is dated");
     require(!settings.newestFeed().isValid() || settings.newestFeed().timeSpec() == Qt::UTC,
-            "the date of a feed is one");
+            "the date of a feed is valid");
 }
 
-/// `values` as they are after one writing and reading: halves of surrogate pairs, and byte order marks at the
-/// beginning of a text, are not carried by a file.
+/// `values` after a round trip through a file, which loses lone surrogates and a byte order mark at the
+/// beginning of a text.
 QJsonObject asWritten(const QJsonObject &values)
 {
     return QJsonDocument::fromJson(QJsonDocument(values).toJson()).object();
 }
 
-/// One change by the program keeps all the rest, and the whole of a file that is damaged.
+/// A change by the program keeps all other values, and a damaged file as a whole.
 void checkChange(const ScratchFolder &folder, JsonPreferences &preferences, const QByteArray &bytes)
 {
     const PreferencesContent content = parsePreferences(bytes);
@@ -70,8 +71,8 @@ void checkChange(const ScratchFolder &folder, JsonPreferences &preferences, cons
             "a change keeps the rest");
 
     const QStringList aside = folder.asideNames();
-    require(aside.size() == (content.state == State::Damaged ? 1 : 0), "what is damaged is put aside");
-    require(aside.isEmpty() || folder.aside(aside.constFirst()) == bytes, "what is put aside stays whole");
+    require(aside.size() == (content.state == State::Damaged ? 1 : 0), "a damaged file is set aside");
+    require(aside.isEmpty() || folder.aside(aside.constFirst()) == bytes, "the file set aside is unchanged");
     require(folder.names().size() == aside.size() + 1, "nothing else is left beside the file");
 }
 
@@ -83,13 +84,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     static const ScratchFolder folder;
     static JsonPreferences preferences(folder.file());
     folder.write("{}");
-    require(preferences.value(intervalKey).isUndefined(), "an input begins with nothing");
+    require(preferences.value(intervalKey).isUndefined(), "an input begins with empty preferences");
 
     const QByteArray bytes = fuzzInput(data, size);
     folder.write(bytes);
     const PreferencesContent content = readPreferences(folder.file());
     require(content.state != State::Unreadable && content.state == parsePreferences(bytes).state,
-            "bytes are what they are in a file, too");
+            "a file is read like its bytes");
     acceptedInputs += content.state == State::Values ? 1 : 0;
     checkSettings(preferences);
     checkUpdaterSettings(preferences);

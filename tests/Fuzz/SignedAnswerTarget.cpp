@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qint64 now = 1'700'000'000;
-constexpr qint64 patience = 600;
+constexpr qint64 maxAge = 600;
 const QString nonce = QStringLiteral("0F1E2D3C4B5A69788796A5B4C3D2E1F0");
 
 const Signer &makers()
@@ -25,7 +25,7 @@ CheckInVerdict judged(const QByteArray &body)
     return judgeCheckInAnswer(body, nonce, makers().publicKeyBase64(), Date(std::chrono::seconds(now)));
 }
 
-/// The number at the beginning of `input`, which loses it.
+/// Removes the number at the beginning of `input` and returns it.
 qint64 takeNumber(QByteArray &input)
 {
     qint64 number = 0;
@@ -35,20 +35,21 @@ qint64 takeNumber(QByteArray &input)
     return number;
 }
 
-/// What the makers sign arrives as it was.
+/// A signed answer arrives unchanged.
 void checkWhole(qint64 id, qint64 timestamp, const QString &text)
 {
     const CheckInVerdict verdict = judged(jsonBytes(makers().answer(nonce, timestamp, id, text)));
-    const bool isFresh = timestamp > now - patience && timestamp < now + patience;
+    const bool isFresh = timestamp > now - maxAge && timestamp < now + maxAge;
     if (!isFresh)
-        require(verdict == CheckInVerdict(CheckInRefusal::Stale), "what is signed and not fresh is stale");
+        require(verdict == CheckInVerdict(CheckInRefusal::Stale),
+                "a signed answer that is not fresh is stale");
     else if (id < 1 || text.isEmpty())
         require(verdict == CheckInVerdict(), "without an id or a text there is no message");
     else
         require(verdict == CheckInVerdict(ServerMessage{id, text}), "a message arrives as it was signed");
 }
 
-/// Changes bytes of an answer: two bytes of `edits` say where, one to what.
+/// Changes bytes of an answer: in `edits`, two bytes give the position and one the new value.
 void checkChanged(const QByteArray &edits)
 {
     const ServerMessage message{7, QStringLiteral("Bonjour | é 👁")};
@@ -60,7 +61,7 @@ void checkChanged(const QByteArray &edits)
     }
     const CheckInVerdict verdict = judged(body);
     require(verdict == CheckInVerdict(message) || std::holds_alternative<CheckInRefusal>(verdict),
-            "a changed answer says what was signed or nothing");
+            "a changed answer has the signed message or is refused");
     acceptedInputs += std::holds_alternative<ServerMessage>(verdict) ? 1 : 0;
 }
 

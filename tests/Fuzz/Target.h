@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <vector>
 
-// What libFuzzer calls, and what it offers. Driver.cpp stands in for it in every other build: one program
-// with all targets, whose functions have the name of their target in front, ORVANE_FUZZ_TARGET.
+// The interface of libFuzzer. In other builds Driver.cpp replaces it: one program contains all targets, and
+// their functions get the name of their target, ORVANE_FUZZ_TARGET, as a prefix.
 // NOLINTBEGIN(readability-identifier-naming)
 
 #ifdef ORVANE_FUZZ_TARGET
@@ -21,24 +21,24 @@
 #define LLVMFuzzerCustomMutator ORVANE_OF_TARGET(ORVANE_FUZZ_TARGET, CustomMutator)
 #endif
 
-/// Runs the subject of one target on one input. Returns 0; a broken promise ends the process.
+/// Tests one input. Returns 0; a failed `require` ends the process.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
-/// Makes another input out of the one in `data`; a target may have its own way. Returns the new size.
+/// Changes the input in `data` and returns its new size. Optional for a target.
 extern "C" [[gnu::weak]] std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size,
-                                                             std::size_t largestSize, unsigned seed);
+                                                             std::size_t maxSize, unsigned seed);
 
-/// The usual way to do so, for the target's own to call.
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t largestSize);
+/// The standard mutation, for a target's own mutator to call.
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t *data, std::size_t size, std::size_t maxSize);
 
 // NOLINTEND(readability-identifier-naming)
 
-/// One target in the program of the tests; `changeInput` is null when the usual way serves.
+/// One target in the program FuzzTests; `mutate` is null for the standard mutation.
 struct FuzzTarget
 {
     const char *name;
     decltype(LLVMFuzzerTestOneInput) *run;
-    decltype(LLVMFuzzerCustomMutator) *changeInput;
+    decltype(LLVMFuzzerCustomMutator) *mutate;
 };
 
 /// The targets of this program, in no order.
@@ -56,19 +56,19 @@ static const bool isKnownTarget = (fuzzTargets().push_back({ORVANE_TEXT(ORVANE_F
                                    true);
 #endif
 
-/// Ends the process, with `promise` on the standard error, when it was not kept for the input at hand.
-inline void require(bool isKept, const char *promise)
+/// Aborts the process if the requirement is not met, and prints it on standard error.
+inline void require(bool isMet, const char *requirement)
 {
-    if (isKept)
+    if (isMet)
         return;
-    std::fprintf(stderr, "broken: %s\n", promise);
+    std::fprintf(stderr, "not met: %s\n", requirement);
     std::abort();
 }
 
-/// How many inputs the subject took for what it expects. A test in which none was, or all were, tells little.
+/// How many inputs the program accepted as valid. A test in which none or all were accepted proves little.
 inline std::size_t acceptedInputs = 0;
 
-/// Every character of a UTF-8 text, a byte order mark at its beginning included.
+/// Decodes UTF-8 and keeps a byte order mark at its beginning.
 inline QString everyCharacter(const QByteArray &text)
 {
     QStringDecoder decode(QStringDecoder::Utf8, QStringConverter::Flag::ConvertInitialBom);

@@ -9,6 +9,8 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
+import unittest
 import urllib.parse
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent.parent / "tools" / "makers-server"))
@@ -147,8 +149,24 @@ def make_certificate(folder, subject):
     return certificate, key
 
 
-def run_tests(unittest):
+class MessageCase(unittest.TestCase):
+    """Base class: `server` runs and has published a message."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.server = MakersServer(self.executable, folder.name)
+        self.server.start()
+        self.addCleanup(self.server.stop)
+        self.server.publish(7, "Bonjour")
+
+    def assert_honest(self, answer):
+        self.assertEqual((answer["n"], answer["mid"], answer["msg"]), (NONCE, 7, "Bonjour"))
+        self.assertAlmostEqual(answer["ts"], time.time(), delta=5)
+        self.assertTrue(is_signed(answer, self.server.public_key))
+
+
+def run_tests():
     """The main function of a test program, whose first argument is the path of the server."""
-    import sys
     unittest.TestCase.executable = sys.argv.pop(1)
     unittest.main()

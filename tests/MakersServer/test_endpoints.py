@@ -187,4 +187,4 @@ class Secure(ServerCase):
 
 
 if __name__ == "__main__":
-    makers_server.run_tests(unittest)
+    makers_server.run_tests()

@@ -13,18 +13,10 @@ import time
 import unittest
 
 import makers_server
-from makers_server import MakersServer, check_in_members, is_signed, report_members
+from makers_server import MakersServer, MessageCase, check_in_members, is_signed, report_members
 
 
-class MisbehaviourCase(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.server = MakersServer(self.executable, folder.name)
-        self.server.start()
-        self.addCleanup(self.server.stop)
-        self.server.publish(7, "Bonjour")
-
+class MisbehaviourCase(MessageCase):
     def misbehave(self, mode, *argument):
         """Selects the mode and returns the status and the body of a check-in."""
         self.server.misbehave(mode, *argument)
@@ -37,11 +29,6 @@ class MisbehaviourCase(unittest.TestCase):
         self.server.misbehave(mode, *argument)
         status, body = self.server.post("/api/report.php", report_members())
         return status, json.loads(body)
-
-    def assert_honest(self, answer):
-        self.assertEqual((answer["n"], answer["mid"], answer["msg"]), (makers_server.NONCE, 7, "Bonjour"))
-        self.assertAlmostEqual(answer["ts"], time.time(), delta=5)
-        self.assertTrue(is_signed(answer, self.server.public_key))
 
 
 class Choice(MisbehaviourCase):
@@ -147,7 +134,7 @@ class Bytes(MisbehaviourCase):
             self.assertTrue(is_signed(answer, self.server.public_key), mode)
 
 
-class Travel(MisbehaviourCase):
+class Delivery(MisbehaviourCase):
     def response(self, timeout=10):
         connection = self.server.connection(timeout=timeout)
         self.addCleanup(connection.close)
@@ -213,7 +200,7 @@ class Travel(MisbehaviourCase):
         self.assertEqual(self.server.received()[-1]["query"], "redirected")
 
 
-class SecureTravel(unittest.TestCase):
+class SecureDelivery(unittest.TestCase):
     def test_redirect_away_from_tls(self):
         with tempfile.TemporaryDirectory() as folder:
             certificate, key = makers_server.make_certificate(folder, "IP:127.0.0.1")
@@ -232,4 +219,4 @@ class SecureTravel(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    makers_server.run_tests(unittest)
+    makers_server.run_tests()

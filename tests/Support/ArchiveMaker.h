@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// Packs archives, also those that nobody should unpack.
+/// Packs archives, malicious ones too.
 namespace ArchiveMaker {
 
 struct Entry
@@ -47,7 +47,7 @@ inline Entry special(const std::string &path, unsigned type)
     return {path, {}, 0644, type, {}, {}};
 }
 
-/// What a filter of the library is added with.
+/// Functions of libarchive that add a compression filter and set the format.
 using Filter = int (*)(archive *);
 using Format = int (*)(archive *);
 
@@ -97,7 +97,7 @@ inline QByteArray packed(const std::vector<Entry> &entries,
     return bytes;
 }
 
-/// Any bytes, packed with zstd.
+/// The bytes compressed with zstd, without an archive format.
 inline QByteArray compressed(const QByteArray &bytes)
 {
     return packed({file("data", bytes)}, {archive_write_add_filter_zstd}, archive_write_set_format_raw);
@@ -108,7 +108,7 @@ inline QByteArray information(const QByteArray &version)
     return R"({"CFBundleShortVersionString": ")" + version + "\"}";
 }
 
-/// The entries of an update that lacks nothing. Every file tells its version.
+/// The entries of a complete update. The content of every file includes the version.
 inline std::vector<Entry> update(const std::string &version)
 {
     const std::string top = "OrvaneBreak-" + version;

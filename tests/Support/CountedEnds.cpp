@@ -4,13 +4,13 @@
 
 #include <csignal>
 
-// The compiler's header for it is one for C.
+// The header lacks its own extern "C".
 extern "C" {
 #include <gcov.h>
 }
 
-// Replaces the C library's functions by which a process ends without what it does at its end, in builds that
-// count lines: the lines that ran are counted all the same.
+// For coverage builds: replaces the C library's functions that end a process without its exit handlers, and
+// writes the line counts first.
 
 extern "C" [[noreturn]] __attribute__((visibility("default"))) void _exit(int status)
 {

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-/// An idle measure that answers what the test says.
+/// Reports the idle times that the test sets.
 class FakeUserIdle final : public UserIdle
 {
 public:
@@ -18,7 +18,7 @@ public:
     InputIdleSeconds seconds{};
 };
 
-/// A chime that remembers what it was asked to play.
+/// Logs the sounds that it is asked to play.
 class FakeChime final : public Chime
 {
 public:
@@ -32,7 +32,7 @@ private:
     QStringList &m_log;
 };
 
-/// An overlay that writes down every call, and passes it on where a test wants to see the break.
+/// Logs every call and forwards it to `next`, if a test sets that.
 class FakeOverlay final : public BreakOverlay
 {
 public:

@@ -6,7 +6,8 @@
 #include "ManualRunLoop.h"
 #include "MemoryPreferences.h"
 
-/// An engine on a manual clock, with everything it calls written down in `log`: overlay, chime and "change".
+/// An engine on a manual clock. `log` has its calls on the overlay and the chime, and "change" for each
+/// onChange.
 struct EngineFixture
 {
     EngineFixture()

@@ -181,13 +181,13 @@ std::optional<Date> EngineModel::nextWakeUp(const std::vector<ObservedTimer> &ot
 {
     std::vector<ObservedTimer> all = timers();
     all.insert(all.end(), others.begin(), others.end());
-    // The latest due date that no timer is too impatient for.
+    // The latest due date within every timer's tolerance.
     std::optional<Date> wakeUp;
     for (const ObservedTimer &candidate : all) {
-        const bool suitsEverybody = std::all_of(all.begin(), all.end(), [&](const ObservedTimer &timer) {
+        const bool isTolerated = std::all_of(all.begin(), all.end(), [&](const ObservedTimer &timer) {
             return candidate.due <= timer.due + timer.tolerance;
         });
-        if (suitsEverybody)
+        if (isTolerated)
             wakeUp = std::max(wakeUp.value_or(Date::min()), candidate.due);
     }
     return wakeUp;
@@ -233,8 +233,7 @@ std::vector<ObservedTimer> EngineModel::timers() const
 
 void EngineModel::fireOverdue()
 {
-    // What is overdue when the wake-up comes is served once, the earliest first, unless it is cancelled on
-    // the way.
+    // Each timer that is overdue now fires once, the earliest first, unless an earlier one cancels it.
     std::vector<ModelTimer> overdue;
     std::copy_if(m_timers.begin(), m_timers.end(), std::back_inserter(overdue),
                  [&](const ModelTimer &timer) { return timer.due <= now; });

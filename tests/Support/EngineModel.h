@@ -8,8 +8,7 @@
 #include <tuple>
 #include <vector>
 
-/// Something that an engine did to its surroundings: a call on the overlay or the chime, or its change
-/// callback.
+/// An observable effect of an engine: a call on the overlay or the chime, or the change callback.
 struct Effect
 {
     enum class Kind
@@ -39,7 +38,7 @@ struct ObservedTimer
     }
 };
 
-/// The engine once more, as a table of transitions that shares no code with it.
+/// A model of the engine: a transition table that shares no code with it.
 class EngineModel
 {
 public:
@@ -64,7 +63,7 @@ public:
         Over
     };
 
-    /// What the outside world holds; the driver changes it.
+    /// The engine's inputs, which the test changes.
     int intervalMinutes = 20;
     int pauseSeconds = 20;
     bool soundEnabled = false;
@@ -79,10 +78,10 @@ public:
     void advance(Interval interval);
     void jump(Interval interval);
 
-    /// The next date to wake at, given the timers of others that share the wake-ups.
+    /// The next wake-up, which is shared with the timers in `others`.
     [[nodiscard]] std::optional<Date> nextWakeUp(const std::vector<ObservedTimer> &others = {}) const;
 
-    /// The wake-up of that date has come.
+    /// Moves the clock forward to `wakeUp` and fires the timers that are due.
     void wake(Date wakeUp);
 
     [[nodiscard]] State state() const { return m_state; }
@@ -90,7 +89,7 @@ public:
     [[nodiscard]] bool isOnBreak() const;
     [[nodiscard]] std::optional<Date> nextBreakDate() const { return m_nextDue; }
 
-    /// How often each row of the table has been followed, in its order.
+    /// How often each row of the table was used, in table order.
     [[nodiscard]] const std::vector<int> &transitionCounts() const { return m_transitionCounts; }
 
     /// "state, event" of a row of the table.

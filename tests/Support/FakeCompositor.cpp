@@ -11,7 +11,7 @@
 #include <cstring>
 #include <utility>
 
-/// What clients ask for; every function gets the compositor as the user data of the resource or global.
+/// The request handlers. The user data of each resource and global is the compositor.
 struct FakeCompositor::Requests
 {
     static FakeCompositor &self(void *data) { return *static_cast<FakeCompositor *>(data); }
@@ -54,7 +54,7 @@ struct FakeCompositor::Requests
 
     static void bindExt(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
     {
-        // Its later versions have more requests.
+        // Later versions of the interface have more requests.
         static const struct ext_idle_notifier_v1_interface requests = [] {
             struct ext_idle_notifier_v1_interface first = {};
             first.destroy = destroy;
@@ -97,7 +97,7 @@ FakeCompositor::~FakeCompositor()
 
 namespace {
 
-/// Lives as long as the client whose registries it counts.
+/// Counts the registries of one client and lives as long as the client.
 struct RegistryCount
 {
     wl_listener created;
@@ -183,23 +183,18 @@ void FakeCompositor::pump()
 
 void FakeCompositor::sendIdled()
 {
-    for (const Notification &each : m_notifications) {
-        if (each.isExtIdleNotify)
-            ext_idle_notification_v1_send_idled(each.resource);
-        else
-            org_kde_kwin_idle_timeout_send_idle(each.resource);
-    }
-    wl_display_flush_clients(m_display);
+    send(ext_idle_notification_v1_send_idled, org_kde_kwin_idle_timeout_send_idle);
 }
 
 void FakeCompositor::sendResumed()
 {
-    for (const Notification &each : m_notifications) {
-        if (each.isExtIdleNotify)
-            ext_idle_notification_v1_send_resumed(each.resource);
-        else
-            org_kde_kwin_idle_timeout_send_resumed(each.resource);
-    }
+    send(ext_idle_notification_v1_send_resumed, org_kde_kwin_idle_timeout_send_resumed);
+}
+
+void FakeCompositor::send(Event extEvent, Event kdeEvent)
+{
+    for (const Notification &each : m_notifications)
+        (each.isExtIdleNotify ? extEvent : kdeEvent)(each.resource);
     wl_display_flush_clients(m_display);
 }
 

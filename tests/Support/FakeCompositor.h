@@ -9,7 +9,7 @@ struct wl_display;
 struct wl_global;
 struct wl_resource;
 
-/// A compositor that has only seats and the idle protocols, and does nothing unless it is pumped.
+/// A Wayland compositor with only seats and the idle protocols. It handles requests only in `pump()`.
 class FakeCompositor
 {
 public:
@@ -31,19 +31,19 @@ public:
     /// Listens at a free name in XDG_RUNTIME_DIR and returns it.
     [[nodiscard]] std::string listen();
 
-    /// Each returns the object to withdraw later.
+    /// Each announces a global and returns it for `withdraw()`.
     wl_global *offerSeat(int version = 7);
     wl_global *offerExtIdleNotify();
     wl_global *offerKdeIdle();
     void withdraw(wl_global *global);
 
-    /// Withdraws a global at the moment at which a client is told of a later one.
+    /// Withdraws `global` while a client is being told of `later`.
     void withdrawWhenTold(wl_global *global, const wl_global *later);
 
-    /// Handles what clients have sent and sends what is to be sent; never waits.
+    /// Handles pending requests and flushes events; never waits.
     void pump();
 
-    /// Tells every notification.
+    /// Each sends its event to every notification.
     void sendIdled();
     void sendResumed();
 
@@ -51,18 +51,21 @@ public:
     void die();
 
     [[nodiscard]] const std::vector<Notification> &notifications() const { return m_notifications; }
-    /// How many notifications clients have asked for, with those that are gone.
+    /// How many notifications were ever requested, destroyed ones included.
     [[nodiscard]] int notificationRequests() const { return m_notificationRequests; }
     [[nodiscard]] int registries() const { return m_registries; }
     [[nodiscard]] int seatBindings() const { return m_seatBindings; }
     [[nodiscard]] bool hasClient() const;
 
-    /// For what else a test has the compositor offer.
+    /// For the globals of other fakes.
     [[nodiscard]] wl_display *display() const { return m_display; }
 
 private:
     struct Requests;
     friend struct Requests;
+    using Event = void (*)(wl_resource *);
+
+    void send(Event extEvent, Event kdeEvent);
 
     wl_display *m_display;
     wl_global *m_withdrawn = nullptr;

@@ -9,7 +9,7 @@
 
 #include <utility>
 
-/// Keeps the exchanges, and lets the test say what the server sends in the latest one.
+/// Records the requests; the test plays the server for the latest one.
 class FakeDownloads final : public Downloads
 {
 public:
@@ -30,29 +30,12 @@ public:
         return exchange;
     }
 
-    /// Does nothing, as the other functions, once the exchange was destroyed.
-    void begin(qint64 offset) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onBegin(offset);
-    }
+    /// Like the functions below, does nothing once the exchange is destroyed.
+    void begin(qint64 offset) const { call(&Receiver::onBegin, offset); }
+    void send(const QByteArray &bytes) const { call(&Receiver::onData, bytes); }
+    void end(End end) const { call(&Receiver::onEnd, end); }
 
-    void send(const QByteArray &bytes) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onData(bytes);
-    }
-
-    void end(End end) const
-    {
-        const Request request = requests.constLast();
-        if (request.isOpen())
-            request.receiver.onEnd(end);
-    }
-
-    /// A whole exchange from where it was asked for.
+    /// Plays a complete answer from the requested offset.
     void answer(const QByteArray &bytes, End how) const
     {
         begin(requests.constLast().offset);
@@ -68,4 +51,12 @@ private:
     {
         std::shared_ptr<int> life = std::make_shared<int>();
     };
+
+    template <typename Callback, typename Argument>
+    void call(Callback callback, const Argument &argument) const
+    {
+        const Request request = requests.constLast();
+        if (request.isOpen())
+            (request.receiver.*callback)(argument);
+    }
 };

@@ -11,7 +11,7 @@
 
 #include <utility>
 
-/// Keeps the requests, and answers them when the test says so.
+/// Records the requests; the test answers them.
 class FakeHttp final : public Http
 {
 public:
@@ -45,7 +45,7 @@ public:
         requests.append({Method::Post, url, body, limit, &context, std::move(completion)});
     }
 
-    /// Answers the oldest request that waits.
+    /// Answers the oldest open request.
     void answer(const std::optional<HttpAnswer> &answer)
     {
         const Request request = requests.takeFirst();

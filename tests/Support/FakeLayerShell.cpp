@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-/// What clients ask for; every function gets the shell as the user data of the resource or global.
+/// The request handlers. The user data of each resource and global is the shell.
 struct FakeLayerShell::Requests
 {
     static FakeLayerShell &self(wl_resource *resource)
@@ -84,7 +84,7 @@ struct FakeLayerShell::Requests
 
     static void bindCompositor(wl_client *client, void *data, std::uint32_t, std::uint32_t id)
     {
-        // Its later versions have more requests.
+        // Later versions of the interface have more requests.
         static const struct wl_compositor_interface requests = [] {
             struct wl_compositor_interface first = {};
             first.create_surface = createSurface;

@@ -8,14 +8,14 @@
 class FakeCompositor;
 struct wl_resource;
 
-/// Gives a compositor surfaces, one output and a layer shell, and writes down what layers are asked for.
+/// Adds surfaces, one output and a layer shell to a compositor, and records the requested layers.
 class FakeLayerShell
 {
 public:
     enum class Answer
     {
-        Configure, ///< The first commit of a surface brings its size.
-        Close,     ///< It brings the end, as when the output has just gone.
+        Configure, ///< Answers the first commit of a surface with its size.
+        Close,     ///< Closes the layer, as when the output has just gone.
         Nothing
     };
 
@@ -39,10 +39,10 @@ public:
     FakeLayerShell(const FakeLayerShell &) = delete;
     FakeLayerShell &operator=(const FakeLayerShell &) = delete;
 
-    /// Announces what a layer needs; without `isShellOffered` all but the shell.
+    /// Announces the globals that a layer needs; without `isShellOffered` all but the shell.
     void offer(bool isShellOffered = true);
 
-    /// Sends the events to every layer that is left.
+    /// Each sends its event to every remaining layer.
     void configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const;
     void close() const;
 

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/// Shows the panels as plain windows and writes down what it was asked for.
+/// Shows the panels as plain windows and logs the calls.
 class FakeOverlaySurface final : public OverlaySurface
 {
 public:
@@ -31,5 +31,5 @@ public:
     }
 
     QStringList log;
-    std::vector<QWidget *> panels; ///< Those of the break that is showing.
+    std::vector<QWidget *> panels; ///< Of the current break.
 };

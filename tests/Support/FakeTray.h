@@ -5,7 +5,7 @@
 
 #include <QStringList>
 
-/// What a tray would show.
+/// The state that a tray would show.
 struct Tray
 {
     int items = 0;
@@ -16,7 +16,7 @@ struct Tray
     bool isHosted = true;
     TrayItem *item = nullptr;
 
-    /// Takes the icon away for good.
+    /// Removes the icon for good, as a tray that ends does.
     void lose()
     {
         isHosted = false;
@@ -72,7 +72,7 @@ public:
 
     void setMenu(std::unique_ptr<QMenu> menu) override
     {
-        // The entry that was chosen in the earlier menu may be at work still.
+        // An action of the old menu may still be running.
         if (m_tray.menu)
             m_tray.menu.release()->deleteLater();
         m_tray.menu = std::move(menu);

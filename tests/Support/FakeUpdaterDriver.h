@@ -7,7 +7,7 @@
 
 #include <utility>
 
-/// Writes down what the user would see, and answers when the test says so.
+/// Logs what the user would see; the test calls the stored callbacks to answer.
 class FakeUpdaterDriver final : public UpdaterDriver
 {
 public:

@@ -7,7 +7,7 @@
 #include <QByteArray>
 #include <QTest>
 
-/// Text of feeds, with what a test changes in them.
+/// Builds feeds, complete ones or with parts that a test changes.
 namespace FeedMaker {
 
 inline QByteArray feed(const QByteArray &content, const QByteArray &before = QByteArray())
@@ -22,7 +22,7 @@ inline QByteArray signature(qsizetype size = 64)
     return QByteArray(size, 's').toBase64();
 }
 
-/// The attributes of an enclosure that lacks nothing; `more` comes after them.
+/// A complete enclosure, with the attributes in `more` at the end.
 inline QByteArray enclosure(const QByteArray &more = QByteArray())
 {
     return R"(<enclosure url="https://example.org/OrvaneBreak-1.3-linux-x86_64.tar.zst" length="1000" )"
@@ -35,7 +35,7 @@ inline QByteArray item(const QByteArray &content)
     return "<item>" + content + "</item>";
 }
 
-/// An item that lacks nothing.
+/// A complete item.
 inline QByteArray wholeItem(const QByteArray &version = "1.3")
 {
     return item("<s:version>" + version + "</s:version>" + enclosure());

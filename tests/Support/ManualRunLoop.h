@@ -13,7 +13,7 @@ class ManualRunLoop final : public RunLoop
 public:
     [[nodiscard]] Date now() const override { return m_now; }
 
-    /// Lets time pass: wakes at each date at which the timers ask for it and runs what is due then.
+    /// Advances the clock, wakes at each date that the timers request, and fires the timers due then.
     void advance(Interval interval)
     {
         const Date end = m_now + interval;
@@ -26,14 +26,14 @@ public:
         m_now = end;
     }
 
-    /// Keeps the thread busy: time passes, and what has become due meanwhile runs at the end.
+    /// Simulates a blocked thread: time passes, then every timer that is due fires.
     void block(Interval interval)
     {
         m_now += interval;
         schedule().fireDue(m_now);
     }
 
-    /// Sets the clock or ends a suspend: first the time changes, then the overdue calls run.
+    /// Sets the clock or ends a suspend: the time changes, then the overdue timers fire.
     void jump(Interval interval)
     {
         m_now += interval;
@@ -41,7 +41,7 @@ public:
         schedule().fireDue(m_now);
     }
 
-    /// When the timers ask to be woken next.
+    /// The next wake-up that the timers request.
     [[nodiscard]] std::optional<Date> nextWakeUp() const { return schedule().nextWakeUp(); }
 
     [[nodiscard]] std::vector<TimerSchedule::Entry> timers() const { return schedule().entries(); }
@@ -51,7 +51,7 @@ protected:
     void scheduleChanged() override {}
 
 private:
-    // An arbitrary date: nothing may depend on which one.
+    // An arbitrary date, which no test depends on.
     Date m_now{std::chrono::seconds(1'700'000'000)};
     int m_wakeUps = 0;
 };

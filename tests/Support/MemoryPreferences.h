@@ -7,7 +7,7 @@
 
 #include <utility>
 
-/// Preferences that live as long as the test.
+/// Preferences in memory.
 class MemoryPreferences final : public Preferences
 {
 public:

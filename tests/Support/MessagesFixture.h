@@ -20,7 +20,7 @@ struct Launched : ApplicationFixture
         launch();
     }
 
-    /// Answers the oldest waiting check-in with a message that the makers signed.
+    /// Answers the oldest open check-in with a signed message.
     void deliver(qint64 id, const QString &message)
     {
         const QString nonce = http.requests.constFirst().json()[QStringLiteral("n")].toString();
@@ -33,7 +33,7 @@ struct Launched : ApplicationFixture
         http.answer(HttpAnswer{200, isAccepted ? R"({"ok":true})" : R"({"ok":false})"});
     }
 
-    /// The dialog that is shown, or null.
+    /// The open dialog, or null.
     [[nodiscard]] static QDialog *dialog()
     {
         return qobject_cast<QDialog *>(QApplication::activeModalWidget());
@@ -45,7 +45,7 @@ struct Launched : ApplicationFixture
         return edit ? edit->toPlainText() : parent.findChild<QLabel *>(name)->text();
     }
 
-    /// The shown dialog in one line, as a user reads it.
+    /// The texts of the open dialog in one line.
     [[nodiscard]] static QString dialogText()
     {
         return dialog() ? textOf(*dialog(), QStringLiteral("alertMessage")) + QStringLiteral(" / ") +

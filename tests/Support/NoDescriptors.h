@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 
-/// Takes from this process every descriptor that it may open yet, as long as it lives.
+/// While an object lives, the process cannot open another file descriptor.
 class NoDescriptors
 {
 public:

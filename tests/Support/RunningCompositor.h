@@ -10,11 +10,11 @@
 #include <functional>
 #include <thread>
 
-/// A compositor that answers on its own at WAYLAND_DISPLAY, for what waits for it.
+/// A compositor on its own thread at WAYLAND_DISPLAY, for clients that wait for answers.
 class RunningCompositor
 {
 public:
-    /// `prepare` has it offer things before anybody can connect.
+    /// `prepare` announces globals before any client can connect.
     explicit RunningCompositor(const std::function<void(FakeCompositor &)> &prepare)
     {
         prepare(m_compositor);
@@ -36,7 +36,7 @@ public:
     RunningCompositor(const RunningCompositor &) = delete;
     RunningCompositor &operator=(const RunningCompositor &) = delete;
 
-    /// It answers no more; what it knows can be looked at from then on.
+    /// Ends the thread; then `compositor()` can be inspected.
     void stop()
     {
         m_isStopping = true;

@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <string>
 
-/// A folder of the test's own with the place for a preferences file in it.
+/// A temporary folder and the path of a preferences file in it.
 class ScratchFolder
 {
 public:
@@ -42,7 +42,7 @@ public:
             .entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     }
 
-    /// The names of the damaged files put aside, sorted.
+    /// The names of the damaged files that were set aside, sorted.
     [[nodiscard]] QStringList asideNames() const
     {
         return QDir(m_folder.path())

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-/// A server on this machine that says what the test wants, byte by byte.
+/// A TCP server on loopback that sends `reply`, byte for byte, once it has received a complete request.
 class ScriptedServer : public QObject
 {
 public:
@@ -47,7 +47,7 @@ private:
     QTcpServer m_server;
 };
 
-/// A whole answer.
+/// A complete HTTP answer.
 inline QByteArray answerWith(const QByteArray &status, const QByteArray &body)
 {
     return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" +

@@ -7,7 +7,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 
-/// A session bus of the test's own, which ends with this object.
+/// A private session bus, which ends with this object.
 class SessionBusDaemon
 {
 public:
@@ -15,7 +15,7 @@ public:
     {
         using namespace Qt::StringLiterals;
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        // It ends with a test that crashes, too.
+        // The bus must also end if the test crashes.
         m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_process.start(u"dbus-daemon"_s, {u"--session"_s, u"--print-address"_s, u"--nofork"_s});
         while (!m_process.canReadLine() && m_process.waitForReadyRead(10'000)) {

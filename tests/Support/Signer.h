@@ -12,7 +12,7 @@
 #include <array>
 #include <chrono>
 
-/// The makers of one test, with a key pair that lives as long as it does.
+/// The makers in one test, with a key pair of their own.
 class Signer
 {
 public:
@@ -43,7 +43,7 @@ public:
         return signature.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
     }
 
-    /// A whole answer to the request with `nonce`.
+    /// A complete, signed answer to the request with `nonce`.
     [[nodiscard]] QJsonObject answer(const QString &nonce, qint64 timestamp, qint64 id,
                                      const QString &message) const
     {

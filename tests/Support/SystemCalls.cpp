@@ -10,7 +10,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-// The library's functions that are replaced, and with them their signatures, are visible to all libraries.
+// The replacements are visible to all libraries and keep the C library's signatures.
 #define REPLACED extern "C" __attribute__((visibility("default")))
 
 namespace {
@@ -34,7 +34,7 @@ enum class Need
     Space
 };
 
-/// Counts a call; false when it is to fail.
+/// Counts a call. Returns false and sets errno if the call must fail.
 bool isAllowed(Need need)
 {
     if (mode == Mode::Idle || (mode == Mode::Full && need == Need::Nothing))
@@ -108,7 +108,7 @@ REPLACED int openat(int folder, const char *path, int flags, ...)
         va_end(arguments);
         return called(Need::Space, SYS_openat, folder, path, flags, permissions);
     }
-    // Nothing has changed when a process dies that was only to read.
+    // Killing a process before it opens a file to read changes nothing on the disk.
     return mode == Mode::Kill ? static_cast<int>(syscall(SYS_openat, folder, path, flags, permissions))
                               : called(Need::Nothing, SYS_openat, folder, path, flags, permissions);
 }
@@ -135,7 +135,7 @@ REPLACED int ftruncate(int file, off_t length) noexcept
 
 REPLACED int fsync(int file)
 {
-    // Waiting for the disk is worth nothing to a process that is killed, and most of the time of a test.
+    // A killed process loses no writes without it, and waiting for the disk would take most of the test.
     return isAllowed(Need::Space) && fcntl(file, F_GETFD) >= 0 ? 0 : -1;
 }
 

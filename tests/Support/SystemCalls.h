@@ -3,28 +3,27 @@
 
 #include <limits>
 
-/// The system calls by which this program changes a disk, or reads what is on it, counted from now
-/// on, so that a test can end the process before any of them, or have the disk full or broken from then on.
-/// Linking SystemCalls.cpp replaces the C library's own functions. For a child process: nothing is ever
-/// undone.
+/// SystemCalls.cpp replaces the C library's functions that change or read the disk, and counts their calls. A
+/// test can kill its process before any call, or let the disk be full or broken from any call on. For child
+/// processes only: nothing is undone.
 namespace SystemCalls {
 
-/// The status of a process that was ended.
+/// The exit status of a process that `killBefore` ended.
 inline constexpr int killedStatus = 99;
 
 /// Ends the process at once before call number `call`, counted from 1.
 void killBefore(int call);
 
-/// A number of failures without an end.
+/// For a disk that does not recover.
 inline constexpr int forEver = std::numeric_limits<int>::max();
 
-/// Lets call number `call` and those after it that need space fail, `failures` in all, because there is none.
+/// From call number `call` on, the next `failures` calls that need disk space fail with ENOSPC.
 void fillDiskBefore(int call, int failures);
 
-/// Lets call number `call` and those after it fail, `failures` in all, whatever they do.
+/// From call number `call` on, the next `failures` calls fail with EIO.
 void breakDiskBefore(int call, int failures);
 
-/// The number of calls since.
+/// The number of calls since one of these functions was called.
 int count();
 
 } // namespace SystemCalls

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Static objects of other files use it before this file's own are made.
+/// Static in a function, because static objects of other files use it before this file's are initialized.
 std::map<std::string, TestProgram::Run> &classes()
 {
     static std::map<std::string, TestProgram::Run> known;

@@ -3,20 +3,20 @@
 
 #include <QTest>
 
-/// One test program holds the tests of a folder: `PROGRAM CLASS [ARGUMENT...]` runs one class of them, with
-/// the arguments of QTest. Without a known class it names those it has, one a line, with status 2.
+/// A test program contains the tests of one folder. `PROGRAM CLASS [ARGUMENT...]` runs one class with
+/// arguments of QTest. Without a known class it lists its classes, one per line, and returns 2.
 namespace TestProgram {
 
 /// Runs a class; `argv[0]` is the program, and what follows are the arguments after the name of the class.
 using Run = int (*)(int argc, char **argv);
 
-/// Makes a class known under its name; for static objects.
+/// Registers a class by name; for static objects.
 struct Registration
 {
     Registration(const char *name, Run run);
 };
 
-/// Stands for an application where a test class needs none.
+/// The `Application` of a test class that needs none.
 struct NoApplication
 {
     NoApplication(int & /*argc*/, char ** /*argv*/) {}

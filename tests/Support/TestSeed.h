@@ -8,18 +8,16 @@
 #include <optional>
 #include <random>
 
-/// The seed that the environment's ORVANE_TEST_SEED asks for: its number, or a new one each time if it is
-/// "random". Nothing if it is not set.
+/// The seed in ORVANE_TEST_SEED, or a new one if that is "random"; nullopt if it is not set.
 inline std::optional<quint32> requestedSeed()
 {
-    const QByteArray wish = qgetenv("ORVANE_TEST_SEED");
-    if (wish.isEmpty())
+    const QByteArray requested = qgetenv("ORVANE_TEST_SEED");
+    if (requested.isEmpty())
         return std::nullopt;
-    return wish == "random" ? std::random_device()() : wish.toUInt();
+    return requested == "random" ? std::random_device()() : requested.toUInt();
 }
 
-/// The seed of a test's random choices, which it also prints: the requested one, otherwise always the same,
-/// so that one tree is judged the same way each time.
+/// The requested seed, otherwise 1, so that a source tree always gives the same result. Prints it.
 inline quint32 testSeed()
 {
     const quint32 seed = requestedSeed().value_or(1);

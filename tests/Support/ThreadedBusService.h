@@ -4,8 +4,8 @@
 #include <QDBusConnection>
 #include <QThread>
 
-/// A service on a bus whose one object has public slots for methods. Both are in a thread of their own
-/// because the test's thread waits for the answers.
+/// A D-Bus service with one object, whose public slots are its methods. It has its own thread, because the
+/// test's thread blocks while it waits for answers.
 template <typename Object>
 class ThreadedBusService
 {

@@ -9,14 +9,14 @@
 
 #include <cstdlib>
 
-/// Makes every warning fail the current test function, but for what the offscreen platform says of itself.
-/// For `init()`.
+/// Makes every warning fail the current test function, except those about features that the offscreen
+/// platform lacks. For `init()`.
 inline void failOnUnexpectedWarnings()
 {
     QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!This plugin does not support)")));
 }
 
-/// What the widget paints, on `background`.
+/// The widget, painted on `background`.
 inline QImage painted(QWidget &widget, const QColor &background = Qt::black, qreal devicePixelRatio = 1)
 {
     QImage image(widget.size() * devicePixelRatio, QImage::Format_ARGB32_Premultiplied);
@@ -26,8 +26,7 @@ inline QImage painted(QWidget &widget, const QColor &background = Qt::black, qre
     return image;
 }
 
-/// Whether a control in the active `window` looks different with the focus once the keyboard has moved it
-/// there.
+/// Whether a control in the active `window` shows its focus if, and only if, the keyboard has moved it there.
 inline bool showsFocusOfTheKeyboard(QWidget &window, QWidget &control)
 {
     window.setAttribute(Qt::WA_KeyboardFocusChange, false);

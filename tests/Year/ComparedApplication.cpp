@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How late the end of a break may be seen.
+/// By how much a break may end late.
 constexpr Interval ringStep = 100ms;
 
 SPUUpdater::Configuration updatesFromTheMakers()
@@ -39,7 +39,7 @@ QString line(const Effect &effect)
     return u"change"_s;
 }
 
-/// What the user is to read, worked out once more.
+/// The expected status text, computed without the program.
 QString expectedStatus(const EngineModel &model)
 {
     if (model.isOnBreak())
@@ -219,7 +219,7 @@ void ComparedApplication::compareTimers()
             return timer.interval == interval && timer.tolerance == tolerance;
         });
     };
-    // The check-ins and the search for updates; the patience with a tray and the next search.
+    // Every hour: check-ins and the search for updates. Once: the timeout for a tray and the next search.
     const auto hourly = count(1h, 1min);
     const auto soon = count(0s, 1s);
     if (hourly < 1 || hourly > 2 || soon > 2 || hourly + soon != static_cast<qsizetype>(others.size()))

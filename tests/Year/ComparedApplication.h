@@ -6,12 +6,12 @@
 #include "Support/EngineModel.h"
 #include "Support/FakeOverlaySurface.h"
 
-/// The launched application with a real break screen, and the model of its engine, side by side: what is done
-/// to one is told to the other, and every wake-up compares them.
+/// The launched application with a real break screen, and a model of its engine. Both get the same
+/// operations, and every wake-up compares them.
 class ComparedApplication final : public ApplicationFixture
 {
 public:
-    /// What outlives a run of the program.
+    /// The state that outlives a run of the program.
     struct Kept
     {
         Date now{std::chrono::seconds(1'790'000'000)};
@@ -28,24 +28,24 @@ public:
 
     [[nodiscard]] Kept kept() const;
 
-    /// Lets time go on, one wake-up after the other.
+    /// Advances the clock, one wake-up after the other.
     void pass(Interval interval);
 
     /// Sets the clock or ends a suspend.
     void jump(Interval interval);
 
-    /// Tells the model what was done to the engine.
+    /// Applies to the model what was done to the engine.
     void tell(EngineModel::Event event, int minutes = 0);
 
-    /// The session is locked: the break screen goes, and none comes until it is unlocked.
+    /// Locks the session: the break screen closes, and none opens until `unlock()`.
     void lock();
     void unlock() { m_isLocked = false; }
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
 
-    /// Looks whether all that can be seen is what the model says.
+    /// Compares everything visible with the model.
     void compare();
 
-    /// The first difference that was found, empty while there is none.
+    /// The first difference, or empty.
     [[nodiscard]] const QString &difference() const { return m_difference; }
     void differ(const QString &what);
 

@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype mostKept = 50;
+constexpr qsizetype maxEntries = 50;
 
 QStringList lines(const QList<ArchivedMessage> &history)
 {
@@ -32,11 +32,11 @@ void Conversation::see(const ServerMessage &message, const QDateTime &now)
 {
     if (pending == message)
         pending.reset();
-    // Seen in the conversation, and a second time in the dialog.
+    // A message can be seen in the conversation first and then in the dialog.
     if (seen.contains(message.id))
         return;
     seen.append(message.id);
-    if (seen.size() > mostKept)
+    if (seen.size() > maxEntries)
         seen.removeFirst();
     append({message.id, message.text, now, false});
 }
@@ -65,6 +65,6 @@ QString Conversation::difference(const QJsonObject &preferences, const QList<Arc
 void Conversation::append(const ArchivedMessage &entry)
 {
     entries.append(entry);
-    if (entries.size() > mostKept)
+    if (entries.size() > maxEntries)
         entries.removeFirst();
 }

@@ -8,11 +8,11 @@
 
 #include <optional>
 
-/// What the program has to remember of the conversation with the makers, worked out without its archive.
+/// A model of the stored conversation with the makers.
 class Conversation
 {
 public:
-    /// A check-in has brought a message that is to be believed.
+    /// A check-in has brought a valid message.
     void receive(const ServerMessage &message);
 
     /// The user has seen `message`.
@@ -21,10 +21,11 @@ public:
     /// The user has answered.
     void reply(const QString &text, const QDateTime &now);
 
-    /// The program has ended: what was not seen is forgotten.
+    /// The program has ended: an unseen message is forgotten.
     void forget() { pending.reset(); }
 
-    /// Empty when `preferences` and `history`, newest first, hold the same.
+    /// The first difference from the stored preferences and from `history`, newest first; empty if there is
+    /// none.
     [[nodiscard]] QString difference(const QJsonObject &preferences,
                                      const QList<ArchivedMessage> &history) const;
 

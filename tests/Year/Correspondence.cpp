@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What passes between the user and the makers.
+// Messages, replies, reports and updates.
 #include "Support/MessagesFixture.h"
 #include "Year.h"
 
@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The date as a user in France reads it, by the C library's calendar.
+/// The date in French, computed with the C library's calendar.
 QString dateText(qint64 seconds)
 {
     static const std::array<QString, 12> months{u"janvier"_s,   u"février"_s, u"mars"_s,     u"avril"_s,
@@ -53,7 +53,7 @@ void Year::closeMessages()
 
 void Year::writeReply()
 {
-    // A long conversation takes long to lay out.
+    // The layout of a long conversation is slow.
     if (pick(2))
         return;
     readMessages();

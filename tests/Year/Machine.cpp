@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What time brings: waiting, sleep, locks, clocks that are set.
+// Waiting, suspends, locks and clock changes.
 #include "Year.h"
 
 #include <array>

@@ -58,7 +58,7 @@ Makers::Answer Makers::answerCheckIn(const FakeHttp::Request &request, const Sig
         return {u"truncated"_s, HttpAnswer{200, whole.left(pick(random, static_cast<int>(whole.size())))},
                 std::nullopt};
     case 3:
-        // These take long to read.
+        // A huge answer takes long to parse.
         if (pick(random, 10) > 0)
             return {u"empty"_s, HttpAnswer{200, {}}, std::nullopt};
         return {u"huge"_s, HttpAnswer{200, QByteArray(hugeSize, '[')}, std::nullopt};

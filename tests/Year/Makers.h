@@ -10,23 +10,22 @@
 #include <optional>
 #include <random>
 
-/// A server of the makers that keeps to the protocol, on a line and a clock that nobody can rely on.
+/// The makers' server, behind an unreliable network.
 class Makers
 {
 public:
-    /// What an answer is made of.
     struct Answer
     {
         QString kind;
         std::optional<HttpAnswer> http;
-        std::optional<ServerMessage> message; ///< What the program is to take from it.
+        std::optional<ServerMessage> message; ///< The message that the program must accept.
     };
 
     /// Answers a check-in of a program whose clock shows `theirs` at the true date `now`.
     Answer answerCheckIn(const FakeHttp::Request &request, const Signer &signer, Date now, Date theirs,
                          std::mt19937 &random);
 
-    /// Answers a report; whether it is taken stands in `isAccepted`.
+    /// Answers a report and sets `isAccepted`.
     static Answer answerReport(std::mt19937 &random, bool &isAccepted);
 
     /// Answers the search for an update: there is none.
@@ -39,7 +38,7 @@ private:
     [[nodiscard]] QJsonObject rightAnswer(const QString &nonce, const Signer &signer, Date date,
                                           std::mt19937 &random);
 
-    std::optional<ServerMessage> m_message; ///< Given until it is acknowledged.
+    std::optional<ServerMessage> m_message; ///< Sent until it is acknowledged.
     qint64 m_lastId = 0;
     qint64 m_delivered = 0;
     QByteArray m_earlierAnswer;

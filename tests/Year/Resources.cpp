@@ -16,8 +16,8 @@ int entries(const QString &folder)
     return static_cast<int>(QDir(folder).entryList(everything).size());
 }
 
-/// The toolkit frees the gestures of views that are gone with its next one, and keeps a device from the first
-/// input on.
+/// Qt frees the gestures of destroyed views only when it creates the next one, and keeps an input device from
+/// its first event on.
 bool isKeptByTheToolkit(const QObject &object)
 {
     return object.inherits("QGesture") || object.inherits("QInputDevice");
@@ -27,7 +27,7 @@ bool isKeptByTheToolkit(const QObject &object)
 
 Resources::Counts Resources::ofTheProcess()
 {
-    // The listing of the descriptors holds one of its own, each time.
+    // Listing the descriptors opens another one, each time.
     Counts counts{{u"descriptors"_s, entries(u"/proc/self/fd"_s)},
                   {u"threads"_s, entries(u"/proc/self/task"_s)},
                   {u"widgets"_s, static_cast<int>(QApplication::allWidgets().size())}};

@@ -4,15 +4,15 @@
 #include <QMap>
 #include <QString>
 
-/// What the process holds.
+/// Counts what the process holds.
 namespace Resources {
 
 using Counts = QMap<QString, int>;
 
-/// Open descriptors, threads, windows with their parts, and what hangs on the application.
+/// Open descriptors, threads, widgets, and all objects below the application and its windows.
 [[nodiscard]] Counts ofTheProcess();
 
-/// The counts that are not the same, empty when all are.
+/// The counts that differ; empty if none does.
 [[nodiscard]] QString difference(const Counts &before, const Counts &after);
 
 } // namespace Resources

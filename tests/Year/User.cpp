@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the user does with reminders, settings and windows.
+// Reminders, settings and windows.
 #include "BreakOverlayPanel.h"
 #include "Support/MessagesFixture.h"
 #include "Year.h"
@@ -49,7 +49,7 @@ void Year::endBreak()
 {
     QWidget *panel = m_app->panel();
     if (!panel && m_app->model.isOnBreak()) {
-        // Locked away: only the menu reaches it.
+        // While the session is locked, only the menu can end the break.
         toggleReminders();
         return;
     }
@@ -97,7 +97,7 @@ void Year::chooseSound()
 
 void Year::editPreferences()
 {
-    // Pairs of what is stored and what it reads as.
+    // Pairs of a stored value and its effective value.
     static const std::array<std::pair<QJsonValue, int>, 7> values{
         {{10, 10}, {30, 30}, {15, 20}, {u"10"_s, 20}, {10.5, 20}, {-10, 20}, {QJsonValue::Null, 20}}};
     const auto &[stored, effective] = values.at(static_cast<std::size_t>(pick(7)));
@@ -147,7 +147,7 @@ void Year::closeWindow()
     const QWidget *messages = m_app->window(u"messagesWindow"_s);
     const bool isLast = !messages || messages->isHidden();
     const bool isToEnd = isLast && !m_app->isMenuBarMode;
-    // That ends the program, which is to happen rarely enough for it to live through something.
+    // That ends the program, which must be rare enough for long runs.
     if (isToEnd && pick(8))
         return;
     note(u"the window is closed"_s);
@@ -155,7 +155,7 @@ void Year::closeWindow()
     settle();
     if (!isToEnd)
         return;
-    // Nothing else stops the engine.
+    // The program has stopped the engine before its end.
     m_app->tell(Event::Stop);
     relaunch();
 }

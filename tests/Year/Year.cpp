@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int daysInAYear = 365;
-constexpr int mostOperationsInADay = 14;
+constexpr int maxOperationsPerDay = 14;
 constexpr std::size_t rememberedOperations = 40;
 
 } // namespace
@@ -23,11 +23,11 @@ Year::Year(std::uint32_t seed)
     qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
 }
 
-void Year::live()
+void Year::run()
 {
     launch();
     for (int day = 0; day < daysInAYear && !hasFailed(); ++day) {
-        const int operations = pick(mostOperationsInADay);
+        const int operations = pick(maxOperationsPerDay);
         for (int count = 0; count < operations && !hasFailed(); ++count)
             step();
         if (!hasFailed())
@@ -56,7 +56,7 @@ void Year::launch()
     m_conversation.forget();
     m_inDialog.reset();
     m_app = std::make_unique<ComparedApplication>(m_kept);
-    // The patience with a tray is over then.
+    // By then the timeout for a tray has passed.
     pass(10s);
     comeToRest();
     m_resourcesAtLaunch = Resources::ofTheProcess();
@@ -102,7 +102,7 @@ void Year::comeToRest()
     if (m_app->isMenuBarMode)
         changeMode();
     auto *updates = m_app->find<QCheckBox>(u"autoUpdatesCheckbox"_s);
-    // Off, whatever it was: the box shows the one of two switches.
+    // Turns both settings off; the box shows only one of them.
     updates->setChecked(true);
     updates->setChecked(false);
     do {
@@ -112,7 +112,7 @@ void Year::comeToRest()
     } while (!m_app->http.requests.isEmpty() || m_app->alerts.isBusy());
     if (m_conversation.pending)
         readMessages();
-    // With nothing in the conversation the window has the same parts each time.
+    // With an empty conversation the window always has the same widgets.
     const QJsonObject stored = m_app->preferences.stored;
     m_app->preferences.stored.remove(u"OBMessageHistory"_s);
     m_app->delegate.showMessages();
@@ -163,7 +163,7 @@ void Year::step()
         choice -= (chosen++)->weight;
     ++m_operation;
     (this->*chosen->run)();
-    // An answer may take its time.
+    // Some answers arrive after later operations.
     if (pick(5) > 0)
         answerRequests();
     settle();

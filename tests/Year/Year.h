@@ -12,20 +12,20 @@
 
 class QDialog;
 
-/// A year in the life of somebody who does anything with the program, and of a machine that sleeps, is locked
-/// and has its clock set. One seed makes the same year each time.
+/// A simulated year: random operations of a user, on a machine that is suspended and locked and whose clock
+/// is set. The same seed gives the same year.
 class Year
 {
 public:
     explicit Year(std::uint32_t seed);
 
-    /// Lives the year, or as much of it as goes well.
-    void live();
+    /// Runs the year up to the first failure.
+    void run();
 
-    /// What went wrong, with the last operations before it; empty when nothing did.
+    /// The failure and the last operations before it; empty if there is none.
     [[nodiscard]] QStringList report() const;
 
-    /// How often each thing was done or happened.
+    /// How often each operation and each event occurred.
     [[nodiscard]] const QMap<QString, int> &tally() const { return m_tally; }
 
 private:
@@ -35,7 +35,6 @@ private:
         void (Year::*run)();
     };
 
-    // The course of the year.
     void launch();
     void quit();
     void comeToRest();
@@ -49,7 +48,7 @@ private:
     [[nodiscard]] Date trueNow() const { return m_app->runLoop.now() - m_clockError; }
     [[nodiscard]] QDateTime clock() const;
 
-    // What time brings.
+    // The machine.
     void work();
     void glance();
     void beAway();
@@ -62,7 +61,7 @@ private:
     void pass(Interval interval);
     void setClock(Interval change);
 
-    // What the user does.
+    // The user.
     void toggleReminders();
     void takeBreak();
     void postpone();
@@ -78,7 +77,7 @@ private:
     void closeWindow();
     void relaunch();
 
-    // What passes between the user and the makers.
+    // The user and the makers.
     void readMessages();
     void closeMessages();
     void writeReply();
@@ -92,7 +91,7 @@ private:
     void compareHeader();
 
     std::mt19937 m_random;
-    ComparedApplication::Kept m_kept; ///< By the run of the program before.
+    ComparedApplication::Kept m_kept; ///< By the previous run of the program.
     std::unique_ptr<ComparedApplication> m_app;
     Makers m_makers;
     Conversation m_conversation;

@@ -13,8 +13,8 @@
 
 using namespace Qt::StringLiterals;
 
-/// The whole application for a year of virtual time: the same few years each time, or, with ORVANE_TEST_SEED,
-/// the year of that seed and as many more as ORVANE_TEST_YEARS says.
+/// Runs the whole application for simulated years: always the same five, or with ORVANE_TEST_SEED the year of
+/// that seed. ORVANE_TEST_YEARS changes their number.
 class YearTest : public QObject
 {
     Q_OBJECT
@@ -23,8 +23,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         QApplication::setWindowIcon(QPixmap(64, 64));
-        // As in the program, one thread paints curves; where it is one of the global pool, it is there from
-        // the beginning and stays, so that threads can be counted.
+        // As in the program, one thread paints curves. Versions of Qt that take it from the global pool find
+        // it there from the beginning, so that the number of threads stays the same.
         qputenv("QT_NO_GUI_THREADPOOL", "1");
         QThreadPool::globalInstance()->setMaxThreadCount(1);
         QThreadPool::globalInstance()->setExpiryTimeout(-1);
@@ -51,13 +51,13 @@ private Q_SLOTS:
         QFETCH(quint32, seed);
         qInfo("seed %u; ORVANE_TEST_SEED repeats it", seed);
         Year year(seed);
-        year.live();
+        year.run();
         // Line by line: the test framework cuts long messages off.
         const QStringList report = year.report();
         for (const QString &line : report)
             qInfo().noquote() << line;
         QVERIFY2(report.isEmpty(), qPrintable(report.value(0)));
-        // What never happened was not tried.
+        // An operation that never occurred was not tested.
         for (const QString &thing : {u"Waiting, DuePresent"_s, u"Waiting, DueAway"_s, u"BreakActive, Over"_s,
                                      u"the break is skipped"_s, u"the machine sleeps"_s,
                                      u"the session is locked"_s, u"the clock is set"_s, u"the other mode"_s,

@@ -7,7 +7,7 @@ import typing
 
 _REASONS = {200: "OK", 307: "Temporary Redirect", 400: "Bad Request", 404: "Not Found", 405: "Method Not Allowed",
             500: "Internal Server Error"}
-_AT_ONCE = 65536
+_BLOCK_SIZE = 65536
 
 
 def at_once(answer):
@@ -19,7 +19,7 @@ class Answer(typing.NamedTuple):
     body: bytes
     headers: tuple = ("Content-Type: application/json",)
     #: One of the functions of this module.
-    travel: typing.Callable = at_once
+    delivery: typing.Callable = at_once
     #: Whether the connection stays open for another request.
     stays_open: bool = True
 
@@ -57,26 +57,26 @@ def garbage_status(answer):
 
 def endless_head(answer):
     yield answer.head().removesuffix(b"\r\n")
-    yield from itertools.repeat(b"X-Filler: and so on\r\n" * (_AT_ONCE // 21))
+    yield from itertools.repeat(b"X-Filler: and so on\r\n" * (_BLOCK_SIZE // 21))
 
 
 def endless_interim(_answer):
-    yield from itertools.repeat(b"HTTP/1.1 100 Continue\r\n\r\n" * (_AT_ONCE // 25))
+    yield from itertools.repeat(b"HTTP/1.1 100 Continue\r\n\r\n" * (_BLOCK_SIZE // 25))
 
 
 def endless_body(answer):
     """The body, then spaces."""
     yield answer.head("Connection: close") + answer.body
-    yield from itertools.repeat(b" " * _AT_ONCE)
+    yield from itertools.repeat(b" " * _BLOCK_SIZE)
 
 
 def endless_chunks(answer):
     """The same, with each byte in its own chunk."""
     yield answer.head("Transfer-Encoding: chunked") + b"".join(b"1\r\n%c\r\n" % byte for byte in answer.body)
-    yield from itertools.repeat(b"1\r\n \r\n" * (_AT_ONCE // 6))
+    yield from itertools.repeat(b"1\r\n \r\n" * (_BLOCK_SIZE // 6))
 
 
 def endless_chunk_extension(answer):
     """The size of the first chunk, followed by an endless chunk extension."""
     yield answer.head("Transfer-Encoding: chunked") + b"%x;extension=" % len(answer.body)
-    yield from itertools.repeat(b"x" * _AT_ONCE)
+    yield from itertools.repeat(b"x" * _BLOCK_SIZE)

@@ -36,8 +36,8 @@ def carry_out(words):
     if name not in _COMMANDS:
         raise Trouble(f"unknown command: {name}")
     usage, _, run = _COMMANDS[name]
-    fewest = sum(not word.startswith("[") for word in usage.split())
-    if len(arguments) < fewest or len(arguments) > len(usage.split()) and "..." not in usage:
+    required = sum(not word.startswith("[") for word in usage.split())
+    if len(arguments) < required or len(arguments) > len(usage.split()) and "..." not in usage:
         raise Trouble(f"usage: makers-server {name} {usage}")
     run(StateFolder(options.get("--folder", standard_folder())), options, *arguments)
 

@@ -20,14 +20,14 @@ class Endpoints:
         self._folder = folder
         self._key = key
         self._received = ReceivedLog(folder)
-        self._one_at_a_time = threading.Lock()
+        self._lock = threading.Lock()
 
     def answer(self, request):
         """Records the request and answers it, incorrectly if a misbehaviour is chosen. A check-in gets the message published
         last unless its device has acknowledged that message. Unknown paths get status 404, methods other than POST 405,
         malformed requests 400, and errors of the server, which are printed on standard error, 500; all of them with "ok" false.
         Callable from any thread."""
-        with self._one_at_a_time:
+        with self._lock:
             try:
                 return self._respond(request)
             except (Trouble, OSError) as trouble:

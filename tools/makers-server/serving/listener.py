@@ -72,7 +72,7 @@ def _read(stream):
 
 def _send(connection, answer):
     """Returns whether the connection stays open."""
-    for piece in answer.travel(answer):
+    for piece in answer.delivery(answer):
         if isinstance(piece, bytes):
             connection.sendall(piece)
         else:

@@ -91,12 +91,12 @@ def _with_members(literal):
     return _body(lambda body: body[:-1] + b"," + literal + b"}")
 
 
-def _travels(travel, **changes):
-    return lambda answer, _: answer._replace(travel=travel, **changes)
+def _delivered(delivery, **changes):
+    return lambda answer, _: answer._replace(delivery=delivery, **changes)
 
 
-def _paced(travel):
-    return lambda answer, context: answer._replace(travel=lambda whole: travel(whole, float(context.argument)))
+def _paced(delivery):
+    return lambda answer, context: answer._replace(delivery=lambda whole: delivery(whole, float(context.argument)))
 
 
 def _redirected(address):
@@ -137,18 +137,18 @@ ALL = (
     Misbehaviour("redirect-loop", "redirects to the same address forever", answer=_redirected("{1}")),
     Misbehaviour("slow-drip", "an honest answer, one byte every N seconds", "1", _is_duration, answer=_paced(answers.dripping)),
     Misbehaviour("garbage-status", "an honest answer after an invalid status line",
-                 answer=_travels(answers.garbage_status)),
-    Misbehaviour("endless-head", "endless header lines", answer=_travels(answers.endless_head)),
+                 answer=_delivered(answers.garbage_status)),
+    Misbehaviour("endless-head", "endless header lines", answer=_delivered(answers.endless_head)),
     Misbehaviour("endless-interim", "endless answers with status 100, never another",
-                 answer=_travels(answers.endless_interim)),
-    Misbehaviour("endless-body", "an honest answer, then endless spaces", answer=_travels(answers.endless_body)),
-    Misbehaviour("endless-chunks", "the same, each byte in its own chunk", answer=_travels(answers.endless_chunks)),
+                 answer=_delivered(answers.endless_interim)),
+    Misbehaviour("endless-body", "an honest answer, then endless spaces", answer=_delivered(answers.endless_body)),
+    Misbehaviour("endless-chunks", "the same, each byte in its own chunk", answer=_delivered(answers.endless_chunks)),
     Misbehaviour("endless-chunk-extension", "a first chunk with an endless extension",
-                 answer=_travels(answers.endless_chunk_extension)),
+                 answer=_delivered(answers.endless_chunk_extension)),
     Misbehaviour("close-before-answer", "reads the request and closes the connection",
-                 answer=_travels(answers.nothing, stays_open=False)),
+                 answer=_delivered(answers.nothing, stays_open=False)),
     Misbehaviour("close-in-answer", "closes the connection after half of the announced body",
-                 answer=_travels(answers.half, stays_open=False)),
+                 answer=_delivered(answers.half, stays_open=False)),
     Misbehaviour("truncated-gzip", "a complete answer with only the first half of its gzip data", answer=_half_of_gzip),
     Misbehaviour("duplicate-members", "every member twice, the second with an unsigned value",
                  answer=_with_members('"mid":8,"msg":"Personne n\'a signé ceci","ok":false'.encode())),
