@@ -117,14 +117,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const PortalAppearance appearance;
     const std::unique_ptr<LoginItem> loginItem = makeLoginItem();
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
-    AlertQueue alerts([&engine] { return !engine.isOnBreak(); },
-                      [&presence](QWidget &dialog, AlertQueue::Attention attention) {
-                          presence->adopt(dialog);
-                          if (attention == AlertQueue::Attention::Front)
-                              presence->bringToFront(dialog);
-                          else
-                              dialog.show();
-                      });
+    AlertQueue alerts(engine, *presence);
     OnDemandHttp http;
     UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(),
                          &AppDelegate::openOrvaneLabs);

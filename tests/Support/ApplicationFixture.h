@@ -45,7 +45,7 @@ public:
 class FakeWindowPresence final : public WindowPresence
 {
 public:
-    void adopt(QWidget & /*window*/) override {}
+    void adopt(QWidget &window) override { adopted.append(window.objectName()); }
 
     void setAccessory(bool accessory) override
     {
@@ -61,6 +61,7 @@ public:
     }
 
     bool isAccessory = false;
+    QStringList adopted; ///< The names of the windows, in order.
     QStringList log;
 };
 
@@ -113,13 +114,7 @@ struct ApplicationFixture : EngineFixture
     ServerChannel channel{{http, preferences, runLoop, bundle, {6, 1, 0}},
                           {QStringLiteral("https://makers.invalid"), makers.publicKeyBase64()}};
     LauncherCount launcherCount{QStringLiteral("test"), QDBusConnection(QStringLiteral("none"))};
-    AlertQueue alerts{[this] { return !engine.isOnBreak(); },
-                      [this](QWidget &dialog, AlertQueue::Attention attention) {
-                          if (attention == AlertQueue::Attention::Front)
-                              presence.bringToFront(dialog);
-                          else
-                              dialog.show();
-                      }};
+    AlertQueue alerts{engine, presence};
     FakeDownloads downloads;
     UpdateDownload download{downloads, runLoop, bundleFolder.path().toStdString() + "/updates"};
     FakeInstaller installer;
