@@ -30,15 +30,15 @@ class FakeLoginItem final : public LoginItem
 public:
     [[nodiscard]] bool isEnabled() const override { return isOn; }
 
-    [[nodiscard]] std::optional<QString> setEnabled(bool enabled) override
+    [[nodiscard]] bool setEnabled(bool enabled) override
     {
-        if (refusal.isEmpty())
+        if (!isRefusing)
             isOn = enabled;
-        return refusal.isEmpty() ? std::nullopt : std::optional(refusal);
+        return !isRefusing;
     }
 
     bool isOn = false;
-    QString refusal;
+    bool isRefusing = false;
 };
 
 /// Shows windows and writes down what it was asked for.

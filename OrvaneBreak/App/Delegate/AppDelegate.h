@@ -111,8 +111,8 @@ public:
     /// Brings the main window to the front, on the page it was left on.
     void showMainWindow();
 
-    /// Registers or unregisters the application to be opened at login. A failure is logged and corrected in
-    /// the box.
+    /// Sets whether the session opens the application at login. After a failure the check box shows the
+    /// actual state.
     void toggleLoginItem(QCheckBox &sender);
 
     /// Sets both automatic checks and automatic downloads of updates to the state of the box.
