@@ -34,7 +34,7 @@ void AppDelegate::refreshBreakUI()
                              .arg(BreakSettings::intervalMinutes(m_preferences))
                              .arg(BreakSettings::pauseSeconds(m_preferences)));
     m_statusController.setActive(isActive);
-    // The entries are the same at every minute.
+    // The engine reports a change every minute, but the entries depend only on this state.
     const bool hasChanged = std::exchange(m_shownActive, isActive) != isActive;
     if (hasChanged && m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
