@@ -24,7 +24,7 @@
 
 #include <utility>
 
-/// A login item that is what the test says.
+/// A login item whose state and refusal the test sets.
 class FakeLoginItem final : public LoginItem
 {
 public:
@@ -41,7 +41,7 @@ public:
     bool isRefusing = false;
 };
 
-/// Shows windows and writes down what it was asked for.
+/// Shows windows and logs the requests.
 class FakeWindowPresence final : public WindowPresence
 {
 public:
@@ -65,10 +65,10 @@ public:
     QStringList log;
 };
 
-/// The whole application but for its process entry, on a manual clock and without a desktop.
+/// The whole application except main(), on a manual clock and without a desktop.
 struct ApplicationFixture : EngineFixture
 {
-    /// The question of the first launch counts as answered unless a test takes that back.
+    /// The first-launch question counts as answered; a test can reset OBOnboarded.
     explicit ApplicationFixture(SPUUpdater::Configuration updates = {}, const QJsonObject &updaterStore = {})
         : updateConfiguration(std::move(updates))
         , updaterSettings(updaterStore)
@@ -77,7 +77,7 @@ struct ApplicationFixture : EngineFixture
         preferences.setValue(QStringLiteral("OBOnboarded"), true);
     }
 
-    /// Until what waits for the first window has been done as well.
+    /// Also runs the work that is postponed until after the first window.
     void launch()
     {
         delegate.applicationDidFinishLaunching();

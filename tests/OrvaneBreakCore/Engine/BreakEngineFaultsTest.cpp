@@ -15,10 +15,10 @@ namespace {
 
 constexpr int secondsInAnHour = 3600;
 
-/// An engine whose clock is set once a second, and what its user saw.
+/// An engine whose clock is set once a second, and what its user sees.
 struct RestlessClock : EngineFixture
 {
-    /// One hour as the user lives it. `step` tells by how much the clock is set after each second.
+    /// Lets one real hour pass. `step` returns by how much the clock is set after each second.
     void anHour(const std::function<Interval()> &step)
     {
         for (int second = 0; second < secondsInAnHour; ++second) {
@@ -28,7 +28,7 @@ struct RestlessClock : EngineFixture
         }
     }
 
-    /// Lets a part of that hour pass.
+    /// Lets real time pass.
     void live(Interval interval)
     {
         runLoop.advance(interval);
@@ -46,20 +46,20 @@ struct RestlessClock : EngineFixture
                 isBreakShown = false;
             }
         }
-        isWrongShown = isWrongShown || isBreakShown != engine.isOnBreak();
-        longestTimers = std::max(longestTimers, runLoop.timers().size());
+        isShownWrongly = isShownWrongly || isBreakShown != engine.isOnBreak();
+        maxTimers = std::max(maxTimers, runLoop.timers().size());
     }
 
     int breaks = 0;
     bool isBreakShown = false;
     bool areTwoShown = false;
-    bool isWrongShown = false;
-    std::size_t longestTimers = 0;
+    bool isShownWrongly = false;
+    std::size_t maxTimers = 0;
 };
 
 } // namespace
 
-/// The engine on a machine that is not well.
+/// The engine with a faulty clock or a blocked event loop.
 class BreakEngineFaultsTest : public QObject
 {
     Q_OBJECT
@@ -73,8 +73,8 @@ private Q_SLOTS:
         // An hour in which the clock shows sixty: a break in every twenty minutes and twenty seconds of it,
         // and each ends with the next step.
         QVERIFY2(f.breaks >= 170 && f.breaks <= 180, qPrintable(QString::number(f.breaks)));
-        QVERIFY(!f.areTwoShown && !f.isWrongShown);
-        QCOMPARE(f.longestTimers, std::size_t(2));
+        QVERIFY(!f.areTwoShown && !f.isShownWrongly);
+        QCOMPARE(f.maxTimers, std::size_t(2));
         f.live(20min);
         f.live(20s);
         QVERIFY(!f.isBreakShown);
@@ -100,11 +100,11 @@ private Q_SLOTS:
         RestlessClock f;
         f.engine.breakNow();
         f.anHour([] { return -2s; });
-        // It ends by the clock, so it is still there; "Passer" and Escape work all the time.
+        // It ends by the clock, so it is still showing; "Passer" and Escape work all the time.
         QVERIFY(f.isBreakShown && !f.areTwoShown);
         f.overlay->onSkip();
         f.look();
-        QVERIFY(!f.isBreakShown && !f.isWrongShown);
+        QVERIFY(!f.isBreakShown && !f.isShownWrongly);
         QCOMPARE(timerLines(f.runLoop), QStringList());
     }
 
@@ -124,9 +124,9 @@ private Q_SLOTS:
         const Date begin = f.runLoop.now();
         f.engine.start();
         f.anHour([&] { return std::chrono::seconds(seconds(random)); });
-        QVERIFY(!f.areTwoShown && !f.isWrongShown);
-        QVERIFY(f.longestTimers <= 2);
-        // The clock is right again, and all goes on as ever.
+        QVERIFY(!f.areTwoShown && !f.isShownWrongly);
+        QVERIFY(f.maxTimers <= 2);
+        // The clock is right again, and breaks come as usual.
         f.runLoop.jump(begin + 1h - f.runLoop.now());
         f.engine.stop();
         f.engine.start();
@@ -175,7 +175,7 @@ private Q_SLOTS:
         f.runLoop.advance(20min - 5s);
         f.takeLog();
         f.runLoop.block(10s);
-        // The status line has missed a minute; the break is five seconds late and as long as ever.
+        // The status line has missed a minute; the break is five seconds late and lasts as long as usual.
         QCOMPARE(f.takeLog(), (QStringList{u"show 20"_s, u"change"_s}));
         f.runLoop.advance(20s - 1us);
         QVERIFY(f.overlay->isShown);
@@ -190,7 +190,7 @@ private Q_SLOTS:
         f.runLoop.advance(5min + 55s);
         f.takeLog();
         f.runLoop.block(10s);
-        // One call makes up for what was missed, and the next comes in its old rhythm.
+        // One call replaces the missed ones, and the next one keeps the phase.
         QCOMPARE(f.takeLog(), QStringList{u"change"_s});
         f.runLoop.advance(55s - 1us);
         QCOMPARE(f.takeLog(), QStringList());
