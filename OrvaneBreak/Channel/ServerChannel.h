@@ -18,8 +18,8 @@ class QJsonObject;
 class RunLoop;
 
 /// The channel to the makers' server: check-ins that bring signed messages, and reports that the user sends.
-/// Failures are not logged; a completion tells whether its request succeeded where that matters.
-/// User-interface thread only; nothing blocks.
+/// Failures are not logged; only `reportProblem()` reports them to its caller. User-interface thread only;
+/// nothing blocks.
 class ServerChannel final : public QObject
 {
     Q_OBJECT

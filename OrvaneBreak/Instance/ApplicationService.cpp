@@ -34,7 +34,7 @@ bool isControl(char byte)
 }
 
 /// Puts the token into the environment, from where Qt takes it for the next activation of a window. Any
-/// process on the bus may send one, and with a very long variable no program can be started.
+/// process on the bus may send one, and an overlong variable would keep this process from starting others.
 void rememberToken(const QVariantMap &platformData)
 {
     const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();

@@ -23,9 +23,9 @@ public:
     /// ~/.config/autostart if the variable is not an absolute path. Needs the application object.
     [[nodiscard]] static Parameters standardParameters(const QString &applicationId);
 
-    /// A path that starts the program also after an update of it: in `versions/<version>/` it leads through
-    /// the link `current` beside `versions`, if that leads to the same file, and instead of
-    /// `orvanebreak-program` it is the launcher `orvanebreak` beside it, if there is one.
+    /// A path that still starts the program after an update: in `versions/<version>/` it leads through the
+    /// link `current` beside `versions`, if that leads to the same file, and instead of `orvanebreak-program`
+    /// it is the launcher `orvanebreak` beside it, if there is one.
     [[nodiscard]] static QString stableExecutable(const QString &executable);
 
     /// True if the entry exists and is not hidden, disabled or limited to other desktops.

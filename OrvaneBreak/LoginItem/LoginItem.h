@@ -18,8 +18,8 @@ public:
     /// True if the next login on this desktop opens the application.
     [[nodiscard]] virtual bool isEnabled() const = 0;
 
-    /// Registers or unregisters the application. Returns whether that succeeded, which it does if there is
-    /// nothing to do; logs a failure in one line. A session that asks its user may still refuse later.
+    /// Registers or unregisters the application. Returns true on success, also if there was nothing to do,
+    /// and logs a failure in one line. A session that asks its user may still refuse later.
     [[nodiscard]] virtual bool setEnabled(bool enabled) = 0;
 
     /// Called when the session refuses the registration after `setEnabled()` has returned; `isEnabled()`

@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(!named.isEmpty());
     }
 
-    void asksAsOftenAsItSays()
+    void sendsRequestsAsOftenAsStated()
     {
         RecordedDay day({{u"SUEnableAutomaticChecks"_s, true}});
         day.launch();

@@ -74,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(&ServerChannel::shared(), &f.channel);
     }
 
-    static void theIdentifierIsMadeOnceAndKept()
+    static void theIdentifierIsCreatedOnceAndStored()
     {
         Fixture f;
         const QString id = f.channel.deviceId();
@@ -87,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(f.channel.deviceId(), u"abc"_s);
     }
 
-    static void theSystemIsToldWithoutItsPatch()
+    static void theSystemIsSentWithoutItsPatchVersion()
     {
         const Fixture f;
         QCOMPARE(f.channel.osString(), u"macOS 15.0"_s);

@@ -117,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(options.value(u"autostart"_s).toBool(), isWanted);
         QCOMPARE(options.value(u"commandline"_s).toStringList(), QStringList{u"orvanebreak"_s});
         QVERIFY(!options.value(u"reason"_s).toString().isEmpty());
-        // The second response is a refusal; exactly one shows that the first was none.
+        // A second request, which is refused, shows that the first was not.
         s.portal.object.response = 1;
         QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: refused by the portal");
         QVERIFY(s.item.setEnabled(isWanted));

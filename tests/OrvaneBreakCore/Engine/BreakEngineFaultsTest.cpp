@@ -16,26 +16,26 @@ namespace {
 constexpr int secondsInAnHour = 3600;
 
 /// An engine whose clock is set once a second, and what its user sees.
-struct RestlessClock : EngineFixture
+struct SteppingClock : EngineFixture
 {
     /// Lets one real hour pass. `step` returns by how much the clock is set after each second.
-    void anHour(const std::function<Interval()> &step)
+    void passAnHour(const std::function<Interval()> &step)
     {
         for (int second = 0; second < secondsInAnHour; ++second) {
-            live(1s);
+            pass(1s);
             runLoop.jump(step());
-            look();
+            observe();
         }
     }
 
     /// Lets real time pass.
-    void live(Interval interval)
+    void pass(Interval interval)
     {
         runLoop.advance(interval);
-        look();
+        observe();
     }
 
-    void look()
+    void observe()
     {
         for (const QString &line : takeLog()) {
             if (line.startsWith("show"_L1)) {
@@ -67,43 +67,43 @@ class BreakEngineFaultsTest : public QObject
 private Q_SLOTS:
     void clockSteppingForwardsEverySecond()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.start();
-        f.anHour([] { return 59s; });
-        // An hour in which the clock shows sixty: a break in every twenty minutes and twenty seconds of it,
-        // and each ends with the next step.
+        f.passAnHour([] { return 59s; });
+        // The clock advances by sixty hours: a break every twenty minutes and twenty seconds, each of which
+        // ends at the next step.
         QVERIFY2(f.breaks >= 170 && f.breaks <= 180, qPrintable(QString::number(f.breaks)));
         QVERIFY(!f.areTwoShown && !f.isShownWrongly);
         QCOMPARE(f.maxTimers, std::size_t(2));
-        f.live(20min);
-        f.live(20s);
+        f.pass(20min);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
     void clockSteppingBackwardsEverySecond()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.start();
-        f.anHour([] { return -2s; });
+        f.passAnHour([] { return -2s; });
         QCOMPARE(f.breaks, 0);
         QCOMPARE(f.engine.statusText(), u"Prochaine pause dans 1 h 20"_s);
         // The clock is right again: the break that was due meanwhile comes at once.
         f.runLoop.jump(2h);
-        f.look();
+        f.observe();
         QCOMPARE(f.breaks, 1);
-        f.live(20s);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
     void clockSteppingBackwardsDuringABreak()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.breakNow();
-        f.anHour([] { return -2s; });
+        f.passAnHour([] { return -2s; });
         // It ends by the clock, so it is still showing; "Passer" and Escape work all the time.
         QVERIFY(f.isBreakShown && !f.areTwoShown);
         f.overlay->onSkip();
-        f.look();
+        f.observe();
         QVERIFY(!f.isBreakShown && !f.isShownWrongly);
         QCOMPARE(timerLines(f.runLoop), QStringList());
     }
@@ -120,22 +120,22 @@ private Q_SLOTS:
         QFETCH(quint32, seed);
         std::mt19937 random(seed);
         std::uniform_int_distribution<int> seconds(-90, 90);
-        RestlessClock f;
+        SteppingClock f;
         const Date begin = f.runLoop.now();
         f.engine.start();
-        f.anHour([&] { return std::chrono::seconds(seconds(random)); });
+        f.passAnHour([&] { return std::chrono::seconds(seconds(random)); });
         QVERIFY(!f.areTwoShown && !f.isShownWrongly);
         QVERIFY(f.maxTimers <= 2);
         // The clock is right again, and breaks come as usual.
         f.runLoop.jump(begin + 1h - f.runLoop.now());
         f.engine.stop();
         f.engine.start();
-        f.look();
+        f.observe();
         QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
         const int before = f.breaks;
-        f.live(20min);
+        f.pass(20min);
         QCOMPARE(f.breaks, before + 1);
-        f.live(20s);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
@@ -162,7 +162,7 @@ private Q_SLOTS:
         f.runLoop.advance(15s);
         f.takeLog();
         f.runLoop.block(10s);
-        // Five seconds late, and the wait for the next one begins only then.
+        // The break ends five seconds late, and the wait for the next one starts only then.
         QCOMPARE(f.takeLog(), (QStringList{u"hide"_s, u"change"_s}));
         QCOMPARE(f.engine.nextBreakDate(), f.runLoop.now() + 20min);
         QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
