@@ -3,15 +3,15 @@
 
 #include <optional>
 
-/// What the program was asked for on its command line.
+/// The options on the command line.
 struct CommandLine
 {
-    /// Reads the arguments. --help and --version are answered on the standard output, an unknown argument is
-    /// refused on the standard error; `exitStatus` is then 0 or 2. Needs no application object and no
-    /// display.
+    /// Parses the arguments. Prints the text for --help and --version to standard output and sets
+    /// `exitStatus` to 0; reports an unknown argument on standard error and sets it to 2. Needs neither an
+    /// application object nor a display.
     [[nodiscard]] static CommandLine parse(int argc, char **argv);
 
-    std::optional<int> exitStatus; ///< When set, the process ends with it at once.
-    bool isBreakNow = false;       ///< Begin a break at once, in the running instance if there is one.
+    std::optional<int> exitStatus; ///< If set, the process exits with it at once.
+    bool isBreakNow = false;       ///< Start a break at once, in the running instance if there is one.
     bool isDiagnostics = false;    ///< Print the diagnostics and do nothing else.
 };

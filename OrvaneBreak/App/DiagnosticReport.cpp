@@ -9,7 +9,7 @@ namespace {
 
 constexpr int labelWidth = 18;
 
-/// Some of it comes from the environment, where anything may stand.
+/// Replaces control characters, which texts from the environment may contain.
 QString withoutControls(QString text)
 {
     const auto isControl = [](QChar character) { return character.category() == QChar::Other_Control; };
@@ -52,7 +52,7 @@ QString trayText(const DiagnosticFacts &facts)
     if (!facts.hasSessionBus)
         return u"unknown without a session bus"_s;
     if (!facts.hasTrayHost)
-        return u"absent, and nobody keeps a list"_s;
+        return u"absent, and no watcher is running"_s;
     return *facts.hasTrayHost ? u"present"_s : u"absent"_s;
 }
 

@@ -7,26 +7,26 @@
 
 #include <optional>
 
-/// What was found out about the program and the desktop that it runs on. Texts are in English.
+/// What is known about the program and the desktop it runs on. Texts are in English.
 struct DiagnosticFacts
 {
     QString version;
-    QString toolkitVersion; ///< The one that runs.
-    QString toolkitVersionOfBuild;
-    QString system;      ///< Name and version of the operating system.
-    QString sessionType; ///< XDG_SESSION_TYPE; empty when unset, as the next one.
-    QString currentDesktop;
+    QString toolkitVersion;        ///< Of the library that is loaded.
+    QString toolkitVersionOfBuild; ///< Of the headers that the program was compiled with.
+    QString system;                ///< Name and version of the operating system.
+    QString sessionType;           ///< XDG_SESSION_TYPE; empty when unset.
+    QString currentDesktop;        ///< XDG_CURRENT_DESKTOP; empty when unset.
     DisplayFacts display;
     QString idleSource;
-    bool isSessionBusSilent = false; ///< It takes connections and does not answer in time.
+    bool isSessionBusSilent = false; ///< The bus accepts connections but does not answer in time.
     bool hasSessionBus = false;
-    std::optional<bool> hasTrayHost;   ///< Absent: there is no service that knows.
-    std::optional<uint> portalVersion; ///< Of the settings portal; absent where it does not answer.
-    std::optional<uint> portalScheme;  ///< The portal's "color-scheme"; absent where it has none.
+    std::optional<bool> hasTrayHost;   ///< Absent without a watcher service to ask.
+    std::optional<uint> portalVersion; ///< Of the settings portal; absent if it does not answer.
+    std::optional<uint> portalScheme;  ///< The portal's "color-scheme"; absent if it has none.
 };
 
-/// How a break covers the screens on the platform that such a desktop gets.
+/// How a break covers the screens with the platform plugin that is chosen for `display`.
 [[nodiscard]] QString overlayKind(const DisplayFacts &display);
 
-/// The facts as a table of one screen, one per line.
+/// The facts as a table, one per line.
 [[nodiscard]] QString diagnosticReport(const DiagnosticFacts &facts);

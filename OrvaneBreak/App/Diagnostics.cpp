@@ -74,8 +74,8 @@ void askSessionBus(DiagnosticFacts &facts)
             u"org.freedesktop.appearance"_s, u"color-scheme"_s));
 }
 
-/// What can be said without asking a service.
-DiagnosticFacts ownFacts()
+/// The facts that need no service.
+DiagnosticFacts localFacts()
 {
     DiagnosticFacts facts;
     facts.version = QStringLiteral(ORVANE_VERSION);
@@ -102,20 +102,20 @@ void printDiagnostics(int argc, char **argv)
     preventSessionBusLaunch();
     const QCoreApplication application(argc, argv);
     const TimerfdRunLoop runLoop;
-    DiagnosticFacts facts = ownFacts();
-    DiagnosticFacts answers = facts;
-    // Questions to the bus have limits, connecting to it has none.
-    const std::unique_ptr<QThread> asking(QThread::create([&answers, &runLoop] {
-        answers.idleSource = QString::fromLatin1(userIdleSourceName(makeUserIdle(runLoop).source));
-        askSessionBus(answers);
+    DiagnosticFacts facts = localFacts();
+    DiagnosticFacts completeFacts = facts;
+    // Calls over the bus have a timeout, but connecting to it has none.
+    const std::unique_ptr<QThread> thread(QThread::create([&completeFacts, &runLoop] {
+        completeFacts.idleSource = QString::fromLatin1(userIdleSourceName(makeUserIdle(runLoop).source));
+        askSessionBus(completeFacts);
     }));
-    asking->start();
-    if (asking->wait(QDeadlineTimer(limit))) {
-        print(answers);
+    thread->start();
+    if (thread->wait(QDeadlineTimer(limit))) {
+        print(completeFacts);
         return;
     }
     facts.isSessionBusSilent = true;
     print(facts);
-    // The thread that still waits would keep the process.
+    // Ends the process although the thread is still waiting for the bus.
     std::_Exit(EXIT_SUCCESS);
 }

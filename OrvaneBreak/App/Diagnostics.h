@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-/// Looks at the desktop and prints a page about it to the standard output, in English. Needs neither a
-/// display nor a session bus, and no application object: it makes one of its own. Every question to a service
-/// waits for at most a second.
+/// Prints a report about the program and the desktop to standard output, in English. Needs neither a display
+/// nor a session bus, and creates its own application object. Waits at most one second for each reply of a
+/// service and six seconds in total.
 void printDiagnostics(int argc, char **argv);

@@ -11,12 +11,12 @@
 #include <filesystem>
 #include <functional>
 
-/// The updater of the product with all that it works with. Its settings are in updater.json beside the
-/// preferences, what it downloads is in the user's folder for caches.
+/// The updater and everything it needs. Its settings are in updater.json beside the preferences, its
+/// downloads in OrvaneBreak/updates in the user's cache folder.
 class UpdaterParts
 {
 public:
-    /// The status that the event loop ends with when the program is to start again.
+    /// The exit status of the event loop that asks for a restart of the program.
     static constexpr int relaunchStatus = 1000;
 
     /// The references outlive this object.
@@ -25,7 +25,7 @@ public:
 
     [[nodiscard]] SPUStandardUpdaterController &controller() { return m_controller; }
 
-    /// What starts the program, whichever version that is by then.
+    /// The file to execute for a restart, which starts the version that is installed by then.
     [[nodiscard]] const std::filesystem::path &launcher() const { return m_launcher; }
 
 private:

@@ -58,22 +58,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The largest picture of the icon that the first window needs. The one above costs more than all others
-/// together, and only screens of a higher resolution show it.
+/// The largest icon, in pixels, that the first window needs. Drawing the next larger one takes longer than
+/// all others together, and only high-resolution screens show it.
 int largestIconAtStart(const QApplication &application)
 {
     return application.devicePixelRatio() > 1 ? 256 : 128;
 }
 
-/// What the start has needed and freed would stay with the process for the days that it waits.
-void giveMemoryBack()
+/// Returns the memory that startup has freed to the system; otherwise the process would keep it for days.
+void releaseFreedMemory()
 {
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif
 }
 
-/// The login item, as the sandbox has it where the program is in one.
+/// The login item for the sandbox if the program runs in one, otherwise for the desktop.
 std::unique_ptr<LoginItem> makeLoginItem()
 {
     const QString applicationId = QStringLiteral(ORVANE_APP_ID);
@@ -84,16 +84,17 @@ std::unique_ptr<LoginItem> makeLoginItem()
     return item;
 }
 
-/// The raster engine hands every curve to a pool of threads, piece by piece. One thread paints the ring as
-/// fast as many would, wakes up less, and leaves descriptors to windows. Older toolkits use the global pool;
-/// newer ones have their own, which they do without if this variable is set before the first curve.
+/// Makes Qt paint on one thread. It would split every curve among a pool of threads, which paints the ring no
+/// faster, wakes up more often and takes descriptors that windows need. Older versions of Qt use the global
+/// pool; newer ones have their own pool unless this variable is set before the first curve.
 void limitPaintThreads()
 {
     qputenv("QT_NO_GUI_THREADPOOL", "1");
     QThreadPool::globalInstance()->setMaxThreadCount(1);
 }
 
-/// Runs the application as the first of its name until it quits, and says what starts it again.
+/// Runs the application until it quits and returns its exit status; sets `launcher` to the file that restarts
+/// it.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
                    std::filesystem::path &launcher)
 {
@@ -117,14 +118,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const PortalAppearance appearance;
     const std::unique_ptr<LoginItem> loginItem = makeLoginItem();
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
-    AlertQueue alerts([&engine] { return !engine.isOnBreak(); },
-                      [&presence](QWidget &dialog, AlertQueue::Attention attention) {
-                          presence->adopt(dialog);
-                          if (attention == AlertQueue::Attention::Front)
-                              presence->bringToFront(dialog);
-                          else
-                              dialog.show();
-                      });
+    AlertQueue alerts(engine, *presence);
     OnDemandHttp http;
     UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(),
                          &AppDelegate::openOrvaneLabs);
@@ -155,17 +149,17 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(AppDelegate::settlingTime, &application, [] {
+    QTimer::singleShot(AppDelegate::deferredWorkDelay, &application, [] {
         QApplication::setWindowIcon(Symbols::applicationIcon());
         BreakOverlayController::warmUp();
-        giveMemoryBack();
+        releaseFreedMemory();
     });
     const int status = QApplication::exec();
     launcher = updater.launcher();
     return status;
 }
 
-/// Replaces this process by the program that `launcher` starts. Returns when that failed.
+/// Replaces this process with the program `launcher`. Returns only on failure, which it reports.
 void relaunch(ApplicationService &service, const std::filesystem::path &launcher)
 {
     service.release();
@@ -196,9 +190,9 @@ int main(int argc, char **argv)
     preventSessionBusLaunch();
 
     limitPaintThreads();
-    // Keeps out the plugin for the desktop's theme, which would bring another toolkit with it.
+    // Keeps Qt from loading the desktop's theme plugin, which would load another toolkit.
     QApplication::setDesktopSettingsAware(false);
-    // Before the application: it would load the desktop's own style first.
+    // Set before the application is created, which would otherwise load the desktop's style first.
     QApplication::setStyle(new HouseStyle);
     QApplication application(argc, argv);
     platformEnvironment.reset();
@@ -222,6 +216,6 @@ int main(int argc, char **argv)
     case ApplicationService::Start::Failed:
         break;
     }
-    std::fprintf(stderr, "orvanebreak: it is running already and does not answer\n");
+    std::fprintf(stderr, "orvanebreak: another instance is running and does not answer\n");
     return EXIT_FAILURE;
 }

@@ -58,8 +58,8 @@ bool isFresh(qint64 timestamp, Date now)
     return std::abs(seconds - static_cast<long double>(timestamp)) < freshnessSeconds;
 }
 
-/// The whole of a UTF-8 text: the usual conversion swallows a byte order mark at its beginning.
-QString everyCharacter(const std::string &text)
+/// Converts UTF-8 and keeps a leading byte order mark, which QString::fromUtf8() drops.
+QString decodedUtf8(const std::string &text)
 {
     QStringDecoder decode(QStringDecoder::Utf8, QStringConverter::Flag::ConvertInitialBom);
     return decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
@@ -96,5 +96,5 @@ CheckInVerdict judgeCheckInAnswer(const QByteArray &body, const QString &nonce,
         return CheckInRefusal::Stale;
     if (answer->id < 1 || answer->message.empty())
         return std::monostate();
-    return ServerMessage{answer->id, everyCharacter(answer->message)};
+    return ServerMessage{answer->id, decodedUtf8(answer->message)};
 }

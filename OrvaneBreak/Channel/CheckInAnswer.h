@@ -18,25 +18,25 @@ struct ServerMessage
     bool operator==(const ServerMessage &) const = default;
 };
 
-/// Why an answer to a check-in is not believed, in the order in which this is looked at.
+/// Why an answer to a check-in is rejected, in the order of the checks.
 enum class CheckInRefusal
 {
-    Malformed,         ///< No JSON object with the five members in their types.
+    Malformed,         ///< Not a JSON object with the five members in their types.
     ForeignNonce,      ///< The answer to another request.
-    SignatureEncoding, ///< "sig" is no base64url text.
-    PublicKey,         ///< The configured key is none.
-    Signature,         ///< Signed by somebody else, or not this text.
-    Stale,             ///< The two clocks are ten minutes or more apart.
+    SignatureEncoding, ///< "sig" is not base64url.
+    PublicKey,         ///< The configured key is invalid.
+    Signature,         ///< Not a signature of this answer with the configured key.
+    Stale,             ///< The timestamp differs from the clock by ten minutes or more.
 };
 
-/// What an answer to a check-in comes to: no message, a message, or a refusal.
+/// The result of checking an answer: no message, a message, or a rejection.
 using CheckInVerdict = std::variant<std::monostate, ServerMessage, CheckInRefusal>;
 
-/// Judges the body of an answer to the request that carried `nonce`. A pure function: no state, no log.
-/// `publicKeyBase64` is the makers' Ed25519 key. Any bytes may be given as the body.
+/// Checks the body of the answer to the request with `nonce`. A pure function: no state, no log.
+/// `publicKeyBase64` is the makers' Ed25519 key. The body may be any bytes.
 [[nodiscard]] CheckInVerdict judgeCheckInAnswer(const QByteArray &body, const QString &nonce,
                                                 const QByteArray &publicKeyBase64, Date now);
 
-/// The bytes that the makers sign.
+/// The bytes that the makers sign for such an answer.
 [[nodiscard]] QByteArray canonicalCheckInText(std::string_view nonce, qint64 timestamp, qint64 id,
                                               std::string_view message);

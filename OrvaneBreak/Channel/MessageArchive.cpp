@@ -16,7 +16,7 @@ const QString shownKey = u"OBShownMessages"_s;
 const QString acknowledgedKey = u"OBAckMessage"_s;
 const QString historyKey = u"OBMessageHistory"_s;
 
-constexpr qsizetype mostKept = 50;
+constexpr qsizetype maxKept = 50;
 
 bool isInteger(const QJsonValue &value)
 {
@@ -25,11 +25,11 @@ bool isInteger(const QJsonValue &value)
 
 void keepLast(QJsonArray &array)
 {
-    while (array.size() > mostKept)
+    while (array.size() > maxKept)
         array.removeFirst();
 }
 
-/// The array under `key` when every element passes the test, an empty one otherwise.
+/// The array under `key` if every element passes the test, otherwise an empty one.
 template <typename Test>
 QJsonArray wholeArray(const Preferences &preferences, const QString &key, Test test)
 {
@@ -73,12 +73,12 @@ std::optional<qint64> MessageArchive::acknowledged() const
 
 void MessageArchive::markShown(const ServerMessage &message, const QDateTime &now)
 {
-    // Acknowledged again, it would take back the acknowledgement of a later one, which the server would then
-    // give for good, and be ignored.
+    // Acknowledging this message again would withdraw the acknowledgement of a later one, which the server
+    // would then send forever although it is ignored here.
     if (wasShown(message.id))
         return;
-    // Each value is on the disk before the next one. Should the process die between two, the message may come
-    // again, but it is not missing from the conversation.
+    // Each value is on disk before the next one is written. If the process dies in between, the message may
+    // be shown again, but it is not missing from the conversation.
     const QJsonArray known = storedHistory(m_preferences);
     const bool isKnown = std::any_of(known.begin(), known.end(), [&](const QJsonValue &entry) {
         const QJsonValue id = entry[u"id"_s];

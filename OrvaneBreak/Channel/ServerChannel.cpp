@@ -21,8 +21,8 @@ namespace {
 
 const QString deviceIdKey = u"OBDeviceId"_s;
 
-constexpr std::chrono::seconds checkInLimit = 8s;
-constexpr std::chrono::seconds reportLimit = 10s;
+constexpr std::chrono::seconds checkInTimeout = 8s;
+constexpr std::chrono::seconds reportTimeout = 10s;
 constexpr int statusOk = 200;
 
 bool isAccepted(const std::optional<HttpAnswer> &answer)
@@ -41,7 +41,7 @@ ServerChannel::ServerChannel(Services services, Configuration configuration)
     , m_archive(services.preferences)
 {
     if (!Http::isAllowed(QUrl(m_configuration.serverBase, QUrl::StrictMode)))
-        qFatal("the configured address of the makers' server is none over HTTPS");
+        qFatal("the configured address of the makers' server is not allowed");
 }
 
 ServerChannel &ServerChannel::shared()
@@ -71,15 +71,15 @@ void ServerChannel::checkWithServer(std::function<void()> completion)
     body.insert(u"c"_s, u"direct"_s);
     if (const std::optional<qint64> id = m_archive.acknowledged())
         body.insert(u"m"_s, *id);
-    post(u"/api/check.php"_s, body, checkInLimit,
+    post(u"/api/check.php"_s, body, checkInTimeout,
          [this, nonce, completion = std::move(completion)](const std::optional<HttpAnswer> &answer) {
              if (answer)
-                 judge(answer->body, nonce);
+                 takeMessage(answer->body, nonce);
              completion();
          });
 }
 
-void ServerChannel::judge(const QByteArray &body, const QString &nonce)
+void ServerChannel::takeMessage(const QByteArray &body, const QString &nonce)
 {
     const CheckInVerdict verdict =
         judgeCheckInAnswer(body, nonce, m_configuration.publicKeyBase64, m_services.runLoop.now());
@@ -118,17 +118,17 @@ void ServerChannel::reportProblem(const QString &text, const QString &email,
     body.insert(u"text"_s, text);
     if (!email.isEmpty())
         body.insert(u"email"_s, email);
-    post(u"/api/report.php"_s, body, reportLimit,
+    post(u"/api/report.php"_s, body, reportTimeout,
          [completion = std::move(completion)](const std::optional<HttpAnswer> &answer) {
              completion(isAccepted(answer));
          });
 }
 
-void ServerChannel::post(const QString &path, const QJsonObject &body, std::chrono::seconds limit,
+void ServerChannel::post(const QString &path, const QJsonObject &body, std::chrono::seconds timeout,
                          std::function<void(const std::optional<HttpAnswer> &)> completion)
 {
     m_services.http.post(QUrl(m_configuration.serverBase + path, QUrl::StrictMode),
-                         QJsonDocument(body).toJson(QJsonDocument::Compact), limit, *this,
+                         QJsonDocument(body).toJson(QJsonDocument::Compact), timeout, *this,
                          std::move(completion));
 }
 

@@ -18,14 +18,14 @@ class QJsonObject;
 class RunLoop;
 
 /// The channel to the makers' server: check-ins that bring signed messages, and reports that the user sends.
-/// Failures are silent here; who asked for something is told whether it went. User-interface thread only, and
-/// nothing waits.
+/// Failures are not logged; only `reportProblem()` reports them to its caller. User-interface thread only;
+/// nothing blocks.
 class ServerChannel final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What the channel works with; the references outlive it.
+    /// What the channel uses; the references outlive it.
     struct Services
     {
         Http &http;
@@ -35,55 +35,56 @@ public:
         SystemVersion systemVersion;
     };
 
-    /// Where the server is, and what it signs with.
+    /// The address of the server and the key that it signs with.
     struct Configuration
     {
         QString serverBase;         ///< Scheme and host, for example "https://example.org".
         QByteArray publicKeyBase64; ///< The 32-byte Ed25519 key.
     };
 
-    /// Stops the process when the address is none that the program may talk to.
+    /// Aborts the process if `Http::isAllowed()` is false for the address.
     ServerChannel(Services services, Configuration configuration);
 
-    /// The one channel of the process.
+    /// The channel of the process; aborts it if none is registered.
     [[nodiscard]] static ServerChannel &shared();
 
-    /// What the makers configured for this build.
+    /// The configuration of this build.
     [[nodiscard]] static Configuration builtInConfiguration();
 
-    /// The identifier of this installation, a random UUID made at the first call and kept under "OBDeviceId";
-    /// whatever text stands there is taken as it is.
+    /// The identifier of this installation, a random UUID that is created at the first call and stored under
+    /// "OBDeviceId"; any text stored there is used as it is.
     [[nodiscard]] QString deviceId();
 
-    /// What the server is told of the system.
+    /// The description of the system that the server gets.
     [[nodiscard]] QString osString() const;
 
-    /// The message that waits to be shown, until `markMessageShown()` or the end of the process.
+    /// The message to be shown, until `markMessageShown()` or the end of the process.
     [[nodiscard]] const std::optional<ServerMessage> &pendingMessage() const { return m_pendingMessage; }
 
-    /// Asks the server for a message, at most for 8 seconds, and then calls `completion`, whatever came of
-    /// it. Only what the makers signed for this very request is believed.
+    /// Asks the server for a message, with a timeout of 8 seconds, and then calls `completion`, also after a
+    /// failure. Accepts only a message that the makers signed for this very request.
     void checkWithServer(std::function<void()> completion);
 
-    /// Archives and acknowledges the pending message, which is pending no more; does nothing without one.
+    /// Archives and acknowledges the pending message, which is then no longer pending; does nothing without
+    /// one.
     void markMessageShown();
 
-    /// The same for `message`, which was pending; another one that has come meanwhile stays pending.
+    /// The same for `message`, which was pending; one that has replaced it meanwhile stays pending.
     void markMessageShown(const ServerMessage &message);
 
     /// The conversation, newest first.
     [[nodiscard]] QList<ArchivedMessage> messageHistory() const;
 
-    /// Adds a reply of the user's to the conversation.
+    /// Adds a reply of the user to the conversation.
     void archiveOwn(const QString &text);
 
-    /// Sends `text`, and `email` unless it is empty, as they are, at most for 10 seconds; `completion` gets
-    /// whether the server accepted them.
+    /// Sends `text` and, unless it is empty, `email` unchanged, with a timeout of 10 seconds; `completion`
+    /// gets whether the server accepted the report.
     void reportProblem(const QString &text, const QString &email, std::function<void(bool)> completion);
 
 private:
-    void judge(const QByteArray &body, const QString &nonce);
-    void post(const QString &path, const QJsonObject &body, std::chrono::seconds limit,
+    void takeMessage(const QByteArray &body, const QString &nonce);
+    void post(const QString &path, const QJsonObject &body, std::chrono::seconds timeout,
               std::function<void(const std::optional<struct HttpAnswer> &)> completion);
     [[nodiscard]] QJsonObject clientDescription();
     [[nodiscard]] QDateTime now() const;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "StrictJson.h"
 
-// The toolkit's own reader turns 1e3 and 1.0 into integers, after which nobody can tell how they were
-// written.
+// Qt's parser turns 1e3 and 1.0 into integers, which hides how they were written.
 #include <nlohmann/json.hpp>
 
 #include <limits>

@@ -9,13 +9,12 @@
 #include <optional>
 #include <string>
 
-/// A JSON object from outside, read without leniency: an integer is a number that is written as one and fits
-/// 64 bits, so that 1e3, 1.0, true and "7" are none; texts are valid UTF-8. Of members with the same name the
-/// last one counts.
+/// A JSON object from outside, parsed strictly: an integer is written as one and fits 64 bits, so 1e3, 1.0,
+/// true and "7" are not integers; texts are valid UTF-8. Of members with the same name the last one counts.
 class StrictJson
 {
 public:
-    /// The object in `bytes`, or nothing when they are anything else. Any bytes may be given.
+    /// The object in `bytes`, which may be any bytes; absent if they are not a JSON object.
     [[nodiscard]] static std::optional<StrictJson> parseObject(const QByteArray &bytes);
 
     ~StrictJson();
@@ -24,7 +23,7 @@ public:
     StrictJson &operator=(const StrictJson &) = delete;
     StrictJson &operator=(StrictJson &&) = delete;
 
-    /// Members; absent when there is none with this name, or it has another type.
+    /// The member `name`; absent if there is none or it has another type.
     [[nodiscard]] std::optional<std::string> text(const char *name) const;
     [[nodiscard]] std::optional<std::int64_t> integer(const char *name) const;
     [[nodiscard]] std::optional<bool> boolean(const char *name) const;

@@ -13,9 +13,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int timeoutMilliseconds = 5000;
-constexpr qsizetype longestToken = 1'024;
+constexpr qsizetype maxTokenLength = 1'024;
 
-/// What the desktop gave this process to prove that the user asked for it.
+/// The activation data with which the desktop started this process.
 QVariantMap platformDataOfThisStart()
 {
     QVariantMap data;
@@ -33,12 +33,12 @@ bool isControl(char byte)
     return (byte >= 0 && byte < ' ') || byte == '\x7f';
 }
 
-/// The toolkit reads the token from the environment when it activates a window the next time. Anybody on the
-/// bus may send one, and no program can be started with a very long variable.
+/// Puts the token into the environment, from where Qt takes it for the next activation of a window. Any
+/// process on the bus may send one, and an overlong variable would keep this process from starting others.
 void rememberToken(const QVariantMap &platformData)
 {
     const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();
-    if (!token.isEmpty() && token.size() <= longestToken &&
+    if (!token.isEmpty() && token.size() <= maxTokenLength &&
         std::none_of(token.begin(), token.end(), isControl))
         qputenv("XDG_ACTIVATION_TOKEN", token);
 }
@@ -57,7 +57,7 @@ ApplicationService::Start ApplicationService::start(const QString &action)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Start::First;
-    // The object comes first: whoever finds the name taken calls it at once.
+    // The object is registered first, because other processes call it as soon as the name is taken.
     bus.registerObject(m_objectPath, this, QDBusConnection::ExportAdaptors);
     const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
         bus.interface()->registerService(m_applicationId, QDBusConnectionInterface::DontQueueService,

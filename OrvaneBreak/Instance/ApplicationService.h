@@ -8,8 +8,8 @@
 
 #include <functional>
 
-/// Makes the program the only one of its name in the session and answers org.freedesktop.Application: a
-/// second start, from wherever, activates the first. User-interface thread.
+/// Ensures that one instance runs per session and implements org.freedesktop.Application: a second start
+/// activates the first instance. User-interface thread only.
 class ApplicationService final : public QObject
 {
     Q_OBJECT
@@ -17,31 +17,30 @@ class ApplicationService final : public QObject
 public:
     enum class Start
     {
-        First,  ///< This process is the one that lives, also where there is no session bus.
-        Second, ///< Another process lives and has been asked to do what this one was started for.
-        Failed, ///< Another process has the name and does not answer.
+        First,  ///< This process is the instance; also without a session bus.
+        Second, ///< Another process is the instance and has performed the action.
+        Failed, ///< Another process owns the name and does not answer.
     };
 
     /// `applicationId` is the bus name; the object path follows from it.
     explicit ApplicationService(const QString &applicationId);
 
-    /// Takes the name, or hands `action` (empty: activation) to the process that has it; waits for it at most
-    /// five seconds. Two starts at the same instant: exactly one is the first.
+    /// Acquires the name, or sends `action` (empty: activation) to the process that owns it and waits at most
+    /// five seconds for the reply. Of several simultaneous starts, exactly one is the first.
     [[nodiscard]] Start start(const QString &action);
 
-    /// Gives the name back, so that the next process to start is the first; it is free when this returns.
-    /// Does nothing without a bus.
+    /// Releases the name, so that the next process to start is the first; the name is free on return. Does
+    /// nothing without a bus.
     void release() const;
 
-    /// Called in the first process when a second start, the launcher or the tray wants the application in
-    /// front.
+    /// Called in the first process when a second start, the launcher or the tray activates the application.
     std::function<void()> onActivate;
 
     /// Called for the desktop entry's action "break-now".
     std::function<void()> onBreakNow;
 
-    /// What the bus calls; `platformData` may carry an activation token. One that is no single line of text,
-    /// or longer than 1,024 bytes, is left alone.
+    /// The methods that are called over the bus. `platformData` may contain an activation token, which is
+    /// ignored if it contains control characters or is longer than 1,024 bytes.
     void activate(const QVariantMap &platformData) const;
     void activateAction(const QString &name, const QVariantMap &platformData) const;
 
@@ -52,7 +51,7 @@ private:
     QString m_objectPath;
 };
 
-/// The D-Bus face of `ApplicationService`.
+/// The D-Bus adaptor of `ApplicationService`.
 class ApplicationAdaptor final : public QDBusAbstractAdaptor
 {
     Q_OBJECT

@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// An entry is a few lines; whatever is larger is none.
-constexpr qint64 sizeLimit = 65536;
+/// The number of bytes read. An entry has a few lines.
+constexpr qint64 maxEntrySize = 65536;
 
 /// The keys of the group "Desktop Entry", without the localised ones.
 QHash<QString, QString> entryKeys(const QString &path)
@@ -30,7 +30,7 @@ QHash<QString, QString> entryKeys(const QString &path)
     if (!information.isFile() || !file.open(QIODevice::ReadOnly))
         return keys;
     bool isInGroup = false;
-    const QStringList lines = QString::fromUtf8(file.read(sizeLimit)).split(u'\n');
+    const QStringList lines = QString::fromUtf8(file.read(maxEntrySize)).split(u'\n');
     for (const QString &line : lines) {
         const QString text = line.trimmed();
         if (text.startsWith(u'['))
@@ -48,8 +48,8 @@ bool namesOneOf(const QString &list, const QStringList &desktops)
                        [&](const QString &name) { return desktops.contains(name); });
 }
 
-/// A command line argument as the Exec key wants it: quoted, first by the rules of quoting, then by those of
-/// texts.
+/// A command-line argument for the Exec key: quoted, and escaped first by the rules for quoting, then by
+/// those for strings.
 QString quoted(const QString &argument)
 {
     static const QRegularExpression reserved(uR"((["`$\\]))"_s);
@@ -60,7 +60,7 @@ QString quoted(const QString &argument)
     return u'"' + result + u'"';
 }
 
-/// The script beside a program of a released archive, by which it is to be started; another program itself.
+/// The launcher script beside the program of a released archive; otherwise the program itself.
 QString launcherOf(const QString &executable)
 {
     static constexpr auto ending = "-program"_L1;
@@ -113,21 +113,27 @@ bool AutostartEntry::isEnabled() const
     return isApplication && !isSwitchedOff && !isForOthers;
 }
 
-std::optional<QString> AutostartEntry::setEnabled(bool enabled)
+bool AutostartEntry::setEnabled(bool enabled)
 {
     if (!enabled) {
         QFile file(m_parameters.file);
-        const bool isThere = QFileInfo(m_parameters.file).isSymLink() || file.exists();
-        const bool isGone = !isThere || file.remove();
-        return isGone ? std::nullopt : std::optional(m_parameters.file + u": "_s + file.errorString());
+        const bool isPresent = QFileInfo(m_parameters.file).isSymLink() || file.exists();
+        const bool isAbsent = !isPresent || file.remove();
+        if (!isAbsent)
+            logFailure(m_parameters.file + u": "_s + file.errorString());
+        return isAbsent;
     }
     const QString folder = QFileInfo(m_parameters.file).path();
-    if (!QDir().mkpath(folder))
-        return folder + u": the folder cannot be made"_s;
+    if (!QDir().mkpath(folder)) {
+        logFailure(folder + u": the folder cannot be created"_s);
+        return false;
+    }
     QSaveFile file(m_parameters.file);
     const bool isWritten =
         file.open(QIODevice::WriteOnly) && file.write(content().toUtf8()) >= 0 && file.commit();
-    return isWritten ? std::nullopt : std::optional(m_parameters.file + u": "_s + file.errorString());
+    if (!isWritten)
+        logFailure(m_parameters.file + u": "_s + file.errorString());
+    return isWritten;
 }
 
 QString AutostartEntry::content() const

@@ -9,7 +9,7 @@
 class AutostartEntry final : public LoginItem
 {
 public:
-    /// Where the entry lies, what it starts, and on which desktop the question is asked.
+    /// The file of the entry, what it starts, and the current desktop.
     struct Parameters
     {
         QString file;         ///< `<autostart folder>/<application id>.desktop`
@@ -19,20 +19,20 @@ public:
 
     explicit AutostartEntry(Parameters parameters);
 
-    /// The entry of the running program: in $XDG_CONFIG_HOME/autostart, or ~/.config/autostart when that is
-    /// not an absolute path. Needs the application object.
+    /// The parameters for the running program: its entry is in $XDG_CONFIG_HOME/autostart, or in
+    /// ~/.config/autostart if the variable is not an absolute path. Needs the application object.
     [[nodiscard]] static Parameters standardParameters(const QString &applicationId);
 
-    /// The path by which `executable` is still started after an update: an installation in
-    /// `versions/<version>/` is reached through the `current` link beside `versions`, where there is one that
-    /// leads to it, and `orvanebreak-program` by the launcher `orvanebreak` beside it, where there is one.
+    /// A path that still starts the program after an update: in `versions/<version>/` it leads through the
+    /// link `current` beside `versions`, if that leads to the same file, and instead of `orvanebreak-program`
+    /// it is the launcher `orvanebreak` beside it, if there is one.
     [[nodiscard]] static QString stableExecutable(const QString &executable);
 
-    /// On when the entry is there and neither hidden nor switched off nor meant for other desktops alone.
+    /// True if the entry exists and is not hidden, disabled or limited to other desktops.
     [[nodiscard]] bool isEnabled() const override;
 
-    /// Writes the entry anew, or removes it.
-    [[nodiscard]] std::optional<QString> setEnabled(bool enabled) override;
+    /// Writes the entry, replacing an earlier one, or removes it.
+    [[nodiscard]] bool setEnabled(bool enabled) override;
 
 private:
     [[nodiscard]] QString content() const;

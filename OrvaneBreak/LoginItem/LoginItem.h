@@ -4,10 +4,9 @@
 #include <QString>
 
 #include <functional>
-#include <optional>
 
-/// Whether the session opens the application at login. The only truth is what the session has registered.
-/// User-interface thread; every call is synchronous and local.
+/// Whether the session opens the application at login, as registered with the session. User-interface thread
+/// only; every call is synchronous and local.
 class LoginItem
 {
 public:
@@ -16,14 +15,18 @@ public:
     LoginItem(const LoginItem &) = delete;
     LoginItem &operator=(const LoginItem &) = delete;
 
-    /// True when the next login on this desktop opens the application.
+    /// True if the next login on this desktop opens the application.
     [[nodiscard]] virtual bool isEnabled() const = 0;
 
-    /// Registers or unregisters the application. Returns what went wrong in one line, or nothing on success,
-    /// also when there was nothing to do. Success may still be refused later where the session asks its user.
-    [[nodiscard]] virtual std::optional<QString> setEnabled(bool enabled) = 0;
+    /// Registers or unregisters the application. Returns true on success, also if there was nothing to do,
+    /// and logs a failure in one line. A session that asks its user may still refuse later.
+    [[nodiscard]] virtual bool setEnabled(bool enabled) = 0;
 
-    /// Called when the session has refused what `setEnabled()` asked for after that had returned; how things
-    /// are then is what `isEnabled()` says. One listener.
+    /// Called when the session refuses the registration after `setEnabled()` has returned; `isEnabled()`
+    /// tells the state. One listener.
     std::function<void()> onRefused;
+
+protected:
+    /// Logs why a registration failed.
+    static void logFailure(const QString &reason);
 };

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PortalLoginItem.h"
 
-#include "MessageFilter.h"
-
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -46,12 +44,14 @@ bool PortalLoginItem::isEnabled() const
     return m_registered.isEnabled();
 }
 
-std::optional<QString> PortalLoginItem::setEnabled(bool enabled)
+bool PortalLoginItem::setEnabled(bool enabled)
 {
-    if (!m_bus.isConnected())
-        return u"there is no session bus to reach the portal by"_s;
+    if (!m_bus.isConnected()) {
+        logFailure(u"no session bus"_s);
+        return false;
+    }
     request(enabled);
-    return std::nullopt;
+    return true;
 }
 
 void PortalLoginItem::requestBackground()
@@ -70,7 +70,8 @@ void PortalLoginItem::request(bool isAutostart)
     };
     if (!m_handle.isEmpty())
         connectAnswer(&QDBusConnection::disconnect);
-    // The name of the answer is known beforehand, so that even the quickest one is heard.
+    // The handle follows from the token, so the response is connected before the request is sent and not
+    // missed.
     const QString token = u"orvanebreak%1"_s.arg(++m_requestCount);
     m_handle = path + u"/request/"_s + m_bus.baseService().mid(1).replace(u'.', u'_') + u'/' + token;
     connectAnswer(&QDBusConnection::connect);
@@ -95,14 +96,14 @@ void PortalLoginItem::request(bool isAutostart)
 void PortalLoginItem::answered(uint response, const QVariantMap &results)
 {
     if (response != 0 || !results.value(u"background"_s).toBool())
-        refuse(u"the portal says no"_s);
+        refuse(u"refused by the portal"_s);
     else if (results.value(u"autostart"_s).toBool() != m_isWanted)
-        refuse(u"the portal says no to autostart"_s);
+        refuse(u"autostart refused by the portal"_s);
 }
 
 void PortalLoginItem::refuse(const QString &reason)
 {
-    qCInfo(orvaneLog).noquote() << u"OrvaneBreak: ouverture à la connexion: "_s + reason;
+    logFailure(reason);
     if (onRefused)
         onRefused();
 }

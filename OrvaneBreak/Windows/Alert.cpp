@@ -19,8 +19,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int iconSize = 64;
-constexpr int mostTextHeight = 320;
-constexpr int scrollBarRoom = 16;
+constexpr int maxTextHeight = 320;
+constexpr int scrollBarWidth = 16;
 
 QLabel *makeIcon()
 {
@@ -31,10 +31,10 @@ QLabel *makeIcon()
     return icon;
 }
 
-/// The text as it is, or a part of it with a scroll bar.
+/// The whole text, or a part of it with a scroll bar if it is long.
 QScrollArea *makeInformation(const QString &text)
 {
-    auto *body = new TextView(text, Alert::contentWidth - scrollBarRoom, labelColor());
+    auto *body = new TextView(text, Alert::contentWidth - scrollBarWidth, labelColor());
     body->setObjectName(u"alertInformation"_s);
     body->setFocusPolicy(Qt::NoFocus);
     auto *scroll = new QScrollArea;
@@ -42,8 +42,8 @@ QScrollArea *makeInformation(const QString &text)
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidget(body);
     scroll->viewport()->setAutoFillBackground(false);
-    scroll->setFixedSize(Alert::contentWidth, std::min(body->height(), mostTextHeight));
-    if (body->height() <= mostTextHeight) {
+    scroll->setFixedSize(Alert::contentWidth, std::min(body->height(), maxTextHeight));
+    if (body->height() <= maxTextHeight) {
         scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         scroll->setFocusPolicy(Qt::NoFocus);
     }
@@ -82,7 +82,7 @@ Alert::Alert(const QString &name, const QString &message, const QString &informa
 
 void Alert::addAccessory(QWidget *view)
 {
-    // The buttons and the space above them stay below.
+    // Above the buttons and their spacing.
     m_column->insertWidget(m_column->count() - 2, view);
 }
 

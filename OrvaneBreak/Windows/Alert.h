@@ -6,8 +6,8 @@
 class QDialogButtonBox;
 class QVBoxLayout;
 
-/// A dialog with the application's icon, a message, an information of any length, which scrolls where it is
-/// long, and buttons below them. All texts are plain texts.
+/// A dialog with the application's icon, a message, an informative text, which scrolls if it is long, and
+/// buttons. All texts are plain text.
 class Alert : public QDialog
 {
     Q_OBJECT
@@ -15,10 +15,10 @@ class Alert : public QDialog
 public:
     Alert(const QString &name, const QString &message, const QString &information);
 
-    /// Puts a view between the information and the buttons.
+    /// Adds a view between the informative text and the buttons.
     void addAccessory(QWidget *view);
 
-    /// Adds a button that accepts the dialog, and that Return presses.
+    /// Adds the button that accepts the dialog. Return presses it.
     void addDefaultButton(const QString &title);
 
     /// Adds a button that rejects the dialog, as Escape and the close button do.

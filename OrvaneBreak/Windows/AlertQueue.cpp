@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AlertQueue.h"
 
+#include "BreakEngine.h"
+#include "WindowPresence.h"
+
 #include <QApplication>
 
 #include <algorithm>
 #include <utility>
 
-AlertQueue::AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &, Attention)> present)
-    : m_isFree(std::move(isFree))
-    , m_present(std::move(present))
+AlertQueue::AlertQueue(const BreakEngine &engine, WindowPresence &presence)
+    : m_engine(engine)
+    , m_presence(presence)
 {
 }
-
-AlertQueue::~AlertQueue() = default;
 
 void AlertQueue::add(std::unique_ptr<QDialog> dialog, Finished finished, Attention attention)
 {
@@ -33,7 +34,7 @@ void AlertQueue::withdraw(const QDialog *dialog)
 
 void AlertQueue::proceed()
 {
-    while (!m_waiting.empty() && !hasFront() && m_isFree() && !QApplication::activeModalWidget()) {
+    while (!m_waiting.empty() && !hasFront() && !m_engine.isOnBreak() && !QApplication::activeModalWidget()) {
         Entry entry = std::move(m_waiting.front());
         m_waiting.pop_front();
         open(std::move(entry));
@@ -50,16 +51,19 @@ void AlertQueue::open(Entry entry)
 {
     QDialog &dialog = *entry.dialog;
     const Attention attention = entry.attention;
-    if (attention == Attention::Front) {
-        dialog.setWindowModality(Qt::ApplicationModal);
-    } else {
-        dialog.setAttribute(Qt::WA_ShowWithoutActivating);
-        // Nobody has asked for it, so it keeps no program running whose window was closed.
-        dialog.setAttribute(Qt::WA_QuitOnClose, false);
-    }
     connect(&dialog, &QDialog::finished, this, [this, &dialog](int result) { finish(&dialog, result); });
     m_open.push_back(std::move(entry));
-    m_present(dialog, attention);
+    m_presence.adopt(dialog);
+    if (attention == Attention::Front) {
+        dialog.setWindowModality(Qt::ApplicationModal);
+        m_presence.bringToFront(dialog);
+    } else {
+        dialog.setAttribute(Qt::WA_ShowWithoutActivating);
+        // The user has not asked for this dialog, so it does not keep the program running after the windows
+        // are closed.
+        dialog.setAttribute(Qt::WA_QuitOnClose, false);
+        dialog.show();
+    }
 }
 
 void AlertQueue::finish(const QDialog *dialog, int result)
@@ -72,7 +76,7 @@ void AlertQueue::finish(const QDialog *dialog, int result)
     m_open.erase(found);
     if (entry.finished)
         entry.finished(result);
-    // It is in the middle of telling that it has finished.
+    // The dialog is still emitting its signal.
     entry.dialog.release()->deleteLater();
     QMetaObject::invokeMethod(this, &AlertQueue::proceed, Qt::QueuedConnection);
 }

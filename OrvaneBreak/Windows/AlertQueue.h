@@ -9,8 +9,11 @@
 #include <memory>
 #include <vector>
 
-/// The dialogs, one at a time: a dialog waits while another one is open or a break is on. Nothing waits for a
-/// quiet one, neither another dialog nor anything else. User-interface thread only.
+class BreakEngine;
+class WindowPresence;
+
+/// Shows dialogs one at a time: a dialog waits while another one is open and while a break is showing. Only a
+/// quiet dialog holds nothing back. User-interface thread only.
 class AlertQueue final : public QObject
 {
     Q_OBJECT
@@ -18,29 +21,28 @@ class AlertQueue final : public QObject
 public:
     using Finished = std::function<void(int result)>;
 
-    /// How a dialog comes.
+    /// How a dialog is shown.
     enum class Attention
     {
-        Front, ///< In front of everything, and the other windows of the application wait for the answer.
-        Quiet  ///< Without the focus, and nothing waits.
+        Front, ///< Modal, in front of all windows, with the focus.
+        Quiet  ///< Not modal, without the focus; closing the last window still ends the application.
     };
 
-    /// `isFree` tells whether a dialog may be shown now; `present` shows one in the given way.
-    AlertQueue(std::function<bool()> isFree, std::function<void(QWidget &, Attention)> present);
-    ~AlertQueue() override;
+    /// `engine` and `presence` outlive this object.
+    AlertQueue(const BreakEngine &engine, WindowPresence &presence);
 
-    /// Shows `dialog` when its turn has come and calls `finished` with its result when the user has answered;
-    /// then the dialog goes.
+    /// Shows `dialog` as soon as it is its turn. Once the user has closed it, calls `finished` with its
+    /// result and deletes it.
     void add(std::unique_ptr<QDialog> dialog, Finished finished, Attention attention = Attention::Front);
 
-    /// Takes `dialog` away, shown or waiting, without calling anything; does nothing when it has gone
-    /// already.
+    /// Closes `dialog`, or removes it if it is waiting, without calling `finished`. Does nothing if it is
+    /// closed already.
     void withdraw(const QDialog *dialog);
 
-    /// Looks again whether the next dialog may be shown; to be called when that may have changed.
+    /// Shows the next dialog if it need not wait any longer. To be called when a break has ended.
     void proceed();
 
-    /// Whether a dialog is in front or waits.
+    /// Whether a dialog that is not quiet is open, or any is waiting.
     [[nodiscard]] bool isBusy() const { return hasFront() || !m_waiting.empty(); }
 
 private:
@@ -55,8 +57,8 @@ private:
     void open(Entry entry);
     void finish(const QDialog *dialog, int result);
 
-    std::function<bool()> m_isFree;
-    std::function<void(QWidget &, Attention)> m_present;
+    const BreakEngine &m_engine;
+    WindowPresence &m_presence;
     std::deque<Entry> m_waiting;
     std::vector<Entry> m_open;
 };

@@ -24,7 +24,7 @@ MainWindow::MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize)
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     layout()->activate();
     addAction({}, Qt::CTRL | Qt::Key_W, this, &QWidget::close);
-    // No key for keyPressEvent: a button with the focus takes every arrow key for itself.
+    // A shortcut, because focused buttons handle the arrow keys before keyPressEvent() is called.
     addAction({}, Qt::ALT | Qt::Key_Left, this, &MainWindow::goBack);
     if (const QScreen *screen = QGuiApplication::primaryScreen())
         move(screen->availableGeometry().center() - rect().center());

@@ -8,20 +8,21 @@
 
 class QMenuBar;
 
-/// The one window of the application: its menu bar, unless the desktop shows that elsewhere, above a content
-/// of fixed size with one of two pages. It is hidden and shown, never rebuilt.
+/// The main window: the menu bar, unless the desktop shows it elsewhere, above a content of fixed size with
+/// one page visible at a time. It is hidden and shown, never rebuilt.
 class MainWindow final : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Takes the menu bar over; `contentSize` is in device-independent pixels, without menu bar and frame.
+    /// Takes ownership of the menu bar; `contentSize` is in device-independent pixels, without menu bar and
+    /// frame.
     MainWindow(std::unique_ptr<QMenuBar> menuBar, QSize contentSize);
 
     /// Adds a page that fills the content; the window owns it.
     void addPage(QWidget *page);
 
-    /// Called when Return is pressed and no button has the focus.
+    /// Called when Return is pressed, unless the focused widget handles it.
     std::function<void()> onReturn;
 
     /// Called for Escape and Alt+Left.

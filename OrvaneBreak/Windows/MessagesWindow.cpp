@@ -28,7 +28,7 @@ constexpr int firstEntryTop = 20;
 
 QString headerText(const ArchivedMessage &entry)
 {
-    // The day is the user's, its words are French wherever the system comes from.
+    // In the user's time zone, and in French whatever the system's language.
     const QString date = QLocale(QLocale::French, QLocale::France)
                              .toString(entry.date.toLocalTime(), u"d MMMM yyyy 'à' HH'h'mm"_s);
     return (entry.mine ? u"Toi · "_s : u"Orvane Labs · "_s) + date;
@@ -48,7 +48,7 @@ QWidget *makeEmptyConversation()
     return view;
 }
 
-/// Lays one entry out below `top`; returns where the next one begins.
+/// Lays out an entry at `top`; returns the top of the next one.
 int addEntry(QWidget &view, const ArchivedMessage &entry, int top)
 {
     AppearanceLabel *header =
@@ -153,7 +153,7 @@ void MessagesWindow::addReplyField(QWidget &content)
     field->setAccessibleName(field->placeholderText());
     field->setFont(systemFont(13, QFont::Normal));
     field->setTabChangesFocus(true);
-    // Two whole lines fit in then.
+    // Leaves room for two whole lines.
     field->document()->setDocumentMargin(2);
     field->setGeometry(margin, 428, contentWidth, 40);
     field->onReturn = [this] { send(); };

@@ -9,7 +9,7 @@
 
 #include <functional>
 
-/// A field for a few lines that Return sends; Shift+Return breaks the line.
+/// A text field in which Return sends and Shift+Return inserts a line break.
 class ReplyField final : public QPlainTextEdit
 {
     Q_OBJECT
@@ -22,8 +22,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 };
 
-/// The conversation with the makers, newest first, and below it a field to reply. Its content is replaced as
-/// a whole; what was typed and not sent is lost then.
+/// The conversation with the makers, newest first, above a reply field.
 class MessagesWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -34,11 +33,11 @@ public:
     /// Called for "Envoyer" and for Return in the field.
     std::function<void()> onSend;
 
-    /// Fills the window with `history`, newest first, and an empty field with the keyboard, and puts it in
-    /// the middle of its screen.
+    /// Shows `history`, newest first, and an empty reply field with the focus, discarding an unsent reply,
+    /// and centres the window on its screen.
     void display(const QList<ArchivedMessage> &history);
 
-    /// What stands in the field.
+    /// The text of the reply field.
     [[nodiscard]] QString reply() const;
 
     void clearReply();

@@ -6,7 +6,7 @@
 class QLineEdit;
 class QPlainTextEdit;
 
-/// The form in which the user tells the makers of a problem. Its result is Accepted for "Envoyer" alone.
+/// The form for reporting a problem to the makers. Its result is Accepted only after "Envoyer".
 class ReportForm final : public Alert
 {
     Q_OBJECT
@@ -14,10 +14,10 @@ class ReportForm final : public Alert
 public:
     ReportForm();
 
-    /// The report without white space and line breaks at its ends.
+    /// The report without leading and trailing white space.
     [[nodiscard]] QString text() const;
 
-    /// The address as it was typed.
+    /// The address as typed.
     [[nodiscard]] QString email() const;
 
 private:

@@ -34,7 +34,8 @@ TextView::TextView(const QString &text, int width, const AppearanceColor &color)
 
 int TextView::heightAt(int width) const
 {
-    // On a copy: the document itself follows the viewport, which has its size only once it is shown.
+    // On a copy, because the document itself is laid out for the viewport, which has no size before it is
+    // shown.
     const std::unique_ptr<QTextDocument> copy(document()->clone());
     copy->setTextWidth(width);
     return static_cast<int>(std::clamp<qreal>(std::ceil(copy->size().height()), 1, QWIDGETSIZE_MAX));
@@ -49,6 +50,6 @@ void TextView::changeEvent(QEvent *event)
 
 void TextView::wheelEvent(QWheelEvent *event)
 {
-    // There is nothing to scroll in here: the view around it scrolls.
+    // The text is fully visible, so the enclosing view scrolls instead.
     event->ignore();
 }

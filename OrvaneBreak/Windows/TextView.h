@@ -5,8 +5,7 @@
 
 #include <QTextEdit>
 
-/// A plain text of any length, wrapped at a given width, that can be selected and copied; as high as its
-/// text.
+/// A plain text, wrapped at a given width and as high as its content, that can be selected and copied.
 class TextView final : public QTextEdit
 {
     Q_OBJECT

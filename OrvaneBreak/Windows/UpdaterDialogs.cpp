@@ -89,7 +89,7 @@ void UpdaterDialogs::showProgress(const QString &text, std::function<void()> can
     m_bar->setObjectName(u"updateProgressBar"_s);
     m_bar->setAccessibleName(text);
     m_bar->setTextVisible(false);
-    // Nobody knows yet how long it will take.
+    // Indeterminate until the first call of setProgress().
     m_bar->setRange(0, 0);
     dialog->addAccessory(m_bar);
     dialog->addCancelButton(u"Annuler"_s);

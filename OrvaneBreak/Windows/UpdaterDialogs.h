@@ -9,8 +9,8 @@
 class Alert;
 class QProgressBar;
 
-/// The updater's questions as dialogs of the application. There is one of them at a time: a new one takes the
-/// place of one that nobody has answered, and what that one asked for is not called any more.
+/// Shows the updater's questions as dialogs, one at a time: a new one replaces an unanswered one, whose
+/// callback is then never called.
 class UpdaterDialogs final : public UpdaterDriver
 {
 public:

@@ -16,7 +16,7 @@ LauncherCount::LauncherCount(const QString &applicationId, const QDBusConnection
     auto *watcher = new QDBusServiceWatcher(this);
     watcher->setConnection(m_bus);
     watcher->setWatchMode(QDBusServiceWatcher::WatchForRegistration);
-    // The names that launchers have by themselves or as parts of a shell.
+    // The bus names of launchers and of the shells that contain one.
     watcher->setWatchedServices({u"com.canonical.Unity"_s, u"org.kde.plasmashell"_s, u"org.gnome.Shell"_s,
                                  u"com.canonical.Unity.LauncherEntry"_s, u"net.launchpad.plank"_s});
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &LauncherCount::announce);

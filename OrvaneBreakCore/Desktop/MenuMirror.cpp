@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-MenuMirror::MenuMirror() = default;
-
 void MenuMirror::setMenu(std::unique_ptr<QMenu> menu)
 {
     m_menu.reset(menu.release());
@@ -33,7 +31,7 @@ QAction *MenuMirror::mirrored(const QAction &entry, const QList<QAction *> &prev
         return action->objectName() == entry.objectName();
     });
     QAction *action = found == previous.end() ? newMirror(entry) : *found;
-    // Most of the time nothing has changed since the last menu, and then no tray host needs to be woken.
+    // Setting the same value again would wake the tray host for nothing.
     if (action->text() != entry.text())
         action->setText(entry.text());
     if (action->icon().cacheKey() != entry.icon().cacheKey())

@@ -6,18 +6,16 @@
 
 #include <memory>
 
-/// One menu that lives as long as the tray icon and shows the entries of each menu it is given in turn. Tray
-/// hosts keep the entries of the menu they were given first and refuse a second menu whose layout is not
-/// newer. Entries with the same object name keep their identity, so a click that was on its way to one of
-/// them still does what it says.
+/// A menu that exists as long as the tray icon and shows the entries of the latest menu it was given. Tray
+/// hosts keep the entries of their first menu and reject another one whose layout revision is not newer.
+/// Entries with the same object name keep their identity, so a click that is already on its way triggers the
+/// right entry.
 class MenuMirror final : public QObject
 {
     Q_OBJECT
 
 public:
-    MenuMirror();
-
-    /// The menu to hand to the tray.
+    /// The menu for the tray.
     [[nodiscard]] QMenu *shownMenu() { return &m_shownMenu; }
 
     /// Shows the entries of `menu` in place of the earlier ones; a click triggers the entry of the latest
@@ -25,7 +23,7 @@ public:
     void setMenu(std::unique_ptr<QMenu> menu);
 
 private:
-    /// A menu goes by itself after the entry that was clicked in it has done its work.
+    /// An entry may replace the menu that it is in, so the deletion is deferred.
     struct DeferredDelete
     {
         void operator()(QObject *object) const { object->deleteLater(); }

@@ -19,8 +19,7 @@ namespace {
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
-/// Nobody tells the colour of the panel: this grey stands out from white, from black and from what lies
-/// between.
+/// The colour of the panel is unknown; this grey is visible on light and dark ones.
 const QColor untinted(0x80, 0x84, 0x88);
 
 } // namespace
@@ -35,13 +34,11 @@ NotifierTrayItem::NotifierTrayItem()
     connect(serviceWatcher, &QDBusServiceWatcher::serviceRegistered, this, &NotifierTrayItem::lookForHost);
     bus.connect(watcherService, watcherPath, watcherService, u"StatusNotifierHostRegistered"_s, this,
                 SLOT(lookForHost()));
-    // What the bus library says to its own process. The toolkit never connects to another session bus.
+    // The bus library sends this signal to its own process. Qt does not connect to the session bus again.
     bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
                 u"Disconnected"_s, this, SLOT(busLost()));
     lookForHost();
 }
-
-NotifierTrayItem::~NotifierTrayItem() = default;
 
 void NotifierTrayItem::setSymbol(const QString &symbol, const std::optional<QColor> &tint)
 {
@@ -89,9 +86,8 @@ void NotifierTrayItem::hostAnswered(const QDBusPendingCallWatcher &call)
 
 void NotifierTrayItem::showIcon()
 {
-    // The toolkit decides for the life of the process whether there is a tray when the first icon is made, so
-    // none is made before a host is there; from then on it registers the icon again with every new host by
-    // itself.
+    // Qt decides when the first icon is created, and for the life of the process, whether there is a tray, so
+    // no icon is created before a host is running. From then on Qt registers the icon with every new host.
     if (m_trayIcon)
         return;
     m_trayIcon = std::make_unique<QSystemTrayIcon>(m_icon);

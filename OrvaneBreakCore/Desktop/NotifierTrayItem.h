@@ -12,15 +12,14 @@
 
 class QDBusPendingCallWatcher;
 
-/// A StatusNotifierItem on the session bus, with its menu. Appears as soon as a tray host is there, and again
-/// after the host restarted. Without a session bus it stays away.
+/// A StatusNotifierItem on the session bus, with its menu. Appears as soon as a tray host is running, and
+/// again after the host has restarted. Never appears without a session bus.
 class NotifierTrayItem final : public QObject, public TrayItem
 {
     Q_OBJECT
 
 public:
     NotifierTrayItem();
-    ~NotifierTrayItem() override;
 
     [[nodiscard]] bool isHosted() const override { return m_trayIcon != nullptr; }
     void setSymbol(const QString &symbol, const std::optional<QColor> &tint) override;

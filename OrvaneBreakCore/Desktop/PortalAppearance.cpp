@@ -53,7 +53,7 @@ PortalAppearance::PortalAppearance(QDBusConnection bus)
         apply(Scheme::NoPreference);
         return;
     }
-    // Without this the connection is refused, silently: the bus looks the slot's types up by their names.
+    // connect() looks up the types of the slot by name and fails silently for an unregistered one.
     qRegisterMetaType<QDBusVariant>();
     bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
@@ -71,7 +71,7 @@ void PortalAppearance::apply(Scheme scheme)
         break;
     case Scheme::NoPreference:
         QApplication::setPalette(QPalette());
-        // A desktop with dark colours of its own keeps them.
+        // A dark palette of the desktop is kept.
         if (!isDarkAppearance(QApplication::palette()))
             QApplication::setPalette(lightPalette());
         break;
@@ -80,7 +80,7 @@ void PortalAppearance::apply(Scheme scheme)
 
 void PortalAppearance::settingChanged(const QString &nameSpace, const QString &key, const QDBusVariant &value)
 {
-    // Another name space has a key of the same name that holds a text.
+    // Another namespace has a key of the same name with a text as its value.
     if (nameSpace == appearanceNameSpace && key == colorScheme)
         apply(schemeOf(value.variant()));
 }

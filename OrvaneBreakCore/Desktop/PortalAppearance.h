@@ -5,15 +5,15 @@
 #include <QDBusVariant>
 #include <QObject>
 
-/// Gives the application the light or dark palette that the desktop's settings portal asks for, now and
-/// whenever it changes. Where there is no portal, or it has no preference, a desktop with a dark palette
-/// keeps it and every other gets the light one.
+/// Sets the application's palette to the light or dark one that the desktop's settings portal asks for, now
+/// and at every change. Without a portal or a preference, keeps the desktop's palette if that is dark and
+/// otherwise sets the light one.
 class PortalAppearance final : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What the portal says under "color-scheme".
+    /// The values of the portal's "color-scheme".
     enum class Scheme
     {
         NoPreference = 0,
@@ -21,11 +21,11 @@ public:
         Light = 2
     };
 
-    /// Asks once on `bus`, for at most a quarter of a second, so that the first window has the right colours
-    /// from the start. A bus that is not connected is a desktop without a portal.
+    /// Queries the portal on `bus` and waits at most a quarter of a second, so that the first window has the
+    /// right colours from the start. A bus that is not connected has no portal.
     explicit PortalAppearance(QDBusConnection bus = QDBusConnection::sessionBus());
 
-    /// The palette of a scheme.
+    /// Sets the application's palette for `scheme`.
     static void apply(Scheme scheme);
 
 private Q_SLOTS:

@@ -30,7 +30,7 @@ public:
     /// Chooses the variant of the icon. Remembered while hidden.
     void setActive(bool active);
 
-    /// Called when an icon that was shown is lost for good: there is no tray any more that could show it.
+    /// Called when an icon that was shown is lost for good, because no tray can be reached any more.
     std::function<void()> onLost;
 
 private:

@@ -9,8 +9,8 @@
 #include <memory>
 #include <optional>
 
-/// One icon with a menu in the desktop's tray, from construction to destruction. Where no tray is running it
-/// waits for one and appears by itself. User-interface thread only.
+/// One icon with a menu in the desktop's tray, from construction to destruction. Without a tray, it appears
+/// as soon as one starts. User-interface thread only.
 class TrayItem
 {
 public:
@@ -19,18 +19,17 @@ public:
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;
 
-    /// Whether a tray has been there to show the icon, which has not been lost since.
+    /// Whether a tray has shown the icon, which has not been lost since.
     [[nodiscard]] virtual bool isHosted() const = 0;
 
-    /// Shows the symbol named `symbol` in `tint`; without a tint in a colour that suits any panel. An unknown
-    /// symbol leaves the icon empty.
+    /// Shows the symbol named `symbol` in `tint`; without a tint, in a colour that suits any panel. An
+    /// unknown symbol leaves the icon empty.
     virtual void setSymbol(const QString &symbol, const std::optional<QColor> &tint) = 0;
 
-    /// Attaches `menu` in place of any earlier one, also while that one is open. Every action has an object
-    /// name of its own, by which entries are recognised from one menu to the next.
+    /// Attaches `menu` in place of any earlier one, also while that one is open. Every action has a unique
+    /// object name, by which entries are matched from one menu to the next.
     virtual void setMenu(std::unique_ptr<QMenu> menu) = 0;
 
-    /// Called from the event loop when what carries the icon to the tray is gone, and no tray shows it any
-    /// more.
+    /// Called from the event loop when the connection to the tray is lost for good.
     std::function<void()> onLost;
 };

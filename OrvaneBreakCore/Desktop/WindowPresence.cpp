@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Where the toolkit's own means are all there is.
+/// For platforms where only Qt's own functions are available.
 class PlainWindowPresence final : public WindowPresence
 {
 public:

@@ -15,17 +15,18 @@ public:
     WindowPresence(const WindowPresence &) = delete;
     WindowPresence &operator=(const WindowPresence &) = delete;
 
-    /// Puts `window` under this object's care, before it is shown for the first time. It outlives this object
-    /// or is forgotten when it goes.
+    /// Applies `setAccessory()` to `window` from now on. To be called before the window is first shown; the
+    /// window may be deleted at any time.
     virtual void adopt(QWidget &window) = 0;
 
-    /// Whether the adopted windows stay out of the task bar and the pager, those shown now and those shown
-    /// later. Where the desktop has no means for that, they stay in it.
+    /// Sets whether the adopted windows, visible or not, stay out of the task bar and the pager. Has no
+    /// effect where the desktop does not support that.
     virtual void setAccessory(bool isAccessory) = 0;
 
-    /// Shows `window`, un-minimises it and asks the desktop to put it in front with the keyboard.
+    /// Shows `window`, restores it if it is minimised, and asks the desktop to put it in front with the
+    /// keyboard.
     virtual void bringToFront(QWidget &window) = 0;
 };
 
-/// The presence for the platform that the toolkit runs on; needs the application object.
+/// The presence for Qt's platform plugin; needs the application object.
 [[nodiscard]] std::unique_ptr<WindowPresence> makeWindowPresence();

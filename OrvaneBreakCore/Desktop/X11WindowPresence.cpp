@@ -15,10 +15,11 @@ namespace {
 constexpr std::uint32_t removeState = 0;
 constexpr std::uint32_t addState = 1;
 
-/// Asks on behalf of the user, as a pager does: window managers hold back programs that ask for themselves.
+/// The source indication of pagers, which act for the user: window managers may ignore requests of
+/// applications.
 constexpr std::uint32_t sourceUser = 2;
 
-constexpr std::uint32_t stateLimit = 64;
+constexpr std::uint32_t maxStates = 64;
 
 } // namespace
 
@@ -62,8 +63,8 @@ bool X11WindowPresence::eventFilter(QObject *watched, QEvent *event)
 {
     auto *window = qobject_cast<QWidget *>(watched);
     if (event->type() == QEvent::Show) {
-        // Comes before the native window is mapped; window managers forget the state of a window that is
-        // hidden.
+        // This event comes before the native window is mapped. The state is set each time, because window
+        // managers discard it when a window is hidden.
         setStateBeforeMapping(static_cast<std::uint32_t>(window->winId()));
         setBackground(*window);
     } else if (event->type() == QEvent::PaletteChange && window->testAttribute(Qt::WA_WState_Created)) {
@@ -74,7 +75,7 @@ bool X11WindowPresence::eventFilter(QObject *watched, QEvent *event)
 
 void X11WindowPresence::setBackground(const QWidget &window) const
 {
-    // Only there is a pixel written as red, green and blue.
+    // Only at this depth are pixel values known to be RGB.
     if (m_rootDepth != 24 || window.testAttribute(Qt::WA_TranslucentBackground))
         return;
     const std::uint32_t pixel = window.palette().color(QPalette::Window).rgb() & RGB_MASK;
@@ -86,7 +87,7 @@ void X11WindowPresence::setStateBeforeMapping(std::uint32_t window) const
 {
     const X11Connection::ReplyPointer<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(
-            m_connection, xcb_get_property(m_connection, 0, window, m_state, XCB_ATOM_ATOM, 0, stateLimit),
+            m_connection, xcb_get_property(m_connection, 0, window, m_state, XCB_ATOM_ATOM, 0, maxStates),
             nullptr),
         &std::free);
     std::vector<xcb_atom_t> states;

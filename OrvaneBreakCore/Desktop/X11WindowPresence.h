@@ -12,13 +12,13 @@
 
 struct xcb_connection_t;
 
-/// The window presence through the hints that X11 window managers read.
+/// The window presence by the hints of X11 window managers.
 class X11WindowPresence final : public QObject, public WindowPresence
 {
     Q_OBJECT
 
 public:
-    /// `connection` is the toolkit's own and stays open as long as this object lives.
+    /// `connection` is Qt's own and outlives this object.
     explicit X11WindowPresence(xcb_connection_t *connection);
 
     void adopt(QWidget &window) override;
@@ -30,7 +30,7 @@ protected:
 
 private:
     void setStateBeforeMapping(std::uint32_t window) const;
-    /// What the server shows of `window` until it has drawn itself for the first time.
+    /// Sets what the server fills `window` with until it is first painted.
     void setBackground(const QWidget &window) const;
     void changeStateOfMapped(std::uint32_t window) const;
     void sendToRoot(std::uint32_t window, std::uint32_t type, const std::uint32_t (&data)[5]) const;

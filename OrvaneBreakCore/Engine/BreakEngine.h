@@ -19,7 +19,7 @@ class UserIdle;
 class BreakEngine
 {
 public:
-    /// What the engine works with. The references outlive the engine, which owns the overlay.
+    /// What the engine uses. The references outlive the engine, which owns the overlay.
     struct Services
     {
         RunLoop &runLoop;
@@ -33,7 +33,7 @@ public:
     BreakEngine(const BreakEngine &) = delete;
     BreakEngine &operator=(const BreakEngine &) = delete;
 
-    /// The one engine of the running program, which the process entry names; stops the process before that.
+    /// The engine of the process; aborts it if none is registered.
     [[nodiscard]] static BreakEngine &shared();
 
     /// Reminders are switched on.
@@ -93,7 +93,7 @@ private:
     bool m_isActive = false;
     bool m_isOnBreak = false;
 
-    // The timers come last, so that they are cancelled before anything their actions use is gone.
+    // The timers come last, so that they are cancelled before anything that their actions use is destroyed.
     Timer m_nextTimer;
     Timer m_statusTick;
     Timer m_ringTimer;

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-/// What the engine asks of the break screen. User-interface thread only.
+/// The break screen as the engine uses it. User-interface thread only.
 class BreakOverlay
 {
 public:
@@ -16,8 +16,8 @@ public:
     /// first showed.
     virtual void show(int pauseSeconds) = 0;
 
-    /// `secondsLeft` may carry a fractional part and is shown rounded up, at least 0; `fraction` is the part
-    /// of the break still to run, 1 at its start. Does nothing while hidden.
+    /// `secondsLeft` may carry a fractional part and is shown rounded up, at least 0; `fraction` is the
+    /// remaining part of the break, 1 at its start. Does nothing while hidden.
     virtual void update(double secondsLeft, double fraction) = 0;
 
     /// Uncovers every screen; does nothing while hidden.

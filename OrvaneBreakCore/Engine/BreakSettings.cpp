@@ -13,15 +13,15 @@ const QString intervalKey = u"OBIntervalMinutes"_s;
 const QString pauseKey = u"OBPauseSeconds"_s;
 const QString soundKey = u"OBSoundEnabled"_s;
 
-/// The same number stands for 20 minutes and for 20 seconds.
-constexpr int fallback = 20;
+/// The default of both settings: minutes between breaks, and seconds of a break.
+constexpr int defaultNumber = 20;
 
 template <typename Options, typename Number>
 int validated(const Preferences &preferences, const QString &key, const Options &options, Number number)
 {
     const qint64 stored = preferences.integer(key).value_or(0);
     const auto isStored = [&](const auto &option) { return option.*number == stored; };
-    return std::any_of(options.begin(), options.end(), isStored) ? static_cast<int>(stored) : fallback;
+    return std::any_of(options.begin(), options.end(), isStored) ? static_cast<int>(stored) : defaultNumber;
 }
 
 } // namespace

@@ -12,7 +12,7 @@ public:
     Chime(const Chime &) = delete;
     Chime &operator=(const Chime &) = delete;
 
-    /// Plays the sound named `name` ("Glass") once and returns at once. Without such a sound, a sound server
-    /// or a sound card nothing is played and nothing is said.
+    /// Plays the sound named `name` ("Glass") once and returns at once. Does nothing without such a sound, a
+    /// sound server or a sound card; failures are silent.
     virtual void play(const QString &name) = 0;
 };

@@ -6,7 +6,7 @@
 
 std::optional<qint64> Preferences::integer(const QString &key) const
 {
-    // Only the variant tells a number that is stored as a 64-bit integer from any other number.
+    // Only the variant distinguishes a number stored as a 64-bit integer from any other number.
     const QVariant variant = value(key).toVariant();
     if (variant.typeId() != QMetaType::LongLong)
         return std::nullopt;

@@ -9,7 +9,7 @@
 #include <optional>
 
 /// The user's preferences: named values that survive the process. Every value is read at each use and written
-/// when it changes; nobody caches one. User-interface thread only.
+/// when it changes; none is cached. User-interface thread only.
 class Preferences
 {
 public:
@@ -21,11 +21,11 @@ public:
     /// The value stored under `key`, or Undefined when there is none.
     [[nodiscard]] virtual QJsonValue value(const QString &key) const = 0;
 
-    /// Stores `value` under `key`; Undefined removes the key. Failures are silent, and the value then holds
-    /// for the rest of the process.
+    /// Stores `value` under `key`; Undefined removes the key. Failures are silent; the value is then kept
+    /// until the process ends.
     virtual void setValue(const QString &key, const QJsonValue &value) = 0;
 
-    /// Typed reads: absent when the key is missing or holds a value of another shape (true and 1.5 are not
+    /// Typed reads: absent when the key is missing or holds a value of another type (true and 1.5 are not
     /// integers, 1 is not a boolean, a date is an ISO 8601 text).
     [[nodiscard]] std::optional<qint64> integer(const QString &key) const;
     [[nodiscard]] std::optional<bool> boolean(const QString &key) const;

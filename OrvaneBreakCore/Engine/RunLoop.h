@@ -49,13 +49,13 @@ public:
     [[nodiscard]] virtual Date now() const = 0;
 
     /// Calls `action` once, not before `due` and, while the event loop is free, not later than `due +
-    /// tolerance`. A date in the past is due at once. A clock set forward past `due` makes it due; one set
-    /// back makes it wait on.
+    /// tolerance`. A date in the past is due at once. Setting the clock forward past `due` makes it due;
+    /// setting it back prolongs the wait.
     [[nodiscard]] Timer scheduleOnce(Date due, Interval tolerance, std::function<void()> action);
 
     /// Calls `action` every `interval`, first one interval from now. The phase is kept: a late call does not
-    /// move the ones after it, and calls missed meanwhile (a suspend, a busy thread) are made up for by a
-    /// single one. After the clock is set back the next call comes at most one interval later.
+    /// move the ones after it, and calls missed meanwhile (a suspend, a busy thread) are replaced by a single
+    /// one. After the clock is set back the next call comes at most one interval later.
     [[nodiscard]] Timer scheduleRepeating(Interval interval, Interval tolerance,
                                           std::function<void()> action);
 

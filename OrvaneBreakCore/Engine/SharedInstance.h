@@ -3,8 +3,8 @@
 
 #include <QtGlobal>
 
-/// Names one instance as the shared one of its type for the life of this object. Naming a second one at the
-/// same time, or asking for one that nobody named, stops the process.
+/// Registers an instance as the shared one of its type for the life of this object. Registering a second one
+/// at the same time aborts the process, as `get()` does if none is registered.
 template <typename Type>
 class SharedInstance
 {
@@ -12,7 +12,7 @@ public:
     explicit SharedInstance(Type &instance)
     {
         if (s_instance)
-            qFatal("a shared instance of this type exists already");
+            qFatal("a shared instance of this type is already registered");
         s_instance = &instance;
     }
 
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] static Type &get()
     {
         if (!s_instance)
-            qFatal("the shared instance of this type has not been made");
+            qFatal("no shared instance of this type is registered");
         return *s_instance;
     }
 

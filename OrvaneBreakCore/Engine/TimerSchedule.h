@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-/// The timers of one run loop and the decision when to wake for them; it neither reads a clock nor waits.
+/// The timers of one run loop and the date of the next wake-up; it neither reads a clock nor waits.
 class TimerSchedule
 {
 public:
@@ -38,8 +38,8 @@ public:
     /// wait for the next call.
     void fireDue(Date now);
 
-    /// Tells that the clock was set or the machine resumed: repeating timers left more than one interval in
-    /// the future by a clock set back come one interval after `now`.
+    /// To be called when the clock was set or the machine resumed. A repeating timer that is then due more
+    /// than one interval after `now`, because the clock was set back, becomes due one interval after `now`.
     void clockChanged(Date now);
 
     /// All timers in the order of their creation, for inspection.

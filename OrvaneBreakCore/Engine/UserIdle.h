@@ -3,22 +3,11 @@
 
 #include <array>
 
-/// The kinds of input that count as presence.
-enum class InputKind
-{
-    KeyDown,
-    ModifierFlagsChanged,
-    LeftMouseDown,
-    RightMouseDown,
-    OtherMouseDown,
-    MouseMoved,
-    ScrollWheel,
-};
-
-/// Seconds since the last input of each kind, in the order of `InputKind`.
+/// Seconds since the last input of each kind: key, modifier key, left, right and other mouse button, mouse
+/// movement, scroll wheel.
 using InputIdleSeconds = std::array<double, 7>;
 
-/// How long ago the user last touched keyboard or mouse.
+/// Tells how long ago the user last used keyboard or mouse.
 class UserIdle
 {
 public:
@@ -27,13 +16,13 @@ public:
     UserIdle(const UserIdle &) = delete;
     UserIdle &operator=(const UserIdle &) = delete;
 
-    /// The figures at this moment. A desktop that has one figure for all input gives it for every kind; all
-    /// are 0 when no figure can be had, because an unknown user counts as active. May ask the desktop and
-    /// wait for at most half a second. User-interface thread.
+    /// The figures at this moment. A desktop that has one figure for all input gives it for every kind. All
+    /// are 0 if the idle time is unknown, so that the user counts as active. May query the desktop and block
+    /// for at most half a second. User-interface thread.
     [[nodiscard]] virtual InputIdleSeconds secondsSinceLastInput() const = 0;
 };
 
-/// Where no desktop service tells the idle time: the user always counts as active.
+/// For desktops without a service for the idle time: the user always counts as active.
 class AbsentUserIdle final : public UserIdle
 {
 public:

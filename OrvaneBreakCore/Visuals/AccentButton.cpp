@@ -12,7 +12,7 @@ constexpr int bezelHeight = 32;
 constexpr int horizontalPadding = 20;
 constexpr qreal buttonCornerRadius = 7;
 
-/// Dark or light, whichever reads better on the bezel.
+/// Dark or light, whichever contrasts more with the bezel.
 QColor titleColor(const QColor &bezel)
 {
     return qGray(bezel.rgb()) > 110 ? breakTealInk : QColor(Qt::white);

@@ -3,7 +3,7 @@
 
 #include <QPushButton>
 
-/// The large button that a window is about: its title on a coloured bezel, the same in both appearances.
+/// A window's main button: its title on a coloured bezel, the same in both appearances.
 class AccentButton final : public QPushButton
 {
     Q_OBJECT

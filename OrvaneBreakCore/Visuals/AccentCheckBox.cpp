@@ -46,7 +46,7 @@ bool AccentCheckBox::hitButton(const QPoint &place) const
 
 QRectF AccentCheckBox::indicator() const
 {
-    // On whole pixels and a half: a line of one pixel is sharp there.
+    // At half-pixel coordinates, where a line of one pixel is sharp.
     const int top = (height() - indicatorSize) / 2;
     return {0.5, top + 0.5, indicatorSize - 1, indicatorSize - 1};
 }

@@ -3,8 +3,8 @@
 
 #include <QCheckBox>
 
-/// A check box whose frame is seen on light and dark windows, filled with the accent of the breaks while it
-/// is checked.
+/// A check box with a frame that is visible on light and dark windows, filled with the accent of the breaks
+/// while checked.
 class AccentCheckBox final : public QCheckBox
 {
     Q_OBJECT

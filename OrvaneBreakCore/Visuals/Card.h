@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-/// A faint rounded panel that controls are laid on, in shades of the label colour.
+/// A faint rounded panel behind controls, in shades of the label colour.
 class Card final : public QWidget
 {
     Q_OBJECT

@@ -23,8 +23,8 @@ bool isDefaultButton(const QStyleOption &option)
            option.state.testFlag(QStyle::State_Enabled);
 }
 
-/// How strongly a control answers to the pointer.
-float answer(QStyle::State state)
+/// The opacity of the shade over a control that is hovered, pressed or on.
+float hoverOpacity(QStyle::State state)
 {
     if (!state.testFlag(QStyle::State_Enabled))
         return 0;
@@ -46,7 +46,7 @@ void paintBezel(QPainter &painter, const QStyleOption &option, const QWidget *wi
     painter.drawRoundedRect(isDefault ? area.adjusted(-0.5, -0.5, 0.5, 0.5) : area, controlCornerRadius,
                             controlCornerRadius);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(shade(option.palette, answer(option.state)));
+    painter.setBrush(shade(option.palette, hoverOpacity(option.state)));
     painter.drawRoundedRect(area, controlCornerRadius, controlCornerRadius);
     if (widget)
         paintFocusRing(painter, *widget, QRectF(option.rect).adjusted(1, 1, -1, -1),
@@ -60,7 +60,7 @@ void paintTextField(QPainter &painter, const QStyleOption &option)
     painter.setRenderHint(QPainter::Antialiasing);
     const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
     painter.setBrush(option.palette.base());
-    // The place where keys arrive is shown to users of the pointer as well.
+    // Text fields show the focus to users of the pointer as well.
     painter.setPen(hasFocus ? QPen(breakTeal().resolved(option.palette), 2)
                             : QPen(shade(option.palette, 0.25F), 1));
     const qreal inset = painter.pen().widthF() / 2;
@@ -148,10 +148,10 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
             QProxyStyle::drawPrimitive(element, option, painter, widget);
         break;
     case PE_PanelMenuBar:
-        // The bar belongs to the window below it.
+        // The menu bar has the background of its window.
         break;
     case PE_FrameFocusRect:
-        // Ours is part of the bezel.
+        // The bezels of buttons have a focus ring of their own.
         if (!option || option->type != QStyleOption::SO_FocusRect || !widget ||
             !(widget->inherits("QPushButton") || widget->inherits("QComboBox")))
             QProxyStyle::drawPrimitive(element, option, painter, widget);
@@ -230,8 +230,8 @@ QSize HouseStyle::sizeFromContents(ContentsType type, const QStyleOption *option
 
 QIcon HouseStyle::standardIcon(StandardPixmap icon, const QStyleOption *option, const QWidget *widget) const
 {
-    // Every menu bar asks for the arrow of one that is too long. Ours never are, and reading the picture
-    // loads a plugin for every format that there is.
+    // Every menu bar asks for the arrow that it shows when it is too long, which the application's never is.
+    // Loading the picture would load the plugins for all image formats.
     if (icon == SP_ToolBarHorizontalExtensionButton)
         return {};
     return QProxyStyle::standardIcon(icon, option, widget);

@@ -9,8 +9,8 @@
 [[nodiscard]] QPalette lightPalette();
 [[nodiscard]] QPalette darkPalette();
 
-/// How the toolkit's own controls look among ours: flat, with the same round corners, focus ring and answers
-/// to the pointer, on every desktop. Needs the toolkit's Fusion style and no plugin.
+/// Draws Qt's standard controls to match those of this folder on every desktop: flat, with the same round
+/// corners, focus ring and hover effect. Needs Qt's Fusion style and no plugin.
 class HouseStyle final : public QProxyStyle
 {
     Q_OBJECT

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Black in the light appearance and white in the dark one, as opaque as said.
+/// Black in the light appearance and white in the dark one, with the given opacities.
 AppearanceColor gray(float lightAlpha, float darkAlpha)
 {
     return {QColor::fromRgbF(0, 0, 0, lightAlpha), QColor::fromRgbF(1, 1, 1, darkAlpha)};
@@ -79,7 +79,7 @@ void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const Appea
 {
     QPalette changed = widget.palette();
     const QColor &resolved = color.resolved(changed);
-    // Setting a palette reports a palette change again.
+    // Setting a palette sends another event for a palette change.
     if (changed.color(role) == resolved)
         return;
     changed.setColor(role, resolved);
@@ -144,7 +144,7 @@ QImage quotaBadgeImage(int count, qreal diameter, qreal devicePixelRatio)
     painter.setBrush(QColor(255, 59, 48));
     painter.drawEllipse(QRectF(0, 0, diameter, diameter));
 
-    // Pixel sizes are whole numbers: a large font scaled down gives the exact size.
+    // Font sizes are whole pixels; a large font scaled down gives the exact size.
     const QFont font = systemFont(100, QFont::Bold);
     const QString text = QString::number(std::max(count, 1));
     const QFontMetricsF metrics(font);

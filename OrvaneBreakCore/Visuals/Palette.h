@@ -40,15 +40,14 @@ struct AppearanceColor
 /// The accent of the makers' own elements.
 [[nodiscard]] AppearanceColor orvaneMauve();
 
-/// The accents where they do not follow the appearance.
+/// The accents that do not follow the appearance.
 inline const QColor breakTealFixed = QColor::fromRgbF(0.078F, 0.722F, 0.651F);
 inline const QColor orvaneMauveFixed = QColor::fromRgbF(0.486F, 0.227F, 0.929F);
 
 /// Dark text and marks on breakTealFixed.
 inline const QColor breakTealInk(4, 47, 46);
 
-/// Text colours from the most to the least prominent; each is at least 4.5 times as bright or dark as the
-/// windows it stands on.
+/// Text colours from the most to the least prominent; each has a contrast of at least 4.5:1 on the windows.
 [[nodiscard]] AppearanceColor labelColor();
 [[nodiscard]] AppearanceColor secondaryLabelColor();
 [[nodiscard]] AppearanceColor tertiaryLabelColor();
@@ -56,22 +55,21 @@ inline const QColor breakTealInk(4, 47, 46);
 /// The label colour of `palette`'s appearance at the opacity `alpha`, for faint surfaces.
 [[nodiscard]] QColor shade(const QPalette &palette, float alpha);
 
-/// Whether `widget` should show that it has the focus: only once the user has moved the focus with the
-/// keyboard.
+/// Whether `widget` has the focus and shows it: only after the user has moved the focus with the keyboard.
 [[nodiscard]] bool showsFocus(const QWidget &widget);
 
 /// Paints a ring along a rounded rectangle while `widget` shows its focus; otherwise nothing.
 void paintFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area, qreal cornerRadius,
                     const AppearanceColor &color = breakTeal());
 
-/// Gives what `widget` paints in `role` the colour for its appearance. To be called again when the widget's
+/// Sets `role` in the widget's palette to the colour for its appearance. To be called again when the widget's
 /// palette has changed.
 void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const AppearanceColor &color);
 
 /// The desktop's own sans-serif font at `size` device-independent pixels.
 [[nodiscard]] QFont systemFont(qreal size, QFont::Weight weight);
 
-/// A label of plain text, whatever the text looks like, in a colour that follows the appearance.
+/// A label that shows every text as plain text, in a colour that follows the appearance.
 class AppearanceLabel final : public QLabel
 {
     Q_OBJECT
@@ -91,10 +89,10 @@ private:
 [[nodiscard]] AppearanceLabel *makeLabel(const QString &text, qreal size, QFont::Weight weight,
                                          const AppearanceColor &color);
 
-/// A view whose y grows downwards, as Qt's widgets do.
+/// A view whose y grows downwards, as that of every Qt widget.
 using FlippedView = QWidget;
 
-/// Shows an image and lets every click through to what lies below it.
+/// Shows an image and passes every click to the widget below it.
 class BadgeImageView final : public QLabel
 {
     Q_OBJECT

@@ -5,14 +5,14 @@
 
 #include <QPushButton>
 
-/// A button without a border that shows one symbol, with a name for assistive technologies that is its tool
-/// tip as well. An unknown symbol leaves it without a picture.
+/// A button without a border that shows one symbol. Its name is its accessible name and its tool tip. An
+/// unknown symbol leaves it empty.
 class SymbolButton final : public QPushButton
 {
     Q_OBJECT
 
 public:
-    /// `size` is that of the symbol, in device-independent pixels.
+    /// `size` is the size of the symbol in device-independent pixels.
     SymbolButton(const QString &symbol, qreal size, const QString &name);
 
     void setTint(const AppearanceColor &tint);

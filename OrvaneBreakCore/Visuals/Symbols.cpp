@@ -10,8 +10,8 @@
 
 using namespace Qt::StringLiterals;
 
-// Nothing else refers to the embedded files, and the linker leaves out of a static library what nothing
-// refers to. The macro does not work inside a namespace.
+// Without this reference the linker would leave the embedded files out of the static library. The macro does
+// not work inside a namespace.
 static void registerPictures()
 {
     Q_INIT_RESOURCE(symbols);
@@ -22,7 +22,7 @@ namespace {
 constexpr std::array symbolSizes{14, 16, 18, 20, 22, 24, 32, 36, 44, 48, 64};
 constexpr std::array applicationIconSizes{16, 22, 24, 32, 48, 64, 128, 256};
 
-/// The embedded vector file `path`; nothing for an unknown one.
+/// The embedded vector file `path`; empty for an unknown one.
 QByteArray picture(const QString &path)
 {
     registerPictures();

@@ -5,13 +5,13 @@
 
 #include <QPushButton>
 
-/// A button that looks like a link: its text alone, clearer under the pointer, with a pointing hand.
+/// A button that looks like a link: text only, brighter under the pointer, with the pointing-hand cursor.
 class TextButton final : public QPushButton
 {
     Q_OBJECT
 
 public:
-    /// `horizontalPadding` to the left and right of the text belongs to the button as well.
+    /// `horizontalPadding` is the clickable space on each side of the text, in device-independent pixels.
     TextButton(const QString &text, const QFont &font, const AppearanceColor &color, int horizontalPadding);
 
     [[nodiscard]] QSize sizeHint() const override;

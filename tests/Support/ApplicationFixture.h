@@ -30,22 +30,22 @@ class FakeLoginItem final : public LoginItem
 public:
     [[nodiscard]] bool isEnabled() const override { return isOn; }
 
-    [[nodiscard]] std::optional<QString> setEnabled(bool enabled) override
+    [[nodiscard]] bool setEnabled(bool enabled) override
     {
-        if (refusal.isEmpty())
+        if (!isRefusing)
             isOn = enabled;
-        return refusal.isEmpty() ? std::nullopt : std::optional(refusal);
+        return !isRefusing;
     }
 
     bool isOn = false;
-    QString refusal;
+    bool isRefusing = false;
 };
 
 /// Shows windows and logs the requests.
 class FakeWindowPresence final : public WindowPresence
 {
 public:
-    void adopt(QWidget & /*window*/) override {}
+    void adopt(QWidget &window) override { adopted.append(window.objectName()); }
 
     void setAccessory(bool accessory) override
     {
@@ -61,6 +61,7 @@ public:
     }
 
     bool isAccessory = false;
+    QStringList adopted; ///< The names of the windows, in order.
     QStringList log;
 };
 
@@ -113,13 +114,7 @@ struct ApplicationFixture : EngineFixture
     ServerChannel channel{{http, preferences, runLoop, bundle, {6, 1, 0}},
                           {QStringLiteral("https://makers.invalid"), makers.publicKeyBase64()}};
     LauncherCount launcherCount{QStringLiteral("test"), QDBusConnection(QStringLiteral("none"))};
-    AlertQueue alerts{[this] { return !engine.isOnBreak(); },
-                      [this](QWidget &dialog, AlertQueue::Attention attention) {
-                          if (attention == AlertQueue::Attention::Front)
-                              presence.bringToFront(dialog);
-                          else
-                              dialog.show();
-                      }};
+    AlertQueue alerts{engine, presence};
     FakeDownloads downloads;
     UpdateDownload download{downloads, runLoop, bundleFolder.path().toStdString() + "/updates"};
     FakeInstaller installer;

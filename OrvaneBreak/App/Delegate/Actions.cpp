@@ -4,7 +4,6 @@
 #include "BreakSettings.h"
 #include "CheckBoxes.h"
 #include "LoginItem.h"
-#include "MessageFilter.h"
 #include "Palette.h"
 #include "StandardUpdaterController.h"
 
@@ -35,7 +34,7 @@ void AppDelegate::refreshBreakUI()
                              .arg(BreakSettings::intervalMinutes(m_preferences))
                              .arg(BreakSettings::pauseSeconds(m_preferences)));
     m_statusController.setActive(isActive);
-    // The entries are the same at every minute.
+    // The engine reports a change every minute, but the entries depend only on this state.
     const bool hasChanged = std::exchange(m_shownActive, isActive) != isActive;
     if (hasChanged && m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
@@ -94,11 +93,8 @@ void AppDelegate::showMain()
 
 void AppDelegate::toggleLoginItem(QCheckBox &sender)
 {
-    const std::optional<QString> problem = m_loginItem.setEnabled(sender.isChecked());
-    if (!problem)
-        return;
-    qCInfo(orvaneLog).noquote() << u"OrvaneBreak: ouverture à la connexion: "_s + *problem;
-    setCheckedQuietly(sender, m_loginItem.isEnabled());
+    if (!m_loginItem.setEnabled(sender.isChecked()))
+        setCheckedQuietly(sender, m_loginItem.isEnabled());
 }
 
 void AppDelegate::toggleAutoUpdates(const QCheckBox &sender)

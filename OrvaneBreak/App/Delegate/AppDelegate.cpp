@@ -20,8 +20,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long a tray that starts with the session may take before the user is shown the main window instead.
-constexpr Interval trayPatience = 5s;
+/// How long to wait for a tray, which may start with the session, before showing the main window instead.
+constexpr Interval trayTimeout = 5s;
 
 bool isDebugSwitchOn(const char *variable)
 {
@@ -71,7 +71,7 @@ void AppDelegate::applicationDidFinishLaunching()
     }
     showOnboardingIfNeeded();
     refreshBreakUI();
-    m_settling = m_runLoop.scheduleOnce(m_runLoop.now() + settlingTime, 1s, [this] {
+    m_deferredWork = m_runLoop.scheduleOnce(m_runLoop.now() + deferredWorkDelay, 1s, [this] {
         ensureSettingsView();
         syncWithServer();
     });
@@ -85,7 +85,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::awaitTray()
 {
-    m_trayDeadline = m_runLoop.scheduleOnce(m_runLoop.now() + trayPatience, 1s, [this] {
+    m_trayTimer = m_runLoop.scheduleOnce(m_runLoop.now() + trayTimeout, 1s, [this] {
         if (!m_statusController.isEnabled() || m_statusController.isHosted())
             return;
         if (m_engine.isOnBreak())
@@ -103,8 +103,8 @@ void AppDelegate::applicationWillTerminate()
 
 void AppDelegate::terminate()
 {
-    // The toolkit's own way to quit closes every window first, the break's as well, before the keyboard has
-    // been given back.
+    // QApplication::quit() would close every window first, including the break screen before it releases the
+    // keyboard.
     m_engine.stop();
     QCoreApplication::exit();
 }

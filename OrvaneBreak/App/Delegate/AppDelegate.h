@@ -32,8 +32,8 @@ class ServerChannel;
 class SymbolButton;
 class WindowPresence;
 
-/// The one object that owns every window and menu and wires them to the engine. Lives from before the event
-/// loop starts until after it has ended. User-interface thread only.
+/// Owns every window and menu and connects them to the engine. Exists from before the event loop starts until
+/// after it ends. User-interface thread only.
 class AppDelegate final : public QObject
 {
     Q_OBJECT
@@ -42,10 +42,10 @@ public:
     /// Size of the main window's content in device-independent pixels; both pages are laid out in it.
     static constexpr QSize winSize{430, 500};
 
-    /// What nobody sees begins as long after the launch, when the first window has been painted.
-    static constexpr std::chrono::seconds settlingTime{1};
+    /// The delay after the launch of work that is not visible, so that the first window is painted before it.
+    static constexpr std::chrono::seconds deferredWorkDelay{1};
 
-    /// What the delegate works with; the references outlive it.
+    /// What the delegate uses; the references outlive it.
     struct Services
     {
         BreakEngine &engine;
@@ -65,29 +65,28 @@ public:
     explicit AppDelegate(Services services);
     ~AppDelegate() override;
 
-    /// Brings the application up in its fixed order; called once, when the event loop is about to start.
-    /// Reminders stay off. With ORVANE_DEBUG_SETTINGS set to exactly "1" in the environment the settings page
-    /// is chosen, with ORVANE_DEBUG_BREAK a break begins at once.
+    /// Starts the application; called once, when the event loop starts. Reminders stay off. If the
+    /// environment variable ORVANE_DEBUG_SETTINGS is exactly "1", selects the settings page; if
+    /// ORVANE_DEBUG_BREAK is, starts a break.
     void applicationDidFinishLaunching();
 
-    /// Ends a running break, stops every timer of the engine and has a waiting update installed; called once,
-    /// before the process ends.
+    /// Ends a running break, stops the engine's timers and installs a pending update; called once, before the
+    /// process ends.
     void applicationWillTerminate();
 
     /// Ends the application.
     void terminate();
 
-    /// Whether closing the last window ends the application: in the Dock it does, in the menu bar it does
-    /// not.
+    /// Whether closing the last window ends the application: true in Dock mode, false in menu-bar mode.
     [[nodiscard]] bool applicationShouldTerminateAfterLastWindowClosed() const;
 
-    /// Switches reminders off when they are on, and on when they are off.
+    /// Switches reminders on if they are off, and off if they are on.
     void breakToggled();
 
-    /// Begins a break, whether or not reminders are on.
+    /// Starts a break, whether or not reminders are on.
     void breakNowPressed();
 
-    /// Puts the next break off by ten minutes; ends a running one.
+    /// Ends a running break; while reminders are on, the next break comes in ten minutes.
     void postponePressed();
 
     /// Stores the chosen number of minutes under "OBIntervalMinutes" and restarts the wait with it.
@@ -96,7 +95,7 @@ public:
     /// Stores the chosen number of seconds under "OBPauseSeconds"; a running break keeps its end.
     void pauseDurationChanged(const QComboBox &sender);
 
-    /// Stores the state of the box under "OBSoundEnabled".
+    /// Stores the state of the check box under "OBSoundEnabled".
     void toggleSound(const QCheckBox &sender);
 
     /// Switches the main window to its settings page, without showing the window.
@@ -105,39 +104,39 @@ public:
     /// Switches the main window to its main page.
     void showMain();
 
-    /// Stores the state of the box under "OBMenuBarMode" and applies it.
+    /// Stores the state of the check box under "OBMenuBarMode" and applies it.
     void toggleMenuBarMode(const QCheckBox &sender);
 
-    /// Brings the main window to the front, on the page it was left on.
+    /// Brings the main window to the front, on the page it was left on. Does nothing before the launch.
     void showMainWindow();
 
-    /// Registers or unregisters the application to be opened at login. A failure is logged and corrected in
-    /// the box.
+    /// Sets whether the session opens the application at login. After a failure the check box shows the
+    /// actual state.
     void toggleLoginItem(QCheckBox &sender);
 
-    /// Sets both automatic checks and automatic downloads of updates to the state of the box.
+    /// Sets both automatic checks and automatic downloads of updates to the state of the check box.
     void toggleAutoUpdates(const QCheckBox &sender);
 
-    /// Opens the makers' web site in the browser; does nothing when its configured address is none.
+    /// Opens the makers' web site in the browser; does nothing unless its configured address is valid and
+    /// uses HTTPS.
     static void openOrvaneLabs();
 
-    /// Opens the window with the conversation with the makers, built anew; a pending message counts as read
-    /// then.
+    /// Opens the messages window with the current conversation; a pending message counts as shown.
     void showMessages();
 
-    /// Sends what stands in the reply field of the messages window and keeps it in the conversation; does
-    /// nothing when that is white space alone. Tells the user only when it could not be sent.
+    /// Sends the text in the reply field of the messages window and adds it to the conversation; does nothing
+    /// if it is only white space. The user is told only of a failure.
     void sendReply();
 
-    /// Lets the user write to the makers about a problem, and tells whether that was sent.
+    /// Opens the form for reporting a problem, and then tells the user whether the report was sent.
     void reportProblemPressed();
 
-    /// Asks the makers' server for a message, and shows it when the moment is right: no break is on, no other
-    /// dialog is open and the main window can be seen. Otherwise the badges tell of it.
+    /// Asks the makers' server for a message and shows it if no break is showing, no other dialog is open and
+    /// the main window is visible; otherwise only the badges announce it.
     void syncWithServer();
 
 protected:
-    /// Notices the closing of windows.
+    /// Watches the windows for being closed.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -162,7 +161,7 @@ private:
                    const QString &button = QStringLiteral("OK"), const std::function<void()> &dismissed = {});
     void activate();
     void awaitTray();
-    void lastWindowMayHaveClosed();
+    void terminateWithoutWindows();
     [[nodiscard]] bool isMenuBarMode() const;
 
     BreakEngine &m_engine;
@@ -178,8 +177,8 @@ private:
     AlertQueue &m_alerts;
     StatusItemController m_statusController;
 
-    // All but the messages window are there from the launch to the end, the settings page from shortly after
-    // it.
+    // The messages window is created when it is first opened, the settings page shortly after the launch,
+    // everything else at the launch.
     std::unique_ptr<QMenuBar> m_menuBar; ///< Until the main window takes it.
     std::unique_ptr<MainWindow> m_mainWindow;
     std::unique_ptr<MessagesWindow> m_messagesWindow;
@@ -191,10 +190,10 @@ private:
     SymbolButton *m_messagesButton = nullptr;
     BadgeImageView *m_messagesBadge = nullptr;
     QAction *m_appMessagesItem = nullptr;
-    bool m_shownActive = false; ///< Whether reminders are on in what is shown.
+    bool m_shownActive = false; ///< Whether the status menu shows reminders as on.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
-    Timer m_trayDeadline;
-    Timer m_settling;
+    Timer m_trayTimer;
+    Timer m_deferredWork;
     Timer m_syncTimer;
 };

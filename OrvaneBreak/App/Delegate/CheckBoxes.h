@@ -4,8 +4,8 @@
 #include <QCheckBox>
 #include <QSignalBlocker>
 
-/// Shows what is stored elsewhere. Nobody is told: the check boxes act on every change that the mouse, the
-/// keyboard or a screen reader makes.
+/// Shows a state that is stored elsewhere. Emits no signals, because the handlers of the check boxes act on
+/// every change.
 inline void setCheckedQuietly(QCheckBox &box, bool isChecked)
 {
     const QSignalBlocker blocker(box);

@@ -54,7 +54,7 @@ void AppDelegate::showOnboardingIfNeeded()
 {
     if (m_preferences.boolean(onboardedKey).value_or(false))
         return;
-    // Before the question is shown: a run that ends meanwhile does not ask again.
+    // Stored before the question is shown, so that it is not asked again even if the process ends meanwhile.
     m_preferences.setValue(onboardedKey, true);
 
     QMessageBox question(m_mainWindow->isVisible() ? m_mainWindow.get() : nullptr);
@@ -97,8 +97,7 @@ void AppDelegate::applyDisplayMode()
     m_statusController.disable();
     m_presence.setAccessory(false);
     QTimer::singleShot(0, this, [this] {
-        // Desktops that hold programs back from the foreground let the second attempt pass, once the window
-        // is there.
+        // Desktops with focus-stealing prevention accept the second activation, once the window is visible.
         activate();
         m_presence.bringToFront(*m_mainWindow);
         activate();
@@ -123,7 +122,7 @@ void AppDelegate::showMainWindow()
 
 void AppDelegate::activate()
 {
-    // A question is in front of the window that it blocks.
+    // A modal dialog belongs in front of the window that it blocks.
     if (QWidget *modal = QApplication::activeModalWidget())
         m_presence.bringToFront(*modal);
     else if (m_mainWindow->isVisible())
@@ -137,21 +136,21 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() const
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
-    // The window is hidden after this event; whether the application goes on is decided then.
+    // The window is still visible during this event, so the check is deferred.
     if (event->type() == QEvent::Close)
-        QMetaObject::invokeMethod(this, &AppDelegate::lastWindowMayHaveClosed, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &AppDelegate::terminateWithoutWindows, Qt::QueuedConnection);
     return QObject::eventFilter(watched, event);
 }
 
-void AppDelegate::lastWindowMayHaveClosed()
+void AppDelegate::terminateWithoutWindows()
 {
-    // The break screen is no window that anybody would look for.
+    // The break screen does not count as an open window.
     const QWidgetList windows = QApplication::topLevelWidgets();
-    const bool isOneLeft = std::any_of(windows.begin(), windows.end(), [](const QWidget *window) {
+    const bool isAnyOpen = std::any_of(windows.begin(), windows.end(), [](const QWidget *window) {
         return window->isVisible() &&
                (window->windowType() == Qt::Window || window->windowType() == Qt::Dialog) &&
                window->testAttribute(Qt::WA_QuitOnClose);
     });
-    if (!isOneLeft && applicationShouldTerminateAfterLastWindowClosed())
+    if (!isAnyOpen && applicationShouldTerminateAfterLastWindowClosed())
         terminate();
 }

@@ -4,7 +4,7 @@
 #include <QAction>
 #include <QMenu>
 
-/// Adds an entry named `name`; the name tells the tray which entries of two menus are the same.
+/// Adds an entry named `name`. The tray matches the entries of two menus by their names.
 template <typename Receiver, typename Slot>
 QAction *addEntry(QMenu &menu, const QString &name, const QString &title, Receiver *receiver, Slot slot,
                   const QKeySequence &shortcut = {})

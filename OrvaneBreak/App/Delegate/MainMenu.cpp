@@ -10,14 +10,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The text field that has the focus if it knows the edit command `slot`, for example "undo()".
+/// The focused widget if it has the slot `slot`, for example "undo()"; otherwise null.
 QWidget *responder(const char *slot)
 {
     QWidget *focused = QApplication::focusWidget();
     return focused && focused->metaObject()->indexOfSlot(slot) >= 0 ? focused : nullptr;
 }
 
-/// An entry that sends an edit command to the text field with the focus, and is grey while there is none.
+/// Adds an entry that calls `command` on the focused text field and is disabled while there is none.
 void addEditEntry(QMenu &menu, const QString &title, const char *command, const QKeySequence &shortcut)
 {
     const QByteArray slot = QByteArray(command) + "()";

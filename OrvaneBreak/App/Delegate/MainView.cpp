@@ -18,7 +18,7 @@ constexpr int cornerMargin = 14;
 constexpr int cornerButtonSize = 30;
 constexpr int badgeSize = 14;
 
-/// How far the column sits above the middle.
+/// How far the column is above the centre, in device-independent pixels.
 constexpr int columnLift = 4;
 
 QLabel *applicationIconView()

@@ -40,7 +40,7 @@ void AppDelegate::refreshMessageBadges()
                                                1, badgeDiameter, m_messagesBadge->devicePixelRatioF()))
                                          : QPixmap());
     m_messagesBadge->setVisible(isPending);
-    // The accent is the desktop's own.
+    // The desktop's accent colour.
     m_messagesButton->setTint(isPending ? AppearanceColor(QPalette().color(QPalette::Highlight))
                                         : secondaryLabelColor());
     m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
@@ -52,7 +52,7 @@ void AppDelegate::refreshMessageBadges()
 void AppDelegate::showPendingMessageIfSafe()
 {
     refreshMessageBadges();
-    // A dialog that is open or waits may well be this very message.
+    // An open or waiting dialog may show this very message.
     const bool isSafe = !m_engine.isOnBreak() && m_mainWindow->isVisible() && !m_alerts.isBusy();
     if (isSafe)
         showPendingMessage();
@@ -64,7 +64,7 @@ void AppDelegate::showPendingMessage()
         return;
     const ServerMessage message = *m_channel.pendingMessage();
     showAlert(u"messageAlert"_s, u"Message de Orvane Labs"_s, message.text, u"Compris"_s, [this, message] {
-        // A check-in may have brought the next one meanwhile.
+        // A check-in may have replaced the pending message meanwhile.
         m_channel.markMessageShown(message);
         refreshMessageBadges();
     });

@@ -33,8 +33,8 @@ constexpr int controlFontSize = 13;
 constexpr int smallestFontSize = 9;
 constexpr int titlePadding = 11;
 
-/// Gives `view` the size of its content at the latest where it reaches `right`: a font of the desktop that is
-/// wider than usual is made smaller until the text fits.
+/// Moves `view` to `origin` at the size of its content. If it would extend beyond `right`, which happens with
+/// wide desktop fonts, reduces its font until the text fits.
 void fit(QWidget &view, QPoint origin, int right)
 {
     QFont font = view.font();
@@ -47,14 +47,14 @@ void fit(QWidget &view, QPoint origin, int right)
     view.move(origin);
 }
 
-/// Some styles leave a title no room at the sides of its button.
+/// Adds space beside the title, because some styles leave none.
 void fitWithPadding(QPushButton &button)
 {
     const int width = QFontMetrics(button.font()).horizontalAdvance(button.text()) + 2 * titlePadding;
     button.resize(std::max(button.sizeHint().width(), width), button.sizeHint().height());
 }
 
-/// Places controls on the page; every control is a child of the page and named for what it is.
+/// Adds named controls to a page.
 class PageBuilder
 {
 public:
@@ -81,7 +81,7 @@ public:
         return view;
     }
 
-    /// A label and, to its right, a pop-up button that is read out with it.
+    /// Adds a label and, to its right, a pop-up button for `options`.
     template <typename Options, typename Number>
     QComboBox *popUpRow(const QString &title, const QString &name, int middle, const Options &options,
                         Number number, int selected)
@@ -92,7 +92,7 @@ public:
         caption->move(cardLeft, middle - caption->height() / 2);
         auto *popUp = add(new QComboBox, name);
         popUp->setFont(systemFont(controlFontSize, QFont::Normal));
-        // Screen readers read a pop-up button's value, and take its name from the label that belongs to it.
+        // Screen readers take the name of a pop-up button from its buddy.
         caption->setBuddy(popUp);
         popUp->setGeometry(popUpLeft, middle - 13, 120, 26);
         for (const auto &option : options)
@@ -122,7 +122,7 @@ private:
     QWidget *m_root;
 };
 
-/// Both buttons in one row, with the same font, whatever its width.
+/// Places both buttons in one row, in the same font, which is reduced until they fit.
 void placeButtonRow(QPushButton &first, QPushButton &second, int top)
 {
     constexpr int gap = 10;

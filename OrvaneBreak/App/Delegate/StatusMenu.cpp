@@ -18,7 +18,7 @@ std::unique_ptr<QMenu> AppDelegate::buildStatusMenu()
              m_engine.isActive() ? u"Arrêter les rappels"_s : u"Protéger mes yeux"_s, this,
              &AppDelegate::breakToggled);
     addEntry(*menu, u"breakNow"_s, u"Faire une pause maintenant"_s, this, &AppDelegate::breakNowPressed);
-    // Always selectable: the engine accepts a postponement while reminders are off, and does nothing then.
+    // Always enabled: while reminders are off, the engine ignores a postponement outside a break.
     addEntry(*menu, u"postpone"_s, u"Reporter de 10 minutes"_s, this, &AppDelegate::postponePressed);
     menu->addSeparator()->setObjectName(u"separatorAfterBreaks"_s);
     if (m_channel.pendingMessage()) {

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// The page of diagnostics as a function of what was found.
+/// The diagnostic report as a function of the facts.
 class DiagnosticReportTest : public QObject
 {
     Q_OBJECT
@@ -65,7 +65,7 @@ private Q_SLOTS:
                                                 "  Settings portal   unknown without a session bus\n"_s);
     }
 
-    void whateverStandsInTheEnvironmentIsOneLine()
+    void controlCharactersAreReplaced()
     {
         DiagnosticFacts facts = bareFacts();
         facts.currentDesktop = u"two\nlines and \x1b[2J"_s;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         DiagnosticFacts facts = bareFacts();
         facts.hasSessionBus = true;
         const QString report = diagnosticReport(facts);
-        QVERIFY(report.contains(u"Tray host         absent, and nobody keeps a list\n"_s));
+        QVERIFY(report.contains(u"Tray host         absent, and no watcher is running\n"_s));
         QVERIFY(report.contains(u"Settings portal   absent\n"_s));
     }
 
@@ -117,11 +117,12 @@ private Q_SLOTS:
         QTest::newRow("X11") << QString() << CompositorAnswer::Absent << true << bypassing;
         QTest::newRow("X11 in Wayland") << QString() << CompositorAnswer::Plain << true << bypassing;
         QTest::newRow("plain Wayland") << QString() << CompositorAnswer::Plain << false << fullScreen;
-        QTest::newRow("Wayland by wish") << u"wayland"_s << CompositorAnswer::LayerShell << false << layers;
-        QTest::newRow("plain Wayland by wish")
+        QTest::newRow("Wayland requested") << u"wayland"_s << CompositorAnswer::LayerShell << false << layers;
+        QTest::newRow("plain Wayland requested")
             << u"wayland-egl"_s << CompositorAnswer::Plain << false << fullScreen;
-        QTest::newRow("X11 by wish") << u"xcb"_s << CompositorAnswer::Absent << false << bypassing;
-        QTest::newRow("else by wish") << u"offscreen"_s << CompositorAnswer::Absent << false << fullScreen;
+        QTest::newRow("X11 requested") << u"xcb"_s << CompositorAnswer::Absent << false << bypassing;
+        QTest::newRow("another platform requested")
+            << u"offscreen"_s << CompositorAnswer::Absent << false << fullScreen;
     }
 
     void overlayKinds()

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What the tables of a privacy statement promise.
+/// The tables of a privacy statement.
 struct PrivacyStatement
 {
     using Names = QSet<QString>;
@@ -22,11 +22,11 @@ struct PrivacyStatement
     };
 
     QMap<QString, Members> requests; ///< By method and path, as in "GET /appcast.xml".
-    Names members;                   ///< Those that are explained.
+    Names members;                   ///< Members that are explained.
     Names headers;
 
-    /// Reads the three tables of the statement in the file `path`. What is written as code counts, and in the
-    /// third column of the requests a semicolon stands before what is not always there.
+    /// Reads the three tables of the statement in the file `path`. Names are those in code markup; in the
+    /// third column of the requests, members that are not always sent follow a semicolon.
     [[nodiscard]] static PrivacyStatement read(const QString &path)
     {
         QFile file(path);

@@ -29,7 +29,7 @@ using Names = PrivacyStatement::Names;
 const QString login = u"anna-maria"_s;
 const QString home = u"/home/"_s + login;
 
-/// Text that makes a difference readable.
+/// The sorted names, so that failures are readable.
 QString text(const Names &names)
 {
     QStringList sorted = names.values();
@@ -45,7 +45,7 @@ QStringList lines(const QMap<QString, Members> &requests)
     return result;
 }
 
-/// Leaves a crash of the process before and one in systemd's journal, and has both sent.
+/// Leaves a crash report of the previous process and one in systemd's journal, and sends both.
 void reportCrashes(RecordedDay &day)
 {
     const QTemporaryDir folder;
@@ -84,8 +84,8 @@ void writeToTheMakers(RecordedDay &day)
     day.confirm();
 }
 
-/// All that a user can do, and all that happens by itself.
-void live(RecordedDay &day)
+/// Everything that a user can do and everything that happens on its own.
+void liveADay(RecordedDay &day)
 {
     reportCrashes(day);
     day.hasMessage = true;
@@ -126,7 +126,7 @@ Names headersOf(const QByteArray &request)
 
 } // namespace
 
-/// The privacy statement is held against what the program sends.
+/// Compares the privacy statement with what the program sends.
 class PrivacyTest : public QObject
 {
     Q_OBJECT
@@ -146,7 +146,7 @@ private Q_SLOTS:
     void namesEveryRequestOfADayAndNoOther()
     {
         RecordedDay day({{u"SUEnableAutomaticChecks"_s, true}, {u"SUAutomaticallyUpdate"_s, true}});
-        live(day);
+        liveADay(day);
         QMap<QString, Members> promised;
         const PrivacyStatement stated = statement();
         for (auto it = stated.requests.begin(); it != stated.requests.end(); ++it)
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(!named.isEmpty());
     }
 
-    void asksAsOftenAsItSays()
+    void sendsRequestsAsOftenAsStated()
     {
         RecordedDay day({{u"SUEnableAutomaticChecks"_s, true}});
         day.launch();
@@ -181,10 +181,10 @@ private Q_SLOTS:
         QCOMPARE(day.seen.keys(), QStringList(u"POST /api/check.php"_s));
     }
 
-    void saysNothingOfThePerson()
+    void sendsNoPersonalData()
     {
         RecordedDay day;
-        live(day);
+        liveADay(day);
         for (const QString &secret : {login, QDir::homePath()})
             QVERIFY2(!day.bodies.contains(secret.toUtf8()), qPrintable(secret));
         QVERIFY(day.bodies.contains("~/bin"));
@@ -208,7 +208,7 @@ private Q_SLOTS:
         Names sent;
         for (const ScriptedServer *asker : {&posted, &asked, &continued}) {
             sent.unite(headersOf(asker->received));
-            // Newer toolkits send the names of headers in lower case.
+            // Newer versions of Qt send header names in lower case.
             for (const QByteArray header : {"User-Agent: Mozilla/5.0", "Accept-Language: fr"})
                 QVERIFY2(asker->received.toLower().contains("\r\n" + header.toLower() + "\r\n"),
                          header.constData());

@@ -6,7 +6,7 @@
 
 #include <QObject>
 
-/// An application with a server that answers everything, and a record of what it was asked.
+/// An application with a server that answers every request and records it.
 class RecordedDay final : public QObject, public ApplicationFixture
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
     /// The address that all requests go to, without a slash at the end.
     static inline const QString server = QStringLiteral("https://makers.invalid");
 
-    /// What was seen of the requests of one kind.
+    /// The recorded requests of one kind.
     struct Seen
     {
         void note(const PrivacyStatement::Names &members);
@@ -25,14 +25,14 @@ public:
         PrivacyStatement::Names atAll;
     };
 
-    /// `updates` is what the updater remembers.
+    /// `updates` are the updater's settings.
     explicit RecordedDay(const QJsonObject &updates = {});
     ~RecordedDay() override;
 
-    /// Lets time pass and the server answer.
+    /// Advances the clock and answers the requests.
     void pass(Interval interval);
 
-    /// Answers and notes all that waits.
+    /// Answers and records all pending requests.
     void settle();
 
     /// Clicks the button of this name in the main window.
@@ -41,16 +41,16 @@ public:
     /// Presses the default button of the open dialog.
     void confirm();
 
-    /// What was seen, in the form of a statement.
+    /// The recorded requests, in the form of a statement.
     [[nodiscard]] QMap<QString, PrivacyStatement::Members> requests() const;
 
     QMap<QString, Seen> seen;
     QByteArray bodies;       ///< Of all requests.
-    QByteArray item;         ///< What the feed offers from now on.
-    bool hasMessage = false; ///< The next check-in brings a message.
+    QByteArray item;         ///< The item of the update feed.
+    bool hasMessage = false; ///< Whether the next check-in gets a message.
 
 public Q_SLOTS:
-    /// The browser of this day.
+    /// Records what would be opened in the browser.
     void opened(const QUrl &url);
 
 private:

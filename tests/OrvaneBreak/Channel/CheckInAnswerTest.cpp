@@ -31,7 +31,7 @@ QString described(const CheckInVerdict &verdict)
 
 #define COMPARE_VERDICT(actual, expected) QCOMPARE(described(actual), described(CheckInVerdict(expected)))
 
-/// Which answers of a server are believed.
+/// Which answers of a server are accepted.
 class CheckInAnswerTest : public QObject
 {
     Q_OBJECT
@@ -48,7 +48,7 @@ class CheckInAnswerTest : public QObject
         return m_makers.answer(nonce, 1'700'000'000, id, message);
     }
 
-    /// A good answer with one member written as `literal`, which need not be what is signed.
+    /// A good answer with one member replaced by `literal`; the signature is not adjusted.
     [[nodiscard]] QByteArray withLiteral(const QString &member, const QByteArray &literal) const
     {
         QJsonObject object = good();
@@ -98,7 +98,7 @@ private Q_SLOTS:
             COMPARE_VERDICT(verdict, std::monostate());
     }
 
-    void believesTheMakers()
+    void acceptsTheMakersMessages()
     {
         COMPARE_VERDICT(judge(jsonBytes(good())), (ServerMessage{7, u"Bonjour"_s}));
         const qint64 large = 9007199254740993;
@@ -107,7 +107,7 @@ private Q_SLOTS:
         COMPARE_VERDICT(judge(jsonBytes(good(largest))), (ServerMessage{largest, u"Bonjour"_s}));
     }
 
-    void anAnswerWithoutMessageIsNone()
+    void anAnswerWithoutMessageIsEmpty()
     {
         COMPARE_VERDICT(judge(jsonBytes(good(0))), std::monostate());
         COMPARE_VERDICT(judge(jsonBytes(good(-3))), std::monostate());
@@ -160,7 +160,7 @@ private Q_SLOTS:
             COMPARE_VERDICT(judge(body), CheckInRefusal::Malformed);
     }
 
-    void ofDuplicatesTheOneThatIsShownIsTheOneThatWasSigned()
+    void ofDuplicateMembersTheLastIsVerifiedAndShown()
     {
         QByteArray body = jsonBytes(good());
         body.chop(1);
@@ -169,7 +169,7 @@ private Q_SLOTS:
                         (ServerMessage{7, u"Bonjour"_s}));
     }
 
-    void nulInAMessageStaysInIt()
+    void aNulInAMessageIsKept()
     {
         const QString text = u"avant"_s + QChar(0) + u"après"_s;
         COMPARE_VERDICT(judge(jsonBytes(good(7, text))), (ServerMessage{7, text}));
@@ -198,7 +198,7 @@ private Q_SLOTS:
         }
     }
 
-    void keyThatIsNone()
+    void invalidKeys()
     {
         for (const QByteArray &key :
              {QByteArray(), QByteArray("AAAA"), QByteArray("*"), m_makers.publicKeyBase64() + "AA=="})

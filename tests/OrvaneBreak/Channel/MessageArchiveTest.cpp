@@ -20,7 +20,7 @@ struct Fixture
     MessageArchive archive{preferences};
 };
 
-/// Remembers what was stored after each change.
+/// Records all stored values after each change.
 class RecordingPreferences final : public Preferences
 {
 public:
@@ -104,7 +104,7 @@ private Q_SLOTS:
         QCOMPARE(f.archive.history(now), (QList<ArchivedMessage>{{7, u"Bonjour"_s, now, false}}));
     }
 
-    static void whenItDiesMeanwhileNoMessageIsMissing()
+    static void noMessageIsMissingIfTheProcessDiesInBetween()
     {
         RecordingPreferences recording;
         MessageArchive(recording).markShown({7, u"Bonjour"_s}, now);
@@ -119,7 +119,7 @@ private Q_SLOTS:
         }
     }
 
-    static void repliesHaveTheSecondsAsTheirIdAndAllStay()
+    static void repliesUseTheSecondsAsIdAndAreAllKept()
     {
         Fixture f;
         f.archive.addReply(u"un"_s, now);

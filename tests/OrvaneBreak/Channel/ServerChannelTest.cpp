@@ -67,14 +67,14 @@ class ServerChannelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void itIsTheSharedOne()
+    static void sharedIsTheRegisteredChannel()
     {
         Fixture f;
         const SharedInstance<ServerChannel> shared(f.channel);
         QCOMPARE(&ServerChannel::shared(), &f.channel);
     }
 
-    static void theIdentifierIsMadeOnceAndKept()
+    static void theIdentifierIsCreatedOnceAndStored()
     {
         Fixture f;
         const QString id = f.channel.deviceId();
@@ -87,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(f.channel.deviceId(), u"abc"_s);
     }
 
-    static void theSystemIsToldWithoutItsPatch()
+    static void theSystemIsSentWithoutItsPatchVersion()
     {
         const Fixture f;
         QCOMPARE(f.channel.osString(), u"macOS 15.0"_s);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(f.http.requests.constFirst().json()[u"v"_s], QJsonValue(u"?"_s));
     }
 
-    static void theAcknowledgementIsSentWhenThereIsOne()
+    static void anAcknowledgementIsSentIfThereIsOne()
     {
         Fixture f;
         for (const qint64 id : {0, -5}) {
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(f.channel.messageHistory().size(), 1);
     }
 
-    static void theStatusOfACheckInIsNotLookedAt()
+    static void theStatusOfACheckInIsIgnored()
     {
         Fixture f;
         f.channel.checkWithServer([] {});
@@ -191,7 +191,7 @@ private Q_SLOTS:
         QVERIFY(!f.channel.pendingMessage());
     }
 
-    static void theOneThatWasShownIsMarkedAlsoWhenTheNextHasCome()
+    static void theShownMessageIsMarkedEvenIfTheNextHasArrived()
     {
         Fixture f;
         f.checkIn(7, u"Bonjour"_s);
@@ -250,7 +250,7 @@ private Q_SLOTS:
         QVERIFY(!*result);
     }
 
-    static void whereTheProgramMayTalkTo()
+    static void allowedAddresses()
     {
         for (const QString &address :
              {u"https://makers.invalid"_s, u"http://127.0.0.1:8471"_s, u"http://[::1]/"_s})

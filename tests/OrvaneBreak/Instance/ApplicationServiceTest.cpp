@@ -19,8 +19,7 @@ const QString objectPath = u"/ch/example/Eyes_Test"_s;
 
 } // namespace
 
-/// The first instance lives in this process, the second starts are this program again, on a session bus of
-/// their own.
+/// The first instance is in this process; each second start is this program again, on a private session bus.
 class ApplicationServiceTest : public QObject
 {
     Q_OBJECT
@@ -52,7 +51,7 @@ private Q_SLOTS:
         m_bus.stop();
     }
 
-    void theFirstLivesAndTheSecondActivatesIt()
+    void theSecondActivatesTheFirst()
     {
         ApplicationService service(applicationId);
         int activations = 0;
@@ -71,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(breaks, 1);
     }
 
-    void theSecondHandsOverWhatTheDesktopGaveIt()
+    void theSecondPassesOnItsActivationToken()
     {
         ApplicationService service(applicationId);
         QCOMPARE(service.start({}), ApplicationService::Start::First);
@@ -81,7 +80,7 @@ private Q_SLOTS:
         qunsetenv("XDG_ACTIVATION_TOKEN");
     }
 
-    void whoReleasesTheNameMakesRoomForAFirst()
+    void afterAReleaseTheNextStartIsTheFirst()
     {
         ApplicationService service(applicationId);
         QCOMPARE(service.start({}), ApplicationService::Start::First);
@@ -91,7 +90,7 @@ private Q_SLOTS:
         QCOMPARE(second->exitCode(), static_cast<int>(ApplicationService::Start::First));
     }
 
-    void theActivationTokenIsKeptForTheToolkit()
+    void theActivationTokenIsKeptForTheNextWindow()
     {
         ApplicationService service(applicationId);
         service.activate({{u"activation-token"_s, u"token-7"_s}});
@@ -101,11 +100,11 @@ private Q_SLOTS:
             service.activate({{u"activation-token"_s, token}});
             QVERIFY(!qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
         }
-        // Nobody listens, and what is unknown is left alone.
+        // Without listeners, an unknown action is ignored.
         service.activateAction(u"something-else"_s, {{u"activation-token"_s, 7.5}});
     }
 
-    void theInterfaceIsTheStandardOne()
+    void openActivatesTheApplication()
     {
         ApplicationService service(applicationId);
         int activations = 0;

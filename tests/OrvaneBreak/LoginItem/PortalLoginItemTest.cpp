@@ -18,7 +18,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// What a desktop answers to a program that wants to be opened at login.
+/// The portal for programs that want to run in the background and start at login.
 class FakeBackground : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ public:
     }
 
 public Q_SLOTS:
-    /// Answers before the caller knows the handle, as quick portals do.
+    /// Responds before the caller knows the handle, as fast portals do.
     QDBusObjectPath RequestBackground(const QString & /*parent*/, const QVariantMap &options)
     {
         const QMutexLocker lock(&m_mutex);
@@ -65,12 +65,12 @@ private:
     QVariantMap m_options;
 };
 
-/// The login item against a portal of the test's on a bus of the test's.
+/// The login item with a fake portal on a bus of its own.
 class PortalLoginItemTest : public QObject
 {
     Q_OBJECT
 
-    /// A program beside a portal, with a host's autostart folder.
+    /// A program and a portal, with the host's autostart folder.
     struct Sandbox
     {
         SessionBusDaemon daemon;
@@ -111,20 +111,20 @@ private Q_SLOTS:
         QFETCH(const bool, isWanted);
         Sandbox s;
         QVERIFY(s.portal.isRegistered);
-        QVERIFY(!s.item.setEnabled(isWanted));
+        QVERIFY(s.item.setEnabled(isWanted));
         QTRY_COMPARE(s.portal.object.answered.load(), 1);
         const QVariantMap options = s.portal.object.options();
         QCOMPARE(options.value(u"autostart"_s).toBool(), isWanted);
         QCOMPARE(options.value(u"commandline"_s).toStringList(), QStringList{u"orvanebreak"_s});
         QVERIFY(!options.value(u"reason"_s).toString().isEmpty());
-        // A second answer, a refusal, shows that the first one was none.
+        // A second request, which is refused, shows that the first was not.
         s.portal.object.response = 1;
-        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: the portal says no");
-        QVERIFY(!s.item.setEnabled(isWanted));
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: refused by the portal");
+        QVERIFY(s.item.setEnabled(isWanted));
         QTRY_COMPARE(s.refusals, 1);
     }
 
-    void statusIsWhatTheSessionHasRegistered()
+    void stateIsWhatTheSessionHasRegistered()
     {
         Sandbox s;
         QVERIFY(!s.item.isEnabled());
@@ -138,9 +138,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isBackgroundAllowed");
         QTest::addColumn<bool>("isAutostartAllowed");
         QTest::addColumn<QByteArray>("reason");
-        QTest::newRow("cancelled") << 1U << true << true << QByteArray("the portal says no");
-        QTest::newRow("no background") << 0U << false << true << QByteArray("the portal says no");
-        QTest::newRow("no autostart") << 0U << true << false << QByteArray("the portal says no to autostart");
+        QTest::newRow("cancelled") << 1U << true << true << QByteArray("refused by the portal");
+        QTest::newRow("no background") << 0U << false << true << QByteArray("refused by the portal");
+        QTest::newRow("no autostart") << 0U << true << false << QByteArray("autostart refused by the portal");
     }
 
     void refusals()
@@ -154,7 +154,7 @@ private Q_SLOTS:
         s.portal.object.isBackgroundAllowed = isBackgroundAllowed;
         s.portal.object.isAutostartAllowed = isAutostartAllowed;
         QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: " + reason);
-        QVERIFY(!s.item.setEnabled(true));
+        QVERIFY(s.item.setEnabled(true));
         QTRY_COMPARE(s.refusals, 1);
     }
 
@@ -164,7 +164,7 @@ private Q_SLOTS:
         s.portal.object.isCallRefused = true;
         QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: "
                                         "org.freedesktop.DBus.Error.AccessDenied");
-        QVERIFY(!s.item.setEnabled(true));
+        QVERIFY(s.item.setEnabled(true));
         QTRY_COMPARE(s.refusals, 1);
     }
 
@@ -183,8 +183,8 @@ private Q_SLOTS:
     void withoutABusItIsAFailure()
     {
         PortalLoginItem item({u"/nowhere"_s, u"/app/bin/orvanebreak"_s, {}}, QDBusConnection(u"none"_s));
-        const std::optional<QString> problem = item.setEnabled(true);
-        QVERIFY(problem && !problem->isEmpty() && !problem->contains(u'\n'));
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: no session bus");
+        QVERIFY(!item.setEnabled(true));
         item.requestBackground();
     }
 

@@ -66,7 +66,7 @@ class UpdaterDialogsTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QApplication::setWindowIcon(QPixmap(64, 64)); }
 
-    void whereItDoesNotInstallItselfTheOfferSaysWhoDoes_data()
+    void theOfferSaysWhoInstallsTheUpdate_data()
     {
         QTest::addColumn<UpdateInstaller::Ability>("ability");
         QTest::addColumn<QString>("ending");
@@ -76,7 +76,7 @@ private Q_SLOTS:
                                       << u"ne peut pas écrire dans son dossier : installe-la à la main."_s;
     }
 
-    void whereItDoesNotInstallItselfTheOfferSaysWhoDoes()
+    void theOfferSaysWhoInstallsTheUpdate()
     {
         QFETCH(const UpdateInstaller::Ability, ability);
         QFETCH(const QString, ending);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QVERIFY2(text.endsWith(ending), qPrintable(text));
     }
 
-    void whatIsForOtherSystemsAloneIsNoUpdate()
+    void anUpdateForOtherSystemsIsNotOffered()
     {
         Fixture f;
         f.find<QPushButton>(u"updatesButton"_s)->click();
@@ -102,7 +102,7 @@ private Q_SLOTS:
                  u"Aucune version n'est proposée pour ce système. Tu as la version 1.0."_s);
     }
 
-    void aRequestIsShownFromTheFirstClickToTheEnd()
+    void anUpdateFromTheFirstClickToTheRestart()
     {
         Fixture f;
         f.find<QPushButton>(u"updatesButton"_s)->click();
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
     }
 
-    void whatComesUnaskedNeitherBlocksNorTakesTheFocus()
+    void anUnrequestedDialogNeitherBlocksNorTakesTheFocus()
     {
         Fixture f({{u"SUEnableAutomaticChecks"_s, true}});
         f.runLoop.advance(4s);
@@ -148,18 +148,18 @@ private Q_SLOTS:
         QCOMPARE(f.updaterSettings.text(u"SUSkippedVersion"_s), u"1.1"_s);
     }
 
-    void whatComesUnaskedKeepsNoProgramRunning()
+    void anUnrequestedDialogDoesNotKeepTheProgramRunning()
     {
         Fixture f({{u"SUEnableAutomaticChecks"_s, true}});
         f.runLoop.advance(4s);
         f.answer();
         QVERIFY(Fixture::dialog(u"updateOffer"_s));
         QTimer::singleShot(0, Fixture::window(), &QWidget::close);
-        // Ends when the last window that counts has been closed.
+        // Returns when the last window that keeps the program running is closed.
         QCOMPARE(QApplication::exec(), 0);
     }
 
-    void itWaitsForTheEndOfABreakAndOfAnotherDialog()
+    void anUnrequestedDialogWaitsForABreakAndForAnotherDialog()
     {
         Fixture f({{u"SUEnableAutomaticChecks"_s, true}});
         f.engine.breakNow();
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(f.updaterSettings.boolean(u"SUEnableAutomaticChecks"_s), false);
     }
 
-    void aRequestTakesThePlaceOfWhatNobodyAnswered()
+    void aRequestReplacesAnUnansweredDialog()
     {
         Fixture f({{u"SUEnableAutomaticChecks"_s, true}});
         f.runLoop.advance(4s);
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QVERIFY(!Fixture::dialog(u"updateOffer"_s));
     }
 
-    void withoutAServerItSaysSo()
+    void withoutAServerTheUserIsTold()
     {
         ApplicationFixture f;
         f.launch();

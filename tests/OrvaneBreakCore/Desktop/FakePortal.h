@@ -9,7 +9,7 @@
 
 #include <atomic>
 
-/// The settings of a desktop, as the portal tells them.
+/// The settings portal of a desktop.
 class FakePortalSettings : public QObject
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ public:
     std::atomic<unsigned> scheme = 0;
 
 public Q_SLOTS:
-    /// The value in a variant in a variant, as portals answer.
+    /// Portals wrap the value in two variants.
     QDBusVariant Read(const QString & /*nameSpace*/, const QString & /*key*/)
     {
         return QDBusVariant(QVariant::fromValue(QDBusVariant(scheme.load())));

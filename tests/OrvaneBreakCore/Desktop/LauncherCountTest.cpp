@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// Writes down what a launcher hears.
+/// Records the signals that a launcher receives.
 class Launcher : public QObject
 {
     Q_OBJECT
@@ -29,27 +29,27 @@ public:
 
     bool appear() { return m_bus.registerService(u"com.canonical.Unity"_s); }
 
-    QStringList heard;
+    QStringList received;
 
 public Q_SLOTS:
     void update(const QString &entry, const QVariantMap &properties)
     {
-        heard << u"%1 %2 %3"_s.arg(entry)
-                     .arg(properties.value(u"count"_s).toLongLong())
-                     .arg(properties.value(u"count-visible"_s).toBool());
+        received << u"%1 %2 %3"_s.arg(entry)
+                        .arg(properties.value(u"count"_s).toLongLong())
+                        .arg(properties.value(u"count-visible"_s).toBool());
     }
 
 private:
     QDBusConnection m_bus;
 };
 
-/// The number on the icon, on a bus of the test's.
+/// The number on the icon, on a private bus.
 class LauncherCountTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    static void tellsEveryChangeAndEveryNewLauncher()
+    static void announcesChangesAndAnswersNewLaunchers()
     {
         const SessionBusDaemon daemon;
         Launcher launcher(daemon.address());
@@ -58,13 +58,14 @@ private Q_SLOTS:
         count.setCount(0);
         count.setCount(1);
         count.setCount(1);
-        QTRY_COMPARE(launcher.heard.size(), 1);
+        QTRY_COMPARE(launcher.received.size(), 1);
         QVERIFY(launcher.appear());
-        QTRY_COMPARE(launcher.heard.size(), 2);
+        QTRY_COMPARE(launcher.received.size(), 2);
         count.setCount(0);
-        QTRY_COMPARE(launcher.heard.size(), 3);
+        QTRY_COMPARE(launcher.received.size(), 3);
         const QString shown = u"application://ch.example.App.desktop 1 1"_s;
-        QCOMPARE(launcher.heard, (QStringList{shown, shown, u"application://ch.example.App.desktop 0 0"_s}));
+        QCOMPARE(launcher.received,
+                 (QStringList{shown, shown, u"application://ch.example.App.desktop 0 0"_s}));
         QDBusConnection::disconnectFromBus(u"program"_s);
     }
 

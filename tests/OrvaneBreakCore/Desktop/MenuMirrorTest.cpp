@@ -55,7 +55,7 @@ private Q_SLOTS:
         QTest::newRow("inserted") << usual
                                   << QStringList{u"a"_s, u"b"_s, u"|1"_s, u"new"_s, u"c"_s, u"|2"_s, u"d"_s};
         QTest::newRow("removed") << usual << QStringList{u"b"_s, u"c"_s};
-        QTest::newRow("turned round") << usual << QStringList{u"c"_s, u"|1"_s, u"b"_s, u"a"_s};
+        QTest::newRow("reversed") << usual << QStringList{u"c"_s, u"|1"_s, u"b"_s, u"a"_s};
         QTest::newRow("emptied") << usual << QStringList();
         QTest::newRow("filled") << QStringList() << usual;
     }

@@ -26,7 +26,7 @@ bool isDark()
 
 } // namespace
 
-/// Light and dark as a portal of the test's on a bus of the test's says.
+/// Light and dark with a fake portal on a private bus.
 class PortalAppearanceTest : public QObject
 {
     Q_OBJECT
@@ -54,7 +54,7 @@ private Q_SLOTS:
         m_daemon.reset();
     }
 
-    static void asksAtTheBeginning_data()
+    static void queriesAtTheBeginning_data()
     {
         QTest::addColumn<unsigned>("scheme");
         QTest::addColumn<bool>("dark");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTest::newRow("a scheme of the future") << 77U << false;
     }
 
-    void asksAtTheBeginning()
+    void queriesAtTheBeginning()
     {
         QFETCH(const unsigned, scheme);
         const FakePortal portal(m_daemon->address(), scheme);
@@ -86,13 +86,13 @@ private Q_SLOTS:
         QTRY_VERIFY(!isDark());
     }
 
-    void leavesOtherSettingsAlone()
+    void ignoresOtherSettings()
     {
         const FakePortal portal(m_daemon->address(), 1);
         const PortalAppearance program(bus());
         portal.announce(u"org.gnome.desktop.interface"_s, colorScheme, u"prefer-light"_s);
         portal.announce(appearance, u"accent-color"_s, 2U);
-        // Announcements arrive in their order: with the last one the earlier ones have been seen.
+        // Announcements arrive in order, so the earlier ones have been handled when the last one is.
         QPalette mark = QApplication::palette();
         mark.setColor(QPalette::Window, QColor(1, 2, 3));
         QApplication::setPalette(mark);

@@ -9,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-/// The engine when the clock is set, the machine sleeps, or a date is absurd.
+/// The engine when the clock is set, the machine sleeps, or a date is far away.
 class BreakEngineClockTest : public QObject
 {
     Q_OBJECT
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
     }
 
-    void absurdPostponementsAreDates()
+    void extremePostponements()
     {
         EngineFixture f;
         f.engine.start();

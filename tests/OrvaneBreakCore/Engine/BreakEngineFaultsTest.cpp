@@ -15,27 +15,27 @@ namespace {
 
 constexpr int secondsInAnHour = 3600;
 
-/// An engine whose clock is set once a second, and what its user saw.
-struct RestlessClock : EngineFixture
+/// An engine whose clock is set once a second, and what its user sees.
+struct SteppingClock : EngineFixture
 {
-    /// One hour as the user lives it. `step` tells by how much the clock is set after each second.
-    void anHour(const std::function<Interval()> &step)
+    /// Lets one real hour pass. `step` returns by how much the clock is set after each second.
+    void passAnHour(const std::function<Interval()> &step)
     {
         for (int second = 0; second < secondsInAnHour; ++second) {
-            live(1s);
+            pass(1s);
             runLoop.jump(step());
-            look();
+            observe();
         }
     }
 
-    /// Lets a part of that hour pass.
-    void live(Interval interval)
+    /// Lets real time pass.
+    void pass(Interval interval)
     {
         runLoop.advance(interval);
-        look();
+        observe();
     }
 
-    void look()
+    void observe()
     {
         for (const QString &line : takeLog()) {
             if (line.startsWith("show"_L1)) {
@@ -46,20 +46,20 @@ struct RestlessClock : EngineFixture
                 isBreakShown = false;
             }
         }
-        isWrongShown = isWrongShown || isBreakShown != engine.isOnBreak();
-        longestTimers = std::max(longestTimers, runLoop.timers().size());
+        isShownWrongly = isShownWrongly || isBreakShown != engine.isOnBreak();
+        maxTimers = std::max(maxTimers, runLoop.timers().size());
     }
 
     int breaks = 0;
     bool isBreakShown = false;
     bool areTwoShown = false;
-    bool isWrongShown = false;
-    std::size_t longestTimers = 0;
+    bool isShownWrongly = false;
+    std::size_t maxTimers = 0;
 };
 
 } // namespace
 
-/// The engine on a machine that is not well.
+/// The engine with a faulty clock or a blocked event loop.
 class BreakEngineFaultsTest : public QObject
 {
     Q_OBJECT
@@ -67,44 +67,44 @@ class BreakEngineFaultsTest : public QObject
 private Q_SLOTS:
     void clockSteppingForwardsEverySecond()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.start();
-        f.anHour([] { return 59s; });
-        // An hour in which the clock shows sixty: a break in every twenty minutes and twenty seconds of it,
-        // and each ends with the next step.
+        f.passAnHour([] { return 59s; });
+        // The clock advances by sixty hours: a break every twenty minutes and twenty seconds, each of which
+        // ends at the next step.
         QVERIFY2(f.breaks >= 170 && f.breaks <= 180, qPrintable(QString::number(f.breaks)));
-        QVERIFY(!f.areTwoShown && !f.isWrongShown);
-        QCOMPARE(f.longestTimers, std::size_t(2));
-        f.live(20min);
-        f.live(20s);
+        QVERIFY(!f.areTwoShown && !f.isShownWrongly);
+        QCOMPARE(f.maxTimers, std::size_t(2));
+        f.pass(20min);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
     void clockSteppingBackwardsEverySecond()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.start();
-        f.anHour([] { return -2s; });
+        f.passAnHour([] { return -2s; });
         QCOMPARE(f.breaks, 0);
         QCOMPARE(f.engine.statusText(), u"Prochaine pause dans 1 h 20"_s);
         // The clock is right again: the break that was due meanwhile comes at once.
         f.runLoop.jump(2h);
-        f.look();
+        f.observe();
         QCOMPARE(f.breaks, 1);
-        f.live(20s);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
     void clockSteppingBackwardsDuringABreak()
     {
-        RestlessClock f;
+        SteppingClock f;
         f.engine.breakNow();
-        f.anHour([] { return -2s; });
-        // It ends by the clock, so it is still there; "Passer" and Escape work all the time.
+        f.passAnHour([] { return -2s; });
+        // It ends by the clock, so it is still showing; "Passer" and Escape work all the time.
         QVERIFY(f.isBreakShown && !f.areTwoShown);
         f.overlay->onSkip();
-        f.look();
-        QVERIFY(!f.isBreakShown && !f.isWrongShown);
+        f.observe();
+        QVERIFY(!f.isBreakShown && !f.isShownWrongly);
         QCOMPARE(timerLines(f.runLoop), QStringList());
     }
 
@@ -120,22 +120,22 @@ private Q_SLOTS:
         QFETCH(quint32, seed);
         std::mt19937 random(seed);
         std::uniform_int_distribution<int> seconds(-90, 90);
-        RestlessClock f;
+        SteppingClock f;
         const Date begin = f.runLoop.now();
         f.engine.start();
-        f.anHour([&] { return std::chrono::seconds(seconds(random)); });
-        QVERIFY(!f.areTwoShown && !f.isWrongShown);
-        QVERIFY(f.longestTimers <= 2);
-        // The clock is right again, and all goes on as ever.
+        f.passAnHour([&] { return std::chrono::seconds(seconds(random)); });
+        QVERIFY(!f.areTwoShown && !f.isShownWrongly);
+        QVERIFY(f.maxTimers <= 2);
+        // The clock is right again, and breaks come as usual.
         f.runLoop.jump(begin + 1h - f.runLoop.now());
         f.engine.stop();
         f.engine.start();
-        f.look();
+        f.observe();
         QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
         const int before = f.breaks;
-        f.live(20min);
+        f.pass(20min);
         QCOMPARE(f.breaks, before + 1);
-        f.live(20s);
+        f.pass(20s);
         QVERIFY(!f.isBreakShown);
     }
 
@@ -162,7 +162,7 @@ private Q_SLOTS:
         f.runLoop.advance(15s);
         f.takeLog();
         f.runLoop.block(10s);
-        // Five seconds late, and the wait for the next one begins only then.
+        // The break ends five seconds late, and the wait for the next one starts only then.
         QCOMPARE(f.takeLog(), (QStringList{u"hide"_s, u"change"_s}));
         QCOMPARE(f.engine.nextBreakDate(), f.runLoop.now() + 20min);
         QCOMPARE(timerLines(f.runLoop), (QStringList{u"once 1200 ±10"_s, u"every 60 ±5"_s}));
@@ -175,7 +175,7 @@ private Q_SLOTS:
         f.runLoop.advance(20min - 5s);
         f.takeLog();
         f.runLoop.block(10s);
-        // The status line has missed a minute; the break is five seconds late and as long as ever.
+        // The status line has missed a minute; the break is five seconds late and lasts as long as usual.
         QCOMPARE(f.takeLog(), (QStringList{u"show 20"_s, u"change"_s}));
         f.runLoop.advance(20s - 1us);
         QVERIFY(f.overlay->isShown);
@@ -190,7 +190,7 @@ private Q_SLOTS:
         f.runLoop.advance(5min + 55s);
         f.takeLog();
         f.runLoop.block(10s);
-        // One call makes up for what was missed, and the next comes in its old rhythm.
+        // One call replaces the missed ones, and the next one keeps the phase.
         QCOMPARE(f.takeLog(), QStringList{u"change"_s});
         f.runLoop.advance(55s - 1us);
         QCOMPARE(f.takeLog(), QStringList());

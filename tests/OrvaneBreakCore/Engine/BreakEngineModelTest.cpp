@@ -74,7 +74,7 @@ public:
         else if (choice < 40)
             passTime(choice);
         else if (choice < 60)
-            changeTheWorld(choice);
+            changeEnvironment(choice);
         else
             operate(choice);
     }
@@ -108,8 +108,8 @@ private:
         else if (choice == 8)
             interval = std::chrono::seconds(pick(3000));
         if (choice > 36) {
-            // A clock change or a suspend; set back by more than a minute only now and then, as a break would
-            // last.
+            // A clock change or a suspend. The clock is rarely set back by more than a minute, because a
+            // running break would last that much longer.
             const std::array<Interval, 6> jumps{500ms, 45s, 8h, -1s, -45s, pick(20) ? 10min : -25min};
             interval = jumps.at(static_cast<std::size_t>(pick(6)));
             m_runLoop.jump(interval);
@@ -120,8 +120,8 @@ private:
         m_model.advance(interval);
     }
 
-    /// The clock is set back during a break, reminders are switched on, and then nobody touches anything for
-    /// long: the way for a break to come due while another is still showing.
+    /// Sets the clock back during a break, switches reminders on and then only lets time pass: the way for a
+    /// break to come due while another is still showing.
     void passTimeQuietly()
     {
         const bool isFirst = m_quietSteps-- == 12;
@@ -135,7 +135,7 @@ private:
         }
     }
 
-    void changeTheWorld(int choice)
+    void changeEnvironment(int choice)
     {
         // Pairs of what is stored and what it reads as.
         static const std::array<std::pair<QJsonValue, int>, 8> intervals{
@@ -224,7 +224,7 @@ private Q_SLOTS:
             if (!difference.isEmpty())
                 QFAIL(qPrintable(u"operation %1: %2 differ"_s.arg(operation).arg(difference)));
         }
-        // A transition that was never made has compared nothing.
+        // A transition that never happened was not compared.
         const std::vector<int> &counts = comparison.model().transitionCounts();
         for (std::size_t row = 0; row < counts.size(); ++row)
             QVERIFY2(counts.at(row) > 20, EngineModel::transitionName(row).c_str());

@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(breaks, 23);
     }
 
-    void idleForExactlyTheThresholdSkips_data()
+    void idleTimeFromTheThresholdOnSkips_data()
     {
         QTest::addColumn<double>("idle");
         QTest::addColumn<bool>("isSkipped");
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QTest::newRow("unknown counts as active") << 0.0 << false;
     }
 
-    void idleForExactlyTheThresholdSkips()
+    void idleTimeFromTheThresholdOnSkips()
     {
         QFETCH(const double, idle);
         QFETCH(const bool, isSkipped);
@@ -369,7 +369,7 @@ private Q_SLOTS:
         QCOMPARE(f.takeLog(), (QStringList{u"show 20"_s, u"play Glass"_s, u"change"_s}));
     }
 
-    void withoutAListenerNothingBreaks()
+    void worksWithoutAListener()
     {
         EngineFixture f;
         f.engine.onChange = nullptr;
@@ -380,7 +380,7 @@ private Q_SLOTS:
         QVERIFY(!ticksOnly(f.takeLog()).isEmpty());
     }
 
-    void sharedIsTheNamedEngine()
+    void sharedIsTheRegisteredEngine()
     {
         EngineFixture f;
         const SharedInstance<BreakEngine> shared(f.engine);

@@ -42,7 +42,7 @@ private Q_SLOTS:
         QCOMPARE(preferences.stored.value("OBIntervalMinutes"_L1), QJsonValue(15));
     }
 
-    void numbersOfTheOtherTableReadAs20()
+    void otherNumbersReadAs20()
     {
         MemoryPreferences preferences;
         BreakSettings::setPauseSeconds(preferences, 45);
@@ -64,7 +64,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyReadFindsARowOfItsTable_data()
+    void invalidValuesReadAsDefaults_data()
     {
         QTest::addColumn<QJsonValue>("stored");
         QTest::newRow("zero") << QJsonValue(0);
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QTest::newRow("null") << QJsonValue();
     }
 
-    void everyReadFindsARowOfItsTable()
+    void invalidValuesReadAsDefaults()
     {
         QFETCH(const QJsonValue, stored);
         MemoryPreferences preferences;

@@ -40,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(breakStatusText(false, true, now + Interval(microseconds), now), expected);
     }
 
-    void breakLineWhateverTheOtherState()
+    void duringABreakTheOtherStateIsIgnored()
     {
         const Date now{1'700'000'000s};
         for (const bool isActive : {false, true}) {

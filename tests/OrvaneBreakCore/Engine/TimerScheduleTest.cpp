@@ -13,7 +13,7 @@ class TimerScheduleTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aLoneTimerIsServedOnTime()
+    void aSingleTimerFiresOnTime()
     {
         ManualRunLoop runLoop;
         Date fired;
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(calls, 1);
     }
 
-    void repeatingKeepsItsPhaseAndMakesUpOnce()
+    void repeatingKeepsItsPhaseAndReplacesMissedCallsByOne()
     {
         ManualRunLoop runLoop;
         std::vector<double> fired;
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(fired, (QStringList{u"self"_s, u"added"_s}));
     }
 
-    void withoutTimersNothingWakes()
+    void withoutTimersThereIsNoWakeUp()
     {
         const TimerSchedule schedule({});
         QVERIFY(!schedule.nextWakeUp());

@@ -28,7 +28,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// `color` as it is seen on `background`.
+/// `color` composited over `background`.
 QColor over(const QColor &color, const QColor &background)
 {
     const auto mixed = [alpha = color.alphaF()](float above, float below) {
@@ -75,7 +75,7 @@ private Q_SLOTS:
         QApplication::setPalette(lightPalette());
     }
 
-    /// First: what is loaded stays.
+    /// Runs first, because loaded plugins stay loaded.
     static void menuBarsLoadNoPicturePlugins()
     {
         const QMenuBar bar;
@@ -114,7 +114,7 @@ private Q_SLOTS:
                      qPrintable(QString::number(text)));
     }
 
-    static void buttonsAnswerToThePointer()
+    static void buttonsShowHoveringAndPressing()
     {
         QPushButton button(u"Signaler un problème…"_s);
         button.resize(button.sizeHint());
@@ -158,7 +158,7 @@ private Q_SLOTS:
             QVERIFY(showsFocusOfTheKeyboard(window, *control));
     }
 
-    static void textFieldsShowWhereKeysArrive()
+    static void textFieldsShowTheFocus()
     {
         QWidget window;
         QVBoxLayout layout(&window);
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(250, image.height() - 1), image.pixelColor(250, 2));
     }
 
-    static void theMenuBarMarksWhatIsPointedAt()
+    static void theMenuBarHighlightsTheActiveMenu()
     {
         QMenuBar bar;
         bar.setNativeMenuBar(false);
@@ -203,7 +203,7 @@ private Q_SLOTS:
         QCOMPARE(marked.pixelColor(6, 3), still.pixelColor(6, 3));
     }
 
-    static void whatIsNotOursLooksAsTheToolkitDrawsIt()
+    static void otherElementsAreDrawnByTheBaseStyle()
     {
         const QWidget plain;
         QSpinBox number;
@@ -221,13 +221,13 @@ private Q_SLOTS:
             style.drawComplexControl(QStyle::CC_SpinBox, &spin, &painter, &number);
             return image;
         };
-        const std::unique_ptr<QStyle> toolkits(QStyleFactory::create(u"fusion"_s));
+        const std::unique_ptr<QStyle> baseStyle(QStyleFactory::create(u"fusion"_s));
         HouseStyle house;
-        QCOMPARE(draw(house), draw(*toolkits));
+        QCOMPARE(draw(house), draw(*baseStyle));
         QVERIFY(!house.standardIcon(QStyle::SP_MessageBoxWarning, nullptr, nullptr).isNull());
     }
 
-    static void whatIsOursIsLeftOut()
+    static void replacedElementsAreNotDrawn()
     {
         QMenuBar bar;
         QPushButton button;

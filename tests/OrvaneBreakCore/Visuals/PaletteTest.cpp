@@ -146,7 +146,7 @@ private Q_SLOTS:
         QCOMPARE(button.cursor().shape(), Qt::PointingHandCursor);
     }
 
-    void buttonsAnswerToThePointer()
+    void buttonsShowHoveringAndPressing()
     {
         AccentButton accent(u"Envoyer"_s, breakTealFixed);
         SymbolButton symbol(u"eye"_s, 16, u"Veille"_s);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QVERIFY(painted(checkedBox, Qt::white) != checked);
     }
 
-    void theFocusIsShownOnceTheKeyboardHasMovedIt()
+    void theFocusIsShownAfterTheKeyboardHasMovedIt()
     {
         QWidget window;
         QVBoxLayout layout(&window);

@@ -88,7 +88,7 @@ private Q_SLOTS:
         QCOMPARE(image.size(), QSize(qRound(size * scale), qRound(size * scale)));
         QCOMPARE(image.devicePixelRatio(), scale);
         QVERIFY(isDrawnIn(image, tint));
-        QVERIFY2(opaquePixels(image) > 0, "too thin for this size");
+        QVERIFY2(opaquePixels(image) > 0, "no opaque pixel at this size");
         const double covered = coverage(image);
         QVERIFY2(covered > 0.05 && covered < 0.75, qPrintable(QString::number(covered)));
         QCOMPARE(image.pixelColor(0, 0).alpha(), 0);
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QVERIFY(isNear(image.pixelColor(32, 46), QColor(255, 0, 0, 128)));
     }
 
-    void theFilledEyeIsTheSameEyeButFull()
+    void theFilledEyeHasTheSameOutline()
     {
         const QImage open = Symbols::image(u"eye"_s, 96, tint, 1);
         const QImage filled = Symbols::image(u"eye.fill"_s, 96, tint, 1);
@@ -120,7 +120,7 @@ private Q_SLOTS:
             QVERIFY(y < 96);
             QVERIFY(filled.pixelColor(x, y).alpha() >= 128);
         }
-        // The white of the eye and the iris change places.
+        // In the filled eye the white and the iris are swapped.
         for (const int x : {22, 74}) {
             QCOMPARE(open.pixelColor(x, 48).alpha(), 0);
             QCOMPARE(filled.pixelColor(x, 48), tint);
@@ -144,7 +144,7 @@ private Q_SLOTS:
         }
     }
 
-    void theOthersHaveTheirShapes()
+    void shapesOfTheOtherSymbols()
     {
         const QImage gear = Symbols::image(u"gearshape.fill"_s, 96, tint, 1);
         QCOMPARE(gear.pixelColor(48, 48).alpha(), 0);

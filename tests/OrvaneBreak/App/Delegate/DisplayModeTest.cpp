@@ -18,14 +18,14 @@ class DisplayModeTest : public QObject
 {
     Q_OBJECT
 
-    /// Does something with the first-launch question as soon as it is on the screen.
+    /// Calls `action` with the first-launch question as soon as it is shown.
     template <typename Action>
     static void whenAsked(Action action)
     {
         QTimer::singleShot(0, qApp, [action] {
             auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
             if (!question)
-                qFatal("the question is not there");
+                qFatal("the question is not shown");
             action(*question);
         });
     }
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QVERIFY(f.delegate.applicationShouldTerminateAfterLastWindowClosed());
     }
 
-    void nobodyIsShownAWindowThatIsNotThereYet()
+    void showingTheWindowBeforeTheLaunchDoesNothing()
     {
         ApplicationFixture f;
         f.delegate.showMainWindow();
@@ -67,7 +67,7 @@ private Q_SLOTS:
         QVERIFY(!f.window());
     }
 
-    void theFirstWindowComesBeforeWhatNobodySees()
+    void invisibleWorkIsDeferredUntilTheWindowIsShown()
     {
         ApplicationFixture f;
         f.delegate.applicationDidFinishLaunching();
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(f.find<QWidget>(u"settingsView"_s)->isHidden());
     }
 
-    void theSettingsComeBeforeTheirTimeToWhoAsksForThem()
+    void theSettingsPageIsBuiltEarlyOnRequest()
     {
         ApplicationFixture f;
         f.delegate.applicationDidFinishLaunching();
@@ -99,12 +99,13 @@ private Q_SLOTS:
         QVERIFY(!f.window()->isVisible());
         QCOMPARE(f.tray.items, 1);
         QCOMPARE(f.tray.symbol, u"eye"_s);
-        // What could crash comes later, and no window can flash up in the task bar.
+        // The crash reporter is first, and accessory mode is set before any window can appear in the task
+        // bar.
         QCOMPARE(f.presence.log, (QStringList{u"crash reporter"_s, u"accessory"_s}));
         QVERIFY(!f.delegate.applicationShouldTerminateAfterLastWindowClosed());
     }
 
-    void withoutAnyTrayTheWindowIsTheDoor()
+    void withoutATrayTheWindowIsShown()
     {
         ApplicationFixture f;
         f.preferences.setValue(u"OBMenuBarMode"_s, true);
@@ -115,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(f.window()->isVisible());
     }
 
-    void aTrayThatIsLostLeavesTheWindowAsTheDoor()
+    void afterTheTrayIsLostTheWindowIsShown()
     {
         ApplicationFixture f;
         f.preferences.setValue(u"OBMenuBarMode"_s, true);
@@ -178,8 +179,8 @@ private Q_SLOTS:
         QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
     }
 
-    /// A desktop that shows the menu bar itself does not know that a question is open.
-    void theSettingsFollowTheAnswerWhereTheyWereOpenedMeanwhile()
+    /// Where the desktop shows the menu bar, settings can be opened while the question is open.
+    void settingsOpenedMeanwhileFollowTheAnswer()
     {
         FirstLaunch f;
         whenAsked([&f](const QMessageBox &) { f.delegate.showSettings(); });
@@ -188,7 +189,7 @@ private Q_SLOTS:
         QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
     }
 
-    void escapeAndTheCloseButtonAreAnyOtherAnswer()
+    void escapeAndTheCloseButtonMeanTheDock()
     {
         FirstLaunch escape;
         whenAsked([](QMessageBox &question) { QTest::keyClick(&question, Qt::Key_Escape); });
@@ -225,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(f.tray.items, 0);
         QCOMPARE(f.presence.log, QStringList{u"regular"_s});
         QTRY_VERIFY(f.window()->isVisible());
-        // Hidden windows are not activated; then the window is shown, and the second activation reaches it.
+        // The first activation skips the hidden window; the second reaches it once it is shown.
         QCOMPARE(f.presence.log, (QStringList{u"regular"_s, u"front mainWindow"_s, u"front mainWindow"_s}));
         QVERIFY(f.find<QWidget>(u"settingsView"_s)->isVisible());
     }
@@ -240,7 +241,7 @@ private Q_SLOTS:
         QCOMPARE(aboutToQuit.count(), 1);
     }
 
-    void closingInTheDockDuringABreakQuitsToo()
+    void closingInTheDockDuringABreakQuits()
     {
         ApplicationFixture f;
         f.launch();
@@ -252,7 +253,7 @@ private Q_SLOTS:
         QVERIFY(!f.overlay->isShown);
     }
 
-    void closingInTheDockWithAnotherWindowOpenGoesOn()
+    void closingInTheDockWithAnotherWindowOpenDoesNotQuit()
     {
         ApplicationFixture f;
         f.launch();

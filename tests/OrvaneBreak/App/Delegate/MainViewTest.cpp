@@ -105,7 +105,7 @@ private Q_SLOTS:
                  tertiaryLabelColor().resolved(status->palette()));
     }
 
-    void returnTogglesWhateverButtonHasTheFocus()
+    void returnTogglesRemindersWhicheverButtonHasTheFocus()
     {
         ApplicationFixture f;
         f.launch();

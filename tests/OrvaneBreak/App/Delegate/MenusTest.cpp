@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(f.tray.menu.get(), menu);
     }
 
-    void statusMenuKnowsWhatHappenedWhileItWasAway()
+    void statusMenuIsUpToDateWhenItReturns()
     {
         InMenuBar f;
         f.tray.choose(u"Protéger mes yeux"_s);

@@ -56,7 +56,7 @@ private Q_SLOTS:
         QVERIFY(!f.dialog());
     }
 
-    void escapeIsAnAnswerAsWell()
+    void escapeAcknowledgesAMessage()
     {
         Launched f;
         f.deliver(7, u"Bonjour"_s);
@@ -80,7 +80,7 @@ private Q_SLOTS:
         f.press(u"alertDefault"_s);
     }
 
-    void withTheWindowHiddenOnlyTheBadgesTell()
+    void withTheWindowHiddenOnlyTheBadgesAreShown()
     {
         Launched f(true);
         QVERIFY(!f.tray.menu->findChild<QAction *>(u"messages"_s));
@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(body->height(), qCeil(body->document()->size().height()));
     }
 
-    void whiteSpaceIsNoReply()
+    void whiteSpaceIsNotSent()
     {
         Launched f;
         f.delegate.showMessages();
@@ -282,7 +282,7 @@ private Q_SLOTS:
         QVERIFY(!f.dialog());
     }
 
-    void aReplyThatCouldNotBeSentStays()
+    void aReplyThatCouldNotBeSentIsKept()
     {
         Launched f;
         f.http.requests.clear();
@@ -298,7 +298,7 @@ private Q_SLOTS:
         QCOMPARE(f.channel.messageHistory().size(), 1);
     }
 
-    void answersAfterTheEndAreNobodysBusiness()
+    void answersAfterTheEndAreIgnored()
     {
         auto f = std::make_unique<Launched>();
         const FakeHttp::Request request = f->http.requests.constFirst();

@@ -80,7 +80,7 @@ private Q_SLOTS:
         QVERIFY(f.http.requests.isEmpty());
     }
 
-    void dialogsComeOneByOneAndNeverInABreak()
+    void dialogsAreShownOneByOneAndNeverDuringABreak()
     {
         Launched f;
         f.http.requests.clear();

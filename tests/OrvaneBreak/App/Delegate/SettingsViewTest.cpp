@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(f.preferences.stored.value("OBSoundEnabled"_L1), QJsonValue(false));
     }
 
-    void updatesBoxIsOnOnlyWhenBothAreOn_data()
+    void updatesBoxIsOnOnlyIfBothAreOn_data()
     {
         QTest::addColumn<bool>("checks");
         QTest::addColumn<bool>("downloads");
@@ -169,7 +169,7 @@ private Q_SLOTS:
         }
     }
 
-    void updatesBoxIsOnOnlyWhenBothAreOn()
+    void updatesBoxIsOnOnlyIfBothAreOn()
     {
         QFETCH(const bool, checks);
         QFETCH(const bool, downloads);
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QCOMPARE(f.updaterController.updater().automaticallyDownloadsUpdates(), wanted);
     }
 
-    void updateIntervalIsAnHourWhateverWasStored()
+    void updateIntervalIsAnHourWhateverIsStored()
     {
         ApplicationFixture f;
         f.updaterSettings.setValue(u"SUScheduledCheckInterval"_s, 86400);
@@ -204,15 +204,14 @@ private Q_SLOTS:
         QVERIFY(box->isChecked());
     }
 
-    void refusedLoginItemIsLoggedAndTheBoxCorrected()
+    void failedLoginItemCorrectsTheBox()
     {
         OnSettings f;
-        f.loginItem.refusal = u"read-only"_s;
+        f.loginItem.isRefusing = true;
         auto *box = f.find<QCheckBox>(u"loginCheckbox"_s);
-        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: ouverture à la connexion: read-only");
         box->click();
         QVERIFY(!box->isChecked());
-        f.loginItem.refusal.clear();
+        f.loginItem.isRefusing = false;
         box->click();
         QVERIFY(box->isChecked());
         QVERIFY(f.loginItem.isOn);
@@ -230,16 +229,16 @@ private Q_SLOTS:
         QVERIFY(!f.loginItem.isOn);
     }
 
-    void versionOfTheBundleOrAQuestionMark()
+    void versionIsAQuestionMarkIfUnknown()
     {
-        OnSettings unknown;
-        QCOMPARE(unknown.find<QLabel>(u"versionLabel"_s)->text(), u"OrvaneBreak v?"_s);
+        OnSettings f;
+        QCOMPARE(f.find<QLabel>(u"versionLabel"_s)->text(), u"OrvaneBreak v?"_s);
     }
 
     void boxesActHoweverTheyAreChanged()
     {
         OnSettings f;
-        // As a screen reader does: no click is involved.
+        // Screen readers change a box without a click.
         f.find<QCheckBox>(u"soundCheckbox"_s)->toggle();
         QVERIFY(BreakSettings::soundEnabled(f.preferences));
         f.find<QCheckBox>(u"loginCheckbox"_s)->toggle();
