@@ -2,13 +2,13 @@
 #include "NetworkDownloads.h"
 
 #include "Http.h"
-#include "SafeRequest.h"
 #include "SpareDescriptors.h"
+#include "Transfer.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QTimer>
+#include <QUrl>
 
 #include <optional>
 #include <utility>
@@ -19,8 +19,6 @@ namespace {
 
 using End = Downloads::End;
 
-constexpr qint64 bufferSize = 1'048'576;
-constexpr qint64 pieceSize = 65'536;
 constexpr int wholeFile = 200;
 constexpr int partOfFile = 206;
 constexpr int requestTimeout = 408;
@@ -28,11 +26,11 @@ constexpr int rangeNotSatisfiable = 416;
 constexpr int tooManyRequests = 429;
 constexpr int serverTrouble = 500;
 
-/// Where the part that an answer holds begins; absent when it does not say so.
-std::optional<qint64> rangeBegin(const QNetworkReply &reply)
+/// Where the part of the file in an answer begins; absent when the answer does not say so.
+std::optional<qint64> rangeBegin(const QByteArray &contentRange)
 {
     static const QRegularExpression form(uR"(\Abytes (\d{1,18})-\d+/(?:\d+|\*)\z)"_s);
-    const auto match = form.match(QString::fromLatin1(reply.rawHeader("Content-Range")));
+    const auto match = form.match(QString::fromLatin1(contentRange));
     return match.hasMatch() ? std::optional(match.captured(1).toLongLong()) : std::nullopt;
 }
 
@@ -51,109 +49,90 @@ public:
         : m_offset(offset)
         , m_receiver(std::make_shared<const Downloads::Receiver>(std::move(receiver)))
     {
+        m_silence.setSingleShot(true);
+        connect(&m_silence, &QTimer::timeout, this, [this] { end(End::Broken); });
     }
 
-    ~NetworkExchange() override { dropReply(); }
-    NetworkExchange(const NetworkExchange &) = delete;
-    NetworkExchange &operator=(const NetworkExchange &) = delete;
-
-    void watch(QNetworkReply *reply)
+    void start(TransferLoop &loop, const QUrl &url, std::chrono::milliseconds silence)
     {
-        m_reply = reply;
-        reply->setReadBufferSize(bufferSize);
-        SafeRequest::judgeRedirects(*reply, this, [this] { end(End::Refused); });
-        connect(reply, &QIODevice::readyRead, this, &NetworkExchange::read);
-        connect(reply, &QNetworkReply::finished, this, &NetworkExchange::finish);
+        m_silence.start(silence);
+        m_transfer =
+            std::make_unique<Transfer>(loop, Transfer::Request{url, std::nullopt, m_offset},
+                                       Transfer::Receiver{[this](const QByteArray &bytes) { receive(bytes); },
+                                                          [this](Transfer::End end) { finish(end); }});
     }
 
     void end(End end)
     {
-        dropReply();
+        m_silence.stop();
+        m_transfer.reset();
         const auto receiver = m_receiver;
         receiver->onEnd(end);
     }
 
 private:
-    void read()
+    void receive(const QByteArray &bytes)
     {
-        // The receiver may destroy this.
-        const QPointer self(this);
-        const auto receiver = m_receiver;
-        if (!m_hasBegun)
-            begin();
-        while (self && m_reply && m_reply->bytesAvailable() > 0) {
-            const QByteArray piece = m_reply->read(pieceSize);
-            if (piece.isEmpty())
-                break;
-            receiver->onData(piece);
+        m_silence.start();
+        if (begin()) {
+            const auto receiver = m_receiver;
+            receiver->onData(bytes);
         }
     }
 
-    void begin()
+    /// Tells of the beginning once. False if the answer is not the file, or the receiver destroyed this.
+    bool begin()
     {
-        const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        const bool isAskedPart = status == partOfFile && rangeBegin(*m_reply) == m_offset;
+        if (m_hasBegun)
+            return true;
+        const int status = m_transfer->status();
+        const bool isAskedPart =
+            status == partOfFile && rangeBegin(m_transfer->header("Content-Range")) == m_offset;
         if (status != wholeFile && !isAskedPart) {
             end(endOfStatus(status));
-            return;
+            return false;
         }
         m_hasBegun = true;
+        const QPointer self(this);
         const auto receiver = m_receiver;
         receiver->onBegin(status == wholeFile ? 0 : m_offset);
+        return !self.isNull();
     }
 
-    void finish()
+    void finish(Transfer::End transferEnd)
     {
-        const QPointer self(this);
-        if (m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
-            read();
-        if (self && m_reply)
-            end(m_reply->error() == QNetworkReply::NoError ? End::Complete : End::Broken);
-    }
-
-    void dropReply()
-    {
-        if (!m_reply)
-            return;
-        QNetworkReply *reply = std::exchange(m_reply, nullptr);
-        reply->disconnect(this);
-        // Within a signal of its own it would go on with what it was at, and grumble at being aborted.
-        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
-        reply->deleteLater();
+        if (transferEnd == Transfer::End::Refused)
+            end(End::Refused);
+        else if (transferEnd == Transfer::End::Broken)
+            end(End::Broken);
+        else if (begin())
+            end(End::Complete);
     }
 
     qint64 m_offset;
     std::shared_ptr<const Downloads::Receiver> m_receiver;
-    QPointer<QNetworkReply> m_reply;
+    std::unique_ptr<Transfer> m_transfer;
+    QTimer m_silence;
     bool m_hasBegun = false;
 };
 
 } // namespace
 
 NetworkDownloads::NetworkDownloads(std::chrono::milliseconds silence)
-    : m_manager(std::make_unique<QNetworkAccessManager>())
-    , m_silence(silence)
+    : m_silence(silence)
 {
 }
-
-NetworkDownloads::~NetworkDownloads() = default;
 
 std::unique_ptr<Downloads::Exchange> NetworkDownloads::get(const QUrl &url, qint64 offset, Receiver receiver)
 {
     auto exchange = std::make_unique<NetworkExchange>(offset, std::move(receiver));
     const bool isAllowed = Http::isAllowed(url);
-    if (!isAllowed || !SpareDescriptors::sufficeForThread()) {
-        const End end = isAllowed ? End::Broken : End::Refused;
-        QMetaObject::invokeMethod(
-            exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);
+    if (isAllowed && SpareDescriptors::sufficeForThread()) {
+        exchange->start(m_loop, url, m_silence);
         return exchange;
     }
-    QNetworkRequest request = SafeRequest::to(url);
-    // Asking for it by hand also keeps the toolkit from unpacking.
-    request.setRawHeader("Accept-Encoding", "identity");
-    if (offset > 0)
-        request.setRawHeader("Range", "bytes=" + QByteArray::number(offset) + '-');
-    request.setTransferTimeout(static_cast<int>(m_silence.count()));
-    exchange->watch(m_manager->get(request));
+    const End end = isAllowed ? End::Broken : End::Refused;
+    QMetaObject::invokeMethod(
+        exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);
     return exchange;
 }
