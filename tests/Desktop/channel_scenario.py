@@ -28,12 +28,14 @@ def run(arguments, report):
                          channel_part.replies, channel_part.reports, channel_hostile_part.misbehaviours):
                 desk.clean_up(program_runs=False)
                 report.run(part, desk, report)
-        certificate, key = make_certificate(folder, "DNS:makers.invalid")
-        with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, "certified"), "--certificate",
-                          certificate, "--private-key", key) as server:
-            desk.server = server
-            desk.clean_up(program_runs=False)
-            report.run(channel_hostile_part.unknown_certificate, desk, report)
+        for name, part in (("IP:127.0.0.1", channel_hostile_part.trusted_certificate),
+                           ("DNS:makers.invalid", channel_hostile_part.unknown_certificate)):
+            certificate, key = make_certificate(folder, name)
+            with MakersServer(arguments.makers_server.resolve(), pathlib.Path(folder, part.__name__), "--certificate",
+                              certificate, "--private-key", key) as server:
+                desk.server, desk.certificate = server, certificate
+                desk.clean_up(program_runs=False)
+                report.run(part, desk, report)
         desk.clean_up(program_runs=False)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
 

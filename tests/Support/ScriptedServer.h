@@ -16,12 +16,8 @@ public:
     {
         m_server.listen(QHostAddress::LocalHost);
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            socket = m_server.nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this] {
-                received += socket->readAll();
-                if (!reply.isEmpty() && isWhole())
-                    socket->write(std::exchange(reply, {}));
-            });
+            while (m_server.hasPendingConnections())
+                accept();
         });
     }
 
@@ -40,10 +36,44 @@ public:
     }
 
     QByteArray reply;
+    /// Sent to each connection that has no reply.
+    QByteArray standingReply;
+    /// Sent after the reply, for ever.
+    QByteArray endless;
+    /// Closes the connection after the reply.
+    bool closes = false;
     QByteArray received;
+    int connections = 0;
     QTcpSocket *socket = nullptr;
 
 private:
+    void accept()
+    {
+        socket = m_server.nextPendingConnection();
+        ++connections;
+        connect(socket, &QTcpSocket::readyRead, this, [this, from = socket] { read(from); });
+        connect(socket, &QTcpSocket::bytesWritten, this, [this] { repeat(); });
+    }
+
+    void read(QTcpSocket *from)
+    {
+        received += from->readAll();
+        if (!isWhole())
+            return;
+        socket->write(reply.isEmpty() ? standingReply : std::exchange(reply, {}));
+        if (!endless.isEmpty())
+            repeat();
+        if (closes)
+            socket->disconnectFromHost();
+    }
+
+    void repeat()
+    {
+        constexpr qint64 queued = 65'536;
+        while (!endless.isEmpty() && socket->isOpen() && socket->bytesToWrite() < queued)
+            socket->write(endless.repeated(static_cast<int>(queued / endless.size())));
+    }
+
     QTcpServer m_server;
 };
 

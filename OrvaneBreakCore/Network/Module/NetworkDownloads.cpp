@@ -2,13 +2,13 @@
 #include "NetworkDownloads.h"
 
 #include "Http.h"
-#include "SafeRequest.h"
 #include "SpareDescriptors.h"
+#include "Transfer.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QTimer>
+#include <QUrl>
 
 #include <optional>
 #include <utility>
@@ -19,8 +19,6 @@ namespace {
 
 using End = Downloads::End;
 
-constexpr qint64 bufferSize = 1'048'576;
-constexpr qint64 pieceSize = 65'536;
 constexpr int wholeFile = 200;
 constexpr int partOfFile = 206;
 constexpr int requestTimeout = 408;
@@ -29,10 +27,10 @@ constexpr int tooManyRequests = 429;
 constexpr int serverError = 500;
 
 /// The first byte that Content-Range names; absent without a valid one.
-std::optional<qint64> rangeBegin(const QNetworkReply &reply)
+std::optional<qint64> rangeBegin(const QByteArray &contentRange)
 {
     static const QRegularExpression form(uR"(\Abytes (\d{1,18})-\d+/(?:\d+|\*)\z)"_s);
-    const auto match = form.match(QString::fromLatin1(reply.rawHeader("Content-Range")));
+    const auto match = form.match(QString::fromLatin1(contentRange));
     return match.hasMatch() ? std::optional(match.captured(1).toLongLong()) : std::nullopt;
 }
 
@@ -40,8 +38,8 @@ End endOfStatus(int status)
 {
     if (status == rangeNotSatisfiable || status == partOfFile)
         return End::OtherRange;
-    const bool isTemporary = status >= serverError || status == requestTimeout || status == tooManyRequests;
-    return isTemporary ? End::Broken : End::Refused;
+    const bool mayPass = status >= serverError || status == requestTimeout || status == tooManyRequests;
+    return mayPass ? End::Broken : End::Refused;
 }
 
 class NetworkExchange final : public QObject, public Downloads::Exchange
@@ -51,109 +49,90 @@ public:
         : m_offset(offset)
         , m_receiver(std::make_shared<const Downloads::Receiver>(std::move(receiver)))
     {
+        m_inactivity.setSingleShot(true);
+        connect(&m_inactivity, &QTimer::timeout, this, [this] { end(End::Broken); });
     }
 
-    ~NetworkExchange() override { dropReply(); }
-    NetworkExchange(const NetworkExchange &) = delete;
-    NetworkExchange &operator=(const NetworkExchange &) = delete;
-
-    void watch(QNetworkReply *reply)
+    void start(TransferLoop &loop, const QUrl &url, std::chrono::milliseconds inactivityTimeout)
     {
-        m_reply = reply;
-        reply->setReadBufferSize(bufferSize);
-        SafeRequest::checkRedirects(*reply, this, [this] { end(End::Refused); });
-        connect(reply, &QIODevice::readyRead, this, &NetworkExchange::read);
-        connect(reply, &QNetworkReply::finished, this, &NetworkExchange::finish);
+        m_inactivity.start(inactivityTimeout);
+        m_transfer =
+            std::make_unique<Transfer>(loop, Transfer::Request{url, std::nullopt, m_offset},
+                                       Transfer::Receiver{[this](const QByteArray &bytes) { receive(bytes); },
+                                                          [this](Transfer::End end) { finish(end); }});
     }
 
     void end(End end)
     {
-        dropReply();
+        m_inactivity.stop();
+        m_transfer.reset();
         const auto receiver = m_receiver;
         receiver->onEnd(end);
     }
 
 private:
-    void read()
+    void receive(const QByteArray &bytes)
     {
-        // The receiver may destroy this.
-        const QPointer self(this);
-        const auto receiver = m_receiver;
-        if (!m_hasBegun)
-            begin();
-        while (self && m_reply && m_reply->bytesAvailable() > 0) {
-            const QByteArray piece = m_reply->read(pieceSize);
-            if (piece.isEmpty())
-                break;
-            receiver->onData(piece);
+        m_inactivity.start();
+        if (begin()) {
+            const auto receiver = m_receiver;
+            receiver->onData(bytes);
         }
     }
 
-    void begin()
+    /// Calls onBegin() once. False if the answer is not the file, or the receiver destroyed this.
+    bool begin()
     {
-        const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        const bool isRequestedPart = status == partOfFile && rangeBegin(*m_reply) == m_offset;
+        if (m_hasBegun)
+            return true;
+        const int status = m_transfer->status();
+        const bool isRequestedPart =
+            status == partOfFile && rangeBegin(m_transfer->header("Content-Range")) == m_offset;
         if (status != wholeFile && !isRequestedPart) {
             end(endOfStatus(status));
-            return;
+            return false;
         }
         m_hasBegun = true;
+        const QPointer self(this);
         const auto receiver = m_receiver;
         receiver->onBegin(status == wholeFile ? 0 : m_offset);
+        return !self.isNull();
     }
 
-    void finish()
+    void finish(Transfer::End transferEnd)
     {
-        const QPointer self(this);
-        if (m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
-            read();
-        if (self && m_reply)
-            end(m_reply->error() == QNetworkReply::NoError ? End::Complete : End::Broken);
-    }
-
-    void dropReply()
-    {
-        if (!m_reply)
-            return;
-        QNetworkReply *reply = std::exchange(m_reply, nullptr);
-        reply->disconnect(this);
-        // Aborted within one of its own signals, the reply would continue and log a warning.
-        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
-        reply->deleteLater();
+        if (transferEnd == Transfer::End::Refused)
+            end(End::Refused);
+        else if (transferEnd == Transfer::End::Broken)
+            end(End::Broken);
+        else if (begin())
+            end(End::Complete);
     }
 
     qint64 m_offset;
     std::shared_ptr<const Downloads::Receiver> m_receiver;
-    QPointer<QNetworkReply> m_reply;
+    std::unique_ptr<Transfer> m_transfer;
+    QTimer m_inactivity;
     bool m_hasBegun = false;
 };
 
 } // namespace
 
 NetworkDownloads::NetworkDownloads(std::chrono::milliseconds inactivityTimeout)
-    : m_manager(std::make_unique<QNetworkAccessManager>())
-    , m_inactivityTimeout(inactivityTimeout)
+    : m_inactivityTimeout(inactivityTimeout)
 {
 }
-
-NetworkDownloads::~NetworkDownloads() = default;
 
 std::unique_ptr<Downloads::Exchange> NetworkDownloads::get(const QUrl &url, qint64 offset, Receiver receiver)
 {
     auto exchange = std::make_unique<NetworkExchange>(offset, std::move(receiver));
     const bool isAllowed = Http::isAllowed(url);
-    if (!isAllowed || !SpareDescriptors::sufficeForThread()) {
-        const End end = isAllowed ? End::Broken : End::Refused;
-        QMetaObject::invokeMethod(
-            exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);
+    if (isAllowed && SpareDescriptors::sufficeForThread()) {
+        exchange->start(m_loop, url, m_inactivityTimeout);
         return exchange;
     }
-    QNetworkRequest request = SafeRequest::to(url);
-    // Setting the header also turns off Qt's decompression.
-    request.setRawHeader("Accept-Encoding", "identity");
-    if (offset > 0)
-        request.setRawHeader("Range", "bytes=" + QByteArray::number(offset) + '-');
-    request.setTransferTimeout(static_cast<int>(m_inactivityTimeout.count()));
-    exchange->watch(m_manager->get(request));
+    const End end = isAllowed ? End::Broken : End::Refused;
+    QMetaObject::invokeMethod(
+        exchange.get(), [ended = exchange.get(), end] { ended->end(end); }, Qt::QueuedConnection);
     return exchange;
 }

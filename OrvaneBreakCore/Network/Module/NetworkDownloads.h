@@ -2,22 +2,20 @@
 #pragma once
 
 #include "Downloads.h"
+#include "TransferLoop.h"
 
 #include <chrono>
 
-class QNetworkAccessManager;
-
-/// Downloads with Qt Network. Certificates are always verified; cookies are neither stored nor sent.
+/// The downloads through libcurl.
 class NetworkDownloads final : public Downloads
 {
 public:
-    /// An exchange is Broken when the server sends nothing for `inactivityTimeout`.
+    /// An exchange without new data for `inactivityTimeout` is broken.
     explicit NetworkDownloads(std::chrono::milliseconds inactivityTimeout = std::chrono::seconds(30));
-    ~NetworkDownloads() override;
 
     [[nodiscard]] std::unique_ptr<Exchange> get(const QUrl &url, qint64 offset, Receiver receiver) override;
 
 private:
-    std::unique_ptr<QNetworkAccessManager> m_manager;
+    TransferLoop m_loop;
     std::chrono::milliseconds m_inactivityTimeout;
 };

@@ -1,112 +1,81 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "NetworkHttp.h"
 
-#include "SafeRequest.h"
 #include "SpareDescriptors.h"
+#include "Transfer.h"
 
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QPointer>
 #include <QTimer>
 #include <QUrl>
 
-#include <algorithm>
-#include <memory>
 #include <utility>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr qint64 maxBodySize = 1'048'576;
 
-/// One exchange, owned by its reply.
+/// One exchange, which deletes itself when it has ended.
 class Exchange final : public QObject
 {
 public:
-    Exchange(QNetworkReply *reply, QObject &context, Http::Completion completion)
-        : QObject(reply)
-        , m_reply(reply)
+    Exchange(TransferLoop &loop, QObject &owner, Transfer::Request request, std::chrono::milliseconds limit,
+             QObject &context, Http::Completion completion)
+        : QObject(&owner)
         , m_context(&context)
         , m_completion(std::move(completion))
+        , m_transfer(std::make_unique<Transfer>(
+              loop, std::move(request),
+              Transfer::Receiver{[this](const QByteArray &bytes) { receive(bytes); },
+                                 [this](Transfer::End end) { finish(end == Transfer::End::Complete); }}))
     {
-        SafeRequest::checkRedirects(*reply, reply, [reply] { reply->abort(); });
-        connect(reply, &QIODevice::readyRead, this, &Exchange::read);
-        connect(reply, &QNetworkReply::finished, this, &Exchange::finish);
-        connect(&context, &QObject::destroyed, this, [this] { m_reply->abort(); });
+        QTimer::singleShot(limit, Qt::PreciseTimer, this, [this] { finish(false); });
+        connect(&context, &QObject::destroyed, this, [this] { finish(false); });
     }
 
 private:
-    void read()
+    void receive(const QByteArray &bytes)
     {
-        // A reply that was aborted is closed.
-        if (m_reply->isOpen())
-            m_body += m_reply->read(std::min(m_reply->bytesAvailable(), maxBodySize + 1 - m_body.size()));
-        if (m_body.size() > maxBodySize && m_reply->isRunning())
-            m_reply->abort();
+        m_body += bytes;
+        if (m_body.size() > maxBodySize)
+            finish(false);
     }
 
-    void finish()
+    void finish(bool isWhole)
     {
-        read();
-        m_reply->deleteLater();
-        if (!m_context)
+        if (!m_transfer)
             return;
-        const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        const bool isWhole = status.isValid() && m_body.size() <= maxBodySize && isAnswer(m_reply->error());
-        std::exchange(m_completion,
-                      nullptr)(isWhole ? std::optional(HttpAnswer{status.toInt(), m_body}) : std::nullopt);
+        const int status = m_transfer->status();
+        m_transfer.reset();
+        deleteLater();
+        if (m_context)
+            m_completion(isWhole ? std::optional(HttpAnswer{status, m_body}) : std::nullopt);
     }
 
-    /// Error statuses are answers as well; connection failures are not.
-    static bool isAnswer(QNetworkReply::NetworkError error)
-    {
-        return error == QNetworkReply::NoError || error >= QNetworkReply::ContentAccessDenied;
-    }
-
-    QNetworkReply *m_reply;
     QPointer<QObject> m_context;
     Http::Completion m_completion;
     QByteArray m_body;
+    std::unique_ptr<Transfer> m_transfer;
 };
 
 } // namespace
 
-NetworkHttp::NetworkHttp()
-    : m_manager(std::make_unique<QNetworkAccessManager>())
-{
-}
-
-NetworkHttp::~NetworkHttp() = default;
-
 void NetworkHttp::get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                       Completion completion)
 {
-    exchange(url, limit, context, std::move(completion),
-             [this](const QNetworkRequest &request) { return m_manager->get(request); });
+    exchange(url, std::nullopt, limit, context, std::move(completion));
 }
 
 void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
                        QObject &context, Completion completion)
 {
-    exchange(url, limit, context, std::move(completion), [this, &body](QNetworkRequest request) {
-        // Qt would log a warning and set the same type.
-        request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-        return m_manager->post(request, body);
-    });
+    exchange(url, body, limit, context, std::move(completion));
 }
 
-template <typename Send>
-void NetworkHttp::exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
-                           Completion completion, Send send)
+void NetworkHttp::exchange(const QUrl &url, std::optional<QByteArray> body, std::chrono::milliseconds limit,
+                           QObject &context, Completion completion)
 {
-    if (!isAllowed(url) || !SpareDescriptors::sufficeForThread()) {
+    if (isAllowed(url) && SpareDescriptors::sufficeForThread())
+        new Exchange(m_loop, m_exchanges, {url, std::move(body)}, limit, context, std::move(completion));
+    else
         completeWithoutAnswer(context, std::move(completion));
-        return;
-    }
-    QNetworkReply *reply = send(SafeRequest::to(url));
-    new Exchange(reply, context, std::move(completion));
-    // Qt's transfer timeout only covers inactivity: a slow server would never reach it.
-    QTimer::singleShot(limit, reply, &QNetworkReply::abort);
 }

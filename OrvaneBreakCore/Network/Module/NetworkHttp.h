@@ -2,27 +2,21 @@
 #pragma once
 
 #include "Http.h"
+#include "TransferLoop.h"
 
-#include <memory>
-
-class QNetworkAccessManager;
-
-/// Requests with Qt Network. Certificates are always verified; cookies are neither stored nor sent.
+/// The requests through libcurl.
 class NetworkHttp final : public Http
 {
 public:
-    NetworkHttp();
-    ~NetworkHttp() override;
-
     void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
              Completion completion) override;
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
               Completion completion) override;
 
 private:
-    template <typename Send>
-    void exchange(const QUrl &url, std::chrono::milliseconds limit, QObject &context, Completion completion,
-                  Send send);
+    void exchange(const QUrl &url, std::optional<QByteArray> body, std::chrono::milliseconds limit,
+                  QObject &context, Completion completion);
 
-    std::unique_ptr<QNetworkAccessManager> m_manager;
+    TransferLoop m_loop;
+    QObject m_exchanges;
 };

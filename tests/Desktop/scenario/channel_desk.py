@@ -18,6 +18,8 @@ class ChannelDesk(ApplicationDesk):
     def __init__(self, bed, program, helpers, pictures=None):
         super().__init__(bed, program, helpers, pictures)
         self.server = None
+        #: That of the server, when it has one.
+        self.certificate = None
 
     def start_over(self, environment=None, arguments=()):
         server = {"ORVANE_TEST_SERVER": self.server.address, "ORVANE_TEST_PUBLIC_KEY": self.server.public_key}

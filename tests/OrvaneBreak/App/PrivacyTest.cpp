@@ -208,10 +208,7 @@ private Q_SLOTS:
         Names sent;
         for (const ScriptedServer *asker : {&posted, &asked, &continued}) {
             sent.unite(headersOf(asker->received));
-            // Newer versions of Qt send header names in lower case.
-            for (const QByteArray header : {"User-Agent: Mozilla/5.0", "Accept-Language: fr"})
-                QVERIFY2(asker->received.toLower().contains("\r\n" + header.toLower() + "\r\n"),
-                         header.constData());
+            QVERIFY2(asker->received.contains("\r\nAccept: */*\r\n"), asker->received.constData());
         }
         QCOMPARE(text(sent), text(statement().headers));
     }
