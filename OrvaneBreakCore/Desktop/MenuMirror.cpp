@@ -36,6 +36,8 @@ QAction *MenuMirror::mirrored(const QAction &entry, const QList<QAction *> &prev
         action->setText(entry.text());
     if (action->icon().cacheKey() != entry.icon().cacheKey())
         action->setIcon(entry.icon());
+    // Shown beside the text, by the host.
+    action->setShortcut(entry.shortcut());
     action->setEnabled(entry.isEnabled());
     action->setVisible(entry.isVisible());
     return action;

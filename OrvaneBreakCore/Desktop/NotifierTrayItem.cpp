@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "NotifierTrayItem.h"
 
+#include "NotifierObject.h"
 #include "Symbols.h"
+#include "X11Connection.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -22,10 +24,30 @@ const QString watcherPath = u"/StatusNotifierWatcher"_s;
 /// The colour of the panel is unknown; this grey is visible on light and dark ones.
 const QColor untinted(0x80, 0x84, 0x88);
 
+/// A tray host starts with the desktop; panels come within seconds of each other.
+constexpr std::chrono::seconds firstEmbeddingTimeout(3);
+constexpr std::chrono::seconds lastEmbeddingTimeout(30);
+
+/// Whether a tray of the XEmbed kind is running on the first X screen.
+bool isEmbeddingTrayRunning()
+{
+    xcb_connection_t *connection = X11Connection::ofToolkit();
+    if (!connection)
+        return false;
+    const xcb_atom_t selection = X11Connection::atom(connection, "_NET_SYSTEM_TRAY_S0");
+    const X11Connection::ReplyPointer<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr),
+        &std::free);
+    return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
 } // namespace
 
 NotifierTrayItem::NotifierTrayItem()
 {
+    m_embeddingTimer.setSingleShot(true);
+    m_embeddingTimer.setInterval(firstEmbeddingTimeout);
+    connect(&m_embeddingTimer, &QTimer::timeout, this, &NotifierTrayItem::lookForEmbeddingTray);
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
@@ -50,6 +72,8 @@ void NotifierTrayItem::setSymbol(const QString &symbol, const std::optional<QCol
     m_icon = Symbols::icon(symbol, color);
     if (m_trayIcon)
         m_trayIcon->setIcon(m_icon);
+    if (m_object)
+        m_object->findChild<NotifierObject *>()->setIcon(m_icon);
 }
 
 void NotifierTrayItem::setMenu(std::unique_ptr<QMenu> menu)
@@ -72,6 +96,7 @@ void NotifierTrayItem::lookForHost()
 
 void NotifierTrayItem::busLost()
 {
+    m_object.reset();
     m_trayIcon.reset();
     if (onLost)
         onLost();
@@ -80,17 +105,44 @@ void NotifierTrayItem::busLost()
 void NotifierTrayItem::hostAnswered(const QDBusPendingCallWatcher &call)
 {
     const QDBusPendingReply<QDBusVariant> reply = call;
-    if (reply.isValid() && reply.value().variant().toBool())
+    if (reply.isError())
+        m_embeddingTimer.start();
+    else if (reply.value().variant().toBool())
         showIcon();
+}
+
+void NotifierTrayItem::lookForEmbeddingTray()
+{
+    if (m_trayIcon)
+        return;
+    if (isEmbeddingTrayRunning())
+        showIcon();
+    else if (m_embeddingTimer.intervalAsDuration() < lastEmbeddingTimeout)
+        m_embeddingTimer.start(2 * m_embeddingTimer.intervalAsDuration());
 }
 
 void NotifierTrayItem::showIcon()
 {
-    // Qt decides when the first icon is created, and for the life of the process, whether there is a tray, so
-    // no icon is created before a host is running. From then on Qt registers the icon with every new host.
+    // Qt decides when the first icon is created, and for the life of the process, which kind of tray there
+    // is, so no icon is created before a tray is running. From then on Qt registers the icon with every new
+    // host.
     if (m_trayIcon)
         return;
     m_trayIcon = std::make_unique<QSystemTrayIcon>(m_icon);
     m_trayIcon->setContextMenu(m_menu.shownMenu());
+    connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::MiddleClick)
+                    openMenu(QCursor::pos());
+            });
     m_trayIcon->show();
+    m_object = NotifierObject::replaceOfQt(m_icon, [this](QPoint place) { openMenu(place); });
+}
+
+void NotifierTrayItem::openMenu(QPoint place)
+{
+    // Qt shows a menu of the tray icon only through the host.
+    m_openMenu = std::make_unique<QMenu>();
+    m_openMenu->addActions(m_menu.shownMenu()->actions());
+    m_openMenu->popup(place);
 }

@@ -5,15 +5,19 @@
 #include "TrayItem.h"
 
 #include <QIcon>
+#include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include <memory>
 
 class QDBusPendingCallWatcher;
 
 /// A StatusNotifierItem on the session bus, with its menu. Appears as soon as a tray host is running, and
-/// again after the host has restarted. Never appears without a session bus.
+/// again after the host has restarted. On X11, when nobody offers such a host some seconds after the start, a
+/// tray of the older XEmbed kind shows the icon for the life of the process. Never appears without a session
+/// bus.
 class NotifierTrayItem final : public QObject, public TrayItem
 {
     Q_OBJECT
@@ -31,11 +35,16 @@ private Q_SLOTS:
 
 private:
     void hostAnswered(const QDBusPendingCallWatcher &call);
+    void lookForEmbeddingTray();
     void showIcon();
+    void openMenu(QPoint place);
 
     QString m_symbol;
     QColor m_color;
     QIcon m_icon;
     MenuMirror m_menu;
+    QTimer m_embeddingTimer;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
+    std::unique_ptr<QObject> m_object;
+    std::unique_ptr<QMenu> m_openMenu;
 };

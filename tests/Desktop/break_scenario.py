@@ -18,7 +18,7 @@ from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
-                      keyboard_part, look_part, modes_part, pace_part, pause_part, service_part, session_part,
+                      keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part, session_part,
                       shell_part, sound_part, switches_part, tray_part, trouble_part, wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
@@ -68,6 +68,16 @@ def application(desk, report):
     report.run(modes_part.without_tray, desk, report)
 
 
+def trays(desk, report):
+    """The eye in real trays."""
+    report.run(panel_part.clicks, desk, report)
+    desk.clean_up(program_runs=True)
+    report.run(panel_part.calls, desk, report)
+    desk.clean_up(program_runs=False)
+    desk.bed.stop(desk.bed.panel_process)
+    report.run(panel_part.embedded, desk, report)
+
+
 def hotplug(desk, report):
     """Monitor hotplug, with xfwm4's own compositor."""
     desk.clean_up(program_runs=True)
@@ -79,6 +89,7 @@ def hotplug(desk, report):
 BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
         "x11-i3": (managed("i3"), Desk, everyday), "x11-bare": (X11Bed, Desk, everyday),
         "x11-hotplug": (lambda: XorgDummyBed("xfwm4", compositor="own"), Desk, hotplug),
+        "x11-trays": (lambda: X11Bed("openbox", panel=True, panel_options={"tray": True}), Desk, trays),
         "x11-application": (managed("openbox"), ApplicationDesk, application)}
 
 
