@@ -75,6 +75,9 @@ class _Eye:
         before = self._panel()
         desk.start_program()
         wait_until(lambda: ImageChops.difference(before, self._panel()).getbbox(), "a change of the panel", 10)
+        # The panel asks for the menu after it has painted the icon.
+        wait_until(lambda: stays_true(lambda shown=self._panel(): self._panel().tobytes() == shown.tobytes(), 1),
+                   "a panel at rest", 10)
         self.box = ImageChops.difference(before, self._panel()).getbbox()
 
     def _panel(self):

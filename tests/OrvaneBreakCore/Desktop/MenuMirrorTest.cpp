@@ -132,9 +132,11 @@ private Q_SLOTS:
         auto menu = menuOf({u"a"_s, u"b"_s});
         menu->actions().at(0)->setEnabled(false);
         menu->actions().at(1)->setVisible(false);
+        menu->actions().at(0)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
         mirror.setMenu(std::move(menu));
         QVERIFY(!mirror.shownMenu()->actions().at(0)->isEnabled());
         QVERIFY(!mirror.shownMenu()->actions().at(1)->isVisible());
+        QCOMPARE(mirror.shownMenu()->actions().at(0)->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
     }
 };
 
