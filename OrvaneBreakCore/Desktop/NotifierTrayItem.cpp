@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "NotifierTrayItem.h"
 
+#include "BusQuestion.h"
 #include "Symbols.h"
 
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QDBusVariant>
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +16,8 @@ namespace {
 
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
+
+constexpr std::chrono::seconds answerTimeout(25);
 
 /// Nobody tells the colour of the panel: this grey stands out from white, from black and from what lies
 /// between.
@@ -62,15 +62,13 @@ void NotifierTrayItem::setMenu(std::unique_ptr<QMenu> menu)
 
 void NotifierTrayItem::lookForHost()
 {
-    QDBusMessage question = QDBusMessage::createMethodCall(watcherService, watcherPath,
-                                                           u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    question << watcherService << u"IsStatusNotifierHostRegistered"_s;
-    question.setAutoStartService(false);
-    auto *call = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        hostAnswered(*call);
-        call->deleteLater();
-    });
+    const QDBusMessage question = BusQuestion::forProperty(watcherService, watcherPath, watcherService,
+                                                           u"IsStatusNotifierHostRegistered"_s);
+    BusQuestion::askLater(QDBusConnection::sessionBus(), question, answerTimeout, *this,
+                          [this](const QDBusMessage &reply) {
+                              if (BusQuestion::valueOf(reply).toBool())
+                                  showIcon();
+                          });
 }
 
 void NotifierTrayItem::busLost()
@@ -78,13 +76,6 @@ void NotifierTrayItem::busLost()
     m_trayIcon.reset();
     if (onLost)
         onLost();
-}
-
-void NotifierTrayItem::hostAnswered(const QDBusPendingCallWatcher &call)
-{
-    const QDBusPendingReply<QDBusVariant> reply = call;
-    if (reply.isValid() && reply.value().variant().toBool())
-        showIcon();
 }
 
 void NotifierTrayItem::showIcon()

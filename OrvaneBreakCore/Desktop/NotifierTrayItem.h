@@ -10,8 +10,6 @@
 
 #include <memory>
 
-class QDBusPendingCallWatcher;
-
 /// A StatusNotifierItem on the session bus, with its menu. Appears as soon as a tray host is there, and again
 /// after the host restarted. Without a session bus it stays away.
 class NotifierTrayItem final : public QObject, public TrayItem
@@ -31,7 +29,6 @@ private Q_SLOTS:
     void busLost();
 
 private:
-    void hostAnswered(const QDBusPendingCallWatcher &call);
     void showIcon();
 
     QString m_symbol;

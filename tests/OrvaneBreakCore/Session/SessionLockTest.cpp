@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionLock.h"
 
-#include "FakeLockService.h"
+#include "Support/FakeBusService.h"
 #include "Support/SessionBusDaemon.h"
 #include "Support/TestProgram.h"
 
@@ -44,9 +44,9 @@ class SessionLockTest : public QObject
             QDBusConnection::connectToBus(m_system->address(), u"system"_s));
     }
 
-    [[nodiscard]] std::unique_ptr<FakeLockService> makeLogin(bool isLocked) const
+    [[nodiscard]] std::unique_ptr<FakeBusService> makeLogin(bool isLocked) const
     {
-        return std::make_unique<FakeLockService>(
+        return std::make_unique<FakeBusService>(
             m_system->address(), login,
             QHash<QString, QVariant>{
                 {u"GetSessionByPID"_s, QVariant::fromValue(QDBusObjectPath(sessionPath))},
@@ -77,7 +77,7 @@ private Q_SLOTS:
 
     void learnsOfALockThatWasThereBefore()
     {
-        const FakeLockService service(m_session->address(), gnome, {{u"GetActive"_s, true}});
+        const FakeBusService service(m_session->address(), gnome, {{u"GetActive"_s, true}});
         QVERIFY(service.isRegistered);
         const auto lock = makeLock();
         QTRY_VERIFY(lock->isLocked());
@@ -85,7 +85,7 @@ private Q_SLOTS:
 
     void followsTheLockScreen()
     {
-        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, false}});
+        const FakeBusService service(m_session->address(), saver, {{u"GetActive"_s, false}});
         const auto lock = makeLock();
         int announcements = 0;
         lock->onLocked = [&announcements] { ++announcements; };
@@ -115,7 +115,7 @@ private Q_SLOTS:
     void isLockedWhileAnyServiceSaysSo()
     {
         const auto service = makeLogin(true);
-        const FakeLockService screen(m_session->address(), saver, {{u"GetActive"_s, true}});
+        const FakeBusService screen(m_session->address(), saver, {{u"GetActive"_s, true}});
         const auto lock = makeLock();
         QTRY_VERIFY(lock->isLocked());
         QTRY_VERIFY(service->calls.contains(u"Get"_s) && screen.calls.size() >= 2);
@@ -127,7 +127,7 @@ private Q_SLOTS:
 
     void odditiesChangeNothing()
     {
-        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, u"perhaps"_s}});
+        const FakeBusService service(m_session->address(), saver, {{u"GetActive"_s, u"perhaps"_s}});
         const auto lock = makeLock();
         QTRY_VERIFY(lock->findChildren<QDBusPendingCallWatcher *>().isEmpty());
         QCOMPARE(service.calls.count(u"GetActive"_s), 2);
