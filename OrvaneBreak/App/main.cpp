@@ -16,6 +16,8 @@
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
+#include "LockAwareOverlay.h"
+#include "LockAwareUserIdle.h"
 #include "MessageFilter.h"
 #include "NotifierTrayItem.h"
 #include "OnDemandChime.h"
@@ -106,12 +108,12 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const ChosenUserIdle idle = makeUserIdle(runLoop);
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
-    SessionLock sessionLock;
-    auto overlay = std::make_unique<BreakOverlayController>(*surface, [&sessionLock] {
-        return sessionLock.isLocked() ? QList<QScreen *>() : QGuiApplication::screens();
-    });
-    sessionLock.onLocked = [&controller = *overlay] { controller.hide(); };
-    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime, std::move(overlay)});
+    const SessionLock sessionLock;
+    const auto isLocked = [&sessionLock] { return sessionLock.isLocked(); };
+    LockAwareUserIdle userIdle(*idle.userIdle, isLocked);
+    auto overlay = std::make_unique<LockAwareOverlay>(
+        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens), isLocked);
+    BreakEngine engine({runLoop, preferences, userIdle, chime, std::move(overlay)});
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     const PortalAppearance appearance;
