@@ -38,6 +38,8 @@
 #include "UserIdleFactory.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
+#include "X11Connection.h"
+#include "X11LockWindow.h"
 
 #include <QApplication>
 #include <QThreadPool>
@@ -109,7 +111,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     const SessionLock sessionLock;
-    const auto isLocked = [&sessionLock] { return sessionLock.isLocked(); };
+    const X11LockWindow lockWindow(X11Connection::ofToolkit());
+    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
     LockAwareUserIdle userIdle(*idle.userIdle, isLocked);
     auto overlay = std::make_unique<LockAwareOverlay>(
         std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens), isLocked);
