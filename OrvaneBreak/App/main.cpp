@@ -31,6 +31,7 @@
 #include "SessionBus.h"
 #include "SessionLock.h"
 #include "SharedInstance.h"
+#include "SleepAwareUserIdle.h"
 #include "Symbols.h"
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
@@ -108,12 +109,14 @@ int runApplication(QApplication &application, ApplicationService &service, const
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
     const ChosenUserIdle idle = makeUserIdle(runLoop);
+    SleepAwareUserIdle sleepAwareIdle(*idle.userIdle, idle.resolution());
+    runLoop.onWakeUp = [&sleepAwareIdle] { sleepAwareIdle.noteSleep(); };
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     const SessionLock sessionLock;
     const X11LockWindow lockWindow(X11Connection::ofToolkit());
     const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
-    LockAwareUserIdle userIdle(*idle.userIdle, isLocked);
+    LockAwareUserIdle userIdle(sleepAwareIdle, isLocked);
     auto overlay = std::make_unique<LockAwareOverlay>(
         std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens), isLocked);
     BreakEngine engine({runLoop, preferences, userIdle, chime, std::move(overlay)});
