@@ -42,7 +42,7 @@ QString activationMarker()
     return qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/activated"_s;
 }
 
-/// Tells the bus, before it starts, that it may start a service by running a program that leaves a mark.
+/// Makes a service startable for a bus that is not running yet. Starting it leaves a mark.
 bool installActivation()
 {
     const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/dbus-1/services"_s;
@@ -54,7 +54,7 @@ bool installActivation()
 
 } // namespace
 
-/// Questions to services of the test's on a bus of the test's.
+/// Questions to test services on a bus of the test's.
 class BusQuestionTest : public QObject
 {
     Q_OBJECT
