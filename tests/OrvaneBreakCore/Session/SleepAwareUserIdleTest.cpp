@@ -127,6 +127,7 @@ private Q_SLOTS:
         Machine machine;
         for (int night = 0; night < 5; ++night) {
             machine.sleep(8h);
+            machine.stayAwake(1s);
             machine.use();
             machine.stayAwake(16h);
             QCOMPARE(machine.figure(), 16 * 3600.0);
