@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Diagnostics.h"
 
+#include "BusQuestion.h"
 #include "DiagnosticReport.h"
 #include "SessionBus.h"
 #include "TimerfdRunLoop.h"
@@ -8,8 +9,6 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QSysInfo>
 #include <QThread>
@@ -23,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int timeoutMilliseconds = 1000;
+constexpr std::chrono::seconds answerTimeout(1);
 
 /// For all questions together; each has its own limit.
 constexpr std::chrono::seconds limit(6);
@@ -31,26 +30,14 @@ constexpr std::chrono::seconds limit(6);
 const QString portalService = u"org.freedesktop.portal.Desktop"_s;
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
 const QString portalSettings = u"org.freedesktop.portal.Settings"_s;
-const QString properties = u"org.freedesktop.DBus.Properties"_s;
 const QString trayWatcher = u"org.kde.StatusNotifierWatcher"_s;
 
-/// The first value of the answer without the variants around it, or an invalid one.
-QVariant ask(const QDBusConnection &bus, QDBusMessage question, const QString &first, const QString &second)
-{
-    question << first << second;
-    const QDBusMessage answer = bus.call(question, QDBus::Block, timeoutMilliseconds);
-    if (answer.type() != QDBusMessage::ReplyMessage || answer.arguments().isEmpty())
-        return {};
-    QVariant value = answer.arguments().constFirst();
-    while (value.canConvert<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
-    return value;
-}
-
+/// The first value of the reply; nothing without a reply or for a value of another type.
 template <typename Value>
-std::optional<Value> valueOf(const QVariant &answer)
+std::optional<Value> answerTo(const QDBusConnection &bus, const QDBusMessage &question)
 {
-    return answer.canConvert<Value>() ? std::optional(answer.value<Value>()) : std::nullopt;
+    const QVariant value = BusQuestion::valueOf(BusQuestion::ask(bus, question, answerTimeout));
+    return value.canConvert<Value>() ? std::optional(value.value<Value>()) : std::nullopt;
 }
 
 void askSessionBus(DiagnosticFacts &facts)
@@ -59,19 +46,19 @@ void askSessionBus(DiagnosticFacts &facts)
     facts.hasSessionBus = bus.isConnected();
     if (!facts.hasSessionBus)
         return;
-    QDBusMessage trayQuestion =
-        QDBusMessage::createMethodCall(trayWatcher, u"/StatusNotifierWatcher"_s, properties, u"Get"_s);
-    trayQuestion.setAutoStartService(false);
     facts.hasTrayHost =
-        valueOf<bool>(ask(bus, trayQuestion, trayWatcher, u"IsStatusNotifierHostRegistered"_s));
-    facts.portalVersion = valueOf<uint>(
-        ask(bus, QDBusMessage::createMethodCall(portalService, portalPath, properties, u"Get"_s),
-            portalSettings, u"version"_s));
+        answerTo<bool>(bus, BusQuestion::forProperty(trayWatcher, u"/StatusNotifierWatcher"_s, trayWatcher,
+                                                     u"IsStatusNotifierHostRegistered"_s));
+    QDBusMessage versionQuestion =
+        BusQuestion::forProperty(portalService, portalPath, portalSettings, u"version"_s);
+    versionQuestion.setAutoStartService(true);
+    facts.portalVersion = answerTo<uint>(bus, versionQuestion);
     if (!facts.portalVersion)
         return;
-    facts.portalScheme = valueOf<uint>(
-        ask(bus, QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s),
-            u"org.freedesktop.appearance"_s, u"color-scheme"_s));
+    QDBusMessage schemeQuestion =
+        QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s);
+    schemeQuestion << u"org.freedesktop.appearance"_s << u"color-scheme"_s;
+    facts.portalScheme = answerTo<uint>(bus, schemeQuestion);
 }
 
 /// The facts that need no service.

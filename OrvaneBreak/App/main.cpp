@@ -16,6 +16,8 @@
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
+#include "LockAwareOverlay.h"
+#include "LockAwareUserIdle.h"
 #include "MessageFilter.h"
 #include "NotifierTrayItem.h"
 #include "OnDemandChime.h"
@@ -29,6 +31,7 @@
 #include "SessionBus.h"
 #include "SessionLock.h"
 #include "SharedInstance.h"
+#include "SleepAwareUserIdle.h"
 #include "Symbols.h"
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
@@ -36,6 +39,8 @@
 #include "UserIdleFactory.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
+#include "X11Connection.h"
+#include "X11LockWindow.h"
 
 #include <QApplication>
 #include <QThreadPool>
@@ -105,14 +110,17 @@ int runApplication(QApplication &application, ApplicationService &service, const
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
     const ChosenUserIdle idle = makeUserIdle(runLoop);
+    SleepAwareUserIdle sleepAwareIdle(*idle.userIdle, idle.resolution());
+    runLoop.onWakeUp = [&sleepAwareIdle] { sleepAwareIdle.noteSleep(); };
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
-    SessionLock sessionLock;
-    auto overlay = std::make_unique<BreakOverlayController>(*surface, [&sessionLock] {
-        return sessionLock.isLocked() ? QList<QScreen *>() : QGuiApplication::screens();
-    });
-    sessionLock.onLocked = [&controller = *overlay] { controller.hide(); };
-    BreakEngine engine({runLoop, preferences, *idle.userIdle, chime, std::move(overlay)});
+    const SessionLock sessionLock;
+    const X11LockWindow lockWindow(X11Connection::ofToolkit());
+    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
+    LockAwareUserIdle userIdle(sleepAwareIdle, isLocked);
+    auto overlay = std::make_unique<LockAwareOverlay>(
+        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens), isLocked);
+    BreakEngine engine({runLoop, preferences, userIdle, chime, std::move(overlay)});
     const SharedInstance<BreakEngine> sharedEngine(engine);
 
     const PortalAppearance appearance;

@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ApplicationService.h"
 
+#include "BusQuestion.h"
+
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
 #include <QDBusReply>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int timeoutMilliseconds = 5000;
+constexpr std::chrono::seconds answerTimeout(5);
 constexpr qsizetype maxTokenLength = 1'024;
 
 /// The activation data with which the desktop started this process.
@@ -83,8 +85,7 @@ ApplicationService::Start ApplicationService::handOver(const QString &action) co
     if (!isActivation)
         message << action << QVariantList();
     message << platformDataOfThisStart();
-    const QDBusMessage answer =
-        QDBusConnection::sessionBus().call(message, QDBus::Block, timeoutMilliseconds);
+    const QDBusMessage answer = BusQuestion::ask(QDBusConnection::sessionBus(), message, answerTimeout);
     return answer.type() == QDBusMessage::ReplyMessage ? Start::Second : Start::Failed;
 }
 

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PortalLoginItem.h"
 
+#include "BusQuestion.h"
+
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDir>
 #include <QFileInfo>
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -16,6 +17,8 @@ namespace {
 const QString service = u"org.freedesktop.portal.Desktop"_s;
 const QString path = u"/org/freedesktop/portal/desktop"_s;
 const QString requestInterface = u"org.freedesktop.portal.Request"_s;
+
+constexpr std::chrono::seconds answerTimeout(25);
 
 } // namespace
 
@@ -85,12 +88,11 @@ void PortalLoginItem::request(bool isAutostart)
                            {u"autostart"_s, isAutostart},
                            {u"commandline"_s, QStringList{u"orvanebreak"_s}},
                            {u"dbus-activatable"_s, false}};
-    auto *call = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, handle = m_handle, call] {
-        call->deleteLater();
-        if (call->isError() && handle == m_handle)
-            refuse(call->error().name());
-    });
+    BusQuestion::askLater(m_bus, message, answerTimeout, *this,
+                          [this, handle = m_handle](const QDBusMessage &reply) {
+                              if (reply.type() == QDBusMessage::ErrorMessage && handle == m_handle)
+                                  refuse(reply.errorName());
+                          });
 }
 
 void PortalLoginItem::answered(uint response, const QVariantMap &results)

@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "NotifierTrayItem.h"
 
+#include "BusQuestion.h"
 #include "NotifierObject.h"
 #include "Symbols.h"
 #include "X11Connection.h"
 
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QDBusVariant>
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -20,6 +18,8 @@ namespace {
 
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
+
+constexpr std::chrono::seconds answerTimeout(25);
 
 /// The colour of the panel is unknown; this grey is visible on light and dark ones.
 const QColor untinted(0x80, 0x84, 0x88);
@@ -83,15 +83,15 @@ void NotifierTrayItem::setMenu(std::unique_ptr<QMenu> menu)
 
 void NotifierTrayItem::lookForHost()
 {
-    QDBusMessage question = QDBusMessage::createMethodCall(watcherService, watcherPath,
-                                                           u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    question << watcherService << u"IsStatusNotifierHostRegistered"_s;
-    question.setAutoStartService(false);
-    auto *call = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        hostAnswered(*call);
-        call->deleteLater();
-    });
+    const QDBusMessage question = BusQuestion::forProperty(watcherService, watcherPath, watcherService,
+                                                           u"IsStatusNotifierHostRegistered"_s);
+    BusQuestion::askLater(QDBusConnection::sessionBus(), question, answerTimeout, *this,
+                          [this](const QDBusMessage &reply) {
+                              if (reply.type() == QDBusMessage::ErrorMessage)
+                                  m_embeddingTimer.start();
+                              else if (BusQuestion::valueOf(reply).toBool())
+                                  showIcon();
+                          });
 }
 
 void NotifierTrayItem::busLost()
@@ -100,15 +100,6 @@ void NotifierTrayItem::busLost()
     m_trayIcon.reset();
     if (onLost)
         onLost();
-}
-
-void NotifierTrayItem::hostAnswered(const QDBusPendingCallWatcher &call)
-{
-    const QDBusPendingReply<QDBusVariant> reply = call;
-    if (reply.isError())
-        m_embeddingTimer.start();
-    else if (reply.value().variant().toBool())
-        showIcon();
 }
 
 void NotifierTrayItem::lookForEmbeddingTray()

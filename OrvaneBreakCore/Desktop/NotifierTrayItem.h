@@ -12,8 +12,6 @@
 
 #include <memory>
 
-class QDBusPendingCallWatcher;
-
 /// A StatusNotifierItem on the session bus, with its menu. Appears as soon as a tray host is running, and
 /// again after the host has restarted. On X11, when nobody offers such a host some seconds after the start, a
 /// tray of the older XEmbed kind shows the icon for the life of the process. Never appears without a session
@@ -34,7 +32,6 @@ private Q_SLOTS:
     void busLost();
 
 private:
-    void hostAnswered(const QDBusPendingCallWatcher &call);
     void lookForEmbeddingTray();
     void showIcon();
     void openMenu(QPoint place);

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PortalAppearance.h"
 
+#include "BusQuestion.h"
 #include "HouseStyle.h"
 #include "Palette.h"
 
 #include <QApplication>
-#include <QDBusMessage>
 #include <QPalette>
+
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -18,13 +20,10 @@ const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
 const QString appearanceNameSpace = u"org.freedesktop.appearance"_s;
 const QString colorScheme = u"color-scheme"_s;
 
-constexpr int timeoutMilliseconds = 250;
+constexpr std::chrono::milliseconds answerTimeout(250);
 
-/// The value may come wrapped in variants.
-PortalAppearance::Scheme schemeOf(QVariant value)
+PortalAppearance::Scheme schemeOf(const QVariant &value)
 {
-    while (value.canConvert<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
     switch (value.toUInt()) {
     case 1:
         return PortalAppearance::Scheme::Dark;
@@ -40,9 +39,7 @@ PortalAppearance::Scheme askedFor(const QDBusConnection &bus)
 {
     QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
     question << appearanceNameSpace << colorScheme;
-    const QDBusMessage answer = bus.call(question, QDBus::Block, timeoutMilliseconds);
-    const bool isAnswered = answer.type() == QDBusMessage::ReplyMessage && !answer.arguments().isEmpty();
-    return isAnswered ? schemeOf(answer.arguments().constFirst()) : PortalAppearance::Scheme::NoPreference;
+    return schemeOf(BusQuestion::valueOf(BusQuestion::ask(bus, question, answerTimeout)));
 }
 
 } // namespace
@@ -82,5 +79,5 @@ void PortalAppearance::settingChanged(const QString &nameSpace, const QString &k
 {
     // Another namespace has a key of the same name with a text as its value.
     if (nameSpace == appearanceNameSpace && key == colorScheme)
-        apply(schemeOf(value.variant()));
+        apply(schemeOf(BusQuestion::unwrapped(value.variant())));
 }

@@ -5,14 +5,14 @@
 
 #include <QDBusConnection>
 
-/// The idle time as Mutter tells it at org.gnome.Mutter.IdleMonitor. One call on the bus per question; all
-/// figures are 0 when it fails or is not answered within half a second. Never starts a service.
+/// The idle time that Mutter reports at org.gnome.Mutter.IdleMonitor, with one call per question. All figures
+/// are 0 if the call fails or is not answered within half a second. Never starts a service.
 class MutterUserIdle final : public UserIdle
 {
 public:
     explicit MutterUserIdle(const QDBusConnection &bus);
 
-    /// Asks the bus whether the service runs; waits for at most half a second.
+    /// Asks the bus whether the service runs, and waits for half a second at most.
     [[nodiscard]] static bool isOffered(const QDBusConnection &bus);
 
     [[nodiscard]] InputIdleSeconds secondsSinceLastInput() const override;

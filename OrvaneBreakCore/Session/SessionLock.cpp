@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionLock.h"
 
+#include "BusQuestion.h"
+
 #include <QCoreApplication>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
-#include <QDBusVariant>
 
-#include <utility>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr std::chrono::seconds answerTimeout(5);
 
 struct ScreenSaver
 {
@@ -33,73 +35,99 @@ const QString loginSession = u"org.freedesktop.login1.Session"_s;
 const QString properties = u"org.freedesktop.DBus.Properties"_s;
 const QString lockedHint = u"LockedHint"_s;
 
-QDBusMessage questionFor(const QString &service, const QString &path, const QString &interface,
-                         const QString &method)
-{
-    QDBusMessage question = QDBusMessage::createMethodCall(service, path, interface, method);
-    question.setAutoStartService(false);
-    return question;
-}
-
 } // namespace
 
 SessionLock::SessionLock(const QDBusConnection &sessionBus, const QDBusConnection &systemBus)
+    : m_sessionBus(sessionBus)
+    , m_systemBus(systemBus)
 {
     // The bus looks the slots' types up by their names.
     qRegisterMetaType<QVariantMap>();
     qRegisterMetaType<QDBusMessage>();
-    if (sessionBus.isConnected())
-        listenToScreenSavers(sessionBus);
-    if (systemBus.isConnected())
-        findLoginSession(systemBus);
+    for (QDBusServiceWatcher *services : {&m_sessionServices, &m_systemServices})
+        connect(services, &QDBusServiceWatcher::serviceOwnerChanged, this,
+                [this](const QString &service, const QString &, const QString &newOwner) {
+                    ownerChanged(service, newOwner);
+                });
+    if (m_sessionBus.isConnected())
+        watchScreenSavers();
+    if (m_systemBus.isConnected())
+        watchLogin();
 }
 
-void SessionLock::listenToScreenSavers(QDBusConnection bus)
+void SessionLock::watchScreenSavers()
 {
+    m_sessionServices.setConnection(m_sessionBus);
     for (const ScreenSaver &saver : screenSavers) {
         const QString service = saver.service;
-        const QString path = saver.path;
-        bus.connect(service, path, service, u"ActiveChanged"_s, this,
-                    SLOT(activeChanged(bool, QDBusMessage)));
-        ask(bus, questionFor(service, path, service, u"GetActive"_s),
-            [this, service](const QVariant &answer) { setLocked(service, answer); });
+        m_sessionServices.addWatchedService(service);
+        m_sessionBus.connect(service, saver.path, service, u"ActiveChanged"_s, this,
+                             SLOT(activeChanged(bool, QDBusMessage)));
+    }
+    for (const QString &service : m_sessionServices.watchedServices())
+        askScreenSaver(service);
+}
+
+void SessionLock::watchLogin()
+{
+    m_systemServices.setConnection(m_systemBus);
+    m_systemServices.addWatchedService(login);
+    askLogin();
+}
+
+void SessionLock::ownerChanged(const QString &service, const QString &newOwner)
+{
+    m_lockedBy.remove(service);
+    if (newOwner.isEmpty())
+        return;
+    if (service == login)
+        askLogin();
+    else
+        askScreenSaver(service);
+}
+
+void SessionLock::askScreenSaver(const QString &service)
+{
+    for (const ScreenSaver &saver : screenSavers) {
+        if (saver.service != service)
+            continue;
+        BusQuestion::askLater(
+            m_sessionBus, BusQuestion::toRunningService(service, saver.path, service, u"GetActive"_s),
+            answerTimeout, *this,
+            [this, service](const QDBusMessage &reply) { setLocked(service, BusQuestion::valueOf(reply)); });
     }
 }
 
-void SessionLock::findLoginSession(const QDBusConnection &bus)
+void SessionLock::askLogin()
 {
     const QString session = qEnvironmentVariable("XDG_SESSION_ID");
-    QDBusMessage question = questionFor(login, u"/org/freedesktop/login1"_s, loginManager,
-                                        session.isEmpty() ? u"GetSessionByPID"_s : u"GetSession"_s);
+    QDBusMessage question =
+        BusQuestion::toRunningService(login, u"/org/freedesktop/login1"_s, loginManager,
+                                      session.isEmpty() ? u"GetSessionByPID"_s : u"GetSession"_s);
     if (session.isEmpty())
         question << static_cast<uint>(QCoreApplication::applicationPid());
     else
         question << session;
-    ask(bus, question, [this, bus](const QVariant &answer) {
-        listenToLoginSession(bus, answer.value<QDBusObjectPath>().path());
+    BusQuestion::askLater(m_systemBus, question, answerTimeout, *this, [this](const QDBusMessage &reply) {
+        const QString path = BusQuestion::valueOf(reply).value<QDBusObjectPath>().path();
+        if (!path.isEmpty())
+            askLoginSession(path);
     });
 }
 
-void SessionLock::listenToLoginSession(QDBusConnection bus, const QString &path)
+void SessionLock::askLoginSession(const QString &path)
 {
-    bus.connect(login, path, properties, u"PropertiesChanged"_s, this,
-                SLOT(propertiesChanged(QString, QVariantMap)));
-    QDBusMessage question = questionFor(login, path, properties, u"Get"_s);
-    question << loginSession << lockedHint;
-    ask(bus, question,
-        [this](const QVariant &answer) { setLocked(loginSession, answer.value<QDBusVariant>().variant()); });
-}
-
-void SessionLock::ask(const QDBusConnection &bus, const QDBusMessage &question,
-                      std::function<void(const QVariant &)> answered)
-{
-    auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [call, answered = std::move(answered)] {
-        const QDBusMessage reply = call->reply();
-        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
-            answered(reply.arguments().constFirst());
-        call->deleteLater();
-    });
+    if (path != m_loginSession) {
+        if (!m_loginSession.isEmpty())
+            m_systemBus.disconnect(login, m_loginSession, properties, u"PropertiesChanged"_s, this,
+                                   SLOT(propertiesChanged(QString, QVariantMap)));
+        m_loginSession = path;
+        m_systemBus.connect(login, path, properties, u"PropertiesChanged"_s, this,
+                            SLOT(propertiesChanged(QString, QVariantMap)));
+    }
+    BusQuestion::askLater(
+        m_systemBus, BusQuestion::forProperty(login, path, loginSession, lockedHint), answerTimeout, *this,
+        [this](const QDBusMessage &reply) { setLocked(login, BusQuestion::valueOf(reply)); });
 }
 
 void SessionLock::activeChanged(bool isActive, const QDBusMessage &signal)
@@ -110,19 +138,16 @@ void SessionLock::activeChanged(bool isActive, const QDBusMessage &signal)
 void SessionLock::propertiesChanged(const QString &interface, const QVariantMap &changed)
 {
     if (interface == loginSession && changed.contains(lockedHint))
-        setLocked(loginSession, changed.value(lockedHint));
+        setLocked(login, changed.value(lockedHint));
 }
 
-void SessionLock::setLocked(const QString &by, const QVariant &isLocked)
+void SessionLock::setLocked(const QString &service, const QVariant &isLocked)
 {
-    // Any other type would convert: a text is true unless it is empty or says no.
+    // Any other type would convert: a text is true unless it is empty or "false".
     if (isLocked.typeId() != QMetaType::Bool)
         return;
-    const bool wasLocked = this->isLocked();
     if (isLocked.toBool())
-        m_lockedBy.insert(by);
+        m_lockedBy.insert(service);
     else
-        m_lockedBy.remove(by);
-    if (this->isLocked() && !wasLocked && onLocked)
-        onLocked();
+        m_lockedBy.remove(service);
 }

@@ -8,7 +8,7 @@
 class Chime;
 class QString;
 
-/// What the module for the sounds offers.
+/// The interface of the sound module.
 class SoundModule : public ModuleInterface
 {
 public:

@@ -27,7 +27,7 @@ itimerspec specification(std::optional<Date> wakeUp)
     itimerspec specification{};
     if (!wakeUp)
         return specification;
-    // All zeros would disarm the timer; any date in the past fires at once.
+    // All zeros would disarm the timer. A date in the past fires at once.
     const Interval sinceEpoch = std::max(wakeUp->time_since_epoch(), Interval(1));
     const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
     specification.it_value.tv_sec = static_cast<time_t>(seconds.count());
@@ -59,6 +59,8 @@ Date TimerfdRunLoop::systemNow()
 
 void TimerfdRunLoop::clockWasSet()
 {
+    if (onWakeUp)
+        onWakeUp();
     schedule().clockChanged(now());
     schedule().fireDue(now());
     m_armed.reset();
@@ -83,6 +85,8 @@ void TimerfdRunLoop::descriptorReadable()
     if (length < 0)
         return;
     m_armed.reset();
+    if (onWakeUp)
+        onWakeUp();
     schedule().fireDue(now());
     scheduleChanged();
 }
@@ -93,8 +97,8 @@ void TimerfdRunLoop::arm(std::optional<Date> wakeUp)
     const itimerspec value = specification(wakeUp);
     const int status =
         timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &value, nullptr);
-    // After a clock change that nobody has read yet the kernel arms the timer, forgets the change and tells
-    // it here alone. The actions must not run inside whatever call is scheduling just now.
+    // If the clock was set since the last read, the kernel arms the timer and reports the change only here,
+    // once. The timers' actions must not run inside the call that schedules a timer.
     if (status < 0 && errno == ECANCELED)
         QMetaObject::invokeMethod(&m_notifier, [this] { clockWasSet(); }, Qt::QueuedConnection);
 }

@@ -8,12 +8,11 @@
 #include <optional>
 
 /// The run loop of the program: one CLOCK_REALTIME timerfd on the thread's Qt event loop serves every timer.
-/// Without timers, and between them, it causes no wake-up. Lives and is used on the user-interface thread.
+/// It causes no wake-up without timers and between them. User-interface thread only.
 class TimerfdRunLoop final : public RunLoop
 {
 public:
-    /// `clock` tells the time that dates are compared with; the system's wall clock unless a test says
-    /// otherwise.
+    /// Dates are compared with the time of `clock`; tests have clocks of their own.
     explicit TimerfdRunLoop(std::function<Date()> clock = systemNow);
     ~TimerfdRunLoop() override;
 
@@ -22,8 +21,11 @@ public:
     /// The system's wall clock.
     [[nodiscard]] static Date systemNow();
 
-    /// Runs what is due after the clock was set or the machine resumed. The kernel's report of either leads
-    /// here.
+    /// Called at every wake-up, before the timers.
+    std::function<void()> onWakeUp;
+
+    /// Runs the timers that are due after the clock was set or the machine resumed. The kernel's report of
+    /// either calls this.
     void clockWasSet();
 
 protected:

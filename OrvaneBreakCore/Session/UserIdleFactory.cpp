@@ -13,8 +13,7 @@
 
 namespace {
 
-/// Only a compositor that the session names: without a name the library would try a usual one, which may
-/// belong to another session of the same user.
+/// Without a name the library would try the usual one, which may belong to another session of the same user.
 WaylandDisplayPointer connectToCompositor()
 {
     if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
@@ -22,7 +21,7 @@ WaylandDisplayPointer connectToCompositor()
     return WaylandDisplayPointer(wl_display_connect(nullptr));
 }
 
-/// What was opened to look at the desktop; the chosen source goes on with it.
+/// The connections that the search opened. The chosen source takes its own over.
 struct Connections
 {
     WaylandDisplayPointer display;
@@ -77,6 +76,12 @@ const char *userIdleSourceName(UserIdleSource source)
         return "org.gnome.Mutter.IdleMonitor";
     }
     return "none";
+}
+
+std::chrono::seconds ChosenUserIdle::resolution() const
+{
+    const bool isWayland = source == UserIdleSource::ExtIdleNotify || source == UserIdleSource::KdeIdle;
+    return isWayland ? WaylandUserIdle::usualTimeout : std::chrono::seconds(0);
 }
 
 ChosenUserIdle makeUserIdle(const RunLoop &runLoop)

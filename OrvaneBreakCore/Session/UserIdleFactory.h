@@ -4,9 +4,10 @@
 #include "RunLoop.h"
 #include "UserIdle.h"
 
+#include <chrono>
 #include <memory>
 
-/// Where the idle time comes from.
+/// The sources of the idle time.
 enum class UserIdleSource
 {
     None,
@@ -16,7 +17,7 @@ enum class UserIdleSource
     MutterIdleMonitor,
 };
 
-/// What the desktop offers, as found out when the program starts.
+/// What the desktop offers when the program starts.
 struct DesktopIdleFacts
 {
     bool isWaylandSession = false; ///< A compositor answers at WAYLAND_DISPLAY.
@@ -26,8 +27,8 @@ struct DesktopIdleFacts
     bool offersXScreenSaver = false;
 };
 
-/// The best source on such a desktop. In a Wayland session never the X server, which sees only the input to
-/// its own windows.
+/// The best source on such a desktop. In a Wayland session this is never the X server, which sees only the
+/// input to its own windows.
 [[nodiscard]] UserIdleSource chooseUserIdleSource(const DesktopIdleFacts &facts);
 
 /// A short English name for diagnostics; "none" where there is no source.
@@ -37,9 +38,12 @@ struct ChosenUserIdle
 {
     std::unique_ptr<UserIdle> userIdle; ///< Never nullptr.
     UserIdleSource source;
+
+    /// Figures below this read as 0.
+    [[nodiscard]] std::chrono::seconds resolution() const;
 };
 
 /// Looks at the desktop once and returns its best source of the idle time. Waits for the compositor, the X
-/// server and, for at most half a second, the session bus. `runLoop` outlives the result. User-interface
-/// thread, with the application object in existence.
+/// server and, for half a second at most, the session bus. `runLoop` outlives the result. User-interface
+/// thread; the application object exists.
 [[nodiscard]] ChosenUserIdle makeUserIdle(const RunLoop &runLoop);

@@ -18,7 +18,7 @@ WaylandConnection::WaylandConnection(WaylandDisplayPointer display, std::functio
 
 void WaylandConnection::flush()
 {
-    // A connection that broke shows when it is read, which also tells the compositor's reason.
+    // A broken connection is noticed when it is read, which also gets the compositor's last events.
     if (m_display)
         wl_display_flush(m_display.get());
 }
@@ -36,7 +36,7 @@ void WaylandConnection::readEvents()
 
 void WaylandConnection::lose()
 {
-    // The descriptor of a closed connection stays readable: left on, the notifier would spin.
+    // The descriptor of a closed connection stays readable, so an enabled notifier would fire without end.
     m_notifier->setEnabled(false);
     m_lost();
 }

@@ -8,21 +8,21 @@
 #include <functional>
 #include <memory>
 
-/// A connection to a compositor next to the toolkit's own, whose events are handled from the event loop of
-/// the user-interface thread. Once the compositor is gone the connection stays silent for good.
+/// A connection to a compositor next to the toolkit's own. The event loop of the user-interface thread
+/// dispatches its events. There are none any more once the compositor is gone.
 class WaylandConnection
 {
 public:
-    /// Takes over a connection, or nullptr where there is none. `lost` is called once, from the event loop,
-    /// when the compositor goes away or ends the connection.
+    /// Takes over a connection, or nullptr for none. `lost` is called once, from the event loop, when the
+    /// compositor ends or closes the connection.
     WaylandConnection(WaylandDisplayPointer display, std::function<void()> lost);
     WaylandConnection(const WaylandConnection &) = delete;
     WaylandConnection &operator=(const WaylandConnection &) = delete;
 
-    /// Stays valid after the connection is lost; nullptr when there never was one.
+    /// Stays valid after the connection is lost. nullptr if there never was one.
     [[nodiscard]] wl_display *display() const { return m_display.get(); }
 
-    /// Sends what has been requested outside of the handling of an event. Never waits.
+    /// Sends the requests that were made outside of an event handler. Never waits.
     void flush();
 
 private:

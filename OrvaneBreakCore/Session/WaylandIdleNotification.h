@@ -10,36 +10,43 @@ struct wl_display;
 struct wl_registry;
 struct wl_seat;
 
-/// The Wayland protocols that tell when a seat becomes idle and when it is used again.
+/// The Wayland protocols that report when a seat becomes idle and when it is used again.
 enum class WaylandIdleProtocol
 {
-    ExtIdleNotify, ///< ext-idle-notify-v1
+    ExtIdleNotify, ///< ext-idle-notify-v1; from version 2 on, idle inhibitors are ignored.
     KdeIdle,       ///< org_kde_kwin_idle
 };
 
-/// Which of the protocols a compositor has.
+/// A global object as the compositor announces it.
+struct WaylandGlobal
+{
+    std::uint32_t name;
+    std::uint32_t version;
+};
+
+/// Which of the protocols a compositor offers.
 struct OfferedWaylandIdle
 {
     bool extIdleNotify = false;
     bool kdeIdle = false;
 };
 
-/// Asks the compositor and waits for its answer, at most as long as `WaylandGlobals` does; nothing is offered
+/// Asks the compositor and waits for its answer, at most as long as `WaylandGlobals` does. Nothing is offered
 /// on a broken connection or without an answer in time.
 [[nodiscard]] OfferedWaylandIdle offeredWaylandIdle(wl_display &display);
 
-/// The name of the global object that a compositor announces the protocol with.
+/// The interface of the global object that a compositor announces for the protocol.
 [[nodiscard]] const char *globalInterface(WaylandIdleProtocol protocol);
 
-/// One request to be told about a seat; destroying it withdraws the request.
+/// A request for reports about one seat. Destroying it withdraws the request.
 class WaylandIdleNotification
 {
 public:
-    /// Called from the handling of the connection's events.
+    /// Called while the connection's events are dispatched.
     struct Handlers
     {
-        std::function<void()> idled; ///< Nothing has been touched for the whole time-out.
-        std::function<void()> resumed;
+        std::function<void()> idled;   ///< There was no input during the whole time-out.
+        std::function<void()> resumed; ///< There is input again.
     };
 
     WaylandIdleNotification() = default;
@@ -48,9 +55,9 @@ public:
     WaylandIdleNotification &operator=(const WaylandIdleNotification &) = delete;
 };
 
-/// Requests a notification of `seat` from the global object called `globalName` in `registry`. The request is
-/// sent with the connection's next flush.
+/// Requests reports about `seat` from `global`, an object of that protocol in `registry`. The request is sent
+/// with the connection's next flush.
 [[nodiscard]] std::unique_ptr<WaylandIdleNotification>
-requestIdleNotification(WaylandIdleProtocol protocol, wl_registry &registry, std::uint32_t globalName,
+requestIdleNotification(WaylandIdleProtocol protocol, wl_registry &registry, WaylandGlobal global,
                         wl_seat &seat, std::chrono::milliseconds timeout,
                         WaylandIdleNotification::Handlers handlers);

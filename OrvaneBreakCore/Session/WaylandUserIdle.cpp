@@ -9,7 +9,7 @@
 
 void WaylandUserIdle::SeatDeleter::operator()(wl_seat *seat) const
 {
-    // The compositor hears of the end only from version 5 on.
+    // The release request exists from version 5 on.
     if (wl_seat_get_version(seat) >= WL_SEAT_RELEASE_SINCE_VERSION)
         wl_seat_release(seat);
     else
@@ -60,7 +60,7 @@ void WaylandUserIdle::listenToRegistry()
     m_connection.flush();
 }
 
-void WaylandUserIdle::globalAppeared(Global global, const char *interface)
+void WaylandUserIdle::globalAppeared(WaylandGlobal global, const char *interface)
 {
     const std::string_view name(interface);
     if (name == wl_seat_interface.name)
@@ -72,7 +72,7 @@ void WaylandUserIdle::globalAppeared(Global global, const char *interface)
 
 void WaylandUserIdle::globalVanished(std::uint32_t name)
 {
-    const auto hasName = [name](const Global &global) { return global.name == name; };
+    const auto hasName = [name](const WaylandGlobal &global) { return global.name == name; };
     std::erase_if(m_seats, hasName);
     std::erase_if(m_notifiers, hasName);
     if (!m_watch || (m_watch->seatName != name && m_watch->notifierName != name))
@@ -86,13 +86,13 @@ void WaylandUserIdle::startWatch()
 {
     if (m_watch || m_seats.empty() || m_notifiers.empty())
         return;
-    const Global &seat = m_seats.front();
-    const std::uint32_t notifier = m_notifiers.front().name;
+    const WaylandGlobal &seat = m_seats.front();
+    const WaylandGlobal &notifier = m_notifiers.front();
     const std::uint32_t version = std::min<std::uint32_t>(seat.version, WL_SEAT_RELEASE_SINCE_VERSION);
     std::unique_ptr<wl_seat, SeatDeleter> bound(
         static_cast<wl_seat *>(wl_registry_bind(m_registry.get(), seat.name, &wl_seat_interface, version)));
     auto notification = requestIdleNotification(
         m_protocol, *m_registry, notifier, *bound, m_timeout,
         {[this] { m_idleSince = m_runLoop.now() - m_timeout; }, [this] { m_idleSince.reset(); }});
-    m_watch = Watch{seat.name, notifier, std::move(bound), std::move(notification)};
+    m_watch = Watch{seat.name, notifier.name, std::move(bound), std::move(notification)};
 }

@@ -14,19 +14,19 @@
 struct wl_registry;
 struct wl_seat;
 
-/// The idle time in a Wayland session, of the first seat. The protocols tell only that nothing was touched
-/// for a time-out, and when something is touched again, so that figures below the time-out read as 0. The
-/// compositor also keeps silent, and the user counts as active, while a program such as a video player
-/// inhibits idleness. All figures are 0 as well while there is no seat or the compositor has withdrawn the
-/// protocol, and for good once the compositor is gone. Asking never waits.
+/// The idle time of the first seat of a Wayland session. The protocols report only that there was no input
+/// for a time-out, and the next input, so figures below the time-out read as 0. While a program such as a
+/// video player inhibits idleness, the user counts as active, except with version 2 of ext-idle-notify-v1,
+/// which reports input alone. All figures are 0 while there is no seat or the compositor has withdrawn the
+/// protocol, and always once the compositor is gone. Asking never waits.
 class WaylandUserIdle final : public UserIdle
 {
 public:
-    /// What the compositor is asked for in the program.
-    static constexpr std::chrono::milliseconds usualTimeout = std::chrono::minutes(1);
+    /// The time-out that the program asks for.
+    static constexpr std::chrono::seconds usualTimeout = std::chrono::minutes(1);
 
-    /// Takes over a connection to the compositor, or nullptr where there is none. `runLoop` outlives this
-    /// object. Needs the event loop to hear from the compositor.
+    /// Takes over a connection to the compositor, or nullptr for none. `runLoop` outlives this object. The
+    /// reports of the compositor arrive through the event loop.
     WaylandUserIdle(const RunLoop &runLoop, WaylandDisplayPointer display, WaylandIdleProtocol protocol,
                     std::chrono::milliseconds timeout = usualTimeout);
     ~WaylandUserIdle() override;
@@ -34,11 +34,6 @@ public:
     [[nodiscard]] InputIdleSeconds secondsSinceLastInput() const override;
 
 private:
-    struct Global
-    {
-        std::uint32_t name;
-        std::uint32_t version;
-    };
     struct SeatDeleter
     {
         void operator()(wl_seat *seat) const;
@@ -56,7 +51,7 @@ private:
     };
 
     void listenToRegistry();
-    void globalAppeared(Global global, const char *interface);
+    void globalAppeared(WaylandGlobal global, const char *interface);
     void globalVanished(std::uint32_t name);
     void startWatch();
 
@@ -65,8 +60,8 @@ private:
     std::chrono::milliseconds m_timeout;
     WaylandConnection m_connection;
     std::unique_ptr<wl_registry, RegistryDeleter> m_registry;
-    std::vector<Global> m_seats;
-    std::vector<Global> m_notifiers;
+    std::vector<WaylandGlobal> m_seats;
+    std::vector<WaylandGlobal> m_notifiers;
     std::optional<Watch> m_watch;
     std::optional<Date> m_idleSince;
 };

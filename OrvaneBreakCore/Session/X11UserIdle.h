@@ -2,39 +2,26 @@
 #pragma once
 
 #include "UserIdle.h"
+#include "X11Client.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 
-struct xcb_connection_t;
-
-struct XcbConnectionDeleter
-{
-    void operator()(xcb_connection_t *connection) const;
-};
-using XcbConnectionPointer = std::unique_ptr<xcb_connection_t, XcbConnectionDeleter>;
-
-/// The idle time as an X server counts it, from its screen-saver extension. It asks for no events on its
-/// connection, so that input never wakes the program. All figures are 0 once the connection is lost, and when
-/// the server does not answer within half a second; the latter is tried anew at the next call.
+/// The idle time as an X server counts it, from its screen-saver extension. All figures are 0 once the
+/// connection is lost, and when the server does not answer within half a second; the next call asks again.
 class X11UserIdle final : public UserIdle
 {
 public:
-    /// Opens a connection of its own to the display named by DISPLAY.
-    X11UserIdle();
+    explicit X11UserIdle(X11Client client = X11Client::toDisplay());
 
-    /// Takes over a connection as the X library returned it, also one in error.
-    explicit X11UserIdle(XcbConnectionPointer connection);
-
-    /// True when the server was reached and has the extension; otherwise all figures are 0 for good.
-    [[nodiscard]] bool isOffered() const { return m_rootWindow != 0; }
+    /// True if the server was reached and has the extension; otherwise all figures are always 0.
+    [[nodiscard]] bool isOffered() const { return m_rootWindow != XCB_WINDOW_NONE; }
 
     [[nodiscard]] InputIdleSeconds secondsSinceLastInput() const override;
 
 private:
     [[nodiscard]] std::optional<std::uint32_t> millisecondsSinceInput() const;
 
-    XcbConnectionPointer m_connection;
-    std::uint32_t m_rootWindow = 0;
+    X11Client m_client;
+    xcb_window_t m_rootWindow;
 };

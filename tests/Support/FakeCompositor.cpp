@@ -18,10 +18,10 @@ struct FakeCompositor::Requests
 
     static void destroy(wl_client *, wl_resource *resource) { wl_resource_destroy(resource); }
 
-    static void rememberNotification(wl_resource *resource, std::uint32_t timeout, bool isExtIdleNotify)
+    static void rememberNotification(wl_resource *resource, std::uint32_t timeout, Kind kind)
     {
         FakeCompositor &compositor = self(wl_resource_get_user_data(resource));
-        compositor.m_notifications.push_back({resource, timeout, isExtIdleNotify});
+        compositor.m_notifications.push_back({resource, timeout, kind});
         ++compositor.m_notificationRequests;
     }
 
@@ -42,25 +42,22 @@ struct FakeCompositor::Requests
         wl_seat_send_capabilities(resource, WL_SEAT_CAPABILITY_POINTER);
     }
 
+    template <Kind kind>
     static void getExtNotification(wl_client *client, wl_resource *notifier, std::uint32_t id,
                                    std::uint32_t timeout, wl_resource *)
     {
         static const struct ext_idle_notification_v1_interface requests{destroy};
         void *data = wl_resource_get_user_data(notifier);
-        wl_resource *resource = wl_resource_create(client, &ext_idle_notification_v1_interface, 1, id);
+        wl_resource *resource = wl_resource_create(client, &ext_idle_notification_v1_interface,
+                                                   wl_resource_get_version(notifier), id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
-        rememberNotification(resource, timeout, true);
+        rememberNotification(resource, timeout, kind);
     }
 
     static void bindExt(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
     {
-        // Later versions of the interface have more requests.
-        static const struct ext_idle_notifier_v1_interface requests = [] {
-            struct ext_idle_notifier_v1_interface first = {};
-            first.destroy = destroy;
-            first.get_idle_notification = getExtNotification;
-            return first;
-        }();
+        static const struct ext_idle_notifier_v1_interface requests{
+            destroy, getExtNotification<Kind::ExtIdle>, getExtNotification<Kind::ExtInputIdle>};
         wl_resource *resource = wl_resource_create(client, &ext_idle_notifier_v1_interface, int(version), id);
         wl_resource_set_implementation(resource, &requests, data, nullptr);
     }
@@ -73,7 +70,7 @@ struct FakeCompositor::Requests
         void *data = wl_resource_get_user_data(idle);
         wl_resource *resource = wl_resource_create(client, &org_kde_kwin_idle_timeout_interface, 1, id);
         wl_resource_set_implementation(resource, &requests, data, forgetNotification);
-        rememberNotification(resource, timeout, false);
+        rememberNotification(resource, timeout, Kind::KdeIdle);
     }
 
     static void bindKde(wl_client *client, void *data, std::uint32_t version, std::uint32_t id)
@@ -145,9 +142,9 @@ wl_global *FakeCompositor::offerSeat(int version)
     return wl_global_create(m_display, &wl_seat_interface, version, this, Requests::bindSeat);
 }
 
-wl_global *FakeCompositor::offerExtIdleNotify()
+wl_global *FakeCompositor::offerExtIdleNotify(int version)
 {
-    return wl_global_create(m_display, &ext_idle_notifier_v1_interface, 1, this, Requests::bindExt);
+    return wl_global_create(m_display, &ext_idle_notifier_v1_interface, version, this, Requests::bindExt);
 }
 
 wl_global *FakeCompositor::offerKdeIdle()
@@ -181,20 +178,27 @@ void FakeCompositor::pump()
     wl_display_flush_clients(m_display);
 }
 
-void FakeCompositor::sendIdled()
+void FakeCompositor::sendIdled(bool isInhibited)
 {
-    send(ext_idle_notification_v1_send_idled, org_kde_kwin_idle_timeout_send_idle);
+    for (const Notification &each : m_notifications) {
+        if (isInhibited && each.kind != Kind::ExtInputIdle)
+            continue;
+        if (each.kind != Kind::KdeIdle)
+            ext_idle_notification_v1_send_idled(each.resource);
+        else
+            org_kde_kwin_idle_timeout_send_idle(each.resource);
+    }
+    wl_display_flush_clients(m_display);
 }
 
 void FakeCompositor::sendResumed()
 {
-    send(ext_idle_notification_v1_send_resumed, org_kde_kwin_idle_timeout_send_resumed);
-}
-
-void FakeCompositor::send(Event extEvent, Event kdeEvent)
-{
-    for (const Notification &each : m_notifications)
-        (each.isExtIdleNotify ? extEvent : kdeEvent)(each.resource);
+    for (const Notification &each : m_notifications) {
+        if (each.kind != Kind::KdeIdle)
+            ext_idle_notification_v1_send_resumed(each.resource);
+        else
+            org_kde_kwin_idle_timeout_send_resumed(each.resource);
+    }
     wl_display_flush_clients(m_display);
 }
 

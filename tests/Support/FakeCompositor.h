@@ -13,11 +13,19 @@ struct wl_resource;
 class FakeCompositor
 {
 public:
+    /// The requests that make a notification.
+    enum class Kind
+    {
+        ExtIdle,      ///< ext-idle-notify-v1, subject to idle inhibitors
+        ExtInputIdle, ///< ext-idle-notify-v1 version 2, input alone
+        KdeIdle,
+    };
+
     struct Notification
     {
         wl_resource *resource;
         std::uint32_t timeout; ///< In milliseconds, as the client asked for it.
-        bool isExtIdleNotify;
+        Kind kind;
     };
 
     FakeCompositor();
@@ -33,7 +41,7 @@ public:
 
     /// Each announces a global and returns it for `withdraw()`.
     wl_global *offerSeat(int version = 7);
-    wl_global *offerExtIdleNotify();
+    wl_global *offerExtIdleNotify(int version = 2);
     wl_global *offerKdeIdle();
     void withdraw(wl_global *global);
 
@@ -43,8 +51,8 @@ public:
     /// Handles pending requests and flushes events; never waits.
     void pump();
 
-    /// Each sends its event to every notification.
-    void sendIdled();
+    /// Reports to every notification. With an inhibitor, only to those that ignore inhibitors.
+    void sendIdled(bool isInhibited = false);
     void sendResumed();
 
     /// Closes all connections, as a compositor that crashes does.
@@ -63,9 +71,6 @@ public:
 private:
     struct Requests;
     friend struct Requests;
-    using Event = void (*)(wl_resource *);
-
-    void send(Event extEvent, Event kdeEvent);
 
     wl_display *m_display;
     wl_global *m_withdrawn = nullptr;

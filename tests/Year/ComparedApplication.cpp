@@ -122,13 +122,6 @@ void ComparedApplication::tell(EngineModel::Event event, int minutes)
     compareEngines();
 }
 
-void ComparedApplication::lock()
-{
-    m_isLocked = true;
-    m_isCovered = false;
-    m_screens.hide();
-}
-
 void ComparedApplication::compare()
 {
     compareEngines();
@@ -170,6 +163,8 @@ void ComparedApplication::noteBreak(const QStringList &effects)
             m_breakLasted = {};
             m_breakLength = std::chrono::seconds(effect.section(u' ', 1).toInt());
             m_wasClockSetBack = false;
+        } else if (effect.startsWith("update"_L1)) {
+            m_isCovered = !m_isLocked;
         } else if (effect == "hide"_L1) {
             m_isCovered = false;
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "BreakOverlayController.h"
+#include "LockAwareOverlay.h"
 #include "Support/ApplicationFixture.h"
 #include "Support/EngineModel.h"
 #include "Support/FakeOverlaySurface.h"
@@ -37,8 +38,8 @@ public:
     /// Applies to the model what was done to the engine.
     void tell(EngineModel::Event event, int minutes = 0);
 
-    /// Locks the session: the break screen closes, and none opens until `unlock()`.
-    void lock();
+    /// Locks the session: the next update hides the break screen.
+    void lock() { m_isLocked = true; }
     void unlock() { m_isLocked = false; }
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
 
@@ -70,6 +71,6 @@ private:
     Interval m_breakLength{};
     bool m_wasClockSetBack = false;
     QString m_difference;
-    BreakOverlayController m_screens{
-        surface, [this] { return m_isLocked ? QList<QScreen *>() : QGuiApplication::screens(); }};
+    LockAwareOverlay m_screens{std::make_unique<BreakOverlayController>(surface, &QGuiApplication::screens),
+                               [this] { return m_isLocked; }};
 };

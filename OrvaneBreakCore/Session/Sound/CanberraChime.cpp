@@ -23,10 +23,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A server that stops playing in the middle of a sound is given up after this time.
-constexpr std::chrono::seconds longestSound{15};
+/// The thread gives up a server that stops playing in the middle of a sound after this time.
+constexpr std::chrono::seconds maxSoundDuration{15};
 
-/// All that the playing thread needs, without a reference to anything that ends before the process does.
+/// Everything that the playing thread needs, by value: the thread may outlive every object.
 struct Sound
 {
     std::string name;
@@ -42,7 +42,7 @@ struct ContextDeleter
 
 using Context = std::unique_ptr<ca_context, ContextDeleter>;
 
-/// The moment at which the library has no more use for a sound.
+/// The end of a sound, which the sound library reports.
 class PlaybackEnd
 {
 public:
@@ -56,7 +56,7 @@ public:
     void wait()
     {
         std::unique_lock lock(m_mutex);
-        m_changed.wait_for(lock, longestSound, [this] { return m_isReached; });
+        m_changed.wait_for(lock, maxSoundDuration, [this] { return m_isReached; });
     }
 
 private:
@@ -70,8 +70,8 @@ void playbackFinished(ca_context * /*context*/, std::uint32_t /*id*/, int /*erro
     static_cast<PlaybackEnd *>(end)->reach();
 }
 
-/// Whether this user may use a sound card. The sound library of the cards complains on standard error when it
-/// is asked without one.
+/// Whether this user may use a sound card. Without one the cards' sound library prints complaints on standard
+/// error.
 bool hasSoundCard()
 {
     glob_t nodes = {};
@@ -117,7 +117,7 @@ void playToTheEnd(const Sound &sound)
 {
     if (access(sound.file.c_str(), R_OK) != 0)
         return;
-    // Goes after the context, which may report the end until it is gone.
+    // Destroyed after the context, which may report the end until then.
     PlaybackEnd end;
     Context context = openContext("pulse", sound);
     if (!context && hasSoundCard())
@@ -141,7 +141,7 @@ void CanberraChime::play(const QString &name)
                 QCoreApplication::applicationName().toStdString(),
                 QGuiApplication::desktopFileName().toStdString()};
     try {
-        // Joining it could take as long as the server hangs.
+        // Joining the thread would wait for a server that hangs.
         std::thread([sound = std::move(sound), isPlaying = m_isPlaying] {
             const SignalStack signalStack;
             playToTheEnd(sound);

@@ -9,7 +9,7 @@
 
 #include <atomic>
 
-/// What the service at org.gnome.Mutter.IdleMonitor answers.
+/// The object of the service org.gnome.Mutter.IdleMonitor.
 class FakeIdleMonitorObject : public QObject, protected QDBusContext
 {
     Q_OBJECT

@@ -28,7 +28,7 @@ QString activationMarker()
     return qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/activated"_s;
 }
 
-/// Tells the bus, before it starts, that it may start the service by running a program that leaves a mark.
+/// Makes the service startable for a bus that is not running yet. Starting it leaves a mark.
 bool installActivation()
 {
     const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/dbus-1/services"_s;
@@ -40,7 +40,7 @@ bool installActivation()
 
 } // namespace
 
-/// The idle time from Mutter's service, against a service of the test's on a bus of the test's.
+/// The idle time from a service like Mutter's, on a bus of the test's.
 class MutterUserIdleTest : public QObject
 {
     Q_OBJECT

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <thread>
 
-/// An X server for a single client, with one screen and a screen-saver extension that answers as the test
-/// wants. It runs in a thread of its own because the client waits for it.
+/// An X server for one client, with one screen and a screen-saver extension that answers as the test chooses.
+/// It has a thread, because the client waits for it.
 class ScriptedXServer
 {
 public:
@@ -14,7 +14,7 @@ public:
     {
         Figure,
         FigureAfterUnaskedEvent,
-        LateFigureFirst, ///< Before the figure sends another one to the question before.
+        LateFigureFirst, ///< Sends a late reply to the previous question before the figure.
         Error,
         Silence,
         HangUp,

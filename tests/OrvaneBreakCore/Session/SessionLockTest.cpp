@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SessionLock.h"
 
-#include "FakeLockService.h"
+#include "Support/FakeBusService.h"
 #include "Support/SessionBusDaemon.h"
 #include "Support/TestProgram.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
+#include <QEventLoop>
 #include <QTest>
 
 #include <memory>
@@ -29,7 +31,7 @@ QVariant wrapped(bool value)
 
 } // namespace
 
-/// Locked or not, as services of the test's on two buses of the test's say.
+/// The lock state that services of the test's on two buses of the test's report.
 class SessionLockTest : public QObject
 {
     Q_OBJECT
@@ -44,9 +46,9 @@ class SessionLockTest : public QObject
             QDBusConnection::connectToBus(m_system->address(), u"system"_s));
     }
 
-    [[nodiscard]] std::unique_ptr<FakeLockService> makeLogin(bool isLocked) const
+    [[nodiscard]] std::unique_ptr<FakeBusService> makeLogin(bool isLocked) const
     {
-        return std::make_unique<FakeLockService>(
+        return std::make_unique<FakeBusService>(
             m_system->address(), login,
             QHash<QString, QVariant>{
                 {u"GetSessionByPID"_s, QVariant::fromValue(QDBusObjectPath(sessionPath))},
@@ -67,7 +69,7 @@ private Q_SLOTS:
         QDBusConnection::disconnectFromBus(u"system"_s);
     }
 
-    void isUnlockedWhereNobodySaysOtherwise()
+    void isUnlockedWithoutAnyReport()
     {
         const auto lock = makeLock();
         QVERIFY(!lock->isLocked());
@@ -75,9 +77,9 @@ private Q_SLOTS:
         QVERIFY(!withoutBuses.isLocked());
     }
 
-    void learnsOfALockThatWasThereBefore()
+    void learnsOfALockFromBeforeTheStart()
     {
-        const FakeLockService service(m_session->address(), gnome, {{u"GetActive"_s, true}});
+        const FakeBusService service(m_session->address(), gnome, {{u"GetActive"_s, true}});
         QVERIFY(service.isRegistered);
         const auto lock = makeLock();
         QTRY_VERIFY(lock->isLocked());
@@ -85,16 +87,79 @@ private Q_SLOTS:
 
     void followsTheLockScreen()
     {
-        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, false}});
+        const FakeBusService service(m_session->address(), saver, {{u"GetActive"_s, false}});
         const auto lock = makeLock();
-        int announcements = 0;
-        lock->onLocked = [&announcements] { ++announcements; };
         QTRY_VERIFY(service.calls.size() >= 2);
         service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {true});
         QTRY_VERIFY(lock->isLocked());
         service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {false});
         QTRY_VERIFY(!lock->isLocked());
-        QCOMPARE(announcements, 1);
+    }
+
+    void aLockScreenThatDiesWhileActive()
+    {
+        auto service = std::make_unique<FakeBusService>(m_session->address(), saver,
+                                                        QHash<QString, QVariant>{{u"GetActive"_s, true}});
+        const auto lock = makeLock();
+        QTRY_VERIFY(lock->isLocked());
+        service.reset();
+        QTRY_VERIFY(!lock->isLocked());
+    }
+
+    void aLockScreenThatReturns_data()
+    {
+        QTest::addColumn<bool>("isLocked");
+        QTest::newRow("locked") << true;
+        QTest::newRow("unlocked") << false;
+    }
+
+    void aLockScreenThatReturns()
+    {
+        QFETCH(bool, isLocked);
+        auto service = std::make_unique<FakeBusService>(
+            m_session->address(), gnome, QHash<QString, QVariant>{{u"GetActive"_s, !isLocked}});
+        const auto lock = makeLock();
+        QTRY_COMPARE(lock->isLocked(), !isLocked);
+        QTRY_VERIFY(service->calls.contains(u"GetActive"_s));
+        service.reset();
+        service = std::make_unique<FakeBusService>(m_session->address(), gnome,
+                                                   QHash<QString, QVariant>{{u"GetActive"_s, isLocked}});
+        QTRY_VERIFY(service->calls.contains(u"GetActive"_s));
+        QTRY_COMPARE(lock->isLocked(), isLocked);
+        service->announce(u"/org/gnome/ScreenSaver"_s, gnome, u"ActiveChanged"_s, {!isLocked});
+        QTRY_COMPARE(lock->isLocked(), !isLocked);
+    }
+
+    void oneLockScreenThatDiesLeavesTheOtherLocked()
+    {
+        auto dying = std::make_unique<FakeBusService>(m_session->address(), saver,
+                                                      QHash<QString, QVariant>{{u"GetActive"_s, true}});
+        const FakeBusService other(m_session->address(), gnome, {{u"GetActive"_s, true}});
+        const auto lock = makeLock();
+        QTRY_VERIFY(dying->calls.size() >= 2 && !other.calls.isEmpty());
+        QTRY_VERIFY(lock->isLocked());
+        dying.reset();
+        // Once its heir has answered, the death has been handled.
+        const FakeBusService heir(m_session->address(), saver, {{u"GetActive"_s, false}});
+        QTRY_VERIFY(heir.calls.size() >= 2);
+        QTRY_VERIFY(lock->findChildren<QDBusPendingCallWatcher *>().isEmpty());
+        QVERIFY(lock->isLocked());
+        other.announce(u"/org/gnome/ScreenSaver"_s, gnome, u"ActiveChanged"_s, {false});
+        QTRY_VERIFY(!lock->isLocked());
+    }
+
+    void theLoginServiceThatRestarts()
+    {
+        auto service = makeLogin(true);
+        const auto lock = makeLock();
+        QTRY_VERIFY(lock->isLocked());
+        service.reset();
+        QTRY_VERIFY(!lock->isLocked());
+        service = makeLogin(true);
+        QTRY_VERIFY(lock->isLocked());
+        service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                          {loginSession, QVariantMap{{u"LockedHint"_s, false}}, QStringList()});
+        QTRY_VERIFY(!lock->isLocked());
     }
 
     void followsTheLoginService()
@@ -112,10 +177,10 @@ private Q_SLOTS:
         QTRY_VERIFY(!lock->isLocked());
     }
 
-    void isLockedWhileAnyServiceSaysSo()
+    void isLockedWhileAnyServiceReportsIt()
     {
         const auto service = makeLogin(true);
-        const FakeLockService screen(m_session->address(), saver, {{u"GetActive"_s, true}});
+        const FakeBusService screen(m_session->address(), saver, {{u"GetActive"_s, true}});
         const auto lock = makeLock();
         QTRY_VERIFY(lock->isLocked());
         QTRY_VERIFY(service->calls.contains(u"Get"_s) && screen.calls.size() >= 2);
@@ -127,18 +192,21 @@ private Q_SLOTS:
 
     void odditiesChangeNothing()
     {
-        const FakeLockService service(m_session->address(), saver, {{u"GetActive"_s, u"perhaps"_s}});
+        const FakeBusService service(m_session->address(), saver, {{u"GetActive"_s, u"perhaps"_s}});
         const auto lock = makeLock();
+        QEventLoop seen;
+        QDBusConnection bus(u"session"_s);
+        bus.connect(saver, u"/seen"_s, saver, u"Seen"_s, &seen, SLOT(quit()));
+        QVERIFY(bus.interface()->isServiceRegistered(saver));
         QTRY_VERIFY(lock->findChildren<QDBusPendingCallWatcher *>().isEmpty());
         QCOMPARE(service.calls.count(u"GetActive"_s), 2);
         QVERIFY(!lock->isLocked());
         service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {u"true"_s});
         service.announce(u"/elsewhere"_s, saver, u"ActiveChanged"_s, {true});
-        // Announcements arrive in their order: after this one the earlier ones have been seen.
-        bool isSeen = false;
-        lock->onLocked = [&isSeen] { isSeen = true; };
-        service.announce(u"/org/freedesktop/ScreenSaver"_s, saver, u"ActiveChanged"_s, {true});
-        QTRY_VERIFY(isSeen);
+        // Announcements arrive in their order, and this one after those above.
+        service.announce(u"/seen"_s, saver, u"Seen"_s, {});
+        seen.exec();
+        QVERIFY(!lock->isLocked());
     }
 };
 

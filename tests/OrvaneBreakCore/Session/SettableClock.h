@@ -14,6 +14,6 @@ protected:
     void scheduleChanged() override {}
 
 private:
-    // An arbitrary date: nothing may depend on which one.
+    // Nothing may depend on this date.
     Date m_now{std::chrono::seconds(1'000'000)};
 };

@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// At its next use a timer says that the clock was set: the first of these functions that the program calls.
+/// Makes the next call of one of the functions below report that the clock was set.
 bool isClockSet = false;
 int clockDescriptor = -1;
 
@@ -26,7 +26,7 @@ Function *next(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-int toldThatTheClockWasSet()
+int reportClockSet()
 {
     isClockSet = false;
     errno = ECANCELED;
@@ -35,23 +35,22 @@ int toldThatTheClockWasSet()
 
 } // namespace
 
-// The kernel arms the timer all the same.
+// The kernel arms the timer as well.
 extern "C" int timerfd_settime(int descriptor, int flags, const itimerspec *value, itimerspec *old) noexcept
 {
     clockDescriptor = descriptor;
     const int status = next<decltype(timerfd_settime)>("timerfd_settime")(descriptor, flags, value, old);
-    return isClockSet ? toldThatTheClockWasSet() : status;
+    return isClockSet ? reportClockSet() : status;
 }
 
 extern "C" ssize_t read(int descriptor, void *buffer, size_t size)
 {
     static auto *const nextRead = next<decltype(read)>("read");
     const ssize_t length = nextRead(descriptor, buffer, size);
-    return isClockSet && descriptor == clockDescriptor ? toldThatTheClockWasSet() : length;
+    return isClockSet && descriptor == clockDescriptor ? reportClockSet() : length;
 }
 
-/// The run loop on the kernel's timer. Only the shortest of waits are real; a clock that is set is a clock of
-/// the test's.
+/// The run loop on the kernel's timer. Only very short waits are real. Tests set a clock of their own.
 class TimerfdRunLoopTest : public QObject
 {
     Q_OBJECT
@@ -125,6 +124,22 @@ private Q_SLOTS:
         QCOMPARE(calls, 1);
     }
 
+    void everyWakeUpIsReportedBeforeTheTimers()
+    {
+        Settable f;
+        QStringList log;
+        f.runLoop.onWakeUp = [&log] { log.append(QStringLiteral("wake-up")); };
+        const Timer timer = f.runLoop.scheduleOnce(f.runLoop.now() + 1ms, 0s,
+                                                   [&log] { log.append(QStringLiteral("timer")); });
+        QTRY_COMPARE(log, QStringList({QStringLiteral("wake-up"), QStringLiteral("timer")}));
+        log.clear();
+        const Timer later = f.runLoop.scheduleOnce(f.runLoop.now() + 20min, 0s,
+                                                   [&log] { log.append(QStringLiteral("timer")); });
+        f.offset = 20min;
+        f.runLoop.clockWasSet();
+        QCOMPARE(log, QStringList({QStringLiteral("wake-up"), QStringLiteral("timer")}));
+    }
+
     void clockSetBackWaitsOnButARepeatingTimerDoesNot()
     {
         TwoTimers f;
@@ -135,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(f.once, 0);
     }
 
-    void kernelSaysThatTheClockWasSetWhenItsTimerIsRead()
+    void kernelReportsASetClockWhenItsTimerIsRead()
     {
         TwoTimers f;
         f.offset = -1h;
@@ -145,7 +160,7 @@ private Q_SLOTS:
         QVERIFY(!isClockSet);
     }
 
-    void kernelSaysThatTheClockWasSetWhenATimerIsArmed()
+    void kernelReportsASetClockWhenATimerIsArmed()
     {
         Settable f;
         int calls = 0;

@@ -9,7 +9,7 @@
 
 #include <QTest>
 
-/// Which source is chosen: first by the facts alone, then by the facts found on a desktop of the test's.
+/// The choice of the source: by given facts, then by the facts of a desktop of the test's.
 class UserIdleFactoryTest : public QObject
 {
     Q_OBJECT
@@ -109,6 +109,8 @@ private Q_SLOTS:
         const SettableClock clock;
         const ChosenUserIdle chosen = makeUserIdle(clock);
         QTEST(chosen.source, "source");
+        const bool isProtocol = ext || kde;
+        QCOMPARE(chosen.resolution(), std::chrono::seconds(isProtocol ? 60 : 0));
         const double expected = chosen.source == UserIdleSource::MutterIdleMonitor ? 7.0 : 0.0;
         QCOMPARE(chosen.userIdle->secondsSinceLastInput().front(), expected);
     }

@@ -12,8 +12,8 @@
 #include <functional>
 #include <memory>
 
-/// A compositor, a clock and the idle time of one client of that compositor. The waits let both sides talk
-/// until a condition holds and are false when it never does.
+/// A compositor, a clock and the idle time of one client of that compositor. The waits dispatch the events of
+/// both sides until a condition is true, and return false if it never is.
 struct WaylandIdleFixture
 {
     explicit WaylandIdleFixture(WaylandIdleProtocol wanted = WaylandIdleProtocol::ExtIdleNotify)

@@ -14,11 +14,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
+using Kind = FakeCompositor::Kind;
+
 int clientLogLines = 0;
 
 } // namespace
 
-/// The idle time from the Wayland protocols, against a compositor of the test's and a clock of the test's.
+/// The idle time from the Wayland protocols, with a compositor and a clock of the test's.
 class WaylandUserIdleTest : public QObject
 {
     Q_OBJECT
@@ -40,22 +42,25 @@ private Q_SLOTS:
     void idledAndResumed_data()
     {
         QTest::addColumn<WaylandIdleProtocol>("protocol");
-        QTest::newRow("ext-idle-notify-v1") << WaylandIdleProtocol::ExtIdleNotify;
-        QTest::newRow("org_kde_kwin_idle") << WaylandIdleProtocol::KdeIdle;
+        QTest::addColumn<int>("version");
+        QTest::addColumn<Kind>("kind");
+        QTest::newRow("ext-idle-notify-v1") << WaylandIdleProtocol::ExtIdleNotify << 1 << Kind::ExtIdle;
+        QTest::newRow("its version 2") << WaylandIdleProtocol::ExtIdleNotify << 2 << Kind::ExtInputIdle;
+        QTest::newRow("org_kde_kwin_idle") << WaylandIdleProtocol::KdeIdle << 1 << Kind::KdeIdle;
     }
 
     void idledAndResumed()
     {
         QFETCH(WaylandIdleProtocol, protocol);
+        QFETCH(int, version);
         WaylandIdleFixture f(protocol);
         f.compositor.offerSeat();
         f.compositor.offerKdeIdle();
-        f.compositor.offerExtIdleNotify();
+        f.compositor.offerExtIdleNotify(version);
         f.start();
         QVERIFY(f.hasNotifications(1));
         QCOMPARE(f.compositor.notifications().front().timeout, 60'000U);
-        QCOMPARE(f.compositor.notifications().front().isExtIdleNotify,
-                 protocol == WaylandIdleProtocol::ExtIdleNotify);
+        QTEST(f.compositor.notifications().front().kind, "kind");
         QCOMPARE(f.figure(), 0.0);
 
         f.clock.pass(59s);
@@ -73,6 +78,31 @@ private Q_SLOTS:
         QCOMPARE(f.figure(), 0.0);
         f.compositor.sendIdled();
         QVERIFY(f.hasFigure(60));
+    }
+
+    void anIdleInhibitor_data() { idledAndResumed_data(); }
+
+    void anIdleInhibitor()
+    {
+        QFETCH(WaylandIdleProtocol, protocol);
+        QFETCH(int, version);
+        QFETCH(Kind, kind);
+        WaylandIdleFixture f(protocol);
+        f.compositor.offerSeat();
+        f.compositor.offerKdeIdle();
+        f.compositor.offerExtIdleNotify(version);
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        f.compositor.sendIdled(true);
+        if (kind == Kind::ExtInputIdle) {
+            QVERIFY(f.hasFigure(60));
+            return;
+        }
+        for (int pass = 0; pass < 10; ++pass) {
+            f.compositor.pump();
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(f.figure(), 0.0);
     }
 
     void theTimeoutIsThatOfTheConstructor()
@@ -160,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(f.hasNotifications(1));
         f.compositor.withdraw(seat);
         QVERIFY(f.hasNotifications(0));
-        // A release that the seat does not know would have cost the connection.
+        // A release request that the seat does not have would end the connection.
         f.compositor.offerSeat(1);
         QVERIFY(f.hasNotifications(1));
     }
@@ -236,7 +266,7 @@ private Q_SLOTS:
 
         f.compositor.die();
         QVERIFY(f.hasFigure(0));
-        // A notifier left on would find its closed connection readable every time.
+        // An enabled notifier would find its closed connection readable every time.
         QCoreApplication::processEvents();
         auto *dispatcher = QAbstractEventDispatcher::instance();
         for (int pass = 0; pass < 10; ++pass)

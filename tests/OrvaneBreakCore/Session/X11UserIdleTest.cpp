@@ -23,14 +23,14 @@ InputIdleSeconds allKinds(double seconds)
     return figures;
 }
 
-XcbConnectionPointer connectTo(const ScriptedXServer &server)
+X11Client connectTo(const ScriptedXServer &server)
 {
-    return XcbConnectionPointer(xcb_connect_to_fd(server.clientSocket(), nullptr));
+    return X11Client(XcbConnectionPointer(xcb_connect_to_fd(server.clientSocket(), nullptr)));
 }
 
 } // namespace
 
-/// The idle time from the X server's screen-saver extension, against a server that answers as the test wants.
+/// The idle time from the screen-saver extension of a server that answers as the test chooses.
 class X11UserIdleTest : public QObject
 {
     Q_OBJECT
@@ -50,9 +50,9 @@ private Q_SLOTS:
     void unaskedEventsAreTakenOutOfTheQueue()
     {
         ScriptedXServer server;
-        XcbConnectionPointer connection = connectTo(server);
-        xcb_connection_t *observed = connection.get();
-        const X11UserIdle userIdle(std::move(connection));
+        X11Client client = connectTo(server);
+        xcb_connection_t *observed = client.connection();
+        const X11UserIdle userIdle(std::move(client));
         server.milliseconds = 3'000;
         server.answer = Answer::FigureAfterUnaskedEvent;
         QVERIFY(userIdle.secondsSinceLastInput() == allKinds(3));
@@ -124,7 +124,7 @@ private Q_SLOTS:
         elapsed.start();
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
         QVERIFY2(elapsed.elapsed() < 5'000, qPrintable(QString::number(elapsed.elapsed())));
-        // The late answer is not taken for that to the next question.
+        // The late reply is not taken for the reply to the next question.
         server.answer = Answer::LateFigureFirst;
         QVERIFY(userIdle.secondsSinceLastInput() == allKinds(2));
     }

@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 10'000;
+constexpr int timeoutMilliseconds = 10'000;
 
 const QString taskFolder = u"/proc/self/task/"_s;
 
@@ -32,15 +32,16 @@ qsizetype threadCount()
     return QDir(taskFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
 }
 
-/// A program that obeys one command per line and repeats each when it has been carried out. It leaves at the
-/// end of its input, whatever is still under way.
+/// A program that carries out one command per line and then prints it. It exits at the end of its input, even
+/// while a sound is playing.
 int obeyCommands(const QString &soundsFolder)
 {
-    // A sanitizer starts its own thread with the first one. The kernel lists a thread for a moment after it
-    // was joined.
+    // A sanitizer starts a thread of its own together with the first thread. The kernel lists a joined thread
+    // for a moment longer.
     pid_t first = 0;
     std::thread([&first] { first = gettid(); }).join();
-    if (!QTest::qWaitFor([=] { return !QFile::exists(taskFolder + QString::number(first)); }, patience))
+    if (!QTest::qWaitFor([=] { return !QFile::exists(taskFolder + QString::number(first)); },
+                         timeoutMilliseconds))
         return EXIT_FAILURE;
     const qsizetype threadsAtRest = threadCount();
     auto chime = std::make_unique<CanberraChime>(soundsFolder);
@@ -50,7 +51,7 @@ int obeyCommands(const QString &soundsFolder)
         else if (command == "destroy")
             chime.reset();
         else if (command == "rest" &&
-                 !QTest::qWaitFor([=] { return threadCount() == threadsAtRest; }, patience))
+                 !QTest::qWaitFor([=] { return threadCount() == threadsAtRest; }, timeoutMilliseconds))
             return EXIT_FAILURE;
         std::cout << command << std::endl;
     }
@@ -59,7 +60,7 @@ int obeyCommands(const QString &soundsFolder)
 
 } // namespace
 
-/// Plays in a process of its own, so that its end and its standard error can be watched.
+/// Plays in a process of its own, whose end and standard error the tests watch.
 class CanberraChimeTest : public QObject
 {
     Q_OBJECT
@@ -69,7 +70,7 @@ private:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"PULSE_SERVER"_s, u"unix:"_s + m_serverFile);
-        // A player that leaves while the sound library writes its cookie leaves half of one to the next.
+        // A player that exits while the sound library writes its cookie leaves half a cookie to the next.
         environment.insert(u"HOME"_s, m_folder->path());
         environment.insert(u"XDG_CONFIG_HOME"_s, m_folder->path());
         m_player->setProcessEnvironment(environment);
@@ -81,22 +82,22 @@ private:
     bool tell(const QByteArray &command)
     {
         m_player->write(command + '\n');
-        while (!m_player->canReadLine() && m_player->waitForReadyRead(patience)) {
+        while (!m_player->canReadLine() && m_player->waitForReadyRead(timeoutMilliseconds)) {
         }
         return m_player->readLine() == command + '\n';
     }
 
-    /// Whether the player has left by itself, without a failure.
+    /// Whether the player has exited by itself with success.
     bool leave()
     {
         m_player->closeWriteChannel();
-        return m_player->waitForFinished(patience) && m_player->exitStatus() == QProcess::NormalExit &&
-               m_player->exitCode() == EXIT_SUCCESS;
+        return m_player->waitForFinished(timeoutMilliseconds) &&
+               m_player->exitStatus() == QProcess::NormalExit && m_player->exitCode() == EXIT_SUCCESS;
     }
 
     bool waitForConnection()
     {
-        return m_server->hasPendingConnections() || m_server->waitForNewConnection(patience);
+        return m_server->hasPendingConnections() || m_server->waitForNewConnection(timeoutMilliseconds);
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -117,11 +118,11 @@ private Q_SLOTS:
     void cleanup()
     {
         m_player->kill();
-        m_player->waitForFinished(patience);
+        m_player->waitForFinished(timeoutMilliseconds);
         QCOMPARE(m_player->readAllStandardError(), QByteArray());
     }
 
-    void withoutAServerNothingIsSaid()
+    void withoutAServerItIsSilent()
     {
         m_server->close();
         QVERIFY(!QFile::exists(m_serverFile));

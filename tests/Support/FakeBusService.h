@@ -8,24 +8,24 @@
 #include <QPair>
 #include <QVariant>
 
-/// A service on a connection of its own that answers every call by the method's name, and sends signals.
-class FakeLockService final : public QDBusVirtualObject
+/// A service on a connection of its own that answers every call by the name of its method, and sends signals.
+/// It replies to a method without an answer with an error, and never to one whose answer is an invalid value.
+class FakeBusService final : public QDBusVirtualObject
 {
-    Q_OBJECT
-
 public:
-    FakeLockService(const QString &address, const QString &name, const QHash<QString, QVariant> &answers)
-        : m_connectionName(QStringLiteral("service ") + name)
-        , m_answers(answers)
+    FakeBusService(const QString &address, const QString &name,
+                   const QHash<QString, QVariant> &answersByMethod)
+        : answers(answersByMethod)
+        , m_connectionName(QStringLiteral("service ") + name)
     {
         QDBusConnection bus = QDBusConnection::connectToBus(address, m_connectionName);
         isRegistered = bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath) &&
                        bus.registerService(name);
     }
 
-    ~FakeLockService() override { QDBusConnection::disconnectFromBus(m_connectionName); }
-    FakeLockService(const FakeLockService &) = delete;
-    FakeLockService &operator=(const FakeLockService &) = delete;
+    ~FakeBusService() override { QDBusConnection::disconnectFromBus(m_connectionName); }
+    FakeBusService(const FakeBusService &) = delete;
+    FakeBusService &operator=(const FakeBusService &) = delete;
 
     void announce(const QString &path, const QString &interface, const QString &signal,
                   const QVariantList &arguments) const
@@ -40,15 +40,16 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         calls << message.member();
-        if (!m_answers.contains(message.member()))
+        if (!answers.contains(message.member()))
             return false;
-        return connection.send(message.createReply(m_answers.value(message.member())));
+        const QVariant answer = answers.value(message.member());
+        return !answer.isValid() || connection.send(message.createReply(answer));
     }
 
     bool isRegistered = false;
     QStringList calls;
+    QHash<QString, QVariant> answers;
 
 private:
     QString m_connectionName;
-    QHash<QString, QVariant> m_answers;
 };

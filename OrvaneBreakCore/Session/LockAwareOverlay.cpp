@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "LockAwareOverlay.h"
+
+#include <utility>
+
+LockAwareOverlay::LockAwareOverlay(std::unique_ptr<BreakOverlay> overlay, std::function<bool()> isLocked)
+    : m_overlay(std::move(overlay))
+    , m_isLocked(std::move(isLocked))
+{
+    m_overlay->onSkip = [this] {
+        if (onSkip)
+            onSkip();
+    };
+}
+
+void LockAwareOverlay::show(int pauseSeconds)
+{
+    hide();
+    m_pauseSeconds = pauseSeconds;
+    followLock();
+}
+
+void LockAwareOverlay::update(double secondsLeft, double fraction)
+{
+    if (!m_pauseSeconds)
+        return;
+    followLock();
+    if (m_isShown)
+        m_overlay->update(secondsLeft, fraction);
+}
+
+void LockAwareOverlay::hide()
+{
+    m_pauseSeconds.reset();
+    if (std::exchange(m_isShown, false))
+        m_overlay->hide();
+}
+
+void LockAwareOverlay::followLock()
+{
+    const bool isToBeShown = !m_isLocked();
+    if (isToBeShown == m_isShown)
+        return;
+    m_isShown = isToBeShown;
+    if (isToBeShown)
+        m_overlay->show(*m_pauseSeconds);
+    else
+        m_overlay->hide();
+}

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "SleepAwareUserIdle.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// The two clocks are not read at the same moment.
+constexpr std::chrono::seconds shortestSleep = 1s;
+
+/// Time awake after which a sleep no longer matters: without input since then the user is away in any case.
+constexpr std::chrono::hours memory = 1h;
+
+} // namespace
+
+SleepAwareUserIdle::SleepAwareUserIdle(const UserIdle &source, std::chrono::seconds resolution,
+                                       std::function<MachineTime()> clock)
+    : m_source(source)
+    , m_resolution(resolution)
+    , m_clock(std::move(clock))
+    , m_asleep(m_clock().asleep)
+{
+}
+
+void SleepAwareUserIdle::noteSleep()
+{
+    const MachineTime now = m_clock();
+    const std::chrono::nanoseconds length = now.asleep - m_asleep;
+    if (length < shortestSleep)
+        return;
+    m_asleep = now.asleep;
+    std::erase_if(m_sleeps, [&](const Sleep &sleep) { return now.awake - sleep.resume > memory; });
+    m_sleeps.push_back({now.awake, length});
+}
+
+InputIdleSeconds SleepAwareUserIdle::secondsSinceLastInput() const
+{
+    InputIdleSeconds seconds = m_source.secondsSinceLastInput();
+    const std::chrono::nanoseconds awake = m_clock().awake;
+    for (double &figure : seconds) {
+        const auto sinceInput = std::max(std::chrono::duration<double>(figure), m_resolution);
+        for (const Sleep &sleep : m_sleeps) {
+            if (sinceInput >= awake - sleep.resume)
+                figure += std::chrono::duration<double>(sleep.length).count();
+        }
+    }
+    return seconds;
+}
