@@ -11,9 +11,6 @@
 #include <optional>
 #include <vector>
 
-struct wl_registry;
-struct wl_seat;
-
 /// The idle time in a Wayland session, of the first seat. The protocols tell only that nothing was touched
 /// for a time-out, and when something is touched again, so that figures below the time-out read as 0. The
 /// compositor also keeps silent, and the user counts as active, while a program such as a video player
@@ -39,19 +36,11 @@ private:
         std::uint32_t name;
         std::uint32_t version;
     };
-    struct SeatDeleter
-    {
-        void operator()(wl_seat *seat) const;
-    };
-    struct RegistryDeleter
-    {
-        void operator()(wl_registry *registry) const;
-    };
     struct Watch
     {
         std::uint32_t seatName;
         std::uint32_t notifierName;
-        std::unique_ptr<wl_seat, SeatDeleter> seat;
+        NativePointer<wl_seat> seat;
         std::unique_ptr<WaylandIdleNotification> notification;
     };
 
@@ -64,7 +53,7 @@ private:
     WaylandIdleProtocol m_protocol;
     std::chrono::milliseconds m_timeout;
     WaylandConnection m_connection;
-    std::unique_ptr<wl_registry, RegistryDeleter> m_registry;
+    NativePointer<wl_registry> m_registry;
     std::vector<Global> m_seats;
     std::vector<Global> m_notifiers;
     std::optional<Watch> m_watch;

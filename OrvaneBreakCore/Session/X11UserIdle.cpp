@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -18,13 +17,6 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds answerTimeout = 500ms;
-
-struct FreeDeleter
-{
-    void operator()(void *memory) const { std::free(memory); }
-};
-template <typename Message>
-using MessagePointer = std::unique_ptr<Message, FreeDeleter>;
 
 xcb_window_t rootWindowOfServerWithExtension(xcb_connection_t *connection)
 {
@@ -45,8 +37,8 @@ void waitForServer(xcb_connection_t *connection, SteadyClock::time_point deadlin
 }
 
 /// A plain blocking wait for the reply would hang together with the server.
-MessagePointer<xcb_screensaver_query_info_reply_t> boundedReply(xcb_connection_t *connection,
-                                                                xcb_screensaver_query_info_cookie_t cookie)
+XcbReply<xcb_screensaver_query_info_reply_t> boundedReply(xcb_connection_t *connection,
+                                                          xcb_screensaver_query_info_cookie_t cookie)
 {
     const SteadyClock::time_point deadline = SteadyClock::now() + answerTimeout;
     xcb_flush(connection);
@@ -59,8 +51,8 @@ MessagePointer<xcb_screensaver_query_info_reply_t> boundedReply(xcb_connection_t
         }
         waitForServer(connection, deadline);
     }
-    std::free(error);
-    return MessagePointer<xcb_screensaver_query_info_reply_t>(
+    const XcbReply<xcb_generic_error_t> dropped(error);
+    return XcbReply<xcb_screensaver_query_info_reply_t>(
         static_cast<xcb_screensaver_query_info_reply_t *>(reply));
 }
 
@@ -68,16 +60,11 @@ MessagePointer<xcb_screensaver_query_info_reply_t> boundedReply(xcb_connection_t
 /// queue.
 void discardQueuedEvents(xcb_connection_t *connection)
 {
-    while (MessagePointer<xcb_generic_event_t>(xcb_poll_for_queued_event(connection))) {
+    while (XcbReply<xcb_generic_event_t>(xcb_poll_for_queued_event(connection))) {
     }
 }
 
 } // namespace
-
-void XcbConnectionDeleter::operator()(xcb_connection_t *connection) const
-{
-    xcb_disconnect(connection);
-}
 
 X11UserIdle::X11UserIdle()
     : X11UserIdle(XcbConnectionPointer(xcb_connect(nullptr, nullptr)))

@@ -1,19 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "NativePointers.h"
 #include "UserIdle.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
-
-struct xcb_connection_t;
-
-struct XcbConnectionDeleter
-{
-    void operator()(xcb_connection_t *connection) const;
-};
-using XcbConnectionPointer = std::unique_ptr<xcb_connection_t, XcbConnectionDeleter>;
 
 /// The idle time as an X server counts it, from its screen-saver extension. It asks for no events on its
 /// connection, so that input never wakes the program. All figures are 0 once the connection is lost, and when
