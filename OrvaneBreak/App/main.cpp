@@ -25,6 +25,7 @@
 #include "PlatformChoice.h"
 #include "PortalAppearance.h"
 #include "PortalLoginItem.h"
+#include "ScreenFrame.h"
 #include "ServerChannel.h"
 #include "SessionBus.h"
 #include "SessionLock.h"
@@ -108,7 +109,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     SessionLock sessionLock;
     auto overlay = std::make_unique<BreakOverlayController>(*surface, [&sessionLock] {
-        return sessionLock.isLocked() ? QList<QScreen *>() : QGuiApplication::screens();
+        return sessionLock.isLocked() ? QList<QScreen *>() : distinctScreens(QGuiApplication::screens());
     });
     sessionLock.onLocked = [&controller = *overlay] { controller.hide(); };
     BreakEngine engine({runLoop, preferences, *idle.userIdle, chime, std::move(overlay)});
