@@ -27,6 +27,7 @@
 #include "PlatformChoice.h"
 #include "PortalAppearance.h"
 #include "PortalLoginItem.h"
+#include "ScreenFrame.h"
 #include "ServerChannel.h"
 #include "SessionBus.h"
 #include "SessionLock.h"
@@ -119,7 +120,9 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
     LockAwareUserIdle userIdle(sleepAwareIdle, isLocked);
     auto overlay = std::make_unique<LockAwareOverlay>(
-        std::make_unique<BreakOverlayController>(*surface, &QGuiApplication::screens), isLocked);
+        std::make_unique<BreakOverlayController>(*surface,
+                                                 [] { return distinctScreens(QGuiApplication::screens()); }),
+        isLocked);
     BreakEngine engine({runLoop, preferences, userIdle, chime, std::move(overlay)});
     const SharedInstance<BreakEngine> sharedEngine(engine);
 

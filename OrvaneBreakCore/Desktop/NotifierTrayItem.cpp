@@ -2,6 +2,7 @@
 #include "NotifierTrayItem.h"
 
 #include "BusQuestion.h"
+#include "NativePointers.h"
 #include "NotifierObject.h"
 #include "Symbols.h"
 #include "X11Connection.h"
@@ -35,9 +36,8 @@ bool isEmbeddingTrayRunning()
     if (!connection)
         return false;
     const xcb_atom_t selection = X11Connection::atom(connection, "_NET_SYSTEM_TRAY_S0");
-    const X11Connection::ReplyPointer<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr),
-        &std::free);
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(connection, xcb_get_selection_owner(connection, selection), nullptr));
     return owner && owner->owner != XCB_WINDOW_NONE;
 }
 

@@ -85,11 +85,9 @@ void X11WindowPresence::setBackground(const QWidget &window) const
 
 void X11WindowPresence::setStateBeforeMapping(std::uint32_t window) const
 {
-    const X11Connection::ReplyPointer<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(
-            m_connection, xcb_get_property(m_connection, 0, window, m_state, XCB_ATOM_ATOM, 0, maxStates),
-            nullptr),
-        &std::free);
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        m_connection, xcb_get_property(m_connection, 0, window, m_state, XCB_ATOM_ATOM, 0, maxStates),
+        nullptr));
     std::vector<xcb_atom_t> states;
     if (reply) {
         const auto *first = static_cast<const xcb_atom_t *>(xcb_get_property_value(reply.get()));

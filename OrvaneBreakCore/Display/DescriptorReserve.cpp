@@ -39,6 +39,6 @@ void DescriptorReserve::give()
         return;
     m_isGiven = true;
     m_descriptors = {};
-    // After the repaint that follows, which has the lowest priority of the toolkit's own.
+    // Handled after the repaint that follows, which has the lowest priority among the toolkit's events.
     QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::LowEventPriority - 1);
 }

@@ -7,10 +7,10 @@
 
 #include <array>
 
-/// Keeps a few descriptors for windows, from construction to destruction: an X server sends the memory for a
-/// window's picture as a descriptor, and in a process that has used up its own the toolkit waits for it for
-/// ever, with a break on the screen. They are free while a window comes or changes its size. One instance,
-/// after the QGuiApplication, on the user-interface thread.
+/// Reserves a few file descriptors for windows as long as it exists: the X server passes the memory of a
+/// window's picture as a descriptor, and a process without a free one waits for it forever, with a break on
+/// the screen. The reserve is released while a window appears or is resized. One instance, created after the
+/// QGuiApplication, on the user-interface thread.
 class DescriptorReserve final : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "DisplayProbe.h"
 
+#include "NativePointers.h"
+
 #include <wayland-client-core.h>
 #include <xcb/xcb.h>
 
@@ -10,21 +12,15 @@ namespace {
 
 bool isWaylandReachable()
 {
-    wl_display *display = wl_display_connect(nullptr);
-    if (!display)
-        return false;
-    wl_display_disconnect(display);
-    return true;
+    return WaylandDisplayPointer(wl_display_connect(nullptr)) != nullptr;
 }
 
 } // namespace
 
 bool isX11Reachable()
 {
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
-    const bool isReachable = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return isReachable;
+    const XcbConnectionPointer connection(xcb_connect(nullptr, nullptr));
+    return xcb_connection_has_error(connection.get()) == 0;
 }
 
 std::optional<QString> missingDisplay()

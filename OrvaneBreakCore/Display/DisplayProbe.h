@@ -5,11 +5,10 @@
 
 #include <optional>
 
-/// Looks for a display before the toolkit does, which would end the process with a core dump where there is
-/// none. Connects and disconnects at once. Returns what is wrong in one line of English, or nothing when the
-/// program can start; with a platform named in QT_QPA_PLATFORM only that one is tried, and one that needs no
-/// display always passes.
+/// Looks for a display before the toolkit does, which would abort the process if there is none. Connects and
+/// disconnects at once. Returns an error message of one line in English, or nothing if the program can start.
+/// If QT_QPA_PLATFORM names a platform, only that one is tried; one that needs no display always passes.
 [[nodiscard]] std::optional<QString> missingDisplay();
 
-/// Whether an X server takes connections at DISPLAY. Connects and disconnects at once.
+/// Whether an X server accepts connections at DISPLAY. Connects and disconnects at once.
 [[nodiscard]] bool isX11Reachable();

@@ -2,7 +2,7 @@
 #include "PlatformChoice.h"
 
 #include "DisplayProbe.h"
-#include "WaylandDisplay.h"
+#include "NativePointers.h"
 #include "WaylandGlobals.h"
 
 #include <wayland-client-core.h>
@@ -52,13 +52,13 @@ bool isCompositorWorthAsking(const QString &waylandDisplay, const QString &x11Di
     return !waylandDisplay.isEmpty() || x11Display.isEmpty();
 }
 
-CompositorAnswer askCompositor(std::chrono::milliseconds limit)
+CompositorAnswer askCompositor(std::chrono::milliseconds timeout)
 {
     const WaylandDisplayPointer display(wl_display_connect(nullptr));
     if (!display)
         return CompositorAnswer::Absent;
     const WaylandQueue queue(*display);
-    const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue, limit);
+    const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue, timeout);
     if (!globals)
         return CompositorAnswer::Silent;
     return globals->offers("zwlr_layer_shell_v1") ? CompositorAnswer::LayerShell : CompositorAnswer::Plain;
@@ -72,7 +72,7 @@ DisplayFacts findDisplayFacts()
     const bool isWaylandRequested = facts.requestedPlatform.startsWith("wayland"_L1);
     if (isWaylandRequested || (isFree && isCompositorWorthAsking(qEnvironmentVariable("WAYLAND_DISPLAY"),
                                                                  qEnvironmentVariable("DISPLAY"))))
-        facts.compositor = askCompositor(WaylandGlobals::usualLimit);
+        facts.compositor = askCompositor(WaylandGlobals::defaultTimeout);
     if (isFree && facts.compositor != CompositorAnswer::LayerShell)
         facts.isX11Reachable = isX11Reachable();
     return facts;

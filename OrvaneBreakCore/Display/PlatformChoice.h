@@ -6,16 +6,16 @@
 
 #include <chrono>
 
-/// What a compositor says of itself.
+/// How a compositor answers the question for its globals.
 enum class CompositorAnswer
 {
-    Absent, ///< None is there, or none was asked.
-    Silent, ///< It takes connections and does not answer in time.
-    Plain,
+    Absent,     ///< There is no compositor, or none was asked.
+    Silent,     ///< It accepts connections but does not answer in time.
+    Plain,      ///< It offers no layer shell.
     LayerShell, ///< It lets programs put surfaces above all windows.
 };
 
-/// What the choice depends on.
+/// What the choice of a platform depends on.
 struct DisplayFacts
 {
     QString requestedPlatform; ///< The user's QT_QPA_PLATFORM.
@@ -23,32 +23,32 @@ struct DisplayFacts
     bool isX11Reachable = false;
 };
 
-/// The toolkit's platform plugin that can put a break over everything.
+/// The platform plugin of the toolkit that can put a break over everything.
 struct PlatformChoice
 {
-    QByteArray platform; ///< Empty: the toolkit's own business, by the user's wish or for lack of a display.
+    QByteArray platform;     ///< Empty where the user has chosen, or where there is no display.
     const char *reason = ""; ///< In English, for diagnostics.
 };
 
-/// The best platform: native layer surfaces, else X11, also through an X server inside a Wayland session,
-/// else plain Wayland. The user's wish goes first.
+/// The best platform: native layer surfaces, else X11, including an X server inside a Wayland session, else
+/// plain Wayland. A platform that the user has requested takes precedence.
 [[nodiscard]] PlatformChoice choosePlatform(const DisplayFacts &facts);
 
-/// Whether a compositor is worth asking: always when the session names one in `waylandDisplay`; the library's
-/// usual name, which may belong to another session of the same user, only where `x11Display` names no X
-/// server either.
+/// Whether to ask a compositor: always if the session names one in `waylandDisplay`; the library's default
+/// name, which may belong to another session of the same user, only if `x11Display` names no X server.
 [[nodiscard]] bool isCompositorWorthAsking(const QString &waylandDisplay, const QString &x11Display);
 
-/// Asks the compositor that WAYLAND_DISPLAY names, or the usual one. Waits for at most `limit`.
-[[nodiscard]] CompositorAnswer askCompositor(std::chrono::milliseconds limit);
+/// Asks the compositor that WAYLAND_DISPLAY names, or the one with the default name. Waits for at most
+/// `timeout`.
+[[nodiscard]] CompositorAnswer askCompositor(std::chrono::milliseconds timeout);
 
-/// Looks at the environment, the compositor and, where it matters, the X server; what the user's wish leaves
-/// out is not looked at. Waits for the compositor for at most a second. Needs no application object.
+/// Examines the environment, the compositor and, where it matters, the X server; with a requested platform
+/// only what that platform needs. Waits for the compositor for at most a second. Needs no application object.
 [[nodiscard]] DisplayFacts findDisplayFacts();
 
-/// Puts a choice into this process's environment while the application object is made, and takes it out again
-/// when destroyed, so that the programs started from here make their own. Lets the toolkit make windows
-/// without a role on Wayland, which the layer surfaces need; that stays.
+/// Sets the chosen platform in this process's environment while the application object is created, and unsets
+/// it when destroyed, so that programs started from here make their own choice. Permanently lets the toolkit
+/// create Wayland surfaces without a role, which the layer surfaces need.
 class PlatformEnvironment
 {
 public:

@@ -9,11 +9,6 @@ void dropMessage(const char * /*format*/, va_list /*arguments*/) {}
 
 } // namespace
 
-void WaylandDisplayDeleter::operator()(wl_display *display) const
-{
-    wl_display_disconnect(display);
-}
-
 void dropWaylandMessages()
 {
     wl_log_set_handler_client(dropMessage);

@@ -5,18 +5,14 @@
 
 #include <algorithm>
 
-void WaylandGlobals::RegistryDeleter::operator()(wl_registry *registry) const
-{
-    wl_registry_destroy(registry);
-}
-
 WaylandGlobals::WaylandGlobals(const WaylandQueue &queue)
     : m_globals(std::make_unique<std::vector<Global>>())
     , m_registry(queue.createRegistry())
 {
 }
 
-std::optional<WaylandGlobals> WaylandGlobals::ask(const WaylandQueue &queue, std::chrono::milliseconds limit)
+std::optional<WaylandGlobals> WaylandGlobals::ask(const WaylandQueue &queue,
+                                                  std::chrono::milliseconds timeout)
 {
     static constexpr wl_registry_listener listener{
         [](void *globals, wl_registry *, std::uint32_t name, const char *interface, std::uint32_t version) {
@@ -29,7 +25,7 @@ std::optional<WaylandGlobals> WaylandGlobals::ask(const WaylandQueue &queue, std
     };
     WaylandGlobals result(queue);
     wl_registry_add_listener(result.m_registry.get(), &listener, result.m_globals.get());
-    if (!queue.roundTrip(std::chrono::steady_clock::now() + limit))
+    if (!queue.roundTrip(std::chrono::steady_clock::now() + timeout))
         return std::nullopt;
     return result;
 }

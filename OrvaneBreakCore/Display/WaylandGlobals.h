@@ -12,17 +12,17 @@
 
 struct wl_interface;
 
-/// What a compositor offered at the moment of asking.
+/// The globals that a compositor offered when it was asked.
 class WaylandGlobals
 {
 public:
-    /// How long a compositor may take to answer before the program goes on without it.
-    static constexpr std::chrono::milliseconds usualLimit{1000};
+    /// How long a compositor may take to answer before the program continues without it.
+    static constexpr std::chrono::milliseconds defaultTimeout{1000};
 
-    /// Asks on `queue`, which outlives the result, and waits for at most `limit`. Absent when the compositor
-    /// does not answer in time or the connection is broken.
-    [[nodiscard]] static std::optional<WaylandGlobals> ask(const WaylandQueue &queue,
-                                                           std::chrono::milliseconds limit = usualLimit);
+    /// Asks on `queue`, which outlives the result, and waits for at most `timeout`. Absent when the
+    /// compositor does not answer in time or the connection is broken.
+    [[nodiscard]] static std::optional<WaylandGlobals>
+    ask(const WaylandQueue &queue, std::chrono::milliseconds timeout = defaultTimeout);
 
     [[nodiscard]] bool offers(std::string_view interface) const { return find(interface) != nullptr; }
 
@@ -37,14 +37,10 @@ private:
         std::string interface;
         std::uint32_t version;
     };
-    struct RegistryDeleter
-    {
-        void operator()(wl_registry *registry) const;
-    };
 
     explicit WaylandGlobals(const WaylandQueue &queue);
     [[nodiscard]] const Global *find(std::string_view interface) const;
 
-    std::unique_ptr<std::vector<Global>> m_globals; ///< Where the registry finds it, also when this is moved.
-    std::unique_ptr<wl_registry, RegistryDeleter> m_registry;
+    std::unique_ptr<std::vector<Global>> m_globals; ///< The registry's pointer to it survives a move.
+    NativePointer<wl_registry> m_registry;
 };

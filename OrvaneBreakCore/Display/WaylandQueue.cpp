@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Waits for something to read, at most until the deadline; a signal ends the wait early.
+/// Waits until there is something to read or the deadline has passed; a signal ends the wait early.
 bool isReadable(int descriptor, WaylandQueue::Deadline deadline)
 {
     const auto left =
@@ -19,11 +19,6 @@ bool isReadable(int descriptor, WaylandQueue::Deadline deadline)
 }
 
 } // namespace
-
-void WaylandQueue::QueueDeleter::operator()(wl_event_queue *queue) const
-{
-    wl_event_queue_destroy(queue);
-}
 
 void WaylandQueue::WrapperDeleter::operator()(wl_display *wrapper) const
 {
@@ -38,9 +33,9 @@ WaylandQueue::WaylandQueue(wl_display &display)
     wl_proxy_set_queue(reinterpret_cast<wl_proxy *>(m_wrapper.get()), m_queue.get());
 }
 
-wl_registry *WaylandQueue::createRegistry() const
+NativePointer<wl_registry> WaylandQueue::createRegistry() const
 {
-    return wl_display_get_registry(m_wrapper.get());
+    return NativePointer<wl_registry>(wl_display_get_registry(m_wrapper.get()));
 }
 
 bool WaylandQueue::waitUntil(const std::function<bool()> &isDone, Deadline deadline) const
@@ -57,11 +52,9 @@ bool WaylandQueue::roundTrip(Deadline deadline) const
     static constexpr wl_callback_listener listener{
         [](void *isAnswered, wl_callback *, std::uint32_t) { *static_cast<bool *>(isAnswered) = true; }};
     bool isAnswered = false;
-    wl_callback *callback = wl_display_sync(m_wrapper.get());
-    wl_callback_add_listener(callback, &listener, &isAnswered);
-    const bool isInTime = waitUntil([&] { return isAnswered; }, deadline);
-    wl_callback_destroy(callback);
-    return isInTime;
+    const NativePointer<wl_callback> callback(wl_display_sync(m_wrapper.get()));
+    wl_callback_add_listener(callback.get(), &listener, &isAnswered);
+    return waitUntil([&] { return isAnswered; }, deadline);
 }
 
 void WaylandQueue::dispatchPending() const
@@ -74,7 +67,7 @@ bool WaylandQueue::readEvents(Deadline deadline) const
 {
     if (wl_display_prepare_read_queue(&m_display, m_queue.get()) != 0)
         return wl_display_dispatch_queue_pending(&m_display, m_queue.get()) >= 0;
-    // A full socket empties while we wait.
+    // A full socket drains while the compositor reads.
     if (wl_display_flush(&m_display) < 0 && errno != EAGAIN) {
         wl_display_cancel_read(&m_display);
         return false;

@@ -31,6 +31,9 @@ constexpr int gapAfterSubtitle = 28;
 constexpr int gapAfterRing = 30;
 constexpr int gapAfterButton = 4;
 
+/// What a column that is too large for its screen leaves free on each side.
+constexpr int screenMargin = 4;
+
 } // namespace
 
 BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
@@ -67,7 +70,8 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     hint->setObjectName(u"hint"_s);
 
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(screenMargin, screenMargin, screenMargin, screenMargin);
+    column->setSizeConstraint(QLayout::SetNoConstraint);
     column->setSpacing(0);
     column->addStretch();
     column->addWidget(title, 0, Qt::AlignHCenter);
@@ -80,6 +84,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addSpacing(gapAfterButton);
     column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
+    m_columnFit.emplace(*column, *m_ring);
 }
 
 void BreakOverlayPanel::cancelOperation() const
@@ -105,7 +110,12 @@ void BreakOverlayPanel::paintEvent(QPaintEvent *event)
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     const QBrush &background = palette().window();
     if (background.style() == Qt::TexturePattern)
-        painter.drawImage(rect(), background.textureImage());
+        painter.drawImage(QPoint(), background.textureImage());
     else
         painter.fillRect(event->rect(), background);
+}
+
+void BreakOverlayPanel::resizeEvent(QResizeEvent *event)
+{
+    m_columnFit->fit(event->size());
 }

@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ColumnFit.h"
+
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 class QPushButton;
 class RingView;
 
 /// The break screen on one screen: everything darkened, and in the middle the message, the ring and the skip
-/// button. Nothing in it ever has the keyboard focus, so that a user who is typing when the break begins
-/// presses nothing. The background is the Window role of its palette, at first black that lets a quarter of
-/// the desktop through; a picture there is scaled to the panel.
+/// button, smaller where the screen has no room for them; the content never changes the panel's size. Nothing
+/// in it ever has the keyboard focus, so that a user who is typing when the break begins presses nothing. The
+/// background is the Window role of its palette, at first black that lets a quarter of the desktop through; a
+/// picture there is painted from the upper left corner, at its own device pixel ratio.
 class BreakOverlayPanel final : public QWidget
 {
     Q_OBJECT
@@ -31,8 +35,10 @@ public:
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     RingView *m_ring;
     QPushButton *m_skipButton;
+    std::optional<ColumnFit> m_columnFit;
 };

@@ -43,13 +43,20 @@ void RingView::setSecondsLeft(qint64 secondsLeft)
     update();
 }
 
+void RingView::setScale(qreal scale)
+{
+    m_scale = scale;
+    update();
+}
+
 void RingView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(QRectF(rect()).center());
+    painter.scale(m_scale, m_scale);
 
-    const qreal radius = std::min(width(), height()) * 0.5 - lineWidth;
+    const qreal radius = std::min(width(), height()) / m_scale * 0.5 - lineWidth;
     const QRectF circle(-radius, -radius, 2 * radius, 2 * radius);
     painter.setPen(QPen(QColor::fromRgbF(1, 1, 1, 0.15F), lineWidth));
     painter.drawEllipse(circle);

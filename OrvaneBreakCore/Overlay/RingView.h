@@ -20,12 +20,16 @@ public:
     [[nodiscard]] qint64 secondsLeft() const { return m_secondsLeft; }
     void setSecondsLeft(qint64 secondsLeft);
 
+    /// The size of everything drawn, relative to its size in a view of 150 x 150.
+    void setScale(qreal scale);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
     void paintNumber(QPainter &painter) const;
 
+    qreal m_scale = 1;
     double m_fraction = 1.0;
     qint64 m_secondsLeft = 20;
 };

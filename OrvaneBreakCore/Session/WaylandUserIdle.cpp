@@ -7,20 +7,6 @@
 #include <string_view>
 #include <utility>
 
-void WaylandUserIdle::SeatDeleter::operator()(wl_seat *seat) const
-{
-    // The release request exists from version 5 on.
-    if (wl_seat_get_version(seat) >= WL_SEAT_RELEASE_SINCE_VERSION)
-        wl_seat_release(seat);
-    else
-        wl_seat_destroy(seat);
-}
-
-void WaylandUserIdle::RegistryDeleter::operator()(wl_registry *registry) const
-{
-    wl_registry_destroy(registry);
-}
-
 WaylandUserIdle::WaylandUserIdle(const RunLoop &runLoop, WaylandDisplayPointer display,
                                  WaylandIdleProtocol protocol, std::chrono::milliseconds timeout)
     : m_runLoop(runLoop)
@@ -89,7 +75,7 @@ void WaylandUserIdle::startWatch()
     const WaylandGlobal &seat = m_seats.front();
     const WaylandGlobal &notifier = m_notifiers.front();
     const std::uint32_t version = std::min<std::uint32_t>(seat.version, WL_SEAT_RELEASE_SINCE_VERSION);
-    std::unique_ptr<wl_seat, SeatDeleter> bound(
+    NativePointer<wl_seat> bound(
         static_cast<wl_seat *>(wl_registry_bind(m_registry.get(), seat.name, &wl_seat_interface, version)));
     auto notification = requestIdleNotification(
         m_protocol, *m_registry, notifier, *bound, m_timeout,

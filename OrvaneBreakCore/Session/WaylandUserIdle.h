@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "NativePointers.h"
 #include "RunLoop.h"
 #include "UserIdle.h"
 #include "WaylandConnection.h"
@@ -10,9 +11,6 @@
 #include <memory>
 #include <optional>
 #include <vector>
-
-struct wl_registry;
-struct wl_seat;
 
 /// The idle time of the first seat of a Wayland session. The protocols report only that there was no input
 /// for a time-out, and the next input, so figures below the time-out read as 0. While a program such as a
@@ -34,19 +32,11 @@ public:
     [[nodiscard]] InputIdleSeconds secondsSinceLastInput() const override;
 
 private:
-    struct SeatDeleter
-    {
-        void operator()(wl_seat *seat) const;
-    };
-    struct RegistryDeleter
-    {
-        void operator()(wl_registry *registry) const;
-    };
     struct Watch
     {
         std::uint32_t seatName;
         std::uint32_t notifierName;
-        std::unique_ptr<wl_seat, SeatDeleter> seat;
+        NativePointer<wl_seat> seat;
         std::unique_ptr<WaylandIdleNotification> notification;
     };
 
@@ -59,7 +49,7 @@ private:
     WaylandIdleProtocol m_protocol;
     std::chrono::milliseconds m_timeout;
     WaylandConnection m_connection;
-    std::unique_ptr<wl_registry, RegistryDeleter> m_registry;
+    NativePointer<wl_registry> m_registry;
     std::vector<WaylandGlobal> m_seats;
     std::vector<WaylandGlobal> m_notifiers;
     std::optional<Watch> m_watch;

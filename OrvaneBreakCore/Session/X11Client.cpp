@@ -24,16 +24,11 @@ void waitForServer(xcb_connection_t *connection, X11Client::Deadline deadline)
 /// out of the queue.
 void discardQueuedEvents(xcb_connection_t *connection)
 {
-    while (xcb_generic_event_t *event = xcb_poll_for_queued_event(connection))
-        std::free(event);
+    while (XcbReply<xcb_generic_event_t>(xcb_poll_for_queued_event(connection))) {
+    }
 }
 
 } // namespace
-
-void XcbConnectionDeleter::operator()(xcb_connection_t *connection) const
-{
-    xcb_disconnect(connection);
-}
 
 X11Client::X11Client(XcbConnectionPointer connection)
     : m_connection(std::move(connection))
@@ -77,7 +72,7 @@ void *X11Client::waitForReply(unsigned sequence, Deadline deadline) const
         }
         waitForServer(connection, deadline);
     }
-    std::free(error);
+    const XcbReply<xcb_generic_error_t> dropped(error);
     discardQueuedEvents(connection);
     return reply;
 }

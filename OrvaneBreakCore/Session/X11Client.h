@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "NativePointers.h"
+
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <memory>
-
-struct XcbConnectionDeleter
-{
-    void operator()(xcb_connection_t *connection) const;
-};
-using XcbConnectionPointer = std::unique_ptr<xcb_connection_t, XcbConnectionDeleter>;
 
 /// A connection to an X server next to the toolkit's own, whose replies have a time limit. It selects no
 /// events, so nothing that happens on the display wakes the program. One thread at a time.
@@ -19,8 +13,6 @@ class X11Client
 {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
-    template <typename Reply>
-    using ReplyPointer = std::unique_ptr<Reply, decltype(&std::free)>;
 
     /// Takes over a connection as the X library returned it, also one in error, or nullptr for none.
     explicit X11Client(XcbConnectionPointer connection);
@@ -43,9 +35,9 @@ public:
     /// The reply to the request of that sequence number; nullptr after an error, on a lost connection and
     /// after the deadline.
     template <typename Reply>
-    [[nodiscard]] ReplyPointer<Reply> reply(unsigned sequence, Deadline deadline) const
+    [[nodiscard]] XcbReply<Reply> reply(unsigned sequence, Deadline deadline) const
     {
-        return ReplyPointer<Reply>(static_cast<Reply *>(waitForReply(sequence, deadline)), &std::free);
+        return XcbReply<Reply>(static_cast<Reply *>(waitForReply(sequence, deadline)));
     }
 
 private:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "NativePointers.h"
 #include "UserIdle.h"
 #include "X11Client.h"
 

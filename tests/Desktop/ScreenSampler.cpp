@@ -22,13 +22,15 @@ std::uint64_t valueOf(const xcb_get_image_reply_t *reply)
         return unknownValue;
     const std::span<const std::uint8_t> bytes(xcb_get_image_data(reply),
                                               static_cast<std::size_t>(xcb_get_image_data_length(reply)));
+    const auto colourAt = [bytes](std::size_t index) {
+        return (std::uint64_t{bytes[index + 2]} << 16U) | (std::uint64_t{bytes[index + 1]} << 8U) |
+               bytes[index];
+    };
     if (bytes.size() == 4)
-        return (std::uint64_t{bytes[2]} << 16U) | (std::uint64_t{bytes[1]} << 8U) | bytes[0];
+        return colourAt(0);
     std::uint64_t hash = hashStart;
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        if (index % 4 != 3)
-            hash = (hash ^ bytes[index]) * hashFactor;
-    }
+    for (std::size_t index = 0; index + 3 < bytes.size(); index += 4)
+        hash = (hash ^ colourAt(index)) * hashFactor;
     return hash;
 }
 

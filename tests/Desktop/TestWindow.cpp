@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // "Another program": a window of one colour with a text field. Prints a line for every key press and click
 // that reaches it, and where it is when it is painted. Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT
-// [full-screen] [take-focus]
+// [full-screen] [take-focus] [unmanaged] [stay-on-top]; unmanaged windows are override-redirect, and one that
+// stays on top raises itself whenever the stack changes and prints a line for that.
 #include "XcbReply.h"
 
 #include <algorithm>
@@ -19,6 +20,8 @@ struct Description
     PixelRectangle place;
     bool isFullScreen = false;
     bool takesFocus = false;
+    bool isUnmanaged = false;
+    bool staysOnTop = false;
 };
 
 constexpr PixelRectangle textField{20, 20, 180, 28};
@@ -34,6 +37,8 @@ public:
     {
         create(description);
         setProperties(description);
+        if (description.staysOnTop)
+            watchStack();
         xcb_map_window(m_connection, m_window);
         xcb_flush(m_connection);
     }
@@ -52,14 +57,14 @@ private:
     void create(const Description &description)
     {
         const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
-        const std::uint32_t values[] = {description.colour,
+        const std::uint32_t values[] = {description.colour, description.isUnmanaged,
                                         XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_EXPOSURE |
                                             XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_FOCUS_CHANGE |
                                             XCB_EVENT_MASK_BUTTON_PRESS};
         xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, screen->root, description.place.x,
                           description.place.y, description.place.width, description.place.height, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                          XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
         const xcb_font_t font = xcb_generate_id(m_connection);
         constexpr std::string_view fontName = "fixed";
         xcb_open_font(m_connection, font, static_cast<std::uint16_t>(fontName.size()), fontName.data());
@@ -87,6 +92,19 @@ private:
         }
     }
 
+    void watchStack()
+    {
+        const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(m_connection, rootWindow(m_connection), XCB_CW_EVENT_MASK, &mask);
+    }
+
+    void raise()
+    {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(m_connection, m_window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        std::puts("raise");
+    }
+
     void setText(xcb_atom_t property, std::string_view text)
     {
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, property, XCB_ATOM_STRING, 8,
@@ -96,7 +114,13 @@ private:
     void handle(const xcb_generic_event_t &event)
     {
         switch (event.response_type & 0x7fU) {
+        case XCB_CONFIGURE_NOTIFY:
+            if (reinterpret_cast<const xcb_configure_notify_event_t &>(event).above_sibling == m_window)
+                raise();
+            break;
         case XCB_MAP_NOTIFY:
+            if (reinterpret_cast<const xcb_map_notify_event_t &>(event).window != m_window)
+                break;
             if (m_takesFocus)
                 xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, m_window, XCB_CURRENT_TIME);
             std::printf("window %u\n", m_window);
@@ -165,8 +189,13 @@ Description parseArguments(const std::vector<std::string> &words)
     description.title = words.at(0);
     description.colour = static_cast<std::uint32_t>(std::stoul(words.at(1), nullptr, 16));
     description.place = parseRectangle(words.at(2));
-    description.isFullScreen = std::find(words.begin(), words.end(), "full-screen") != words.end();
-    description.takesFocus = std::find(words.begin(), words.end(), "take-focus") != words.end();
+    const auto has = [&](std::string_view option) {
+        return std::find(words.begin(), words.end(), option) != words.end();
+    };
+    description.isFullScreen = has("full-screen");
+    description.takesFocus = has("take-focus");
+    description.isUnmanaged = has("unmanaged");
+    description.staysOnTop = has("stay-on-top");
     return description;
 }
 
@@ -175,7 +204,9 @@ Description parseArguments(const std::vector<std::string> &words)
 int main(int argc, char **argv)
 {
     if (argc < 4) {
-        std::fputs("usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus]\n", stderr);
+        std::fputs("usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [unmanaged] "
+                   "[stay-on-top]\n",
+                   stderr);
         return 2;
     }
     xcb_connection_t *connection = xcb_connect(nullptr, nullptr);

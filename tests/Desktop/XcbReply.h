@@ -1,22 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Display/NativePointers.h"
+
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
-
-/// Frees what the X library allocated with malloc.
-struct FreeReply
-{
-    void operator()(void *reply) const { std::free(reply); }
-};
-
-template <typename Reply>
-using XcbReply = std::unique_ptr<Reply, FreeReply>;
 
 /// A rectangle on the root window or inside a window, in pixels.
 struct PixelRectangle

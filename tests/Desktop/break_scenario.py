@@ -19,7 +19,8 @@ from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
                       keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part, session_part,
-                      shell_part, sound_part, switches_part, tray_part, trouble_part, wayland_break_part, wayland_change_part)
+                      shell_part, sound_part, stacking_part, switches_part, tray_part, trouble_part, wayland_break_part,
+                      wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, table, write_json
@@ -39,14 +40,16 @@ def everyday(desk, report):
     """The main scenario for one desktop."""
     report.run(tray_part.tray, desk, report)
     for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
-                 pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
+                 pace_part.opening, stacking_part.notification, stacking_part.unmanaged_windows, stacking_part.contest,
+                 pause_part.locked, pause_part.stopped, ending_part.leaving):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)
     desk.clean_up(program_runs=False)
     report.run(service_part.preferences, desk, report)
     desk.tray.stop()
     desk.tray = None
-    for part in (ending_part.signals, service_part.absent_services, look_part.scales, ending_part.server_killed):
+    for part in (ending_part.signals, service_part.absent_services, look_part.scales, look_part.small,
+                 ending_part.server_killed):
         desk.clean_up(program_runs=False)
         report.run(part, desk, report)
 
@@ -84,6 +87,8 @@ def hotplug(desk, report):
     report.run(look_part.cover, desk, report)
     desk.clean_up(program_runs=False)
     report.run(hotplug_part.hotplug, desk, report)
+    desk.clean_up(program_runs=True)
+    report.run(hotplug_part.mirrored, desk, report)
 
 
 BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
@@ -98,7 +103,7 @@ def everyday_on_wayland(desk, report, helpers):
     report.run(wayland_break_part.starting, desk, report)
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
                  wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
-                 wayland_change_part.unplugging):
+                 wayland_change_part.mirrored, wayland_change_part.unplugging):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)
     desk.clean_up(program_runs=False)

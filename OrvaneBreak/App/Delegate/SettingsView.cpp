@@ -88,15 +88,16 @@ public:
     {
         AppearanceLabel *caption =
             label(title, name + u"Label"_s, controlFontSize, QFont::Normal, labelColor());
-        fit(*caption, {cardLeft, 0}, popUpLeft - 8);
-        caption->move(cardLeft, middle - caption->height() / 2);
         auto *popUp = add(new QComboBox, name);
         popUp->setFont(systemFont(controlFontSize, QFont::Normal));
         // Screen readers take the name of a pop-up button from its buddy.
         caption->setBuddy(popUp);
-        popUp->setGeometry(popUpLeft, middle - 13, 120, 26);
         for (const auto &option : options)
             popUp->addItem(option.titre.toString(), option.*number);
+        const int left = std::min(popUpLeft, cardRight - popUp->sizeHint().width());
+        popUp->setGeometry(left, middle - 13, cardRight - left, 26);
+        fit(*caption, {cardLeft, 0}, left - 8);
+        caption->move(cardLeft, middle - caption->height() / 2);
         popUp->setCurrentIndex(popUp->findData(selected));
         return popUp;
     }

@@ -3,9 +3,9 @@
 
 #include "OverlaySurface.h"
 
-/// Ordinary full-screen windows, for platforms that offer nothing better: the window manager may keep its
-/// panels above them and list them in the task bar. Opaque black, because nobody can tell what the desktop
-/// puts behind a full-screen window.
+/// Ordinary full-screen windows, for platforms that offer nothing better: the window manager may keep panels
+/// above them and list them in the task bar. They are opaque black, because desktops differ in what they show
+/// behind a full-screen window.
 class FullScreenOverlaySurface final : public OverlaySurface
 {
 public:

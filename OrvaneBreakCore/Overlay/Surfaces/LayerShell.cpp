@@ -11,9 +11,9 @@
 namespace {
 
 constexpr std::uint32_t protocolVersion = 1;
-constexpr std::uint32_t everyEdge = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
-                                    ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
-constexpr std::int32_t belowEveryPanel = -1;
+constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
+                                   ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
+constexpr std::int32_t ignorePanels = -1;
 constexpr std::uint32_t exclusiveKeyboard = 1;
 
 } // namespace
@@ -36,8 +36,8 @@ LayerSurface::LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface)
         [](void *self, zwlr_layer_surface_v1 *) { static_cast<LayerSurface *>(self)->close(); },
     };
     zwlr_layer_surface_v1_add_listener(layer, &listener, this);
-    zwlr_layer_surface_v1_set_anchor(layer, everyEdge);
-    zwlr_layer_surface_v1_set_exclusive_zone(layer, belowEveryPanel);
+    zwlr_layer_surface_v1_set_anchor(layer, allEdges);
+    zwlr_layer_surface_v1_set_exclusive_zone(layer, ignorePanels);
     zwlr_layer_surface_v1_set_keyboard_interactivity(layer, exclusiveKeyboard);
     wl_surface_commit(&m_surface);
 }
@@ -45,7 +45,7 @@ LayerSurface::LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface)
 void LayerSurface::leave(const WaylandQueue &queue)
 {
     wl_proxy_set_queue(reinterpret_cast<wl_proxy *>(m_layer.get()), nullptr);
-    // What was read before the change has stayed behind.
+    // Events that were read before the change are still in the old queue.
     queue.dispatchPending();
 }
 
@@ -65,7 +65,7 @@ void LayerSurface::close()
     if (m_isClosed)
         return;
     m_isClosed = true;
-    // The handler may destroy this object and itself with it.
+    // The handler may destroy this object, and with it the handler itself.
     const std::function<void()> closed = m_handlers.closed;
     if (closed)
         closed();

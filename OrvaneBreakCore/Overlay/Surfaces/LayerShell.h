@@ -15,17 +15,17 @@ struct wl_surface;
 struct zwlr_layer_shell_v1;
 struct zwlr_layer_surface_v1;
 
-/// A surface that covers an output, above everything and with the keyboard. Destroying it hides the surface,
-/// which outlives it.
+/// The layer role of a surface that covers an output, above everything and with the keyboard. Destroying it
+/// hides the surface, which outlives it.
 class LayerSurface
 {
 public:
-    /// Called from the handling of the connection's own event queue, never before `LayerShell::cover()` has
-    /// returned.
+    /// Called while the connection's default event queue is dispatched, never before `LayerShell::cover()`
+    /// has returned.
     struct Handlers
     {
-        std::function<void(QSize)> resized; ///< The size in the compositor's logical pixels.
-        std::function<void()> closed;       ///< The output is gone; called once, may destroy the surface.
+        std::function<void(QSize)> resized; ///< Gets the size in the compositor's logical pixels.
+        std::function<void()> closed;       ///< The output is gone; called once, may destroy this object.
     };
 
     LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface);
@@ -37,10 +37,11 @@ public:
     [[nodiscard]] bool isConfigured() const { return m_isConfigured; }
     [[nodiscard]] bool isClosed() const { return m_isClosed; }
 
-    /// As the compositor last gave it, in its logical pixels; empty when it leaves that to the program.
+    /// The last configured size in the compositor's logical pixels; empty if it leaves the size to the
+    /// program.
     [[nodiscard]] QSize size() const { return m_size; }
 
-    /// Has the following events handled with the connection's own queue instead of `queue`.
+    /// Moves from `queue` to the connection's default queue, which delivers all later events.
     void leave(const WaylandQueue &queue);
 
 private:
@@ -60,20 +61,20 @@ private:
     bool m_isClosed = false;
 };
 
-/// The compositor's layer shell. User-interface thread only.
+/// The layer shell of the compositor. User-interface thread only.
 class LayerShell
 {
 public:
-    /// The shell of the compositor behind `display`, which outlives it, or nullptr where it offers none or
-    /// does not answer within a second.
+    /// The shell of the compositor at `display`, which outlives it, or nullptr if there is none or the
+    /// compositor does not answer within a second.
     [[nodiscard]] static std::unique_ptr<LayerShell> find(wl_display &display);
 
     LayerShell(const LayerShell &) = delete;
     LayerShell &operator=(const LayerShell &) = delete;
 
-    /// Has `surface`, which has neither a role nor a buffer, cover `output`. Waits until the compositor has
-    /// given the size, so that the surface may be drawn at once; nullptr when it has not at the deadline, the
-    /// output is gone or the connection is broken.
+    /// Makes `surface`, which has neither a role nor a buffer, cover `output`. Waits until the compositor has
+    /// configured the surface, so that it can be drawn at once. Nullptr if that takes longer than the
+    /// deadline, the output is gone or the connection is broken.
     [[nodiscard]] std::unique_ptr<LayerSurface> cover(wl_surface &surface, wl_output &output,
                                                       WaylandQueue::Deadline deadline) const;
 

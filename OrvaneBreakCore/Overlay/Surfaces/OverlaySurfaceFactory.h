@@ -5,6 +5,5 @@
 
 class OverlaySurface;
 
-/// The best surface for the platform that the toolkit runs on. Called once, after the application object
-/// exists.
+/// The best surface for the toolkit's current platform. Called once; needs the application object.
 [[nodiscard]] std::unique_ptr<OverlaySurface> makeOverlaySurface();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandOverlaySurface.h"
 
+#include "ScreenFrame.h"
+
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
@@ -16,12 +18,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds limit = 1s;
+constexpr std::chrono::milliseconds coverTimeout = 1s;
 
 void resize(QWidget &panel, QSize native)
 {
     if (!native.isEmpty())
-        panel.resize(QHighDpi::fromNativePixels(native, panel.windowHandle()));
+        panel.resize(coveringSize(native, QHighDpiScaling::factor(panel.windowHandle())));
 }
 
 } // namespace
@@ -44,9 +46,8 @@ WaylandOverlaySurface::WaylandOverlaySurface(std::unique_ptr<LayerShell> shell)
 void WaylandOverlaySurface::begin()
 {
     m_layers.clear();
-    m_deadline = std::chrono::steady_clock::now() + limit;
-    // Told before the toolkit moves the windows of such a screen to another one, where it would show them
-    // anew.
+    m_deadline = std::chrono::steady_clock::now() + coverTimeout;
+    // Emitted before the toolkit moves the windows of that screen to another one and shows them there again.
     m_screenWatch =
         connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WaylandOverlaySurface::dropScreen);
 }
@@ -75,15 +76,15 @@ void WaylandOverlaySurface::end()
     m_layers.clear();
 }
 
-/// Before the event loop runs again: the first thing that the toolkit does with the surface is to give it a
-/// buffer, which a surface without a configured role must not have.
+/// Runs before the event loop does: the toolkit's first action on the surface is to attach a buffer, which is
+/// a protocol error before the role is configured.
 std::unique_ptr<LayerSurface> WaylandOverlaySurface::cover(QWidget &panel, QScreen &screen) const
 {
     QPlatformNativeInterface *native = QGuiApplication::platformNativeInterface();
     auto *surface =
         static_cast<wl_surface *>(native->nativeResourceForWindow("surface", panel.windowHandle()));
     auto *output = static_cast<wl_output *>(native->nativeResourceForScreen("output", &screen));
-    // Without any output the toolkit has a stand-in for a screen.
+    // While there is no output, the toolkit has a placeholder screen without one.
     return surface && output ? m_shell->cover(*surface, *output, m_deadline) : nullptr;
 }
 
@@ -93,7 +94,7 @@ void WaylandOverlaySurface::dropPanel(const QWidget &panel)
                                     [&panel](const Layer &layer) { return layer.panel == &panel; });
     if (found == m_layers.end())
         return;
-    // The layer goes first: a surface that still has its role must not lose its window.
+    // The role is destroyed before the surface, as the protocol demands.
     QWidget *dropped = found->panel;
     m_layers.erase(found);
     dropped->hide();

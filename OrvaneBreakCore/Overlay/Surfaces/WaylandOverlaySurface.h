@@ -9,17 +9,17 @@
 #include <memory>
 #include <vector>
 
-/// Layer surfaces of the compositor's: above panels and full-screen windows, on every workspace, in no task
-/// bar. All of them take the keyboard, so that it stays with the break when the first screen is unplugged;
-/// the compositor decides which has it. A panel whose screen is unplugged is hidden, one that the compositor
-/// gives no place within a second of `begin()` is left out.
+/// Layer surfaces: above panels and full-screen windows, on every workspace, in no task bar. All of them
+/// request the keyboard, so that the break keeps it when the first screen is unplugged; the compositor
+/// decides which one has it. A panel whose screen is unplugged is hidden. A panel that the compositor does
+/// not configure within a second of `begin()` is not shown.
 class WaylandOverlaySurface final : public QObject, public OverlaySurface
 {
     Q_OBJECT
 
 public:
-    /// Nullptr where the compositor offers no layer shell or the environment keeps the toolkit from making
-    /// windows without a role. Needs the application object, on its Wayland platform.
+    /// Nullptr if the compositor offers no layer shell or the environment keeps the toolkit from creating
+    /// surfaces without a role. Needs an application object on the Wayland platform.
     [[nodiscard]] static std::unique_ptr<WaylandOverlaySurface> create();
 
     explicit WaylandOverlaySurface(std::unique_ptr<LayerShell> shell);

@@ -13,11 +13,9 @@
 #include <cstdlib>
 #include <string>
 
-using X11Connection::ReplyPointer;
-
 namespace {
 
-/// The X screen that the toolkit has connected to.
+/// The number of the X screen that the toolkit is connected to.
 int screenNumber()
 {
     char *host = nullptr;
@@ -32,10 +30,8 @@ int screenNumber()
 bool hasCompositingManager(xcb_connection_t *connection)
 {
     const std::string name = "_NET_WM_CM_S" + std::to_string(screenNumber());
-    const ReplyPointer<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(
-            connection, xcb_get_selection_owner(connection, X11Connection::atom(connection, name)), nullptr),
-        &std::free);
+    const XcbReply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, X11Connection::atom(connection, name)), nullptr));
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
@@ -48,7 +44,9 @@ bool X11Backdrop::isNeeded(xcb_connection_t *connection)
 
 QImage X11Backdrop::take(QScreen &screen)
 {
-    return darkened(screen.grabWindow(0).toImage());
+    QImage picture = darkened(screen.grabWindow(0).toImage());
+    picture.setDevicePixelRatio(screen.devicePixelRatio());
+    return picture;
 }
 
 QImage X11Backdrop::darkened(QImage picture)

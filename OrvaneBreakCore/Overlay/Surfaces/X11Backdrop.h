@@ -6,18 +6,19 @@
 class QScreen;
 struct xcb_connection_t;
 
-/// What X11 panels show in place of the desktop where the X server does not let it shine through: without a
-/// compositing manager a window with an alpha channel is opaque.
+/// The picture of the desktop that X11 panels show if there is no compositing manager: without one, a window
+/// with an alpha channel is opaque.
 namespace X11Backdrop {
 
-/// Whether nobody blends windows and the screen can be read instead, which an X server inside a Wayland
+/// Whether there is no compositing manager and the screen can be read, which an X server inside a Wayland
 /// session does not allow. `connection` is the toolkit's own. Needs the application object.
 [[nodiscard]] bool isNeeded(xcb_connection_t *connection);
 
-/// A picture of `screen` as it is now, in its pixels, darkened. Null where the screen cannot be read.
+/// A picture of `screen` as it is now, in its pixels and with its device pixel ratio, darkened. Null if the
+/// screen cannot be read.
 [[nodiscard]] QImage take(QScreen &screen);
 
-/// `picture` with every channel at a quarter, opaque.
+/// `picture` with a quarter of each channel's value, opaque.
 [[nodiscard]] QImage darkened(QImage picture);
 
 } // namespace X11Backdrop

@@ -12,7 +12,6 @@
 #include <utility>
 
 using namespace std::chrono_literals;
-using X11Connection::ReplyPointer;
 
 namespace {
 
@@ -119,8 +118,8 @@ void X11KeyboardFocus::showAnchor()
 
 std::uint32_t X11KeyboardFocus::focusedWindow() const
 {
-    const ReplyPointer<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr), &std::free);
+    const XcbReply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     return reply ? reply->focus : xcb_window_t(XCB_WINDOW_NONE);
 }
 
@@ -132,10 +131,8 @@ bool X11KeyboardFocus::isOurs(std::uint32_t window) const
 bool X11KeyboardFocus::isViewable(std::uint32_t window) const
 {
     xcb_generic_error_t *error = nullptr;
-    const ReplyPointer<xcb_get_window_attributes_reply_t> reply(
-        xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window),
-                                        &error),
-        &std::free);
+    const XcbReply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
+        m_connection, xcb_get_window_attributes(m_connection, window), &error));
     std::free(error);
     return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
@@ -144,11 +141,9 @@ bool X11KeyboardFocus::isManaged(std::uint32_t window) const
 {
     const xcb_atom_t state = X11Connection::atom(m_connection, "WM_STATE");
     xcb_generic_error_t *error = nullptr;
-    const ReplyPointer<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(
-            m_connection, xcb_get_property(m_connection, 0, window, state, XCB_GET_PROPERTY_TYPE_ANY, 0, 1),
-            &error),
-        &std::free);
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        m_connection, xcb_get_property(m_connection, 0, window, state, XCB_GET_PROPERTY_TYPE_ANY, 0, 1),
+        &error));
     std::free(error);
     return reply && reply->type != XCB_ATOM_NONE;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "X11OverlaySurface.h"
 
+#include "ScreenFrame.h"
 #include "X11Backdrop.h"
 
 #include <QGuiApplication>
@@ -13,6 +14,7 @@
 X11OverlaySurface::X11OverlaySurface(xcb_connection_t *connection)
     : m_connection(connection)
     , m_keyboardFocus(connection)
+    , m_panelWindows(connection)
 {
 }
 
@@ -31,10 +33,8 @@ void X11OverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeybo
         palette.setBrush(QPalette::Window, backdrop.mapped());
         panel.setPalette(palette);
     }
-    panel.setScreen(&screen);
-    panel.setGeometry(screen.geometry());
+    const std::uint32_t window = m_panelWindows.add(panel, screen);
     panel.show();
-    const auto window = static_cast<std::uint32_t>(panel.winId());
     m_keyboardFocus.add(window);
     if (takesKeyboard)
         m_keyboardFocus.hold(window);
@@ -43,16 +43,17 @@ void X11OverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeybo
 void X11OverlaySurface::end()
 {
     m_backdrops.clear();
+    m_panelWindows.end();
     m_keyboardFocus.end();
 }
 
-/// All before the first panel is shown: screens may overlap.
+/// Takes all pictures before the first panel is shown, because screens may overlap.
 void X11OverlaySurface::takeBackdrops()
 {
     m_backdrops.clear();
     if (!X11Backdrop::isNeeded(m_connection))
         return;
-    for (QScreen *screen : QGuiApplication::screens()) {
+    for (QScreen *screen : distinctScreens(QGuiApplication::screens())) {
         QImage picture = X11Backdrop::take(*screen);
         if (!picture.isNull())
             m_backdrops.emplace(screen, std::move(picture));

@@ -3,6 +3,7 @@
 
 #include "OverlaySurface.h"
 #include "X11KeyboardFocus.h"
+#include "X11PanelWindows.h"
 
 #include <QImage>
 
@@ -10,8 +11,9 @@
 
 struct xcb_connection_t;
 
-/// Override-redirect windows: no window manager places, lists or covers them. Where no compositing manager
-/// blends windows, each panel gets a darkened picture of what its screen showed at `begin()`.
+/// Override-redirect windows: no window manager places, lists or covers them, and they stay above those of
+/// other programs. Without a compositing manager each panel shows a darkened picture of its screen from the
+/// time of `begin()`.
 class X11OverlaySurface final : public OverlaySurface
 {
 public:
@@ -27,5 +29,6 @@ private:
 
     xcb_connection_t *m_connection;
     X11KeyboardFocus m_keyboardFocus;
-    std::map<const QScreen *, QImage> m_backdrops; ///< Those that no panel has got yet.
+    X11PanelWindows m_panelWindows;
+    std::map<const QScreen *, QImage> m_backdrops; ///< Not yet given to a panel.
 };

@@ -112,6 +112,10 @@ class Bed(abc.ABC):
         """Changes the scale of a monitor."""
         raise NotPossibleHere(f"{self.name} has no scales")
 
+    def mirror(self, name):
+        """Has a monitor show what the first one shows."""
+        raise NotPossibleHere(f"{self.name} cannot mirror monitors here")
+
     def plug(self, name):
         """Switches a monitor on."""
         raise NotPossibleHere(f"{self.name} cannot plug monitors in")

@@ -36,6 +36,10 @@ OPENBOX = """<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 """
 
+PICOM = """shadow = true;
+wintypes: { dock = { shadow = false; }; };
+"""
+
 I3 = """font pango:DejaVu Sans 10
 workspace_layout default
 focus_follows_mouse no

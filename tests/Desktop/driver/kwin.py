@@ -112,6 +112,15 @@ class KWinBed(WaylandBed):
             return {monitor["name"]: monitor["scale"] for monitor in self._monitors()} == scales
         wait_until(is_so, f"the scale {scale} on {name}")
 
+    def mirror(self, name):
+        """Undone by `set_scale`."""
+        self._configure(f"output.{name}.position.0,0")
+
+        def is_so():
+            self._known = None
+            return all(monitor["corner"] == (0, 0) for monitor in self._monitors())
+        wait_until(is_so, f"{name} as a mirror")
+
     def _picture_of(self, output):
         """Retries, because the compositor takes no screenshots while monitors change."""
         taken = []

@@ -62,7 +62,8 @@ class Probe:
                      lambda words: Damage(*(int(word) for word in words)))
 
     def window(self, title, colour, place, *options):
-        """Opens another program's window: place is x, y, width, height; options "full-screen" and "take-focus"."""
+        """Opens another program's window: place is x, y, width, height; options "full-screen", "take-focus", "unmanaged"
+        (override-redirect) and "stay-on-top" (raises itself whenever another window comes above it)."""
         return TestWindow(self._bed, self._run("test-window", *describe_window(title, colour, place), *options))
 
     def _run(self, program, *arguments):
@@ -80,6 +81,10 @@ class TestWindow(OtherWindow):
         """A position in the picture in the upper left part of the window."""
         left, top = self._told("at")[-1]
         return (int(left) + 60, int(top) + 60)
+
+    def raises(self):
+        """How often it has raised itself."""
+        return len(self._told("raise"))
 
     def keys(self):
         """The key symbols that it received, as hexadecimal numbers."""

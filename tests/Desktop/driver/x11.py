@@ -116,6 +116,14 @@ class X11Bed(SessionBed):
         else:
             self._call(["xdotool", "set_desktop", str(index)])
 
+    def raise_window(self, identifier):
+        """Puts a window above all others, as programs do."""
+        self._call(["xdotool", "windowraise", str(identifier)])
+
+    def set_text_resolution(self, dots_per_inch):
+        """Sets the resolution from which programs take their scale; 96 is scale 1."""
+        self._call(["xrdb", "-nocpp", "-merge", self.write("resolution", f"Xft.dpi: {dots_per_inch}\n")])
+
     def show_wallpaper(self, is_visible=True):
         """Repaints the wallpaper, as after a change of monitors, and waits until it shows if it is visible."""
         path = self._wallpaper or self._home / "wallpaper.png"
@@ -134,7 +142,7 @@ class X11Bed(SessionBed):
     # -- startup
 
     def _required_programs(self):
-        programs = ["Xvfb", "xrandr", "xdotool", "xprop", "dbus-daemon", "hsetroot", "wmctrl"]
+        programs = ["Xvfb", "xrandr", "xrdb", "xdotool", "xprop", "dbus-daemon", "hsetroot", "wmctrl"]
         programs += [self.window_manager] if self.window_manager else []
         programs += ["picom"] if self.compositor is True else []
         return programs + (["xfce4-panel"] if self.panel else [])
@@ -195,9 +203,11 @@ class X11Bed(SessionBed):
                    "the window manager")
 
     def _start_picom(self):
-        """Makes picom repaint everything at every change. Otherwise picom 12.5 and 13 paint the wallpaper over the bounding
-        rectangle of all changes in or below translucent windows, and whatever was in between is missing until it changes."""
-        self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", self.write("picom.conf", "")])
+        """Starts picom with shadows, as most of its configurations have them, and makes it repaint everything at every change.
+        Otherwise picom 12.5 and 13 paint the wallpaper over the bounding rectangle of all changes in or below translucent
+        windows, and whatever was in between is missing until it changes."""
+        config = self.write("picom.conf", desktop_files.PICOM)
+        self.run(["picom", "--backend", "xrender", "--no-use-damage", "--config", config])
         wait_until(lambda: self._call(["xdotool", "search", "--name", "^picom$"]), "the compositor")
 
     def _panel_is_up(self):

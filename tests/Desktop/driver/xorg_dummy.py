@@ -70,6 +70,14 @@ class XorgDummyBed(X11Bed):
         wait_until(lambda: all(output.name != name for output in self._active()), f"{name} switched off")
         self._monitors = self._active()
 
+    def mirror(self, name, size=(1280, 720)):
+        """Has DUMMY1 show the upper left part of DUMMY0's picture, or all of it. `outputs` then tells DUMMY0 only."""
+        mode = f"{size[0]}x{size[1]}"
+        self._call(["xrandr", "--addmode", name, mode])
+        self._call(["xrandr", "--output", name, "--mode", mode, "--pos", "0x0"])
+        wait_until(lambda: Output(name, 0, 0, *size) in self._active(), "the mirrored monitor")
+        self._monitors = [output for output in self._active() if output.name != name]
+
     def _switch_on(self, output):
         for known in self._all:
             if known is output or any(known.name == monitor.name for monitor in self._active()):

@@ -36,12 +36,13 @@ class BarePart:
 class Cover:
     """The expected picture during a break: each pixel is a quarter of the pixel in one of the settled pictures. Every pixel is
     checked, also between the texts; in the boxes of the texts and the ring most of them are. In the `restless` boxes, where
-    other programs may draw during a break, no pixel may be brighter than darkened white."""
+    other programs may draw during a break, no pixel may be brighter than darkened white. `scale` is Qt's, in addition to the
+    monitors'. `contents` are the boxes of each output's texts and ring if they are not where they usually are."""
 
-    def __init__(self, *pictures, outputs, restless=()):
+    def __init__(self, *pictures, outputs, restless=(), scale=1.0, contents=None):
         self._expected = [dimmed(picture) for picture in pictures]
         self._outputs = list(outputs)
-        self._contents = {output: layout.content_boxes(output, output.scale) for output in self._outputs}
+        self._contents = contents or {output: layout.content_boxes(output, output.scale * scale) for output in self._outputs}
         self._restless = list(restless)
 
     def bare_parts(self, picture):

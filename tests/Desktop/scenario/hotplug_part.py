@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+from driver.bed import Output
 from driver.waiting import comes_true, stays_true, wait_until
 
 from . import layout
 from .cover import Cover
+from .desk import BREAK_NOW
 
 
 def hotplug(desk, report):
@@ -14,6 +16,43 @@ def hotplug(desk, report):
     report.promise("silent on standard error while monitors are plugged and unplugged", not desk.said(), desk.said())
     desk.stop_program()
     report.promise("ends by itself after all that", desk.process.returncode == 0, desk.process.returncode)
+
+
+def mirrored(desk, report):
+    """Monitors that show the same picture, or a part of it."""
+    for size in ((1280, 720), (800, 600)):
+        desk.bed.mirror("DUMMY1", size)
+        desk.bed.show_wallpaper()
+        before = desk.settled_picture()
+        desk.begin_break()
+        desk.keep_picture(f"mirrored-{size[0]}")
+        check_mirrored(desk, report, before)
+        report.promise("one break window for mirrored monitors", len(desk.overlays()) == 1, desk.overlays())
+        desk.end_break()
+    _check_overlapping(desk, report)
+
+
+def _check_overlapping(desk, report):
+    """A lower and wider monitor, and a higher and narrower one."""
+    desk.bed.mirror("DUMMY1", (1024, 768))
+    first = desk.bed.outputs()[0]
+    rest = Output("the rest of DUMMY1", 0, first.height, 1024, 768 - first.height)
+    before = desk.settled_picture()
+    desk.tray.click(BREAK_NOW)
+    wait_until(lambda: layout.find_parts(desk.bed.picture(), first), "title, ring and texts")
+    desk.keep_picture("overlapping")
+    picture = desk.bed.picture()
+    bare = (Cover(before, outputs=[first]).bare_parts(picture)
+            + Cover(before, outputs=[rest], contents={rest: []}).bare_parts(picture))
+    report.promise("overlapping monitors are darkened once", not bare, list(map(str, bare)))
+    desk.end_break()
+
+
+def check_mirrored(desk, report, before):
+    """Checks the break on monitors that show the same picture."""
+    bare = Cover(before, outputs=desk.bed.outputs()).bare_parts(desk.bed.picture())
+    report.promise("mirrored monitors are darkened once and show one column", not bare and all(desk.parts()),
+                   list(map(str, bare)))
 
 
 def _is_covered(desk, output):

@@ -16,6 +16,7 @@ _TEXTS = {"title": "Regarde au loin, à 6 mètres", "subtitle": "Laisse tes yeux
           "button": "Passer", "hint": "ou appuie sur Échap"}
 #: Ink may exceed the font's metrics and is rounded to whole pixels.
 _BOX_MARGIN = 2
+TEXT_PARTS = tuple(_TEXTS)
 _GAPS = {"title": 10, "subtitle": 28, "ring": 30, "button": 4}
 
 
@@ -34,6 +35,10 @@ class Box:
     @property
     def size(self):
         return (self.right - self.left, self.bottom - self.top)
+
+    def grown(self, margin):
+        """The box with a margin, as for PIL's crop()."""
+        return (self.left - margin, self.top - margin, self.right + margin, self.bottom + margin)
 
 
 def find_parts(picture, output, scale=1.0):
@@ -94,13 +99,18 @@ def content_boxes(output, scale=1.0):
     column = sum(heights.values()) + sum(_GAPS.values())
     top, boxes = output.centre[1] - column * scale / 2, []
     for part in PARTS:
-        width = RING_SIZE * scale if part == "ring" else _font(part, round(_FONT_SIZES[part] * scale)).getlength(_TEXTS[part])
+        width = RING_SIZE * scale if part == "ring" else text_width(part, scale)
         half = math.ceil(width / 2 + _BOX_MARGIN * scale)
         bottom = top + heights[part] * scale
         boxes.append((math.floor(output.centre[0]) - half, math.floor(top - scale), math.ceil(output.centre[0]) + half,
                       math.ceil(bottom + scale)))
         top = bottom + _GAPS.get(part, 0) * scale
     return boxes
+
+
+def text_width(part, scale):
+    """The width of a text in pixels."""
+    return _font(part, round(_FONT_SIZES[part] * scale)).getlength(_TEXTS[part])
 
 
 def expected_ink_offset(part, scale):

@@ -10,6 +10,10 @@ _FULL_SCREEN_COLOUR = (150, 0, 150)
 _LENGTH = 20
 #: The ring is repainted ten times a second.
 _WATCHED_SECONDS = 3
+#: Where rounding to the toolkit's pixels leaves a column free, reaches into the next screen, or needs nothing.
+_FACTORS = ("1.3", "1.5", "1.75", "2")
+#: What is drawn of a letter may exceed the box of its clearly visible pixels.
+_INK_MARGIN = 3
 
 
 def cover(desk, report):
@@ -83,10 +87,70 @@ def _check_screen(report, output, boxes, scale):
 
 def scales(desk, report):
     """Scaled screens."""
-    for factor in ("1.5", "2"):
+    for factor in _FACTORS:
+        before = desk.settled_picture()
         desk.start_in_break({"QT_SCALE_FACTOR": factor}, float(factor))
         desk.keep_picture(f"scale-{factor}")
-        check_layout(desk, report, desk.parts(float(factor)), float(factor))
-        report.promise(f"scale {factor}: ring and texts are there on each screen", True)
+        _check_scaled(desk, report, before, float(factor))
         desk.end_break()
         desk.stop_program()
+    _check_desktop_scale(desk, report)
+
+
+def _check_scaled(desk, report, before, scale):
+    check_layout(desk, report, desk.parts(scale), scale)
+    report.promise(f"scale {scale:g}: ring and texts are there on each screen", True)
+    _check_frames(desk, report)
+    bare = Cover(before, outputs=desk.bed.outputs(), scale=scale).bare_parts(desk.bed.picture())
+    report.promise("every pixel of every screen is covered once at every scale", not bare, (scale, *map(str, bare)))
+
+
+def _check_frames(desk, report):
+    """Checks that every break window is exactly as large as its monitor."""
+    frames = {(window["x"], window["y"], window["width"], window["height"]) for window in desk.overlays()}
+    wanted = {(output.x, output.y, output.width, output.height) for output in desk.bed.outputs()}
+    report.promise("the break windows have exactly the frames of the screens", frames == wanted, frames)
+
+
+def _check_desktop_scale(desk, report):
+    """The same scale from the desktop's settings instead of the environment."""
+    desk.bed.set_text_resolution(168)
+    before = desk.settled_picture()
+    desk.start_in_break(scale=1.75)
+    _check_scaled(desk, report, before, 1.75)
+    desk.end_break()
+    desk.stop_program()
+    desk.bed.set_text_resolution(96)
+
+
+def small(desk, report):
+    """Screens too small for the texts."""
+    scale = 3.0
+    before = desk.settled_picture()
+    desk.start_program({"ORVANE_DEBUG_BREAK": "1", "QT_SCALE_FACTOR": str(scale)})
+    desk.wait_for_overlays()
+    # The last screen has no panel, and room above and below the column.
+    output = desk.bed.outputs()[-1]
+    parts = wait_until(lambda: layout.find_parts(desk.bed.picture(), output, scale), "title, ring and texts on the last screen")
+    desk.keep_picture("small")
+    _check_frames(desk, report)
+    boxes = [part.grown(_INK_MARGIN) for part in parts.values()]
+    bare = Cover(before, outputs=[output], contents={output: boxes}).bare_parts(desk.bed.picture())
+    report.promise("every pixel of a small screen is covered once", not bare, list(map(str, bare)))
+    _check_shrunk(report, output, parts, scale)
+    desk.end_break()
+    desk.stop_program()
+
+
+def _check_shrunk(report, output, parts, scale):
+    """Checks that the whole column is on the screen, as large as possible, centred, and has its proportions."""
+    left, top, right, bottom = output.box
+    inside = all(left < part.left and part.right < right and top < part.top and part.bottom < bottom
+                 for part in parts.values())
+    report.promise("the whole column is on a small screen", inside, (output, parts))
+    centres = [round(part.centre[0] - output.centre[0], 1) for part in parts.values()]
+    report.promise("the column is centred across a small screen", all(abs(centre) <= scale + 1 for centre in centres), centres)
+    factor = parts["ring"].size[0] / (scale * (layout.RING_SIZE - 10))
+    widths = {part: round(parts[part].size[0] / layout.text_width(part, scale) / factor, 2) for part in layout.TEXT_PARTS}
+    report.promise("texts and ring of a small screen shrink by one factor",
+                   factor < 1 and all(0.85 <= ratio <= 1.1 for ratio in widths.values()), (round(factor, 2), widths))

@@ -6,6 +6,7 @@ from driver.bed import NotPossibleHere
 from driver.waiting import comes_true, stays_true, wait_until
 
 from .ending_part import check_end_by_signal, check_end_with_server
+from .hotplug_part import check_mirrored
 from .look_part import check_layout
 
 
@@ -46,6 +47,24 @@ def turned(desk, report):
         desk.end_break()
     finally:
         desk.bed.turn_back(name)
+
+
+def mirrored(desk, report):
+    """Monitors that show the same picture."""
+    name = desk.bed.outputs()[-1].name
+    try:
+        desk.bed.mirror(name)
+    except NotPossibleHere as reason:
+        report.not_possible("mirrored monitors are darkened once and show one column", reason)
+        return
+    try:
+        before = desk.settled_picture()
+        desk.begin_break()
+        desk.keep_picture("mirrored")
+        check_mirrored(desk, report, before)
+        desk.end_break()
+    finally:
+        desk.bed.set_scale(name, 1)
 
 
 def unplugging(desk, report):

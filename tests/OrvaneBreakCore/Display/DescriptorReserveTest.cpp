@@ -15,7 +15,7 @@ bool canOpen()
     return FileDescriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).isOpen();
 }
 
-/// Notes whether there are descriptors when it is painted.
+/// Counts how often it is painted, and how often a descriptor is free then.
 class Window final : public QWidget
 {
 public:
@@ -37,7 +37,7 @@ class DescriptorReserveTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    static void windowsComeAndChangeWithoutDescriptors()
+    static void windowIsShownAndResizedWithoutFreeDescriptors()
     {
         const DescriptorReserve reserve;
         const NoDescriptors none;

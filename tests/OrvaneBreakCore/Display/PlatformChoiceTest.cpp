@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 Q_DECLARE_METATYPE(CompositorAnswer)
 
-/// Which platform the toolkit is to use: by the facts alone, then on compositors of the test's.
+/// The choice of the platform: from given facts, then with compositors of the test.
 class PlatformChoiceTest : public QObject
 {
     Q_OBJECT
@@ -41,11 +41,12 @@ private Q_SLOTS:
         QTest::newRow("GNOME") << nothing << CompositorAnswer::Plain << yes << QByteArray("xcb");
         QTest::newRow("GNOME without X") << nothing << CompositorAnswer::Plain << no << QByteArray("wayland");
         QTest::newRow("X11") << nothing << CompositorAnswer::Absent << yes << QByteArray("xcb");
-        QTest::newRow("stuck") << nothing << CompositorAnswer::Silent << yes << QByteArray("xcb");
-        QTest::newRow("stuck without X")
+        QTest::newRow("no answer") << nothing << CompositorAnswer::Silent << yes << QByteArray("xcb");
+        QTest::newRow("no answer, without X")
             << nothing << CompositorAnswer::Silent << no << QByteArray("wayland");
         QTest::newRow("no display") << nothing << CompositorAnswer::Absent << no << QByteArray();
-        QTest::newRow("the user's wish") << u"xcb"_s << CompositorAnswer::LayerShell << yes << QByteArray();
+        QTest::newRow("requested by the user")
+            << u"xcb"_s << CompositorAnswer::LayerShell << yes << QByteArray();
     }
 
     void choice()
@@ -58,7 +59,7 @@ private Q_SLOTS:
         QVERIFY(qstrlen(choice.reason) > 0);
     }
 
-    void whoIsAsked()
+    void compositorIsAskedIfTheSessionNamesOneOrThereIsNoXServer()
     {
         QVERIFY(isCompositorWorthAsking(u"wayland-1"_s, u":0"_s));
         QVERIFY(isCompositorWorthAsking(u"wayland-1"_s, QString()));
@@ -66,25 +67,25 @@ private Q_SLOTS:
         QVERIFY(!isCompositorWorthAsking(QString(), u":0"_s));
     }
 
-    void nobodyIsThere()
+    void withoutADisplayThereIsNoPlatform()
     {
         QCOMPARE(askCompositor(10s), CompositorAnswer::Absent);
         QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
     }
 
-    void theUsualNameOnlyWithoutAnXServer()
+    void compositorWithTheDefaultNameIsAskedOnlyWithoutAnXServer()
     {
         RunningCompositor running([](FakeCompositor &) {});
         QCOMPARE(qEnvironmentVariable("WAYLAND_DISPLAY"), u"wayland-0"_s);
         qunsetenv("WAYLAND_DISPLAY");
         QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
-        // Names a server that is not there.
+        // There is no such server.
         qputenv("DISPLAY", ":987654");
         QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
         qunsetenv("DISPLAY");
     }
 
-    void aCompositorIsAsked_data()
+    void compositorAnswers_data()
     {
         QTest::addColumn<bool>("isShellOffered");
         QTest::addColumn<CompositorAnswer>("answer");
@@ -92,7 +93,7 @@ private Q_SLOTS:
         QTest::newRow("without") << false << CompositorAnswer::Plain;
     }
 
-    void aCompositorIsAsked()
+    void compositorAnswers()
     {
         QFETCH(const bool, isShellOffered);
         std::optional<FakeLayerShell> shell;
@@ -104,14 +105,14 @@ private Q_SLOTS:
         QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
     }
 
-    void aCompositorThatDoesNotAnswer()
+    void compositorWithoutAnAnswerIsSilent()
     {
         RunningCompositor running([](FakeCompositor &) {});
         running.stop();
         QCOMPARE(askCompositor(20ms), CompositorAnswer::Silent);
     }
 
-    void theEnvironmentHoldsTheChoiceForAWhile()
+    void environmentHasTheChoiceUntilItIsDestroyed()
     {
         {
             const PlatformEnvironment environment({"xcb", ""});
@@ -121,7 +122,7 @@ private Q_SLOTS:
         QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
     }
 
-    void theUsersOwnEnvironmentStays()
+    void environmentOfTheUserIsKept()
     {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "0");

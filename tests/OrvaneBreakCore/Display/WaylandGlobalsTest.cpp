@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandGlobals.h"
 
+#include "NativePointers.h"
 #include "Support/RunningCompositor.h"
 #include "Support/TestProgram.h"
-#include "WaylandDisplay.h"
 
 #include <QTest>
 
@@ -11,13 +11,13 @@
 
 #include <optional>
 
-/// What a compositor of the test's is said to offer.
+/// The globals of a compositor of the test.
 class WaylandGlobalsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everythingOfferedIsThere()
+    void offeredGlobalsAreListed()
     {
         const RunningCompositor running([](FakeCompositor &compositor) {
             compositor.offerSeat();
@@ -32,7 +32,7 @@ private Q_SLOTS:
         QVERIFY(!globals->offers("ext_idle_notifier_v1"));
     }
 
-    void whatGoesWhileTheListIsReadIsNotOffered()
+    void globalWithdrawnDuringTheListIsNotOffered()
     {
         const RunningCompositor running([](FakeCompositor &compositor) {
             wl_global *seat = compositor.offerSeat();

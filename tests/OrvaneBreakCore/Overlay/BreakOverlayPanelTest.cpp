@@ -3,10 +3,12 @@
 
 #include "RingView.h"
 #include "Support/TestProgram.h"
+#include "Support/WideFont.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QTest>
 
@@ -32,6 +34,14 @@ class BreakOverlayPanelTest : public QObject
         {
             auto *widget = panel.findChild<Widget *>(name);
             return {widget->mapTo(&panel, QPoint()), widget->size()};
+        }
+
+        /// From top to bottom.
+        QList<QRect> parts()
+        {
+            return {place<QLabel>(u"title"_s), place<QLabel>(u"subtitle"_s),
+                    QRect(panel.ring()->pos(), panel.ring()->size()), place<QPushButton>(u"skipButton"_s),
+                    place<QLabel>(u"hint"_s)};
         }
 
         BreakOverlayPanel panel;
@@ -104,10 +114,61 @@ private Q_SLOTS:
     void everythingElseIsThreeQuartersBlack()
     {
         Shown shown;
-        const QImage image = painted(shown.panel, QColor(0, 0, 0, 0));
-        for (const QPoint &corner :
-             {QPoint(0, 0), QPoint(1279, 0), QPoint(0, 719), QPoint(1279, 719), QPoint(640, 100)})
-            QCOMPARE(image.pixelColor(corner), QColor(0, 0, 0, 191));
+        QImage image = painted(shown.panel, QColor(0, 0, 0, 0));
+        QPainter eraser(&image);
+        eraser.setCompositionMode(QPainter::CompositionMode_Source);
+        for (const QRect &part : shown.parts())
+            eraser.fillRect(part, QColor(0, 0, 0, 191));
+        eraser.end();
+        QImage expected(image.size(), image.format());
+        expected.fill(QColor(0, 0, 0, 191));
+        QCOMPARE(image, expected);
+    }
+
+    void contentNeverChangesTheFrame_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("stretch");
+        QTest::newRow("1080 x 1920 at scale 2, a font 30 % wider") << QSize(540, 960) << 130;
+        QTest::newRow("800 x 600 at scale 2") << QSize(400, 300) << 100;
+        QTest::newRow("800 x 600 at scale 2, a font 30 % wider") << QSize(400, 300) << 130;
+        QTest::newRow("1024 x 768 at scale 4") << QSize(256, 192) << 100;
+        QTest::newRow("low") << QSize(1280, 240) << 100;
+    }
+
+    void contentNeverChangesTheFrame()
+    {
+        QFETCH(const QSize, size);
+        QFETCH(const int, stretch);
+        const WideFont font(stretch);
+        Shown shown(size);
+        QCOMPARE(shown.panel.size(), size);
+        QCOMPARE(shown.panel.minimumSize(), QSize(0, 0));
+        const QList<QRect> parts = shown.parts();
+        for (int index = 0; index < parts.size(); ++index) {
+            QVERIFY2(shown.panel.rect().contains(parts[index]), qPrintable(QString::number(index)));
+            QVERIFY(qAbs(2 * parts[index].x() + parts[index].width() - size.width()) <= 1);
+            QVERIFY(index == 0 || parts[index - 1].bottom() < parts[index].top());
+        }
+        QVERIFY(qAbs(parts.first().top() + parts.last().bottom() + 1 - size.height()) <= 1);
+        for (const QWidget *part : shown.panel.findChildren<QWidget *>())
+            QVERIFY2(part->width() >= part->sizeHint().width(), qPrintable(part->objectName()));
+    }
+
+    void theWholeColumnShrinksByOneFactor()
+    {
+        Shown shown({400, 300});
+        const double factor = shown.panel.ring()->width() / 150.0;
+        QVERIFY(factor < 1 && factor > 0.7);
+        const QList<std::pair<QString, int>> sizes{
+            {u"title"_s, 30}, {u"subtitle"_s, 16}, {u"skipButton"_s, 13}, {u"hint"_s, 11}};
+        for (const auto &[name, size] : sizes) {
+            const int shrunk = shown.panel.findChild<QWidget *>(name)->font().pixelSize();
+            QVERIFY2(shrunk <= size * factor + 0.1 && shrunk > size * factor - 1.1, qPrintable(name));
+        }
+        shown.panel.resize(1280, 720);
+        QCOMPARE(shown.panel.ring()->size(), QSize(150, 150));
+        QCOMPARE(shown.panel.findChild<QWidget *>(u"title"_s)->font().pixelSize(), 30);
     }
 
     void escapeCallsOnce()

@@ -59,6 +59,17 @@ private Q_SLOTS:
         QVERIFY(isNear(strokeAt(painted(ring), 65, 180), teal));
     }
 
+    void aSmallRingHasTheSameProportions()
+    {
+        RingView ring;
+        ring.resize(150, 150);
+        QImage full = painted(ring, Qt::black, 0.5);
+        full.setDevicePixelRatio(1);
+        ring.resize(75, 75);
+        ring.setScale(0.5);
+        QCOMPARE(painted(ring), full);
+    }
+
     void arc_data()
     {
         QTest::addColumn<double>("fraction");

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LayerShell.h"
 
+#include "NativePointers.h"
 #include "Support/FakeLayerShell.h"
 #include "Support/RunningCompositor.h"
 #include "Support/TestProgram.h"
-#include "WaylandDisplay.h"
 #include "WaylandGlobals.h"
 
 #include <QTest>
@@ -19,9 +19,9 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::uint32_t overlay = 3;
-constexpr std::uint32_t everyEdge = 15;
+constexpr std::uint32_t allEdges = 15;
 
-/// A client with a surface and an output, on a compositor that answers on its own until it is stopped.
+/// A client with a surface and an output, and a compositor that answers by itself until it is stopped.
 struct Fixture
 {
     explicit Fixture(FakeLayerShell::Answer answer = FakeLayerShell::Answer::Configure,
@@ -36,19 +36,19 @@ struct Fixture
         const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue);
         compositor.reset(static_cast<wl_compositor *>(globals->bind(wl_compositor_interface, 1)));
         output.reset(static_cast<wl_output *>(globals->bind(wl_output_interface, 1)));
-        // The toolkit's objects are on the connection's own queue, too.
+        // The toolkit's objects are on the default queue as well.
         for (void *each : {static_cast<void *>(compositor.get()), static_cast<void *>(output.get())})
             wl_proxy_set_queue(static_cast<wl_proxy *>(each), nullptr);
         surface.reset(wl_compositor_create_surface(compositor.get()));
         shell = LayerShell::find(*display);
     }
 
-    std::unique_ptr<LayerSurface> cover(std::chrono::milliseconds limit = 10s) const
+    std::unique_ptr<LayerSurface> cover(std::chrono::milliseconds timeout = 10s) const
     {
-        return shell->cover(*surface, *output, std::chrono::steady_clock::now() + limit);
+        return shell->cover(*surface, *output, std::chrono::steady_clock::now() + timeout);
     }
 
-    /// What the toolkit does when events come, which `action` sends while the test plays the compositor.
+    /// Has the compositor send events with `action`, and handles them as the toolkit does.
     void exchangeAfter(const std::function<void()> &action)
     {
         action();
@@ -74,19 +74,19 @@ struct Fixture
 
 } // namespace
 
-/// Layers as a compositor of the test's sees them.
+/// Layer surfaces on a compositor of the test.
 class LayerShellTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void aCompositorWithoutTheShell()
+    void compositorWithoutALayerShell()
     {
         const Fixture f(FakeLayerShell::Answer::Configure, false);
         QVERIFY(!f.shell);
     }
 
-    void aSurfaceCoversItsOutputWithTheKeyboard()
+    void surfaceCoversItsOutputAndRequestsTheKeyboard()
     {
         Fixture f;
         QVERIFY(f.shell);
@@ -97,13 +97,13 @@ private Q_SLOTS:
         f.running.stop();
         QCOMPARE(f.server->layers().size(), std::size_t(1));
         QCOMPARE(f.layer().layer, overlay);
-        QCOMPARE(f.layer().anchor, everyEdge);
+        QCOMPARE(f.layer().anchor, allEdges);
         QCOMPARE(f.layer().exclusiveZone, -1);
         QCOMPARE(f.layer().keyboard, 1U);
         QCOMPARE(f.layer().acknowledged, (std::vector<std::uint32_t>{FakeLayerShell::firstSerial}));
     }
 
-    void aCompositorThatGivesNoSize()
+    void compositorThatDoesNotConfigureTheSurface()
     {
         Fixture f(FakeLayerShell::Answer::Nothing);
         QVERIFY(!f.cover(20ms));
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QVERIFY(!f.layer().resource);
     }
 
-    void anOutputThatIsGoneAlready()
+    void outputThatIsGoneAlready()
     {
         Fixture f(FakeLayerShell::Answer::Close);
         QVERIFY(!f.cover());
@@ -121,7 +121,7 @@ private Q_SLOTS:
         QVERIFY(!f.layer().resource);
     }
 
-    void aCompositorThatDies()
+    void compositorThatDies()
     {
         Fixture f(FakeLayerShell::Answer::Nothing);
         f.running.stop();
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QVERIFY(!f.cover());
     }
 
-    void aNewSizeIsAcknowledgedAndTold()
+    void newSizeIsAcknowledgedAndReported()
     {
         Fixture f;
         const std::unique_ptr<LayerSurface> covering = f.cover();
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QCOMPARE(f.layer().acknowledged.back(), 9U);
     }
 
-    void theHandlerOfTheEndMayDestroyTheSurface()
+    void closedHandlerMayDestroyTheSurface()
     {
         Fixture f;
         std::unique_ptr<LayerSurface> covering = f.cover();
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QVERIFY(!f.layer().resource);
     }
 
-    void destroyingGivesThePlaceBack()
+    void destructionDestroysTheLayerSurface()
     {
         Fixture f;
         std::unique_ptr<LayerSurface> covering = f.cover();
