@@ -23,8 +23,8 @@ QColor white(float alpha)
 }
 
 constexpr int ringSize = 150;
-/// A text alone is a small target.
-constexpr int skipButtonPadding = 12;
+/// A text alone is a small target; the padding reaches into the gaps above and below, and draws nothing.
+constexpr QMargins skipButtonPadding(12, 8, 12, 4);
 
 constexpr int gapAfterTitle = 10;
 constexpr int gapAfterSubtitle = 28;
@@ -75,9 +75,9 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addWidget(subtitle, 0, Qt::AlignHCenter);
     column->addSpacing(gapAfterSubtitle);
     column->addWidget(m_ring, 0, Qt::AlignHCenter);
-    column->addSpacing(gapAfterRing);
+    column->addSpacing(gapAfterRing - skipButtonPadding.top());
     column->addWidget(m_skipButton, 0, Qt::AlignHCenter);
-    column->addSpacing(gapAfterButton);
+    column->addSpacing(gapAfterButton - skipButtonPadding.bottom());
     column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
 }

@@ -6,6 +6,8 @@
 #include "Support/Widgets.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
@@ -81,6 +83,7 @@ private Q_SLOTS:
         QCOMPARE(button->font().pixelSize(), 13);
         QCOMPARE(button->font().weight(), QFont::Medium);
         QCOMPARE(button->focusPolicy(), Qt::NoFocus);
+        QVERIFY(button->width() >= 44 && button->height() >= 24);
     }
 
     void columnIsCentredWithItsGaps()
@@ -88,7 +91,9 @@ private Q_SLOTS:
         Shown shown;
         const QRect title = shown.place<QLabel>(u"title"_s);
         const QRect subtitle = shown.place<QLabel>(u"subtitle"_s);
-        const QRect button = shown.place<QPushButton>(u"skipButton"_s);
+        const QRect target = shown.place<QPushButton>(u"skipButton"_s);
+        const QRect button = target - QMargins(12, 8, 12, 4);
+        QCOMPARE(button.height(), QFontMetrics(shown.panel.skipButton()->font()).height());
         const QRect hint = shown.place<QLabel>(u"hint"_s);
         const QRect ring(shown.panel.ring()->pos(), shown.panel.ring()->size());
         QCOMPARE(ring.size(), QSize(150, 150));
@@ -96,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(ring.y() - (subtitle.y() + subtitle.height()), 28);
         QCOMPARE(button.y() - (ring.y() + ring.height()), 30);
         QCOMPARE(hint.y() - (button.y() + button.height()), 4);
-        for (const QRect &place : {title, subtitle, ring, button, hint})
+        for (const QRect &place : {title, subtitle, ring, target, hint})
             QVERIFY(qAbs(2 * place.x() + place.width() - 1280) <= 1);
         QVERIFY(qAbs(title.y() + hint.y() + hint.height() - 720) <= 1);
     }
