@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BreakOverlayPanel.h"
 
+#include "BreakAccessibility.h"
 #include "Palette.h"
 #include "RingView.h"
 #include "TextButton.h"
@@ -55,6 +56,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
 
     m_ring->setFixedSize(ringSize, ringSize);
     m_ring->setSecondsLeft(pauseSeconds);
+    m_ring->setLength(pauseSeconds);
     m_ring->setFraction(1.0);
     m_skipButton->setObjectName(u"skipButton"_s);
     m_skipButton->setFocusPolicy(Qt::NoFocus);
@@ -65,6 +67,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     title->setObjectName(u"title"_s);
     subtitle->setObjectName(u"subtitle"_s);
     hint->setObjectName(u"hint"_s);
+    describe(pauseSeconds, title->text());
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -80,6 +83,15 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addSpacing(gapAfterButton - skipButtonPadding.bottom());
     column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
+}
+
+void BreakOverlayPanel::describe(int pauseSeconds, const QString &instruction)
+{
+    describeBreakToScreenReaders();
+    setAccessibleName(u"Pause de %1\u00A0secondes"_s.arg(pauseSeconds));
+    setAccessibleDescription(instruction);
+    m_ring->setAccessibleName(u"Secondes restantes"_s);
+    m_skipButton->setAccessibleDescription(u"Met fin à la pause, comme la touche Échap"_s);
 }
 
 void BreakOverlayPanel::cancelOperation() const

@@ -33,6 +33,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void describe(int pauseSeconds, const QString &instruction);
+
     RingView *m_ring;
     QPushButton *m_skipButton;
 };

@@ -20,6 +20,10 @@ public:
     [[nodiscard]] qint64 secondsLeft() const { return m_secondsLeft; }
     void setSecondsLeft(qint64 secondsLeft);
 
+    /// The seconds of a whole break, for screen readers; nothing is drawn of it.
+    [[nodiscard]] qint64 length() const { return m_length; }
+    void setLength(qint64 seconds) { m_length = seconds; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
@@ -28,4 +32,5 @@ private:
 
     double m_fraction = 1.0;
     qint64 m_secondsLeft = 20;
+    qint64 m_length = 20;
 };
