@@ -26,6 +26,17 @@ void letThroughModalDialog(const QWidget &panel)
         panel.windowHandle()->setTransientParent(dialog->windowHandle());
 }
 
+/// The toolkit gives an open menu or list every key and click, whatever window has the focus.
+void closePopups()
+{
+    const QWidget *last = nullptr;
+    QWidget *popup = QApplication::activePopupWidget();
+    while (popup && popup != last) {
+        popup->close();
+        last = std::exchange(popup, QApplication::activePopupWidget());
+    }
+}
+
 } // namespace
 
 BreakOverlayController::BreakOverlayController(OverlaySurface &surface, Screens screens)
@@ -52,6 +63,7 @@ void BreakOverlayController::show(int pauseSeconds)
     const QList<QScreen *> screens = m_screens();
     if (screens.isEmpty())
         return;
+    closePopups();
     m_surface.begin();
     for (QScreen *screen : screens) {
         std::unique_ptr<BreakOverlayPanel, DeferredDelete> panel(new BreakOverlayPanel(pauseSeconds));

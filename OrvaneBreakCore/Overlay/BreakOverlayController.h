@@ -33,7 +33,8 @@ public:
     /// the program has nothing better to do; does nothing else.
     static void warmUp();
 
-    /// One panel per screen, the first with the keyboard. Without screens nothing is shown.
+    /// One panel per screen, the first with the keyboard. Closes the program's open menus and lists first.
+    /// Without screens nothing is shown and nothing closed.
     void show(int pauseSeconds) override;
 
     /// A number of seconds that is not finite or beyond 64 bits stops the process.

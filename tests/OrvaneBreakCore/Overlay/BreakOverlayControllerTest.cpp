@@ -8,6 +8,8 @@
 #include "Support/Widgets.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QMenu>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -71,6 +73,28 @@ private Q_SLOTS:
         QVERIFY(!f.controller.isVisible());
         QCOMPARE(f.surface.log.count(u"end"_s), 1);
         QTRY_VERIFY(panel.isNull());
+    }
+
+    void openMenusAndListsCloseFirst()
+    {
+        Fixture f;
+        QMenu menu;
+        QMenu *submenu = menu.addMenu(u"Menu"_s);
+        submenu->addAction(u"Action"_s);
+        menu.popup(QPoint());
+        submenu->popup(QPoint());
+        f.controller.show(20);
+        QVERIFY(!menu.isVisible() && !submenu->isVisible());
+        f.controller.hide();
+
+        QComboBox box;
+        box.addItems({u"10"_s, u"20"_s});
+        box.show();
+        box.showPopup();
+        QVERIFY(QApplication::activePopupWidget());
+        f.controller.show(20);
+        QVERIFY(!QApplication::activePopupWidget());
+        QVERIFY(box.isVisible());
     }
 
     void warmingUpShowsNothing()
