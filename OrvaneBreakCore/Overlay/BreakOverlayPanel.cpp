@@ -32,6 +32,13 @@ constexpr int gapAfterSubtitle = 28;
 constexpr int gapAfterRing = 30;
 constexpr int gapAfterButton = 4;
 
+/// The layout decides which modifiers and which key type a period: Shift on a French keyboard, the keypad.
+bool isCancelCommand(const QKeyEvent &event)
+{
+    constexpr Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    return event.key() == Qt::Key_Period && (event.modifiers() & commands) == Qt::ControlModifier;
+}
+
 } // namespace
 
 BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
@@ -102,8 +109,7 @@ void BreakOverlayPanel::cancelOperation() const
 
 void BreakOverlayPanel::keyPressEvent(QKeyEvent *event)
 {
-    const bool isCancel = event->key() == Qt::Key_Period && event->modifiers() == Qt::ControlModifier;
-    if (event->key() != Qt::Key_Escape && !isCancel) {
+    if (event->key() != Qt::Key_Escape && !isCancelCommand(*event)) {
         QWidget::keyPressEvent(event);
         return;
     }

@@ -19,7 +19,8 @@ class BreakOverlayPanel final : public QWidget
 public:
     explicit BreakOverlayPanel(int pauseSeconds);
 
-    /// Called for Escape and for the cancel command; Escape is swallowed also when this is not set.
+    /// Called for Escape and for the cancel command, which is Ctrl and whatever key types a period; both are
+    /// swallowed also when this is not set.
     std::function<void()> onEscape;
 
     /// Calls `onEscape` if set.
