@@ -114,7 +114,9 @@ void BreakOverlayPanel::keyPressEvent(QKeyEvent *event)
         return;
     }
     event->accept();
+    m_pressedKey = event->nativeScanCode();
     cancelOperation();
+    m_pressedKey = 0;
 }
 
 void BreakOverlayPanel::paintEvent(QPaintEvent *event)

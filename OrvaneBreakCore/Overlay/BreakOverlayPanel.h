@@ -3,6 +3,7 @@
 
 #include <QWidget>
 
+#include <cstdint>
 #include <functional>
 
 class QPushButton;
@@ -26,6 +27,9 @@ public:
     /// Calls `onEscape` if set.
     void cancelOperation() const;
 
+    /// The native code of the key while `onEscape` is called for it; 0 at other times.
+    [[nodiscard]] std::uint32_t pressedKey() const { return m_pressedKey; }
+
     [[nodiscard]] RingView *ring() const { return m_ring; }
     [[nodiscard]] QPushButton *skipButton() const { return m_skipButton; }
 
@@ -38,4 +42,5 @@ private:
 
     RingView *m_ring;
     QPushButton *m_skipButton;
+    std::uint32_t m_pressedKey = 0;
 };

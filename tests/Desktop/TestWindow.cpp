@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// "Another program": a window of one colour with a text field. Prints a line for every key press and click
-// that reaches it, and where it is when it is painted. Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT
-// [full-screen] [take-focus]
+// "Another program": a window of one colour with a text field. Prints a line for every key press, with the
+// server's time in milliseconds, and for every click that reaches it, and where it is when it is painted.
+// Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [grab-keyboard]
 #include "XcbReply.h"
 
 #include <algorithm>
@@ -19,6 +19,7 @@ struct Description
     PixelRectangle place;
     bool isFullScreen = false;
     bool takesFocus = false;
+    bool grabsKeyboard = false;
 };
 
 constexpr PixelRectangle textField{20, 20, 180, 28};
@@ -31,6 +32,7 @@ public:
         , m_window(xcb_generate_id(connection))
         , m_paint(xcb_generate_id(connection))
         , m_takesFocus(description.takesFocus)
+        , m_grabsKeyboard(description.grabsKeyboard)
     {
         create(description);
         setProperties(description);
@@ -99,6 +101,8 @@ private:
         case XCB_MAP_NOTIFY:
             if (m_takesFocus)
                 xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, m_window, XCB_CURRENT_TIME);
+            if (m_grabsKeyboard)
+                grabKeyboard();
             std::printf("window %u\n", m_window);
             break;
         case XCB_EXPOSE:
@@ -109,11 +113,22 @@ private:
             std::puts("click");
             break;
         case XCB_KEY_PRESS:
-            keyPressed(reinterpret_cast<const xcb_key_press_event_t &>(event).detail);
+            keyPressed(reinterpret_cast<const xcb_key_press_event_t &>(event));
             break;
         default:
             break;
         }
+    }
+
+    void grabKeyboard()
+    {
+        const XcbReply<xcb_grab_keyboard_reply_t> reply(
+            xcb_grab_keyboard_reply(m_connection,
+                                    xcb_grab_keyboard(m_connection, 0, m_window, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS)
+            std::fputs("test-window: the keyboard cannot be grabbed\n", stderr);
     }
 
     void printPlace()
@@ -125,14 +140,14 @@ private:
             std::printf("at %d %d\n", reply->dst_x, reply->dst_y);
     }
 
-    void keyPressed(xcb_keycode_t code)
+    void keyPressed(const xcb_key_press_event_t &event)
     {
         const XcbReply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
-            m_connection, xcb_get_keyboard_mapping(m_connection, code, 1), nullptr));
+            m_connection, xcb_get_keyboard_mapping(m_connection, event.detail, 1), nullptr));
         if (!mapping || xcb_get_keyboard_mapping_keysyms_length(mapping.get()) == 0)
             return;
         const xcb_keysym_t symbol = *xcb_get_keyboard_mapping_keysyms(mapping.get());
-        std::printf("key %x\n", symbol);
+        std::printf("key %x %u\n", symbol, event.time);
         if (symbol >= ' ' && symbol <= '~')
             m_text += static_cast<char>(symbol);
         paintField();
@@ -156,6 +171,7 @@ private:
     xcb_window_t m_window;
     xcb_gcontext_t m_paint;
     bool m_takesFocus;
+    bool m_grabsKeyboard;
     std::string m_text;
 };
 
@@ -167,6 +183,7 @@ Description parseArguments(const std::vector<std::string> &words)
     description.place = parseRectangle(words.at(2));
     description.isFullScreen = std::find(words.begin(), words.end(), "full-screen") != words.end();
     description.takesFocus = std::find(words.begin(), words.end(), "take-focus") != words.end();
+    description.grabsKeyboard = std::find(words.begin(), words.end(), "grab-keyboard") != words.end();
     return description;
 }
 
@@ -175,7 +192,9 @@ Description parseArguments(const std::vector<std::string> &words)
 int main(int argc, char **argv)
 {
     if (argc < 4) {
-        std::fputs("usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus]\n", stderr);
+        std::fputs(
+            "usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [grab-keyboard]\n",
+            stderr);
         return 2;
     }
     xcb_connection_t *connection = xcb_connect(nullptr, nullptr);

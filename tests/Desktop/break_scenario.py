@@ -18,7 +18,7 @@ from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
-                      keyboard_part, look_part, modes_part, pace_part, pause_part, service_part, session_part,
+                      input_part, keyboard_part, look_part, modes_part, pace_part, pause_part, service_part, session_part,
                       shell_part, sound_part, switches_part, tray_part, trouble_part, wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
@@ -38,8 +38,9 @@ WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed, GnomeBed)}
 def everyday(desk, report):
     """The main scenario for one desktop."""
     report.run(tray_part.tray, desk, report)
-    for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
-                 pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
+    for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, input_part.menus,
+                 input_part.first_keys, input_part.rest_of_press, input_part.cancel_command, input_part.foreign_grab,
+                 pace_part.repaints, pace_part.opening, pause_part.locked, pause_part.stopped, ending_part.leaving):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)
     desk.clean_up(program_runs=False)
@@ -85,8 +86,8 @@ BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (manag
 def everyday_on_wayland(desk, report, helpers):
     """The main scenario for a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
-    for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
-                 wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
+    for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.held_escape, wayland_break_part.pointer,
+                 wayland_break_part.button, wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
                  wayland_change_part.unplugging):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)

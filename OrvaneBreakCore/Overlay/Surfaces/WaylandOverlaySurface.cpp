@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds limit = 1s;
+constexpr std::chrono::milliseconds longestWait = 1s;
 
 void resize(QWidget &panel, QSize native)
 {
@@ -44,9 +44,9 @@ WaylandOverlaySurface::WaylandOverlaySurface(std::unique_ptr<LayerShell> shell)
 void WaylandOverlaySurface::begin()
 {
     m_layers.clear();
-    m_deadline = std::chrono::steady_clock::now() + limit;
-    // Told before the toolkit moves the windows of such a screen to another one, where it would show them
-    // anew.
+    m_deadline = std::chrono::steady_clock::now() + longestWait;
+    // Comes before the toolkit moves the windows of the removed screen to another one, where it would show
+    // them again.
     m_screenWatch =
         connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WaylandOverlaySurface::dropScreen);
 }
@@ -69,7 +69,9 @@ void WaylandOverlaySurface::present(QWidget &panel, QScreen &screen, bool /*take
     m_layers.push_back({&panel, &screen, std::move(surface)});
 }
 
-void WaylandOverlaySurface::end()
+/// A Wayland compositor tells the next program only which keys are down, and a program repeats only presses
+/// that it was sent.
+void WaylandOverlaySurface::end(const EndingPress & /*press*/)
 {
     disconnect(m_screenWatch);
     m_layers.clear();

@@ -62,7 +62,8 @@ class Probe:
                      lambda words: Damage(*(int(word) for word in words)))
 
     def window(self, title, colour, place, *options):
-        """Opens another program's window: place is x, y, width, height; options "full-screen" and "take-focus"."""
+        """Opens another program's window: place is x, y, width, height; options "full-screen", "take-focus"
+        and "grab-keyboard"."""
         return TestWindow(self._bed, self._run("test-window", *describe_window(title, colour, place), *options))
 
     def _run(self, program, *arguments):
@@ -84,3 +85,7 @@ class TestWindow(OtherWindow):
     def keys(self):
         """The key symbols that it received, as hexadecimal numbers."""
         return [symbol for symbol, *_ in self._told("key")]
+
+    def key_times(self):
+        """When the X server sent each key, in its milliseconds, which count up to 2**32."""
+        return [int(moment) for _, moment in self._told("key")]

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
@@ -95,6 +96,30 @@ private Q_SLOTS:
         f.controller.show(20);
         QVERIFY(!QApplication::activePopupWidget());
         QVERIFY(box.isVisible());
+    }
+
+    void theSurfaceLearnsWhichPressEndedTheBreak()
+    {
+        Fixture f;
+        f.controller.onSkip = [&] { f.controller.hide(); };
+        f.controller.show(20);
+        constexpr quint32 code = 9;
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, code, 0, 0);
+        QCoreApplication::sendEvent(&f.panel(0), &press);
+        QCOMPARE(f.surface.endingPress.key, code);
+        QVERIFY(f.surface.endingPress.clicked.isEmpty());
+
+        f.controller.show(20);
+        const QPushButton *button = f.panel(1).skipButton();
+        const QRect place(button->mapToGlobal(QPoint()), button->size());
+        QTest::mouseClick(f.panel(1).skipButton(), Qt::LeftButton);
+        QCOMPARE(f.surface.endingPress.key, 0U);
+        QCOMPARE(f.surface.endingPress.clicked, place);
+
+        f.controller.show(20);
+        f.controller.hide();
+        QCOMPARE(f.surface.endingPress.key, 0U);
+        QVERIFY(f.surface.endingPress.clicked.isEmpty());
     }
 
     void warmingUpShowsNothing()

@@ -154,6 +154,18 @@ private Q_SLOTS:
         QCOMPARE(seen, calls);
     }
 
+    void theKeyIsKnownWhileItIsHandled()
+    {
+        Shown shown;
+        quint32 seen = 0;
+        shown.panel.onEscape = [&] { seen = shown.panel.pressedKey(); };
+        constexpr quint32 code = 9;
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, code, 0, 0);
+        QCoreApplication::sendEvent(&shown.panel, &press);
+        QCOMPARE(seen, code);
+        QCOMPARE(shown.panel.pressedKey(), 0U);
+    }
+
     void escapeIsSwallowedAndOtherKeysPassOn()
     {
         struct Parent : QWidget

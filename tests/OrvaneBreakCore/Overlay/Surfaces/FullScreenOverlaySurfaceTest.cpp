@@ -25,7 +25,7 @@ private Q_SLOTS:
         surface.present(panel, *QGuiApplication::primaryScreen(), true);
         QVERIFY(panel.isFullScreen());
         QCOMPARE(painted(panel, Qt::white).pixelColor(5, 5), QColor(Qt::black));
-        surface.end();
+        surface.end({});
     }
 };
 
