@@ -49,7 +49,7 @@ def first_keys(desk, report):
     for _ in range(3):
         known = len(other.key_times())
         watch = desk.probe.sample(points, 1200, 2)
-        typing = desk.bed.run(["xdotool", "type", "--delay", "1", "a" * 400])
+        typing = desk.bed.run(["xdotool", "type", "--delay", "1", "a" * 200])
         wait_until(lambda: len(other.key_times()) > known + 5, "keys in another program before the break")
         desk.tray.click(BREAK_NOW)
         dark = [change.time for change in watch.results()
