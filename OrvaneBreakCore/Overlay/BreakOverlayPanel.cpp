@@ -74,7 +74,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     title->setObjectName(u"title"_s);
     subtitle->setObjectName(u"subtitle"_s);
     hint->setObjectName(u"hint"_s);
-    describe(pauseSeconds, title->text());
+    describe(pauseSeconds);
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -92,11 +92,12 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addStretch();
 }
 
-void BreakOverlayPanel::describe(int pauseSeconds, const QString &instruction)
+/// The texts on the panel are read as well, so the instruction is not said again.
+void BreakOverlayPanel::describe(int pauseSeconds)
 {
     describeBreakToScreenReaders();
     setAccessibleName(u"Pause de %1\u00A0secondes"_s.arg(pauseSeconds));
-    setAccessibleDescription(instruction);
+    setAccessibleDescription(u"Le bouton Passer et la touche Échap y mettent fin"_s);
     m_ring->setAccessibleName(u"Secondes restantes"_s);
     m_skipButton->setAccessibleDescription(u"Met fin à la pause, comme la touche Échap"_s);
 }

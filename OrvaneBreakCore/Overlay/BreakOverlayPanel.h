@@ -38,7 +38,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void describe(int pauseSeconds, const QString &instruction);
+    void describe(int pauseSeconds);
 
     RingView *m_ring;
     QPushButton *m_skipButton;

@@ -50,7 +50,8 @@ class ScreenReader:
     def controls(self, title="OrvaneBreak"):
         """The visible controls of all windows with this title, parents before children; empty if there is no window."""
         return [Control(entry["role"], entry["name"], entry["description"], entry["text"],
-                        entry["value"] and tuple(entry["value"]), frozenset(entry["states"]), tuple(entry["box"])) for entry in json.loads(self._run("tree", title) or "[]")]
+                        entry["value"] and tuple(entry["value"]), frozenset(entry["states"]), tuple(entry["box"]))
+                for entry in json.loads(self._run("tree", title) or "[]")]
 
     def control(self, name):
         """Waits for the control with this name."""

@@ -47,7 +47,8 @@ private Q_SLOTS:
         const QAccessibleInterface *dialog = QAccessible::queryAccessibleInterface(&panel);
         QCOMPARE(dialog->role(), QAccessible::Dialog);
         QCOMPARE(dialog->text(QAccessible::Name), u"Pause de 30\u00A0secondes"_s);
-        QCOMPARE(dialog->text(QAccessible::Description), u"Regarde au loin, à 6 mètres"_s);
+        QCOMPARE(dialog->text(QAccessible::Description),
+                 u"Le bouton Passer et la touche Échap y mettent fin"_s);
         QCOMPARE(panel.windowTitle(), u"OrvaneBreak"_s);
     }
 
