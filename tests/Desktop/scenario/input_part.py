@@ -145,7 +145,9 @@ def foreign_grab(desk, report):
     desk.bed.click(place[0] - 21, place[1] - 11)
     report.promise("Passer ends a break during another program's grab, beside its text as well",
                    comes_true(lambda: not desk.overlays(), 2), desk.overlays())
-    other.close()
-    if desk.overlays():
-        desk.end_break()
     desk.rest_pointer()
+    if not desk.overlays():
+        desk.begin_break()
+    other.close()
+    desk.bed.press("Escape")
+    report.promise("Escape ends the break once the grab is gone", comes_true(lambda: not desk.overlays(), 2))
