@@ -6,8 +6,9 @@ import re
 from . import packages
 from .waiting import wait_until
 
-_SPOKEN = re.compile(r"SPEECH OUTPUT: '(.*)'\{")
-_LISTENS = "registering listeners"
+#: Newer versions write a space after the sentence.
+_SPOKEN = re.compile(r"SPEECH OUTPUT: '(.*?)' ?\{")
+_LISTENS = "registering listener"
 
 
 class Orca:
@@ -17,8 +18,7 @@ class Orca:
         packages.require("orca")
         self._bed = bed
         self._log = bed.home / "orca.log"
-        self._process = bed.run(["orca", "--debug-file", self._log, "--user-prefs", bed.home / "orca"],
-                                {"NO_AT_BRIDGE": None})
+        self._process = bed.run(["orca", "--debug-file", self._log], {"NO_AT_BRIDGE": None})
         wait_until(lambda: self._log.exists() and _LISTENS in self._text(), "Orca", 30)
 
     def stop(self):

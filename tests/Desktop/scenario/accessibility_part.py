@@ -63,8 +63,8 @@ def break_aloud(desk, report):
     report.promise("the ring tells the seconds left", comes_true(lambda: _ring(desk) == (17, 20), 6), _ring(desk))
     desk.end_break()
     said = orca.stop()
-    report.promise("Orca announces a break with its length and instruction, once",
-                   any(_BREAK in sentence for sentence in said) and " ".join(said).count(_INSTRUCTION) == 1, said)
+    report.promise("Orca announces a break with its length and instruction",
+                   any(_BREAK in sentence and _INSTRUCTION in sentence for sentence in said), said)
     report.figures["Orca says"] = " / ".join(said)
     desk.finish()
 
