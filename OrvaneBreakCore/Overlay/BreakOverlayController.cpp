@@ -2,7 +2,6 @@
 #include "BreakOverlayController.h"
 
 #include "BreakOverlayPanel.h"
-#include "OverlaySurface.h"
 #include "RingView.h"
 
 #include <QApplication>
@@ -18,12 +17,24 @@
 
 namespace {
 
-/// An open dialog blocks every window but those that belong to it. The break is to be ended all the same.
+/// A modal dialog blocks all windows that do not belong to it, and the user must still be able to end the
+/// break.
 void letThroughModalDialog(const QWidget &panel)
 {
     const QWidget *dialog = QApplication::activeModalWidget();
     if (dialog && panel.windowHandle())
         panel.windowHandle()->setTransientParent(dialog->windowHandle());
+}
+
+/// The toolkit gives an open menu or list every key and click, whatever window has the focus.
+void closePopups()
+{
+    const QWidget *last = nullptr;
+    QWidget *popup = QApplication::activePopupWidget();
+    while (popup && popup != last) {
+        popup->close();
+        last = std::exchange(popup, QApplication::activePopupWidget());
+    }
 }
 
 } // namespace
@@ -52,14 +63,18 @@ void BreakOverlayController::show(int pauseSeconds)
     const QList<QScreen *> screens = m_screens();
     if (screens.isEmpty())
         return;
+    closePopups();
     m_surface.begin();
     for (QScreen *screen : screens) {
         std::unique_ptr<BreakOverlayPanel, DeferredDelete> panel(new BreakOverlayPanel(pauseSeconds));
-        panel->onEscape = [self = QPointer(this)] {
+        panel->onEscape = [self = QPointer(this), pressed = panel.get()] {
             if (self)
-                self->skipPressed();
+                self->skip({.key = pressed->pressedKey(), .clicked = {}});
         };
-        connect(panel->skipButton(), &QPushButton::clicked, this, &BreakOverlayController::skipPressed);
+        const QPushButton *button = panel->skipButton();
+        connect(button, &QPushButton::clicked, this, [this, button] {
+            skip({.key = 0, .clicked = QRect(button->mapToGlobal(QPoint()), button->size())});
+        });
         m_surface.present(*panel, *screen, m_panels.empty());
         letThroughModalDialog(*panel);
         m_rings.push_back(panel->ring());
@@ -83,11 +98,18 @@ void BreakOverlayController::hide()
 {
     if (m_panels.empty())
         return;
-    m_surface.end();
+    m_surface.end(m_endingPress);
     for (const auto &panel : m_panels)
         panel->hide();
     m_panels.clear();
     m_rings.clear();
+}
+
+void BreakOverlayController::skip(const EndingPress &press)
+{
+    m_endingPress = press;
+    skipPressed();
+    m_endingPress = {};
 }
 
 void BreakOverlayController::skipPressed()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "BreakOverlay.h"
+#include "OverlaySurface.h"
 
 #include <QList>
 #include <QObject>
@@ -11,7 +12,6 @@
 #include <vector>
 
 class BreakOverlayPanel;
-class OverlaySurface;
 class QScreen;
 class RingView;
 
@@ -29,11 +29,12 @@ public:
     BreakOverlayController(OverlaySurface &surface, Screens screens);
     ~BreakOverlayController() override;
 
-    /// Draws a break that nobody sees, so that fonts and glyphs are loaded before the first one. Call when
-    /// the program has nothing better to do; does nothing else.
+    /// Paints a break that nobody sees, so that fonts and glyphs are loaded before the first one. For a
+    /// moment when the program is idle.
     static void warmUp();
 
-    /// One panel per screen, the first with the keyboard. Without screens nothing is shown.
+    /// One panel per screen, the first with the keyboard. Closes the program's open menus and lists first.
+    /// Without screens nothing is shown and nothing closed.
     void show(int pauseSeconds) override;
 
     /// A number of seconds that is not finite or beyond 64 bits stops the process.
@@ -48,14 +49,17 @@ public:
     void skipPressed();
 
 private:
-    /// A panel is hidden from inside its own key and mouse events, so it goes when those are done.
+    /// A panel is hidden inside its own key and mouse events, so it is deleted after them.
     struct DeferredDelete
     {
         void operator()(QObject *object) const { object->deleteLater(); }
     };
 
+    void skip(const EndingPress &press);
+
     OverlaySurface &m_surface;
     Screens m_screens;
+    EndingPress m_endingPress; ///< While `onSkip` is called; empty at other times.
     std::vector<std::unique_ptr<BreakOverlayPanel, DeferredDelete>> m_panels;
     std::vector<RingView *> m_rings;
 };

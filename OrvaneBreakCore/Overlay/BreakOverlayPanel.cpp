@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BreakOverlayPanel.h"
 
+#include "BreakAccessibility.h"
 #include "Palette.h"
 #include "RingView.h"
 #include "TextButton.h"
@@ -23,8 +24,8 @@ QColor white(float alpha)
 }
 
 constexpr int ringSize = 150;
-/// A text alone is a small target.
-constexpr int skipButtonPadding = 12;
+/// A text alone is a small target; the padding reaches into the gaps above and below, and draws nothing.
+constexpr QMargins skipButtonPadding(12, 8, 12, 4);
 
 constexpr int gapAfterTitle = 10;
 constexpr int gapAfterSubtitle = 28;
@@ -33,6 +34,13 @@ constexpr int gapAfterButton = 4;
 
 /// What a column that is too large for its screen leaves free on each side.
 constexpr int screenMargin = 4;
+
+/// The layout decides which modifiers and which key type a period: Shift on a French keyboard, the keypad.
+bool isCancelCommand(const QKeyEvent &event)
+{
+    constexpr Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    return event.key() == Qt::Key_Period && (event.modifiers() & commands) == Qt::ControlModifier;
+}
 
 } // namespace
 
@@ -58,6 +66,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
 
     m_ring->setFixedSize(ringSize, ringSize);
     m_ring->setSecondsLeft(pauseSeconds);
+    m_ring->setLength(pauseSeconds);
     m_ring->setFraction(1.0);
     m_skipButton->setObjectName(u"skipButton"_s);
     m_skipButton->setFocusPolicy(Qt::NoFocus);
@@ -68,6 +77,7 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     title->setObjectName(u"title"_s);
     subtitle->setObjectName(u"subtitle"_s);
     hint->setObjectName(u"hint"_s);
+    describe(pauseSeconds);
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(screenMargin, screenMargin, screenMargin, screenMargin);
@@ -79,12 +89,22 @@ BreakOverlayPanel::BreakOverlayPanel(int pauseSeconds)
     column->addWidget(subtitle, 0, Qt::AlignHCenter);
     column->addSpacing(gapAfterSubtitle);
     column->addWidget(m_ring, 0, Qt::AlignHCenter);
-    column->addSpacing(gapAfterRing);
+    column->addSpacing(gapAfterRing - skipButtonPadding.top());
     column->addWidget(m_skipButton, 0, Qt::AlignHCenter);
-    column->addSpacing(gapAfterButton);
+    column->addSpacing(gapAfterButton - skipButtonPadding.bottom());
     column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
     m_columnFit.emplace(*column, *m_ring);
+}
+
+/// The texts on the panel are read as well, so the instruction is not said again.
+void BreakOverlayPanel::describe(int pauseSeconds)
+{
+    describeBreakToScreenReaders();
+    setAccessibleName(u"Pause de %1\u00A0secondes"_s.arg(pauseSeconds));
+    setAccessibleDescription(u"Le bouton Passer et la touche Échap y mettent fin"_s);
+    m_ring->setAccessibleName(u"Secondes restantes"_s);
+    m_skipButton->setAccessibleDescription(u"Met fin à la pause, comme la touche Échap"_s);
 }
 
 void BreakOverlayPanel::cancelOperation() const
@@ -95,13 +115,14 @@ void BreakOverlayPanel::cancelOperation() const
 
 void BreakOverlayPanel::keyPressEvent(QKeyEvent *event)
 {
-    const bool isCancel = event->key() == Qt::Key_Period && event->modifiers() == Qt::ControlModifier;
-    if (event->key() != Qt::Key_Escape && !isCancel) {
+    if (event->key() != Qt::Key_Escape && !isCancelCommand(*event)) {
         QWidget::keyPressEvent(event);
         return;
     }
     event->accept();
+    m_pressedKey = event->nativeScanCode();
     cancelOperation();
+    m_pressedKey = 0;
 }
 
 void BreakOverlayPanel::paintEvent(QPaintEvent *event)

@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 
@@ -23,11 +24,15 @@ class BreakOverlayPanel final : public QWidget
 public:
     explicit BreakOverlayPanel(int pauseSeconds);
 
-    /// Called for Escape and for the cancel command; Escape is swallowed also when this is not set.
+    /// Called for Escape and for the cancel command, which is Ctrl and whatever key types a period; both are
+    /// swallowed also when this is not set.
     std::function<void()> onEscape;
 
     /// Calls `onEscape` if set.
     void cancelOperation() const;
+
+    /// The native code of the key while `onEscape` is called for it; 0 at other times.
+    [[nodiscard]] std::uint32_t pressedKey() const { return m_pressedKey; }
 
     [[nodiscard]] RingView *ring() const { return m_ring; }
     [[nodiscard]] QPushButton *skipButton() const { return m_skipButton; }
@@ -38,7 +43,10 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void describe(int pauseSeconds);
+
     RingView *m_ring;
     QPushButton *m_skipButton;
     std::optional<ColumnFit> m_columnFit;
+    std::uint32_t m_pressedKey = 0;
 };

@@ -3,10 +3,12 @@
 
 #include "Palette.h"
 
+#include <QAccessible>
 #include <QFontMetricsF>
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -39,8 +41,12 @@ void RingView::setFraction(double fraction)
 
 void RingView::setSecondsLeft(qint64 secondsLeft)
 {
-    m_secondsLeft = secondsLeft;
+    const bool isChanged = std::exchange(m_secondsLeft, secondsLeft) != secondsLeft;
     update();
+    if (isChanged) {
+        QAccessibleValueChangeEvent change(this, secondsLeft);
+        QAccessible::updateAccessibility(&change);
+    }
 }
 
 void RingView::setScale(qreal scale)

@@ -23,6 +23,10 @@ public:
     /// The size of everything drawn, relative to its size in a view of 150 x 150.
     void setScale(qreal scale);
 
+    /// The seconds of a whole break, for screen readers; nothing is drawn of it.
+    [[nodiscard]] qint64 length() const { return m_length; }
+    void setLength(qint64 seconds) { m_length = seconds; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
@@ -32,4 +36,5 @@ private:
     qreal m_scale = 1;
     double m_fraction = 1.0;
     qint64 m_secondsLeft = 20;
+    qint64 m_length = 20;
 };

@@ -6,11 +6,10 @@
 
 #include <algorithm>
 
-TextButton::TextButton(const QString &text, const QFont &font, const AppearanceColor &color,
-                       int horizontalPadding)
+TextButton::TextButton(const QString &text, const QFont &font, const AppearanceColor &color, QMargins padding)
     : QPushButton(text)
     , m_color(color)
-    , m_horizontalPadding(horizontalPadding)
+    , m_padding(padding)
 {
     setFont(font);
     setFlat(true);
@@ -21,7 +20,7 @@ TextButton::TextButton(const QString &text, const QFont &font, const AppearanceC
 QSize TextButton::sizeHint() const
 {
     const QFontMetrics metrics(font());
-    return {metrics.horizontalAdvance(text()) + 2 * m_horizontalPadding, metrics.height()};
+    return QSize(metrics.horizontalAdvance(text()), metrics.height()).grownBy(m_padding);
 }
 
 void TextButton::paintEvent(QPaintEvent * /*event*/)
@@ -36,5 +35,5 @@ void TextButton::paintEvent(QPaintEvent * /*event*/)
     shown.setUnderline((underMouse() && color.alpha() == 255) || showsFocus(*this));
     painter.setFont(shown);
     painter.setPen(color);
-    painter.drawText(rect(), Qt::AlignCenter, text());
+    painter.drawText(rect() - m_padding, Qt::AlignCenter, text());
 }

@@ -3,6 +3,7 @@
 
 #include "Palette.h"
 
+#include <QMargins>
 #include <QPushButton>
 
 /// A button that looks like a link: text only, brighter under the pointer, with the pointing-hand cursor.
@@ -11,8 +12,8 @@ class TextButton final : public QPushButton
     Q_OBJECT
 
 public:
-    /// `horizontalPadding` is the clickable space on each side of the text, in device-independent pixels.
-    TextButton(const QString &text, const QFont &font, const AppearanceColor &color, int horizontalPadding);
+    /// `padding` around the text belongs to the button as well.
+    TextButton(const QString &text, const QFont &font, const AppearanceColor &color, QMargins padding);
 
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -21,5 +22,5 @@ protected:
 
 private:
     AppearanceColor m_color;
-    int m_horizontalPadding;
+    QMargins m_padding;
 };

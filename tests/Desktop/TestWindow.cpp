@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// "Another program": a window of one colour with a text field. Prints a line for every key press and click
-// that reaches it, and where it is when it is painted. Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT
-// [full-screen] [take-focus] [unmanaged] [stay-on-top]; unmanaged windows are override-redirect, and one that
-// stays on top raises itself whenever the stack changes and prints a line for that.
+// "Another program": a window of one colour with a text field. Prints a line for every key press, with the
+// server's time in milliseconds, and for every click that reaches it, and where it is when it is painted.
+// Usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [grab-keyboard] [unmanaged]
+// [stay-on-top]; unmanaged windows are override-redirect, and one that stays on top raises itself whenever
+// the stack changes and prints a line for that.
 #include "XcbReply.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ struct Description
     bool takesFocus = false;
     bool isUnmanaged = false;
     bool staysOnTop = false;
+    bool grabsKeyboard = false;
 };
 
 constexpr PixelRectangle textField{20, 20, 180, 28};
@@ -34,6 +36,7 @@ public:
         , m_window(xcb_generate_id(connection))
         , m_paint(xcb_generate_id(connection))
         , m_takesFocus(description.takesFocus)
+        , m_grabsKeyboard(description.grabsKeyboard)
     {
         create(description);
         setProperties(description);
@@ -123,6 +126,8 @@ private:
                 break;
             if (m_takesFocus)
                 xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, m_window, XCB_CURRENT_TIME);
+            if (m_grabsKeyboard)
+                grabKeyboard();
             std::printf("window %u\n", m_window);
             break;
         case XCB_EXPOSE:
@@ -133,11 +138,22 @@ private:
             std::puts("click");
             break;
         case XCB_KEY_PRESS:
-            keyPressed(reinterpret_cast<const xcb_key_press_event_t &>(event).detail);
+            keyPressed(reinterpret_cast<const xcb_key_press_event_t &>(event));
             break;
         default:
             break;
         }
+    }
+
+    void grabKeyboard()
+    {
+        const XcbReply<xcb_grab_keyboard_reply_t> reply(
+            xcb_grab_keyboard_reply(m_connection,
+                                    xcb_grab_keyboard(m_connection, 0, m_window, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS)
+            std::fputs("test-window: the keyboard cannot be grabbed\n", stderr);
     }
 
     void printPlace()
@@ -149,14 +165,14 @@ private:
             std::printf("at %d %d\n", reply->dst_x, reply->dst_y);
     }
 
-    void keyPressed(xcb_keycode_t code)
+    void keyPressed(const xcb_key_press_event_t &event)
     {
         const XcbReply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
-            m_connection, xcb_get_keyboard_mapping(m_connection, code, 1), nullptr));
+            m_connection, xcb_get_keyboard_mapping(m_connection, event.detail, 1), nullptr));
         if (!mapping || xcb_get_keyboard_mapping_keysyms_length(mapping.get()) == 0)
             return;
         const xcb_keysym_t symbol = *xcb_get_keyboard_mapping_keysyms(mapping.get());
-        std::printf("key %x\n", symbol);
+        std::printf("key %x %u\n", symbol, event.time);
         if (symbol >= ' ' && symbol <= '~')
             m_text += static_cast<char>(symbol);
         paintField();
@@ -180,6 +196,7 @@ private:
     xcb_window_t m_window;
     xcb_gcontext_t m_paint;
     bool m_takesFocus;
+    bool m_grabsKeyboard;
     std::string m_text;
 };
 
@@ -196,6 +213,7 @@ Description parseArguments(const std::vector<std::string> &words)
     description.takesFocus = has("take-focus");
     description.isUnmanaged = has("unmanaged");
     description.staysOnTop = has("stay-on-top");
+    description.grabsKeyboard = has("grab-keyboard");
     return description;
 }
 
@@ -204,9 +222,10 @@ Description parseArguments(const std::vector<std::string> &words)
 int main(int argc, char **argv)
 {
     if (argc < 4) {
-        std::fputs("usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [unmanaged] "
-                   "[stay-on-top]\n",
-                   stderr);
+        std::fputs(
+            "usage: test-window TITLE RRGGBB X,Y,WIDTH,HEIGHT [full-screen] [take-focus] [grab-keyboard] "
+            "[unmanaged] [stay-on-top]\n",
+            stderr);
         return 2;
     }
     xcb_connection_t *connection = xcb_connect(nullptr, nullptr);

@@ -18,9 +18,9 @@ from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
-                      keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part, session_part,
-                      shell_part, sound_part, stacking_part, switches_part, tray_part, trouble_part, wayland_break_part,
-                      wayland_change_part)
+                      input_part, keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part,
+                      session_part, shell_part, sound_part, stacking_part, switches_part, tray_part, trouble_part,
+                      wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, table, write_json
@@ -39,9 +39,10 @@ WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed, GnomeBed)}
 def everyday(desk, report):
     """The main scenario for one desktop."""
     report.run(tray_part.tray, desk, report)
-    for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, pace_part.repaints,
-                 pace_part.opening, stacking_part.notification, stacking_part.unmanaged_windows, stacking_part.contest,
-                 pause_part.locked, pause_part.stopped, ending_part.leaving):
+    for part in (shell_part.shell, look_part.cover, keyboard_part.keyboard, keyboard_part.button, input_part.menus,
+                 input_part.first_keys, input_part.rest_of_press, input_part.cancel_command, input_part.foreign_grab,
+                 pace_part.repaints, pace_part.opening, stacking_part.notification, stacking_part.unmanaged_windows,
+                 stacking_part.contest, pause_part.locked, pause_part.stopped, ending_part.leaving):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)
     desk.clean_up(program_runs=False)
@@ -57,9 +58,9 @@ def everyday(desk, report):
 def application(desk, report):
     """The windows, the menus and the desktop integration."""
     desk.tray = Tray(desk.bed)
-    for part in (first_launch_part.answers, first_launch_part.interrupted, first_launch_part.watched,
-                 modes_part.closing, modes_part.switching, switches_part.debug_switches, switches_part.log_switch,
-                 switches_part.break_at_launch, switches_part.command_line, accessibility_part.tree,
+    for part in (first_launch_part.answers, first_launch_part.interrupted, first_launch_part.watched, modes_part.closing,
+                 modes_part.switching, switches_part.debug_switches, switches_part.log_switch, switches_part.break_at_launch,
+                 switches_part.command_line, accessibility_part.tree, accessibility_part.break_aloud,
                  accessibility_part.keyboard_only, accessibility_part.scales, session_part.appearance,
                  session_part.desktop_theme, session_part.global_menu, session_part.launcher, sound_part.chime,
                  diagnostics_part.desktop, diagnostics_part.troubles, trouble_part.starts_at_once, trouble_part.bus_dies,
@@ -101,8 +102,8 @@ BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (manag
 def everyday_on_wayland(desk, report, helpers):
     """The main scenario for a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
-    for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.pointer, wayland_break_part.button,
-                 wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
+    for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.held_escape, wayland_break_part.pointer,
+                 wayland_break_part.button, wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
                  wayland_change_part.mirrored, wayland_change_part.unplugging):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)

@@ -5,7 +5,7 @@
 usage: screen_reader.py COMMAND
   announce          tells the session's programs that a screen reader is active
   tree TITLE        prints the visible controls of the windows with that title as one line of JSON: role, name,
-                    description, text, states, box
+                    description, text, value, states, box
   press NAME        does the first action of the control with that name"""
 
 import json
@@ -62,7 +62,7 @@ def described(control):
     box = control.get_extents(Atspi.CoordType.SCREEN)
     states = [state.value_nick for state in control.get_state_set().get_states()]
     return {"role": role_of(control), "name": control.get_name(), "description": control.get_description(),
-            "text": text_of(control), "states": states, "box": [box.x, box.y, box.width, box.height]}
+            "text": text_of(control), "value": value_of(control), "states": states, "box": [box.x, box.y, box.width, box.height]}
 
 
 def text_of(control):
@@ -71,6 +71,13 @@ def text_of(control):
         return ""
     # In newer versions of the library another method of the same name hides this one.
     return Atspi.Text.get_text(control, 0, Atspi.Text.get_character_count(control))
+
+
+def value_of(control):
+    """The current and the largest value of a progress bar, or None."""
+    if control.get_value_iface() is None:
+        return None
+    return [Atspi.Value.get_current_value(control), Atspi.Value.get_maximum_value(control)]
 
 
 def press(name):

@@ -24,12 +24,14 @@ public:
         panels.push_back(&panel);
     }
 
-    void end() override
+    void end(const EndingPress &press) override
     {
         log.append(QStringLiteral("end"));
+        endingPress = press;
         panels.clear();
     }
 
     QStringList log;
+    EndingPress endingPress;       ///< Of the last break that ended.
     std::vector<QWidget *> panels; ///< Of the current break.
 };

@@ -227,7 +227,7 @@ void AppDelegate::buildFooter(QWidget &root)
                     QFont::Normal, secondaryLabelColor()),
         {pageMargin, 438}, pageRight);
     auto *link = page.add(new TextButton(QStringLiteral(ORVANE_WEBSITE_NAME), systemFont(12, QFont::DemiBold),
-                                         orvaneMauve(), 0),
+                                         orvaneMauve(), QMargins()),
                           u"websiteLink"_s);
     link->setAccessibleDescription(QStringLiteral(ORVANE_WEBSITE_URL));
     connect(link, &QPushButton::clicked, this, &AppDelegate::openOrvaneLabs);

@@ -11,5 +11,5 @@ class FullScreenOverlaySurface final : public OverlaySurface
 public:
     void begin() override {}
     void present(QWidget &panel, QScreen &screen, bool takesKeyboard) override;
-    void end() override {}
+    void end(const EndingPress & /*press*/) override {}
 };

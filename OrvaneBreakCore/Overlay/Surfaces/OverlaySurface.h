@@ -1,7 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QRect>
 #include <QWidget>
+
+#include <cstdint>
+
+/// The press that ends a break. Its rest (repeats of a held key, the second click of a double click) is meant
+/// for no program.
+struct EndingPress
+{
+    std::uint32_t key = 0; ///< The native code of a key that is still down, or 0.
+    QRect clicked;         ///< The control that was clicked, in global coordinates, or empty.
+};
 
 /// How this desktop puts a window over everything else. User-interface thread only.
 class OverlaySurface
@@ -22,6 +33,6 @@ public:
     virtual void present(QWidget &panel, QScreen &screen, bool takesKeyboard) = 0;
 
     /// Called once before the panels are hidden: the keyboard goes back to where it was, unless somebody else
-    /// has it.
-    virtual void end() = 0;
+    /// has it. Where the desktop allows it, the rest of `press` reaches no other program.
+    virtual void end(const EndingPress &press) = 0;
 };

@@ -7,6 +7,7 @@
 #include <QScreen>
 #include <QWindow>
 #include <qpa/qplatformnativeinterface.h>
+#include <qpa/qplatformscreen.h>
 
 #include <private/qhighdpiscaling_p.h>
 
@@ -58,33 +59,37 @@ void WaylandOverlaySurface::present(QWidget &panel, QScreen &screen, bool /*take
                          Qt::BypassWindowManagerHint);
     panel.setScreen(&screen);
     panel.setGeometry(screen.geometry());
-    panel.show();
+    // Creates the wl_surface. Qt 6.10 and later paint it within show(), so the role comes before.
+    panel.winId();
     std::unique_ptr<LayerSurface> surface = cover(panel, screen);
-    if (!surface) {
-        panel.hide();
+    if (!surface)
         return;
-    }
     resize(panel, surface->size());
     surface->setHandlers(
         {[&panel](QSize size) { resize(panel, size); }, [this, &panel] { dropPanel(panel); }});
     m_layers.push_back({&panel, &screen, std::move(surface)});
+    panel.show();
 }
 
-void WaylandOverlaySurface::end()
+/// A Wayland compositor tells the next program only which keys are down, and a program repeats only presses
+/// that it was sent.
+void WaylandOverlaySurface::end(const EndingPress & /*press*/)
 {
     disconnect(m_screenWatch);
     m_layers.clear();
 }
 
-/// Runs before the event loop does: the toolkit's first action on the surface is to attach a buffer, which is
+/// Runs before the panel is shown: the toolkit's first action on the surface is to attach a buffer, which is
 /// a protocol error before the role is configured.
 std::unique_ptr<LayerSurface> WaylandOverlaySurface::cover(QWidget &panel, QScreen &screen) const
 {
+    // While there is no output, the toolkit has a placeholder that must not be asked for one.
+    if (screen.handle()->isPlaceholder())
+        return nullptr;
     QPlatformNativeInterface *native = QGuiApplication::platformNativeInterface();
     auto *surface =
         static_cast<wl_surface *>(native->nativeResourceForWindow("surface", panel.windowHandle()));
     auto *output = static_cast<wl_output *>(native->nativeResourceForScreen("output", &screen));
-    // While there is no output, the toolkit has a placeholder screen without one.
     return surface && output ? m_shell->cover(*surface, *output, m_deadline) : nullptr;
 }
 

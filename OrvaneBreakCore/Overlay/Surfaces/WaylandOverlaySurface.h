@@ -26,7 +26,7 @@ public:
 
     void begin() override;
     void present(QWidget &panel, QScreen &screen, bool takesKeyboard) override;
-    void end() override;
+    void end(const EndingPress &press) override;
 
 private:
     struct Layer

@@ -9,22 +9,27 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-/// The focus is refused until the window is viewable, and a window manager that sees it move may give it back
-/// once.
+/// A window manager that sees the focus move may give it back once.
 constexpr std::chrono::milliseconds focusRetries[] = {0ms, 60ms, 200ms};
 
-/// When a Wayland compositor may have learnt that there is a surface behind the X window with the focus.
-constexpr std::chrono::milliseconds insistences[] = {100ms, 250ms, 500ms, 1000ms};
+/// When a Wayland compositor may know the surface of the X window with the focus.
+constexpr std::chrono::milliseconds refocusDelays[] = {100ms, 250ms, 500ms, 1000ms};
 
 /// How often a break takes the focus back from a program that keeps taking it, before it lets that program
 /// have it.
 constexpr int focusAttempts = 20;
+
+constexpr std::chrono::milliseconds releaseInterval = 10ms;
+
+/// A key that is down for longer is stuck, or its release was lost.
+constexpr std::chrono::milliseconds longestHold = 5s;
 
 } // namespace
 
@@ -32,10 +37,22 @@ X11KeyboardFocus::X11KeyboardFocus(xcb_connection_t *connection)
     : m_connection(connection)
     , m_isInsideWayland(X11Connection::isInsideWayland(connection))
 {
+    m_releaseTimer.setInterval(releaseInterval);
+    m_releaseTimer.callOnTimeout([this] {
+        if (!isDown(m_heldKey) || m_releaseDeadline.hasExpired())
+            letGo();
+    });
+}
+
+X11KeyboardFocus::~X11KeyboardFocus()
+{
+    end(0);
+    letGo();
 }
 
 void X11KeyboardFocus::begin()
 {
+    letGo();
     m_windows.clear();
     m_keyboardWindow = 0;
     m_previousFocus = focusedWindow();
@@ -55,26 +72,54 @@ void X11KeyboardFocus::add(std::uint32_t window)
 void X11KeyboardFocus::hold(std::uint32_t window)
 {
     m_keyboardWindow = window;
+    takeBack();
     for (const auto delay : focusRetries)
         QTimer::singleShot(delay, this, &X11KeyboardFocus::takeBack);
-    for (const auto delay : insistences) {
+    for (const auto delay : refocusDelays) {
         if (m_isInsideWayland)
-            QTimer::singleShot(delay, this, &X11KeyboardFocus::insist);
+            QTimer::singleShot(delay, this, &X11KeyboardFocus::refocus);
     }
 }
 
-void X11KeyboardFocus::end()
+void X11KeyboardFocus::end(std::uint32_t heldKey)
 {
     disconnect(m_focusWatch);
-    if (std::exchange(m_keyboardWindow, 0) != 0 && isOurs(focusedWindow()))
+    const bool hadKeyboard = std::exchange(m_keyboardWindow, 0) != 0;
+    if (hadKeyboard && isDown(heldKey) && isOurs(focusedWindow()))
+        waitForRelease(heldKey);
+    else
+        letGo();
+}
+
+/// The server repeats a held key for whichever window has the focus.
+void X11KeyboardFocus::waitForRelease(std::uint32_t key)
+{
+    m_heldKey = key;
+    if (!m_anchor) {
+        m_keyCatcher = std::make_unique<X11InvisibleWindow>(m_connection, QRect(0, 0, 1, 1));
+        add(m_keyCatcher->id());
+    }
+    setFocus(m_anchor ? static_cast<std::uint32_t>(m_anchor->winId()) : m_keyCatcher->id());
+    m_releaseDeadline.setRemainingTime(longestHold);
+    m_releaseTimer.start();
+}
+
+/// Ends the break's hold of the keyboard. Does nothing the second time.
+void X11KeyboardFocus::letGo()
+{
+    m_releaseTimer.stop();
+    if (!m_windows.empty() && isOurs(focusedWindow()))
         giveBack();
+    m_windows.clear();
+    m_keyCatcher.reset();
     m_anchor.reset();
 }
 
 void X11KeyboardFocus::giveBack()
 {
-    // The compositor's own window, which had the focus for a program that is none of X, does not pass it on.
-    // When a window of the ordinary kind goes while it has the focus, the one before it is next.
+    // While a native Wayland program has the keyboard, the compositor's own X window has the focus, and
+    // giving it back changes nothing. When a managed window with the focus goes, the compositor activates the
+    // window before it.
     if (m_anchor && !isManaged(m_previousFocus))
         setFocus(static_cast<std::uint32_t>(m_anchor->winId()));
     else if (m_previousFocus <= XCB_INPUT_FOCUS_POINTER_ROOT || isViewable(m_previousFocus))
@@ -89,15 +134,15 @@ void X11KeyboardFocus::takeBack()
     if (isOurs(focused) || m_attemptsLeft == 0)
         return;
     --m_attemptsLeft;
-    // Whoever was given the focus meanwhile gets it back at the end.
+    // The window that took the focus gets it back at the end.
     if (focused > XCB_INPUT_FOCUS_POINTER_ROOT)
         m_previousFocus = focused;
     setFocus(m_keyboardWindow);
 }
 
-/// A compositor that was told of the focus before it knew the window's surface has left the keyboard where it
-/// was. It looks again when the focus moves, which it does here between two windows of ours.
-void X11KeyboardFocus::insist()
+/// A compositor that learns of the focus before it knows the window's surface leaves the keyboard where it
+/// is. It looks again when the focus moves, here between two windows of this program.
+void X11KeyboardFocus::refocus()
 {
     if (!m_anchor || m_keyboardWindow == 0 || !isOurs(focusedWindow()))
         return;
@@ -105,7 +150,7 @@ void X11KeyboardFocus::insist()
     setFocus(m_keyboardWindow);
 }
 
-/// A window that the window manager knows, unlike the panels, and that nobody sees.
+/// A window that the window manager manages, unlike the panels, and that nobody sees.
 void X11KeyboardFocus::showAnchor()
 {
     m_anchor = std::make_unique<QWidget>(nullptr, Qt::Tool | Qt::FramelessWindowHint);
@@ -126,6 +171,15 @@ std::uint32_t X11KeyboardFocus::focusedWindow() const
 bool X11KeyboardFocus::isOurs(std::uint32_t window) const
 {
     return std::find(m_windows.begin(), m_windows.end(), window) != m_windows.end();
+}
+
+/// `key` is a key code as in the server's key events.
+bool X11KeyboardFocus::isDown(std::uint32_t key) const
+{
+    const ReplyPointer<xcb_query_keymap_reply_t> reply(
+        xcb_query_keymap_reply(m_connection, xcb_query_keymap(m_connection), nullptr), &std::free);
+    return reply && key != 0 && key / 8 < std::size(reply->keys) &&
+           (reply->keys[key / 8] & (1U << (key % 8))) != 0;
 }
 
 bool X11KeyboardFocus::isViewable(std::uint32_t window) const
@@ -150,7 +204,7 @@ bool X11KeyboardFocus::isManaged(std::uint32_t window) const
 
 void X11KeyboardFocus::setFocus(std::uint32_t window) const
 {
-    // Checked and thrown away: a window that went meanwhile is no reason for the toolkit to print an X error.
+    // Checked so that the toolkit prints no X error about a window that has gone meanwhile.
     const xcb_void_cookie_t cookie =
         xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
     std::free(xcb_request_check(m_connection, cookie));

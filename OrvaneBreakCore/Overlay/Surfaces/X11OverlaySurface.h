@@ -2,12 +2,15 @@
 #pragma once
 
 #include "OverlaySurface.h"
+#include "X11InvisibleWindow.h"
 #include "X11KeyboardFocus.h"
 #include "X11PanelWindows.h"
 
 #include <QImage>
+#include <QTimer>
 
 #include <map>
+#include <memory>
 
 struct xcb_connection_t;
 
@@ -22,13 +25,16 @@ public:
 
     void begin() override;
     void present(QWidget &panel, QScreen &screen, bool takesKeyboard) override;
-    void end() override;
+    void end(const EndingPress &press) override;
 
 private:
     void takeBackdrops();
+    void swallowNextClicks(const QRect &area);
 
     xcb_connection_t *m_connection;
     X11KeyboardFocus m_keyboardFocus;
     X11PanelWindows m_panelWindows;
+    std::unique_ptr<X11InvisibleWindow> m_clickCatcher;
+    QTimer m_clickCatcherTimer;
     std::map<const QScreen *, QImage> m_backdrops; ///< Not yet given to a panel.
 };

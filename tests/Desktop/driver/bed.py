@@ -93,6 +93,10 @@ class Bed(abc.ABC):
         """Presses and releases one key, by its X name: Escape, Return, space."""
 
     @abc.abstractmethod
+    def hold(self, key):
+        """Presses one key, by its X name; returns a function that releases it."""
+
+    @abc.abstractmethod
     def move_pointer(self, x, y):
         """Moves the pointer to a position in the picture."""
 

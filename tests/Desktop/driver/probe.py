@@ -62,8 +62,8 @@ class Probe:
                      lambda words: Damage(*(int(word) for word in words)))
 
     def window(self, title, colour, place, *options):
-        """Opens another program's window: place is x, y, width, height; options "full-screen", "take-focus", "unmanaged"
-        (override-redirect) and "stay-on-top" (raises itself whenever another window comes above it)."""
+        """Opens another program's window: place is x, y, width, height; options "full-screen", "take-focus", "grab-keyboard",
+        "unmanaged" (override-redirect) and "stay-on-top" (raises itself whenever another window comes above it)."""
         return TestWindow(self._bed, self._run("test-window", *describe_window(title, colour, place), *options))
 
     def _run(self, program, *arguments):
@@ -89,3 +89,7 @@ class TestWindow(OtherWindow):
     def keys(self):
         """The key symbols that it received, as hexadecimal numbers."""
         return [symbol for symbol, *_ in self._told("key")]
+
+    def key_times(self):
+        """When the X server sent each key, in its milliseconds, which count up to 2**32."""
+        return [int(moment) for _, moment in self._told("key")]

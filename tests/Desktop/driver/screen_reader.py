@@ -17,11 +17,13 @@ _LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-
 
 @dataclasses.dataclass(frozen=True)
 class Control:
-    """The accessible properties of one control; `box` is left, top, width, height on the screen."""
+    """The accessible properties of one control; `value` is the current and the largest value or None, `box` is left, top,
+    width, height on the screen."""
     role: str
     name: str
     description: str
     text: str
+    value: tuple
     states: frozenset
     box: tuple
 
@@ -47,8 +49,9 @@ class ScreenReader:
 
     def controls(self, title="OrvaneBreak"):
         """The visible controls of all windows with this title, parents before children; empty if there is no window."""
-        return [Control(entry["role"], entry["name"], entry["description"], entry["text"], frozenset(entry["states"]),
-                        tuple(entry["box"])) for entry in json.loads(self._run("tree", title) or "[]")]
+        return [Control(entry["role"], entry["name"], entry["description"], entry["text"],
+                        entry["value"] and tuple(entry["value"]), frozenset(entry["states"]), tuple(entry["box"]))
+                for entry in json.loads(self._run("tree", title) or "[]")]
 
     def control(self, name):
         """Waits for the control with this name."""

@@ -140,6 +140,10 @@ class WaylandBed(SessionBed):
         for code in reversed(codes):
             self._key(code, False)
 
+    def hold(self, key):
+        self._key(_KEYS[key], True)
+        return lambda: self._key(_KEYS[key], False)
+
     def move_pointer(self, x, y):
         self._move(*self.logical_place(x, y))
 

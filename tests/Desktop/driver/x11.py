@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Beds on a virtual X server."""
 
+import contextlib
 import glob
 import os
 import re
@@ -104,8 +105,22 @@ class X11Bed(SessionBed):
     def move_pointer(self, x, y):
         self._call(["xdotool", "mousemove", str(round(x)), str(round(y))])
 
-    def click(self, x, y, button=1):
-        self._call(["xdotool", "mousemove", str(round(x)), str(round(y)), "click", str(button)])
+    def hold(self, key):
+        self._call(["xdotool", "keydown", key])
+        return lambda: self._call(["xdotool", "keyup", key])
+
+    @contextlib.contextmanager
+    def keyboard_layout(self, name):
+        """Changes the keyboard's layout for a while; the bed's own is "us"."""
+        self._call(["setxkbmap", name])
+        try:
+            yield
+        finally:
+            self._call(["setxkbmap", "us"])
+
+    def click(self, x, y, button=1, count=1):
+        self._call(["xdotool", "mousemove", str(round(x)), str(round(y)), "click", "--repeat", str(count), "--delay", "80",
+                    str(button)])
 
     def switch_workspace(self, index):
         if self.window_manager is None:

@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+from driver.orca import Orca
 from driver.waiting import comes_true, wait_until
 
 from .application_desk import BACK, LOGIN_BOX, MENU_BAR_BOX, SETTINGS
-from .desk import REPORT, SWITCH_OFF, SWITCH_ON, UPDATES
+from .desk import BREAK_NOW, REPORT, SWITCH_OFF, SWITCH_ON, UPDATES
 
 _MAIN = {("push button", SWITCH_ON), ("push button", "Messages"), ("push button", SETTINGS), ("menu item", "Édition"),
          ("label", "Rappels désactivés"), ("image", "OrvaneBreak"), ("frame", "OrvaneBreak")}
@@ -14,6 +15,7 @@ _SETTINGS = {("push button", BACK), ("label", SETTINGS), ("label", "Intervalle e
 _MAIN_ORDER = [SWITCH_ON, "Messages", SETTINGS]
 _SETTINGS_ORDER = [BACK, "20 minutes", "20 secondes", "Jouer un son doux au début de la pause",
                    "Installer les mises à jour automatiquement", MENU_BAR_BOX, LOGIN_BOX, UPDATES, REPORT]
+_BREAK, _INSTRUCTION = "Pause de 20\u00a0secondes", "Regarde au loin, à 6 mètres"
 #: Containers need no name.
 _CONTAINERS = ("filler", "menu bar", "separator")
 
@@ -45,6 +47,30 @@ def _has_all(desk, report, page, wanted):
     report.promise(f"every control of the {page} page has its role and name", wanted <= found, wanted - found)
     nameless = [control for control in controls if not control.name and control.role not in _CONTAINERS]
     report.promise("no control is without a name", not nameless, nameless)
+
+
+def break_aloud(desk, report):
+    """A break under a screen reader."""
+    orca = Orca(desk.bed)
+    desk.start_in_menu_bar()
+    desk.tray.click(BREAK_NOW)
+    desk.wait_for_overlays()
+    dialog, *_ = wait_until(lambda: desk.reader.controls(_BREAK), "the break's controls")
+    report.promise("a break is the active window, a dialog that tells its length and how to end it", dialog.role == "dialog"
+                   and "active" in dialog.states and "Échap" in dialog.description, dialog)
+    report.promise("a break's controls tell what they do", {("progress bar", "Secondes restantes"), ("push button", "Passer")}
+                   <= {(control.role, control.name) for control in desk.reader.controls(_BREAK)})
+    report.promise("the ring tells the seconds left", comes_true(lambda: _ring(desk) == (17, 20), 6), _ring(desk))
+    desk.end_break()
+    said = orca.stop()
+    report.promise("Orca announces a break with its length and instruction",
+                   any(_BREAK in sentence and _INSTRUCTION in sentence for sentence in said), said)
+    report.figures["Orca says"] = " / ".join(said)
+    desk.finish()
+
+
+def _ring(desk):
+    return next((control.value for control in desk.reader.controls(_BREAK) if control.role == "progress bar"), None)
 
 
 def keyboard_only(desk, report):

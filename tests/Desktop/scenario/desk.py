@@ -26,6 +26,9 @@ IN_MENU_BAR = {"OBMenuBarMode": True, "OBOnboarded": True}
 #: A position where the pointer hovers over nothing that reacts.
 RESTING_PLACE = (1200, 40)
 
+#: Longer than a keyboard waits before it repeats a key.
+HELD_SECONDS = 1.5
+
 
 class Desk:
     """The program's executable and helpers on a started bed."""

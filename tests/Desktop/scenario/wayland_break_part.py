@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+import time
+
 from driver.tray import Tray
 from driver.waiting import comes_true, stays_true, wait_until
 
-from .desk import RESTING_PLACE
+from .desk import HELD_SECONDS, RESTING_PLACE
 
 _LENGTH = 20
 
@@ -56,6 +58,19 @@ def _has_keyboard_again(desk, report, other, when):
     desk.bed.type("k")
     report.promise(f"typing reaches the other program again {when}",
                    comes_true(lambda: other.keys()[known:] == ["k"], 2), other.keys()[known:])
+
+
+def held_escape(desk, report):
+    """A held Escape."""
+    other = desk.other_window()
+    desk.rest_pointer()
+    desk.begin_break()
+    known, release = len(other.keys()), desk.bed.hold("Escape")
+    report.promise("a held Escape uncovers the screens at once", comes_true(lambda: not desk.overlays(), 1))
+    time.sleep(HELD_SECONDS)
+    release()
+    report.promise("no Escape of a held key reaches another program", len(other.keys()) == known, other.keys()[known:])
+    _has_keyboard_again(desk, report, other, "after a held Escape")
 
 
 def pointer(desk, report):

@@ -8,6 +8,9 @@
 #include "Support/Widgets.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QMenu>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -71,6 +74,52 @@ private Q_SLOTS:
         QVERIFY(!f.controller.isVisible());
         QCOMPARE(f.surface.log.count(u"end"_s), 1);
         QTRY_VERIFY(panel.isNull());
+    }
+
+    void openMenusAndListsCloseFirst()
+    {
+        Fixture f;
+        QMenu menu;
+        QMenu *submenu = menu.addMenu(u"Menu"_s);
+        submenu->addAction(u"Action"_s);
+        menu.popup(QPoint());
+        submenu->popup(QPoint());
+        f.controller.show(20);
+        QVERIFY(!menu.isVisible() && !submenu->isVisible());
+        f.controller.hide();
+
+        QComboBox box;
+        box.addItems({u"10"_s, u"20"_s});
+        box.show();
+        box.showPopup();
+        QVERIFY(QApplication::activePopupWidget());
+        f.controller.show(20);
+        QVERIFY(!QApplication::activePopupWidget());
+        QVERIFY(box.isVisible());
+    }
+
+    void theSurfaceLearnsWhichPressEndedTheBreak()
+    {
+        Fixture f;
+        f.controller.onSkip = [&] { f.controller.hide(); };
+        f.controller.show(20);
+        constexpr quint32 code = 9;
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, code, 0, 0);
+        QCoreApplication::sendEvent(&f.panel(0), &press);
+        QCOMPARE(f.surface.endingPress.key, code);
+        QVERIFY(f.surface.endingPress.clicked.isEmpty());
+
+        f.controller.show(20);
+        const QPushButton *button = f.panel(1).skipButton();
+        const QRect place(button->mapToGlobal(QPoint()), button->size());
+        QTest::mouseClick(f.panel(1).skipButton(), Qt::LeftButton);
+        QCOMPARE(f.surface.endingPress.key, 0U);
+        QCOMPARE(f.surface.endingPress.clicked, place);
+
+        f.controller.show(20);
+        f.controller.hide();
+        QCOMPARE(f.surface.endingPress.key, 0U);
+        QVERIFY(f.surface.endingPress.clicked.isEmpty());
     }
 
     void warmingUpShowsNothing()

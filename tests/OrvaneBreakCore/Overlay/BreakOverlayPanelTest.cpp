@@ -7,6 +7,8 @@
 #include "Support/Widgets.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -91,6 +93,7 @@ private Q_SLOTS:
         QCOMPARE(button->font().pixelSize(), 13);
         QCOMPARE(button->font().weight(), QFont::Medium);
         QCOMPARE(button->focusPolicy(), Qt::NoFocus);
+        QVERIFY(button->width() >= 44 && button->height() >= 24);
     }
 
     void columnIsCentredWithItsGaps()
@@ -98,7 +101,9 @@ private Q_SLOTS:
         Shown shown;
         const QRect title = shown.place<QLabel>(u"title"_s);
         const QRect subtitle = shown.place<QLabel>(u"subtitle"_s);
-        const QRect button = shown.place<QPushButton>(u"skipButton"_s);
+        const QRect target = shown.place<QPushButton>(u"skipButton"_s);
+        const QRect button = target - QMargins(12, 8, 12, 4);
+        QCOMPARE(button.height(), QFontMetrics(shown.panel.skipButton()->font()).height());
         const QRect hint = shown.place<QLabel>(u"hint"_s);
         const QRect ring(shown.panel.ring()->pos(), shown.panel.ring()->size());
         QCOMPARE(ring.size(), QSize(150, 150));
@@ -106,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(ring.y() - (subtitle.y() + subtitle.height()), 28);
         QCOMPARE(button.y() - (ring.y() + ring.height()), 30);
         QCOMPARE(hint.y() - (button.y() + button.height()), 4);
-        for (const QRect &place : {title, subtitle, ring, button, hint})
+        for (const QRect &place : {title, subtitle, ring, target, hint})
             QVERIFY(qAbs(2 * place.x() + place.width() - 1280) <= 1);
         QVERIFY(qAbs(title.y() + hint.y() + hint.height() - 720) <= 1);
     }
@@ -178,10 +183,48 @@ private Q_SLOTS:
         shown.panel.onEscape = [&] { ++calls; };
         QTest::keyClick(&shown.panel, Qt::Key_Escape);
         QCOMPARE(calls, 1);
-        QTest::keyClick(&shown.panel, Qt::Key_Period, Qt::ControlModifier);
-        QCOMPARE(calls, 2);
         shown.panel.cancelOperation();
-        QCOMPARE(calls, 3);
+        QCOMPARE(calls, 2);
+    }
+
+    void cancelCommand_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::addColumn<int>("calls");
+        constexpr Qt::KeyboardModifiers control = Qt::ControlModifier;
+        QTest::newRow("its own key") << int(Qt::Key_Period) << control << 1;
+        QTest::newRow("with Shift") << int(Qt::Key_Period) << (control | Qt::ShiftModifier) << 1;
+        QTest::newRow("keypad") << int(Qt::Key_Period) << (control | Qt::KeypadModifier) << 1;
+        QTest::newRow("with AltGr") << int(Qt::Key_Period) << (control | Qt::GroupSwitchModifier) << 1;
+        QTest::newRow("period alone") << int(Qt::Key_Period) << Qt::KeyboardModifiers() << 0;
+        QTest::newRow("with Alt") << int(Qt::Key_Period) << (control | Qt::AltModifier) << 0;
+        QTest::newRow("with Meta") << int(Qt::Key_Period) << (control | Qt::MetaModifier) << 0;
+        QTest::newRow("comma") << int(Qt::Key_Comma) << control << 0;
+    }
+
+    void cancelCommand()
+    {
+        QFETCH(const int, key);
+        QFETCH(const Qt::KeyboardModifiers, modifiers);
+        QFETCH(const int, calls);
+        Shown shown;
+        int seen = 0;
+        shown.panel.onEscape = [&] { ++seen; };
+        QTest::keyClick(&shown.panel, Qt::Key(key), modifiers);
+        QCOMPARE(seen, calls);
+    }
+
+    void theKeyIsKnownWhileItIsHandled()
+    {
+        Shown shown;
+        quint32 seen = 0;
+        shown.panel.onEscape = [&] { seen = shown.panel.pressedKey(); };
+        constexpr quint32 code = 9;
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, code, 0, 0);
+        QCoreApplication::sendEvent(&shown.panel, &press);
+        QCOMPARE(seen, code);
+        QCOMPARE(shown.panel.pressedKey(), 0U);
     }
 
     void escapeIsSwallowedAndOtherKeysPassOn()

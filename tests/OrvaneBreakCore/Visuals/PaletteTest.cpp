@@ -126,7 +126,8 @@ private Q_SLOTS:
 
     void textButtonBrightensUnderThePointer()
     {
-        TextButton button(u"Passer"_s, systemFont(13, QFont::Medium), QColor::fromRgbF(1, 1, 1, 0.55F), 12);
+        TextButton button(u"Passer"_s, systemFont(13, QFont::Medium), QColor::fromRgbF(1, 1, 1, 0.55F),
+                          {12, 8, 12, 4});
         button.resize(button.sizeHint());
         const auto brightest = [&] {
             const QImage image = painted(button);
@@ -177,9 +178,10 @@ private Q_SLOTS:
     {
         QWidget window;
         QVBoxLayout layout(&window);
-        QWidget *controls[] = {new AccentButton(u"Envoyer"_s, breakTealFixed), new AccentCheckBox(u"Son"_s),
-                               new SymbolButton(u"eye"_s, 16, u"Veille"_s),
-                               new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), labelColor(), 12)};
+        QWidget *controls[] = {
+            new AccentButton(u"Envoyer"_s, breakTealFixed), new AccentCheckBox(u"Son"_s),
+            new SymbolButton(u"eye"_s, 16, u"Veille"_s),
+            new TextButton(u"Passer"_s, systemFont(13, QFont::Medium), labelColor(), {12, 8, 12, 4})};
         for (QWidget *control : controls)
             layout.addWidget(control);
         window.show();

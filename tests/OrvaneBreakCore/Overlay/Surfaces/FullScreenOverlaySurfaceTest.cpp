@@ -29,7 +29,7 @@ private Q_SLOTS:
         QImage black(panel.size(), QImage::Format_ARGB32_Premultiplied);
         black.fill(Qt::black);
         QCOMPARE(painted(panel, Qt::white), black);
-        surface.end();
+        surface.end({});
     }
 };
 
