@@ -176,8 +176,8 @@ bool X11KeyboardFocus::isOurs(std::uint32_t window) const
 /// `key` is a key code as in the server's key events.
 bool X11KeyboardFocus::isDown(std::uint32_t key) const
 {
-    const ReplyPointer<xcb_query_keymap_reply_t> reply(
-        xcb_query_keymap_reply(m_connection, xcb_query_keymap(m_connection), nullptr), &std::free);
+    const XcbReply<xcb_query_keymap_reply_t> reply(
+        xcb_query_keymap_reply(m_connection, xcb_query_keymap(m_connection), nullptr));
     return reply && key != 0 && key / 8 < std::size(reply->keys) &&
            (reply->keys[key / 8] & (1U << (key % 8))) != 0;
 }
