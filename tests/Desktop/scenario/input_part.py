@@ -6,7 +6,6 @@ import time
 from driver.waiting import comes_true, stays_true, wait_until
 
 from .desk import BREAK_NOW, HELD_SECONDS, OPEN, near
-from .pace_part import background_points
 
 _TITLE = "OrvaneBreak"
 #: The first menu of the window's menu bar, from the window's upper left corner.
@@ -41,11 +40,17 @@ def menus(desk, report):
     desk.stop_program()
 
 
+def _background_points(desk):
+    """Points on each screen away from the texts: its edges, and beside them."""
+    return [(output.x + round(output.width * x), output.y + round(output.height * y)) for output in desk.bed.outputs()
+            for x, y in ((0.05, 0.04), (0.5, 0.04), (0.95, 0.04), (0.05, 0.97), (0.5, 0.97), (0.95, 0.97), (0.15, 0.5))]
+
+
 def first_keys(desk, report):
     """Keys while a break opens."""
     other = desk.other_window()
     desk.rest_pointer()
-    points, picture = background_points(desk), desk.settled_picture()
+    points, picture = _background_points(desk), desk.settled_picture()
     for _ in range(3):
         known = len(other.key_times())
         watch = desk.probe.sample(points, 1200, 2)
