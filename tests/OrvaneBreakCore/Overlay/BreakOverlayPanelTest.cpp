@@ -171,6 +171,12 @@ private Q_SLOTS:
             const int shrunk = shown.panel.findChild<QWidget *>(name)->font().pixelSize();
             QVERIFY2(shrunk <= size * factor + 0.1 && shrunk > size * factor - 1.1, qPrintable(name));
         }
+        const QList<QRect> parts = shown.parts();
+        for (const auto &[index, gap] : {std::pair(1, 10), std::pair(2, 28)}) {
+            const int shrunk = parts[index].top() - parts[index - 1].bottom() - 1;
+            QVERIFY2(shrunk <= gap * factor + 0.3 && shrunk > gap * factor - 1.3,
+                     qPrintable(QString::number(shrunk)));
+        }
         shown.panel.resize(1280, 720);
         QCOMPARE(shown.panel.ring()->size(), QSize(150, 150));
         QCOMPARE(shown.panel.findChild<QWidget *>(u"title"_s)->font().pixelSize(), 30);

@@ -2,6 +2,7 @@
 #include "X11Backdrop.h"
 
 #include "BreakOverlayPanel.h"
+#include "ScreenFrame.h"
 #include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
@@ -48,14 +49,15 @@ private Q_SLOTS:
     {
         for (const double ratio : {1.0, 1.3, 1.75, 2.0}) {
             BreakOverlayPanel panel(20);
-            panel.resize(640, 480);
-            const QImage picture = noise(panel.size() * ratio, ratio);
+            const QImage picture = noise(QSize(1280, 1024), ratio);
+            panel.resize(coveringSize(picture.size(), ratio));
             QPalette palette = panel.palette();
             palette.setBrush(QPalette::Window, picture);
             panel.setPalette(palette);
             for (QWidget *part : panel.findChildren<QWidget *>())
                 part->hide();
-            QCOMPARE(painted(panel, Qt::white, ratio).convertToFormat(picture.format()), picture);
+            const QImage shown = painted(panel, Qt::white, ratio).convertToFormat(picture.format());
+            QCOMPARE(shown.copy(QRect(QPoint(), picture.size())), picture);
         }
     }
 };
