@@ -17,7 +17,7 @@ namespace {
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
-constexpr std::chrono::seconds answerTimeout(25);
+constexpr std::chrono::seconds hostAnswerTimeout(25);
 
 /// Nobody tells the colour of the panel: this grey stands out from white, from black and from what lies
 /// between.
@@ -64,7 +64,7 @@ void NotifierTrayItem::lookForHost()
 {
     const QDBusMessage question = BusQuestion::forProperty(watcherService, watcherPath, watcherService,
                                                            u"IsStatusNotifierHostRegistered"_s);
-    BusQuestion::askLater(QDBusConnection::sessionBus(), question, answerTimeout, *this,
+    BusQuestion::askLater(QDBusConnection::sessionBus(), question, hostAnswerTimeout, *this,
                           [this](const QDBusMessage &reply) {
                               if (BusQuestion::valueOf(reply).toBool())
                                   showIcon();
