@@ -17,15 +17,16 @@ OF_PROGRAM = {
     "gcov": "g++", "gcovr": "gcovr", "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "hsetroot": "hsetroot",
     "i3": "i3-wm", "i3-msg": "i3-wm", "i3lock": "i3lock libpam-wrapper",
     "kscreen-doctor": "libkscreen-bin|libkf5screen-bin", "kwin_wayland": "kwin-wayland",
-    "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db", "mmdebstrap": "mmdebstrap",
+    "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db",
+    "mate-screensaver": "mate-screensaver", "mate-screensaver-command": "mate-screensaver", "mmdebstrap": "mmdebstrap",
     "ninja": "ninja-build", "objcopy": "binutils",
     "openbox": "openbox", "openssl": "openssl", "parec": "pulseaudio-utils", "picom": "picom",
     "pkg-config": "pkg-config", "pulseaudio": "pulseaudio", "python3": "python3", "readelf": "binutils",
     "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg", "swaymsg": "sway",
     "systemd-journal-remote": "systemd-journal-remote", "valgrind": "valgrind", "waybar": "waybar",
     "wayland-scanner": "libwayland-bin", "wmctrl": "wmctrl", "xdotool": "xdotool", "xfce4-panel": "xfce4-panel",
-    "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils", "xsecurelock": "xsecurelock libpam-wrapper",
-    "xterm": "xterm",
+    "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils",
+    "xsecurelock": "xsecurelock libpam-wrapper", "xterm": "xterm",
     "xwininfo": "x11-utils", "zstd": "zstd"}
 
 #: Maps each Python module to its package.

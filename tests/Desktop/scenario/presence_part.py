@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Breaks while nobody is there: locked sessions and suspended machines."""
 
-from driver.lock_screen import LockScreen
+from driver.lock_screen import LockScreen, MateScreensaver
 from driver.screen_locker import LOCKERS, ScreenLocker
 from driver.waiting import comes_true, stays_true, wait_until
 
@@ -33,12 +33,11 @@ def _shows_break(desk):
 
 def lock_screen_dies(desk, report, clock):
     """A lock screen on the session bus that dies while it is active."""
-    lock = LockScreen(desk.bed)
     _start_with_reminders(desk, clock)
-    lock.set_locked(True)
+    lock = MateScreensaver(desk.bed)
     desk.tray.click(BREAK_NOW)
     report.promise("no break appears above a lock screen", stays_true(lambda: not desk.overlays(), 1))
-    lock.stop()
+    lock.kill()
     report.promise("a break appears when the lock screen has died during it", _shows_break(desk))
     desk.end_break()
     desk.begin_break()
