@@ -20,7 +20,7 @@ namespace {
 const QString watcherService = u"org.kde.StatusNotifierWatcher"_s;
 const QString watcherPath = u"/StatusNotifierWatcher"_s;
 
-constexpr std::chrono::seconds answerTimeout(25);
+constexpr std::chrono::seconds hostAnswerTimeout(25);
 
 /// The colour of the panel is unknown; this grey is visible on light and dark ones.
 const QColor untinted(0x80, 0x84, 0x88);
@@ -85,7 +85,7 @@ void NotifierTrayItem::lookForHost()
 {
     const QDBusMessage question = BusQuestion::forProperty(watcherService, watcherPath, watcherService,
                                                            u"IsStatusNotifierHostRegistered"_s);
-    BusQuestion::askLater(QDBusConnection::sessionBus(), question, answerTimeout, *this,
+    BusQuestion::askLater(QDBusConnection::sessionBus(), question, hostAnswerTimeout, *this,
                           [this](const QDBusMessage &reply) {
                               if (reply.type() == QDBusMessage::ErrorMessage)
                                   m_embeddingTimer.start();

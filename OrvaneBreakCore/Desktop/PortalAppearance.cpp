@@ -20,7 +20,7 @@ const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
 const QString appearanceNameSpace = u"org.freedesktop.appearance"_s;
 const QString colorScheme = u"color-scheme"_s;
 
-constexpr std::chrono::milliseconds answerTimeout(250);
+constexpr std::chrono::milliseconds schemeAnswerTimeout(250);
 
 PortalAppearance::Scheme schemeOf(const QVariant &value)
 {
@@ -39,7 +39,7 @@ PortalAppearance::Scheme askedFor(const QDBusConnection &bus)
 {
     QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
     question << appearanceNameSpace << colorScheme;
-    return schemeOf(BusQuestion::valueOf(BusQuestion::ask(bus, question, answerTimeout)));
+    return schemeOf(BusQuestion::valueOf(BusQuestion::ask(bus, question, schemeAnswerTimeout)));
 }
 
 } // namespace

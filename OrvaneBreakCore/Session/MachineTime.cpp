@@ -5,7 +5,7 @@
 
 namespace {
 
-std::chrono::nanoseconds read(clockid_t clock)
+std::chrono::nanoseconds timeOf(clockid_t clock)
 {
     timespec time{};
     clock_gettime(clock, &time);
@@ -16,6 +16,6 @@ std::chrono::nanoseconds read(clockid_t clock)
 
 MachineTime MachineTime::now()
 {
-    const std::chrono::nanoseconds awake = read(CLOCK_MONOTONIC);
-    return {awake, read(CLOCK_BOOTTIME) - awake};
+    const std::chrono::nanoseconds awake = timeOf(CLOCK_MONOTONIC);
+    return {awake, timeOf(CLOCK_BOOTTIME) - awake};
 }

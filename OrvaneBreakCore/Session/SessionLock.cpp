@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::chrono::seconds answerTimeout(5);
+constexpr std::chrono::seconds lockAnswerTimeout(5);
 
 struct ScreenSaver
 {
@@ -93,7 +93,7 @@ void SessionLock::askScreenSaver(const QString &service)
             continue;
         BusQuestion::askLater(
             m_sessionBus, BusQuestion::toRunningService(service, saver.path, service, u"GetActive"_s),
-            answerTimeout, *this,
+            lockAnswerTimeout, *this,
             [this, service](const QDBusMessage &reply) { setLocked(service, BusQuestion::valueOf(reply)); });
     }
 }
@@ -108,7 +108,7 @@ void SessionLock::askLogin()
         question << static_cast<uint>(QCoreApplication::applicationPid());
     else
         question << session;
-    BusQuestion::askLater(m_systemBus, question, answerTimeout, *this, [this](const QDBusMessage &reply) {
+    BusQuestion::askLater(m_systemBus, question, lockAnswerTimeout, *this, [this](const QDBusMessage &reply) {
         const QString path = BusQuestion::valueOf(reply).value<QDBusObjectPath>().path();
         if (!path.isEmpty())
             askLoginSession(path);
@@ -126,8 +126,8 @@ void SessionLock::askLoginSession(const QString &path)
                             SLOT(propertiesChanged(QString, QVariantMap)));
     }
     BusQuestion::askLater(
-        m_systemBus, BusQuestion::forProperty(login, path, loginSession, lockedHint), answerTimeout, *this,
-        [this](const QDBusMessage &reply) { setLocked(login, BusQuestion::valueOf(reply)); });
+        m_systemBus, BusQuestion::forProperty(login, path, loginSession, lockedHint), lockAnswerTimeout,
+        *this, [this](const QDBusMessage &reply) { setLocked(login, BusQuestion::valueOf(reply)); });
 }
 
 void SessionLock::activeChanged(bool isActive, const QDBusMessage &signal)

@@ -9,10 +9,10 @@ using namespace std::chrono_literals;
 namespace {
 
 /// The two clocks are not read at the same moment.
-constexpr std::chrono::seconds shortestSleep = 1s;
+constexpr std::chrono::seconds minSleep = 1s;
 
 /// Time awake after which a sleep no longer matters: without input since then the user is away in any case.
-constexpr std::chrono::hours memory = 1h;
+constexpr std::chrono::hours maxSleepAge = 1h;
 
 } // namespace
 
@@ -29,10 +29,10 @@ void SleepAwareUserIdle::noteSleep()
 {
     const MachineTime now = m_clock();
     const std::chrono::nanoseconds length = now.asleep - m_asleep;
-    if (length < shortestSleep)
+    if (length < minSleep)
         return;
     m_asleep = now.asleep;
-    std::erase_if(m_sleeps, [&](const Sleep &sleep) { return now.awake - sleep.resume > memory; });
+    std::erase_if(m_sleeps, [&](const Sleep &sleep) { return now.awake - sleep.resume > maxSleepAge; });
     m_sleeps.push_back({now.awake, length});
 }
 

@@ -15,7 +15,7 @@ from scenario.promises import carry_out
 
 
 def run(arguments, report):
-    packages.require("i3lock", "xsecurelock")
+    packages.require("i3lock", "mate-screensaver", "xsecurelock")
     helpers = arguments.helpers.resolve()
     with X11Bed("openbox", compositor=True) as bed:
         desk = Desk(bed, arguments.program.resolve(), helpers)

@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A bed's lock screen: reports the lock state to the session, but shows nothing."""
+"""Lock screens that report to the session bus of a bed: a stand-in that shows nothing, and MATE's."""
+
+import subprocess
 
 import dbus
 import dbus.lowlevel
+
+from .waiting import wait_until
 
 _SERVICE = "org.freedesktop.ScreenSaver"
 
@@ -23,3 +27,21 @@ class LockScreen:
 
     def stop(self):
         self._bus.close()
+
+
+class MateScreensaver:
+    """Covers the screen from construction to `kill`."""
+
+    def __init__(self, bed):
+        self._bed = bed
+        self._process = bed.run(["mate-screensaver", "--no-daemon"])
+        wait_until(self._is_active, "MATE's lock screen")
+
+    def _is_active(self):
+        self._bed.run(["mate-screensaver-command", "--activate"]).wait()
+        asked = self._bed.run(["mate-screensaver-command", "--query"], stdout=subprocess.PIPE, text=True)
+        return "is active" in asked.communicate()[0]
+
+    def kill(self):
+        self._process.kill()
+        self._process.wait()

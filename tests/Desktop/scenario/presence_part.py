@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Breaks while nobody is there: locked sessions and suspended machines."""
 
-from driver.lock_screen import LockScreen
+from driver.lock_screen import LockScreen, MateScreensaver
 from driver.screen_locker import LOCKERS, ScreenLocker
 from driver.waiting import comes_true, stays_true, wait_until
 
@@ -26,22 +26,22 @@ def _start_with_reminders(desk, clock):
     wait_until(lambda: desk.tray.labels()[0] == SWITCH_OFF, "active reminders")
 
 
-def _is_covered(desk):
-    return len(desk.overlays()) == len(desk.bed.outputs())
+def _shows_break(desk):
+    """Whether a break is on every screen soon, with its title, ring and texts."""
+    return comes_true(lambda: len(desk.overlays()) == len(desk.bed.outputs()) and all(desk.parts()), 3)
 
 
 def lock_screen_dies(desk, report, clock):
     """A lock screen on the session bus that dies while it is active."""
-    lock = LockScreen(desk.bed)
     _start_with_reminders(desk, clock)
-    lock.set_locked(True)
+    lock = MateScreensaver(desk.bed)
     desk.tray.click(BREAK_NOW)
     report.promise("no break appears above a lock screen", stays_true(lambda: not desk.overlays(), 1))
-    lock.stop()
-    report.promise("a break appears when the lock screen has died during it", comes_true(lambda: _is_covered(desk), 2))
+    lock.kill()
+    report.promise("a break appears when the lock screen has died during it", _shows_break(desk))
     desk.end_break()
     desk.begin_break()
-    report.promise("the next break is shown after a lock screen has died", _is_covered(desk))
+    report.promise("the next break is shown after a lock screen has died", _shows_break(desk))
     desk.end_break()
     report.promise("silent when a lock screen dies", not desk.said(), desk.said())
 
@@ -65,7 +65,7 @@ def _check_next_break(desk, report, clock, text):
     clock.set_forward(desk.process, _INTERVAL - _MINUTE)
     is_early = comes_true(desk.overlays, 1)
     clock.set_forward(desk.process, _MINUTE + _TOLERANCE)
-    report.promise(text, not is_early and comes_true(lambda: _is_covered(desk), 2))
+    report.promise(text, not is_early and _shows_break(desk))
     desk.end_break()
 
 
@@ -96,7 +96,7 @@ def _locked_before(desk, report, name):
     desk.tray.click(BREAK_NOW)
     report.promise(f"no break appears above {name}", stays_true(lambda: not desk.overlays(), 1))
     _unlock(desk, report, name, locker)
-    report.promise(f"a break is shown after the unlock of {name} within it", comes_true(lambda: _is_covered(desk), 2))
+    report.promise(f"a break is shown after the unlock of {name} within it", _shows_break(desk))
     desk.end_break()
 
 
@@ -105,7 +105,7 @@ def _locked_during(desk, report, name):
     locker = _lock(desk, name)
     report.promise(f"a break ends when {name} locks the session", comes_true(lambda: not desk.overlays(), 2))
     _unlock(desk, report, name, locker)
-    report.promise(f"a break returns after the unlock of {name} within it", comes_true(lambda: _is_covered(desk), 2))
+    report.promise(f"a break returns after the unlock of {name} within it", _shows_break(desk))
     desk.end_break()
     report.promise(f"Escape ends a break that returned after {name}", not desk.overlays())
 
@@ -131,11 +131,11 @@ def suspended(desk, report, clock):
         desk.bed.click(1000, 40)
         clock.sleep(desk.process, 4 * _MINUTE)
     report.promise("a break that became due during four minutes asleep comes at the resume",
-                   not is_early and comes_true(lambda: _is_covered(desk), 2))
+                   not is_early and _shows_break(desk))
     desk.end_break()
     clock.sleep(desk.process, 6 * _MINUTE)
     desk.bed.click(1000, 40)
     clock.set_forward(desk.process, 4 * _MINUTE + _TOLERANCE)
-    report.promise("a break comes on time for a user who is back after a sleep", comes_true(lambda: _is_covered(desk), 2))
+    report.promise("a break comes on time for a user who is back after a sleep", _shows_break(desk))
     desk.end_break()
     report.promise("silent after a sleep", not desk.said(), desk.said())
