@@ -131,13 +131,24 @@ void X11KeyboardFocus::takeBack()
     if (m_keyboardWindow == 0)
         return;
     const std::uint32_t focused = focusedWindow();
-    if (isOurs(focused) || m_attemptsLeft == 0)
+    if ((isOurs(focused) && !isElsewhereForToolkit()) || m_attemptsLeft == 0)
         return;
     --m_attemptsLeft;
     // The window that took the focus gets it back at the end.
-    if (focused > XCB_INPUT_FOCUS_POINTER_ROOT)
+    if (focused > XCB_INPUT_FOCUS_POINTER_ROOT && !isOurs(focused))
         m_previousFocus = focused;
+    // Otherwise the server reports no change to the toolkit.
+    if (isOurs(focused))
+        setFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
     setFocus(m_keyboardWindow);
+}
+
+/// The toolkit sends keys to the window that it activated last, for example behind a dialog that has closed,
+/// whatever window the server sends them to.
+bool X11KeyboardFocus::isElsewhereForToolkit() const
+{
+    const QWindow *window = QGuiApplication::focusWindow();
+    return window && window->handle() && !isOurs(static_cast<std::uint32_t>(window->winId()));
 }
 
 /// A compositor that learns of the focus before it knows the window's surface leaves the keyboard where it

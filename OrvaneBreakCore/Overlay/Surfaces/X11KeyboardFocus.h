@@ -49,6 +49,7 @@ private:
     void giveBack();
     void letGo();
     [[nodiscard]] std::uint32_t focusedWindow() const;
+    [[nodiscard]] bool isElsewhereForToolkit() const;
     [[nodiscard]] bool isOurs(std::uint32_t window) const;
     [[nodiscard]] bool isDown(std::uint32_t key) const;
     [[nodiscard]] bool isViewable(std::uint32_t window) const;
