@@ -3,6 +3,8 @@ import os
 import signal
 import time
 
+from PIL import Image, ImageChops
+
 from driver.waiting import comes_true, stays_true, wait_until
 
 from .application_desk import TO_DOCK, TO_MENU_BAR
@@ -64,6 +66,14 @@ def interrupted(desk, report):
         desk.finish()
 
 
+def _is_last_or_empty(window, last):
+    """Whether every pixel of a window is as in its last picture or still has the window's background colour."""
+    background = max(last.getcolors(last.width * last.height))[1]
+    to_last, to_background = (ImageChops.difference(window, other).convert("L") for other in
+                              (last, Image.new("RGB", last.size, background)))
+    return ImageChops.darker(to_last, to_background).getextrema()[1] == 0
+
+
 _WATCHED = 3.0  # Seconds from the start of the program.
 
 
@@ -77,11 +87,10 @@ def watched(desk, report):
         seen.append((time.monotonic() - began, desk.bed.picture()))
     desk.wait_for_window()
     last = desk.settled_picture()
-    left, top, right, bottom = desk.bed.window_box(min(desk.windows()))
-    edge, inside = ((left + right) // 2, top - 4), (left + 10, bottom - 10)
-    shown = [(when, picture) for when, picture in seen if picture.getpixel(edge) != before.getpixel(edge)]
+    box = desk.bed.window_box(min(desk.windows()))
+    shown = [(when, picture) for when, picture in seen if picture.crop(box).tobytes() != before.crop(box).tobytes()]
     report.promise("the window has its colour from the moment it is on the screen", shown and all(
-        picture.getpixel(inside) == last.getpixel(inside) for _, picture in shown))
+        _is_last_or_empty(picture.crop(box), last.crop(box)) for _, picture in shown))
     finished = [when for when, picture in shown if picture.tobytes() == last.tobytes()]
     report.promise("nothing changes, moves or flickers once the window is there", finished and all(
         picture.tobytes() == last.tobytes() for when, picture in shown if when > finished[0]))

@@ -4,6 +4,8 @@
 import pathlib
 import subprocess
 
+from PIL import ImageStat
+
 from driver.menu_registrar import MenuRegistrar
 from driver.settings_portal import SettingsPortal
 from driver.waiting import comes_true, stays_true, wait_until
@@ -45,8 +47,9 @@ def appearance(desk, report):
     desk.start_in_dock()
 
     def lightness():
-        box = next(control.box for control in desk.reader.controls() if control.role == "frame")
-        return sum(desk.bed.picture().getpixel((box[0] + 20, box[1] + 120))) / 3
+        left, top, width, height = next(control.box for control in desk.reader.controls() if control.role == "frame")
+        window = desk.bed.picture().crop((left, top, left + width, top + height))
+        return ImageStat.Stat(window.convert("L")).median[0]
     report.promise("dark from the start where the desktop is dark", lightness() < 70, lightness())
     portal.set_scheme("light")
     report.promise("it becomes light with the desktop", comes_true(lambda: lightness() > 200, 3), lightness())
