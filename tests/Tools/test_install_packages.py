@@ -14,11 +14,11 @@ _BASE = ("bash", "awk", "cat", "env", "grep", "mktemp", "rm", "sed", "tail", "tr
 _SYSTEMS = {"Fedora": "ID=fedora\n", "Arch": "ID=arch\n",
             "openSUSE": 'ID="opensuse-tumbleweed"\nID_LIKE="opensuse suse"\n'}
 _TOUR = {
-    "Fedora": "sudo dnf install xorg-x11-server-Xvfb xrandr xprop xwininfo xdotool wmctrl hsetroot openbox picom xfce4-panel "
-              "xfconf xterm dbus-daemon dbus-tools fontconfig python3 python3-pillow",
-    "Arch": "sudo pacman -S --needed xorg-server-xvfb xorg-xrandr xorg-xprop xorg-xwininfo xdotool wmctrl hsetroot openbox "
-            "picom xfce4-panel xfconf xterm dbus fontconfig python python-pillow",
-    "openSUSE": "sudo zypper install xorg-x11-server-Xvfb xrandr xprop xwininfo xdotool wmctrl hsetroot openbox picom "
+    "Fedora": "sudo dnf install xorg-x11-server-Xvfb xrandr xprop xwininfo setxkbmap xdotool wmctrl hsetroot openbox picom "
+              "xfce4-panel xfconf xterm dbus-daemon dbus-tools fontconfig python3 python3-pillow",
+    "Arch": "sudo pacman -S --needed xorg-server-xvfb xorg-xrandr xorg-xprop xorg-xwininfo xorg-setxkbmap xdotool wmctrl hsetroot "
+            "openbox picom xfce4-panel xfconf xterm dbus fontconfig python python-pillow",
+    "openSUSE": "sudo zypper install xorg-x11-server-Xvfb xrandr xprop xwininfo setxkbmap xdotool wmctrl hsetroot openbox picom "
                 "xfce4-panel xfconf xterm dbus-1 fontconfig python3 python3-Pillow"}
 _TOOLS = ("cmake", "ninja", "c++", "pkg-config")
 

@@ -122,7 +122,7 @@ def of_cmake(is_for_tests):
 
 def _libraries(words):
     if "IMPORTED_TARGET" in words:
-        return set(words[words.index("IMPORTED_TARGET") + 1:])
+        return {word.partition(">=")[0] for word in words[words.index("IMPORTED_TARGET") + 1:]}
     if "COMPONENTS" in words:
         return {words[0] + component for component in words[words.index("COMPONENTS") + 1:]}
     return {words[1] if "pkgdatadir" in words else words[0]}

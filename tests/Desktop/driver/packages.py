@@ -15,7 +15,7 @@ OF_PROGRAM = {
     "dbus-monitor": "dbus", "dbus-run-session": "dbus", "dbus-send": "dbus",
     "desktop-file-validate": "desktop-file-utils", "dpkg-shlibdeps": "dpkg-dev", "dunst": "dunst", "dunstctl": "dunst",
     "dunstify": "dunst", "fc-match": "fontconfig", "file": "file", "gcov": "g++", "gcovr": "gcovr",
-    "gdbus": "libglib2.0-bin", "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "hsetroot": "hsetroot",
+    "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "hsetroot": "hsetroot",
     "i3": "i3-wm", "i3-msg": "i3-wm", "i3lock": "i3lock libpam-wrapper", "kscreen-doctor": "libkscreen-bin|libkf5screen-bin",
     "kwin_wayland": "kwin-wayland",
     "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db",
@@ -41,7 +41,8 @@ OF_LIBRARY = {
     "Qt6DBus": "qt6-base-dev", "Qt6Gui": "qt6-base-dev", "Qt6GuiPrivate": "qt6-base-private-dev",
     "Qt6HttpServer": "qt6-httpserver-dev qt6-websockets-dev", "Qt6Network": "qt6-base-dev", "Qt6Svg": "qt6-svg-dev",
     "Qt6Test": "qt6-base-dev", "Qt6Widgets": "qt6-base-dev", "libarchive": "libarchive-dev",
-    "libcanberra": "libcanberra-dev", "libsodium": "libsodium-dev", "libsystemd": "libsystemd-dev",
+    "libcanberra": "libcanberra-dev", "libcurl": "libcurl4-openssl-dev",
+    "libsodium": "libsodium-dev", "libsystemd": "libsystemd-dev",
     "nlohmann_json": "nlohmann-json3-dev", "wayland-client": "libwayland-dev", "wayland-protocols": "wayland-protocols",
     "wayland-server": "libwayland-dev", "xcb": "libxcb1-dev", "xcb-damage": "libxcb-damage0-dev",
     "xcb-screensaver": "libxcb-screensaver0-dev"}

@@ -40,11 +40,11 @@ def clicks(desk, report):
 
 def calls(desk, report):
     """A panel that leaves it to the program to open the menu."""
-    answer = _call(desk, _WATCHER, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", _WATCHER,
-                   "RegisteredStatusNotifierItems")
-    service = answer.split("'")[1].partition("/")[0]
+    answer = _call_method(desk, _WATCHER, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get",
+                          f"string:{_WATCHER}", "string:RegisteredStatusNotifierItems")
+    service = answer.split('"')[1].partition("/")[0]
     for method in ("Activate", "SecondaryActivate", "ContextMenu"):
-        _call(desk, service, "/StatusNotifierItem", f"{_ITEM}.{method}", *map(str, _PLACE))
+        _call_method(desk, service, "/StatusNotifierItem", f"{_ITEM}.{method}", *(f"int32:{part}" for part in _PLACE))
         report.promise(f"{method} opens the menu at the place given",
                        comes_true(lambda: [menu["x"] for menu in _own_menus(desk)] == [_PLACE[0]], 3), _own_menus(desk))
         desk.bed.press("Escape")
@@ -105,7 +105,6 @@ def _own_menus(desk):
     return desk.overlays()
 
 
-def _call(desk, service, path, method, *arguments):
-    return subprocess.run(["gdbus", "call", "--session", "--dest", service, "--object-path", path, "--method", method,
-                           *arguments], env=desk.bed.environment(), stdout=subprocess.PIPE, text=True, check=True,
-                          timeout=10).stdout
+def _call_method(desk, service, path, method, *arguments):
+    return subprocess.run(["dbus-send", "--session", "--print-reply", f"--dest={service}", path, method, *arguments],
+                          env=desk.bed.environment(), stdout=subprocess.PIPE, text=True, check=True, timeout=10).stdout
