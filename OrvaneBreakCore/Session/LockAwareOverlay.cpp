@@ -17,14 +17,14 @@ void LockAwareOverlay::show(int pauseSeconds)
 {
     hide();
     m_pauseSeconds = pauseSeconds;
-    followLock();
+    followLock(pauseSeconds);
 }
 
 void LockAwareOverlay::update(double secondsLeft, double fraction)
 {
     if (!m_pauseSeconds)
         return;
-    followLock();
+    followLock(*m_pauseSeconds);
     if (m_isShown)
         m_overlay->update(secondsLeft, fraction);
 }
@@ -36,14 +36,14 @@ void LockAwareOverlay::hide()
         m_overlay->hide();
 }
 
-void LockAwareOverlay::followLock()
+void LockAwareOverlay::followLock(int pauseSeconds)
 {
     const bool isToBeShown = !m_isLocked();
     if (isToBeShown == m_isShown)
         return;
     m_isShown = isToBeShown;
     if (isToBeShown)
-        m_overlay->show(*m_pauseSeconds);
+        m_overlay->show(pauseSeconds);
     else
         m_overlay->hide();
 }

@@ -20,7 +20,7 @@ public:
     void hide() override;
 
 private:
-    void followLock();
+    void followLock(int pauseSeconds);
 
     std::unique_ptr<BreakOverlay> m_overlay;
     std::function<bool()> m_isLocked;

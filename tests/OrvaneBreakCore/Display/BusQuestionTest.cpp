@@ -69,7 +69,8 @@ class BusQuestionTest : public QObject
         std::optional<QDBusMessage> reply;
         BusQuestion::askLater(bus(), message, limit, m_context,
                               [&reply](const QDBusMessage &given) { reply = given; });
-        return QTest::qWaitFor([&reply] { return reply.has_value(); }) ? *reply : QDBusMessage();
+        (void)QTest::qWaitFor([&reply] { return reply.has_value(); });
+        return reply.value_or(QDBusMessage());
     }
 
 private Q_SLOTS:
