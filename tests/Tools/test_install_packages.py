@@ -86,7 +86,7 @@ class OtherDistributions(System):
 
     def test_unknown_systems(self):
         result = self.install("ID=unheard-of\n", "tour")
-        self.assertIn("On Debian the project needs these packages: xvfb x11-xserver-utils x11-utils xdotool wmctrl",
+        self.assertIn("On Debian the project needs these packages: xvfb x11-xserver-utils x11-utils x11-xkb-utils xdotool wmctrl",
                       result.stdout)
         self.assertEqual((result.returncode, result.stderr),
                          (1, "install-packages: not found: cmake ninja c++ pkg-config\n"))
