@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "JsonPreferences.h"
 
-#include "PreferencesFile.h"
 #include "PrivateFolder.h"
 #include "UserFolders.h"
 
@@ -61,9 +60,11 @@ JsonPreferences::JsonPreferences(const std::filesystem::path &file, std::chrono:
     : m_file(absolutePath(file))
     , m_watch(m_file)
 {
-    if (readPreferences(m_file).state == State::Damaged)
+    static_cast<void>(m_watch.mayHaveChanged());
+    if (load() == State::Damaged) {
         putDamagedAside();
-    refresh();
+        m_isStale = true;
+    }
     m_retry.setInterval(retryInterval);
     m_retry.setTimerType(Qt::VeryCoarseTimer);
     QObject::connect(&m_retry, &QTimer::timeout, &m_retry, [this] { store(); });
@@ -110,12 +111,17 @@ void JsonPreferences::refresh() const
 {
     if (m_watch.mayHaveChanged())
         m_isStale = true;
-    if (!m_isStale)
-        return;
+    if (m_isStale)
+        static_cast<void>(load());
+}
+
+State JsonPreferences::load() const
+{
     const PreferencesContent content = readPreferences(m_file);
     m_isStale = content.state == State::Unreadable;
     if (content.state == State::Values || content.state == State::NoFile)
         m_stored = content.members;
+    return content.state;
 }
 
 void JsonPreferences::store()

@@ -3,7 +3,7 @@
 
 #include "FileWatch.h"
 #include "Preferences.h"
-#include "PreferencesMembers.h"
+#include "PreferencesFile.h"
 
 #include <QMap>
 #include <QTimer>
@@ -44,6 +44,7 @@ public:
 private:
     void putDamagedAside();
     void refresh() const;
+    [[nodiscard]] PreferencesContent::State load() const;
     void store();
     [[nodiscard]] bool write();
 

@@ -7,11 +7,12 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
+
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -57,11 +58,10 @@ private Q_SLOTS:
         QList<bool> told;
         connect(&field, &WritingField::limitChecked, &field,
                 [&told](bool isExceeded) { told.append(isExceeded); });
-        QElapsedTimer timer;
-        timer.start();
+        const std::clock_t start = std::clock();
         paste(field, QString(1'100'000, u'x'));
         QCoreApplication::processEvents();
-        QVERIFY2(timer.elapsed() < 100, QByteArray::number(timer.elapsed()).constData());
+        QVERIFY(std::clock() - start < CLOCKS_PER_SEC / 10);
         QCOMPARE(field.text(), QString());
         QCOMPARE(told, QList<bool>{true});
         paste(field, QString(20'000, u'x'));

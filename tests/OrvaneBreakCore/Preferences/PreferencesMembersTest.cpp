@@ -122,7 +122,7 @@ void PreferencesMembersTest::filesOfEverySize()
     JsonPreferences again(folder.file());
     QCOMPARE(again.array(u"OBMessageHistory"_s)->at(0)[u"body"_s].toString().size(), size);
     again.setValue(key, 2);
-    QCOMPARE(preferences.integer(key), 2);
+    QVERIFY(folder.bytes().endsWith(",\n    \"key\": 2\n}\n"));
     QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 
