@@ -97,7 +97,7 @@ void ServerChannel::markMessageShown()
 void ServerChannel::markMessageShown(const ServerMessage &message)
 {
     m_archive.markShown(message, now());
-    if (m_pendingMessage == message)
+    if (m_pendingMessage && m_pendingMessage->id == message.id)
         m_pendingMessage.reset();
 }
 

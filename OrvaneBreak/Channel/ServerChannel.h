@@ -69,7 +69,8 @@ public:
     /// one.
     void markMessageShown();
 
-    /// The same for `message`, which was pending; one that has replaced it meanwhile stays pending.
+    /// The same for `message`, which was pending. One with another id that has replaced it meanwhile stays
+    /// pending; one with the same id, whose text the makers have edited, does not.
     void markMessageShown(const ServerMessage &message);
 
     /// The conversation, newest first.

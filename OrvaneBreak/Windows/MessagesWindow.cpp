@@ -108,7 +108,7 @@ void ReplyField::keyPressEvent(QKeyEvent *event)
     if (isReturn && !(event->modifiers() & Qt::ShiftModifier) && onReturn)
         onReturn();
     else
-        QPlainTextEdit::keyPressEvent(event);
+        WritingField::keyPressEvent(event);
 }
 
 MessagesWindow::MessagesWindow()
@@ -159,7 +159,7 @@ void MessagesWindow::addReplyField(QWidget &content)
     field->onReturn = [this] { send(); };
 }
 
-void MessagesWindow::addReplyRow(QWidget &content) const
+void MessagesWindow::addReplyRow(QWidget &content)
 {
     auto *button = new AccentButton(u"Envoyer"_s, orvaneMauveFixed);
     button->setParent(&content);
@@ -168,28 +168,38 @@ void MessagesWindow::addReplyRow(QWidget &content) const
     button->move(contentRight - button->width(), windowSize.height() - 14 - button->height());
     connect(button, &QPushButton::clicked, this, &MessagesWindow::send);
 
-    AppearanceLabel *note = makeLabel(u"Ta réponse arrive directement chez Orvane Labs."_s, 11, QFont::Normal,
-                                      tertiaryLabelColor());
+    const QString usual = u"Ta réponse arrive directement chez Orvane Labs."_s;
+    AppearanceLabel *note = makeLabel(usual, 11, QFont::Normal, tertiaryLabelColor());
     note->setParent(&content);
     note->setObjectName(u"replyNote"_s);
     note->setAlignment(Qt::AlignLeft);
     note->adjustSize();
     note->move(margin, windowSize.height() - 20 - note->height());
+    connect(m_replyField, &WritingField::limitChecked, note, [note, usual](bool isExceeded) {
+        note->setText(isExceeded ? WritingField::limitText() : usual);
+        note->adjustSize();
+    });
 }
 
 void MessagesWindow::send() const
 {
-    if (onSend)
+    if (onSend && !m_replyField->isTooLong())
         onSend();
 }
 
 QString MessagesWindow::reply() const
 {
-    return m_replyField ? m_replyField->toPlainText() : QString();
+    return m_replyField ? m_replyField->text() : QString();
 }
 
 void MessagesWindow::clearReply()
 {
     if (m_replyField)
         m_replyField->clear();
+}
+
+void MessagesWindow::restoreReply(const QString &text)
+{
+    if (m_replyField && m_replyField->document()->isEmpty())
+        m_replyField->setPlainText(text);
 }

@@ -2,15 +2,15 @@
 #pragma once
 
 #include "MessageArchive.h"
+#include "WritingField.h"
 
 #include <QMainWindow>
-#include <QPlainTextEdit>
 #include <QPointer>
 
 #include <functional>
 
 /// A text field in which Return sends and Shift+Return inserts a line break.
-class ReplyField final : public QPlainTextEdit
+class ReplyField final : public WritingField
 {
     Q_OBJECT
 
@@ -30,21 +30,24 @@ class MessagesWindow final : public QMainWindow
 public:
     MessagesWindow();
 
-    /// Called for "Envoyer" and for Return in the field.
+    /// Called for "Envoyer" and for Return in the field, unless the reply is too long, which the window says.
     std::function<void()> onSend;
 
     /// Shows `history`, newest first, and an empty reply field with the focus, discarding an unsent reply,
     /// and centres the window on its screen.
     void display(const QList<ArchivedMessage> &history);
 
-    /// The text of the reply field.
+    /// The exact text of the reply field.
     [[nodiscard]] QString reply() const;
 
     void clearReply();
 
+    /// Puts a reply that was not sent back into the field, unless the user has begun another one.
+    void restoreReply(const QString &text);
+
 private:
     void addReplyField(QWidget &content);
-    void addReplyRow(QWidget &content) const;
+    void addReplyRow(QWidget &content);
     void send() const;
 
     QPointer<QWidget> m_content;

@@ -4,7 +4,7 @@
 #include "Alert.h"
 
 class QLineEdit;
-class QPlainTextEdit;
+class WritingField;
 
 /// The form for reporting a problem to the makers. Its result is Accepted only after "Envoyer".
 class ReportForm final : public Alert
@@ -12,7 +12,11 @@ class ReportForm final : public Alert
     Q_OBJECT
 
 public:
-    ReportForm();
+    /// Starts with a report that could not be sent, or empty.
+    explicit ReportForm(const QString &text = {}, const QString &email = {});
+
+    /// Stays open, and says why, if the report is too long.
+    void accept() override;
 
     /// The report without leading and trailing white space.
     [[nodiscard]] QString text() const;
@@ -21,6 +25,6 @@ public:
     [[nodiscard]] QString email() const;
 
 private:
-    QPlainTextEdit *m_text;
+    WritingField *m_text;
     QLineEdit *m_email;
 };

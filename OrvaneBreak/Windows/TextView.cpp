@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TextView.h"
 
+#include <QTextBoundaryFinder>
 #include <QTextDocument>
 #include <QWheelEvent>
 
@@ -8,9 +9,45 @@
 #include <cmath>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qreal fontSize = 13;
+constexpr qsizetype maxShown = 20'000;
+constexpr qsizetype maxWord = 400;
+
+QString beginning(const QString &text)
+{
+    if (text.size() <= maxShown)
+        return text;
+    const qsizetype end = text.at(maxShown).isLowSurrogate() ? maxShown - 1 : maxShown;
+    return text.first(end) + u"\n[…] Ce texte est trop long pour être affiché en entier."_s;
+}
+
+/// `text` with a zero-width space in each word that no line holds: the time for the layout grows with the
+/// square of the number of characters without a place to break the line.
+QString breakable(const QString &text)
+{
+    QString result;
+    QTextBoundaryFinder lines(QTextBoundaryFinder::Line, text);
+    QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, text);
+    qsizetype begin = 0;
+    for (qsizetype end = lines.toNextBoundary(); end >= 0; end = lines.toNextBoundary()) {
+        while (end - begin > maxWord) {
+            characters.setPosition(begin + maxWord);
+            const qsizetype middle =
+                characters.isAtBoundary() ? characters.position() : characters.toPreviousBoundary();
+            const qsizetype next = middle > begin ? middle : begin + maxWord;
+            result += QStringView(text).sliced(begin, next - begin);
+            result += QChar(0x200B);
+            begin = next;
+        }
+        result += QStringView(text).sliced(begin, end - begin);
+        begin = end;
+    }
+    return result;
+}
 
 } // namespace
 
@@ -27,7 +64,7 @@ TextView::TextView(const QString &text, int width, const AppearanceColor &color)
     setFont(systemFont(fontSize, QFont::Normal));
     viewport()->setAutoFillBackground(false);
     document()->setDocumentMargin(0);
-    setPlainText(text);
+    setPlainText(breakable(beginning(text)));
     setFixedSize(width, heightAt(width));
     applyAppearanceColor(*this, QPalette::Text, m_color);
 }

@@ -5,7 +5,8 @@
 
 #include <QTextEdit>
 
-/// A plain text, wrapped at a given width and as high as its content, that can be selected and copied.
+/// A plain text, wrapped at a given width and as high as its content, that can be selected and copied. Of a
+/// text with more than 20,000 characters only the beginning is shown, because the layout takes too long.
 class TextView final : public QTextEdit
 {
     Q_OBJECT

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "JsonPreferences.h"
 
-#include "PreferencesFile.h"
 #include "PrivateFolder.h"
 #include "UserFolders.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <system_error>
+#include <utility>
 
 using State = PreferencesContent::State;
 
@@ -31,26 +32,48 @@ bool isSame(const QJsonValue &first, const QJsonValue &second)
     return first.isUndefined() == second.isUndefined() && json(first) == json(second);
 }
 
-QJsonObject merged(QJsonObject values, const QHash<QString, QJsonValue> &changes)
+struct Merged
 {
+    PreferencesMembers members;
+    QByteArray json;
+    QMap<QString, QJsonValue> heldBack; ///< The changes without which the rest fits.
+};
+
+Merged mergedAsFarAsItFits(const PreferencesMembers &members, const QMap<QString, QJsonValue> &changes)
+{
+    Merged result{members, members.json(), {}};
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
-        if (change->isUndefined())
-            values.remove(change.key());
+        PreferencesMembers candidate = result.members;
+        candidate.set(change.key(), *change);
+        QByteArray json = candidate.json();
+        if (json.size() <= maxPreferencesSize)
+            result = {std::move(candidate), std::move(json), std::move(result.heldBack)};
         else
-            values.insert(change.key(), *change);
+            result.heldBack.insert(change.key(), *change);
     }
-    return values;
+    return result;
 }
 
 } // namespace
 
-JsonPreferences::JsonPreferences(const std::filesystem::path &file)
+JsonPreferences::JsonPreferences(const std::filesystem::path &file, std::chrono::milliseconds retryInterval)
     : m_file(absolutePath(file))
     , m_watch(m_file)
 {
-    if (readPreferences(m_file).state == State::Damaged)
+    static_cast<void>(m_watch.mayHaveChanged());
+    if (load() == State::Damaged) {
         putDamagedAside();
-    refresh();
+        m_isStale = true;
+    }
+    m_retry.setInterval(retryInterval);
+    m_retry.setTimerType(Qt::VeryCoarseTimer);
+    QObject::connect(&m_retry, &QTimer::timeout, &m_retry, [this] { store(); });
+}
+
+JsonPreferences::~JsonPreferences()
+{
+    if (!m_unwritten.isEmpty())
+        static_cast<void>(write());
 }
 
 std::filesystem::path JsonPreferences::defaultFile()
@@ -73,7 +96,7 @@ void JsonPreferences::setValue(const QString &key, const QJsonValue &value)
         return;
     }
     m_unwritten.insert(key, value);
-    write();
+    store();
 }
 
 void JsonPreferences::putDamagedAside()
@@ -88,33 +111,46 @@ void JsonPreferences::refresh() const
 {
     if (m_watch.mayHaveChanged())
         m_isStale = true;
-    if (!m_isStale)
-        return;
+    if (m_isStale)
+        static_cast<void>(load());
+}
+
+State JsonPreferences::load() const
+{
     const PreferencesContent content = readPreferences(m_file);
     m_isStale = content.state == State::Unreadable;
     if (content.state == State::Values || content.state == State::NoFile)
-        m_stored = content.values;
+        m_stored = content.members;
+    return content.state;
 }
 
-void JsonPreferences::write()
+void JsonPreferences::store()
+{
+    if (write())
+        m_retry.stop();
+    else if (!m_retry.isActive())
+        m_retry.start();
+}
+
+bool JsonPreferences::write()
 {
     createPrivateFolder(m_file.parent_path());
     if (m_watch.follow())
         m_isStale = true;
     PreferencesFile file(m_file);
-    const PreferencesContent content = file.read();
+    const PreferencesContent content = file.read(m_stored);
     if (content.state == State::Unreadable)
-        return;
+        return false;
     const bool isDamaged = content.state == State::Damaged;
-    const QByteArray bytes =
-        QJsonDocument(merged(isDamaged ? m_stored : content.values, m_unwritten)).toJson();
-    // A file that cannot be read back would count as damaged.
-    const PreferencesContent written = parsePreferences(bytes);
-    if (written.state != State::Values)
-        return;
-    if (!file.replace(bytes, isDamaged ? PreferencesFile::Old::PutAside : PreferencesFile::Old::Dropped))
-        return;
-    m_stored = written.values;
-    m_unwritten.clear();
+    const bool isTorn = isDamaged || content.state == State::Empty;
+    const Merged merged = mergedAsFarAsItFits(isTorn ? m_stored : content.members, m_unwritten);
+    if (merged.heldBack.size() == m_unwritten.size())
+        return true;
+    if (!file.replace(merged.json,
+                      isDamaged ? PreferencesFile::Old::PutAside : PreferencesFile::Old::Dropped))
+        return false;
+    m_stored = merged.members;
+    m_unwritten = merged.heldBack;
     m_isStale = m_watch.mayHaveChanged(file.temporaryName());
+    return true;
 }

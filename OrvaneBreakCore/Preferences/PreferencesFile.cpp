@@ -3,10 +3,10 @@
 
 #include "FileCalls.h"
 #include "FileWatch.h"
+#include "MessageFilter.h"
 #include "PrivateFolder.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 #include <QRandomGenerator>
 
 #include <fcntl.h>
@@ -22,6 +22,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -29,7 +30,6 @@ using State = PreferencesContent::State;
 
 namespace {
 
-constexpr qsizetype maxSize = 1'048'576;
 constexpr auto lockTimeout = 500ms;
 constexpr auto lockRetryInterval = 500us;
 constexpr int maxAsideNames = 9'999;
@@ -41,7 +41,7 @@ std::optional<QByteArray> readBytes(int file)
     // Piece by piece, because one read would need a buffer for the largest file even for the smallest.
     QByteArray bytes;
     std::array<char, 16'384> piece = {};
-    while (bytes.size() <= maxSize) {
+    while (bytes.size() <= maxPreferencesSize) {
         const ssize_t length = uninterrupted([&] { return read(file, piece.data(), piece.size()); });
         if (length < 0)
             return std::nullopt;
@@ -58,7 +58,7 @@ PreferencesContent contentAfterError()
     return {errno == ENOENT || errno == ENOTDIR ? State::NoFile : State::Unreadable, {}};
 }
 
-PreferencesContent readAt(int folder, const char *name)
+PreferencesContent readAt(int folder, const char *name, const PreferencesMembers &known)
 {
     // Opening a device can have side effects.
     struct stat status = {};
@@ -73,7 +73,7 @@ PreferencesContent readAt(int folder, const char *name)
     if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return {};
     const std::optional<QByteArray> bytes = readBytes(file.get());
-    return bytes ? parsePreferences(*bytes) : PreferencesContent{};
+    return bytes ? parsePreferences(*bytes, known) : PreferencesContent{};
 }
 
 bool lockFolder(int folder)
@@ -111,14 +111,20 @@ bool isTemporaryName(std::string_view candidate, const std::string &name)
 
 /// Calls `take` with one name after another until it succeeds or fails with an error other than EEXIST.
 template <typename Take>
-bool takeAsideName(const std::filesystem::path &name, Take take)
+bool takeAsideName(const std::filesystem::path &file, Take take)
 {
+    const std::filesystem::path name = file.filename();
     const QString date = QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd'T'HHmmss'Z'"_s);
     const std::string base = name.stem().string() + ".damaged-" + date.toStdString();
     for (int number = 1; number <= maxAsideNames; ++number) {
         const std::string suffix = number > 1 ? "-" + std::to_string(number) : std::string();
-        if (take((base + suffix + name.extension().string()).c_str()) == 0)
+        const std::string aside = base + suffix + name.extension().string();
+        if (take(aside.c_str()) == 0) {
+            const std::string path = (file.parent_path() / aside).string();
+            qCInfo(orvaneLog).noquote()
+                << u"OrvaneBreak: préférences: fichier illisible mis de côté sous"_s << path.c_str();
             return true;
+        }
         if (errno != EEXIST)
             return false;
     }
@@ -127,21 +133,23 @@ bool takeAsideName(const std::filesystem::path &name, Take take)
 
 } // namespace
 
-PreferencesContent parsePreferences(const QByteArray &json)
+PreferencesContent parsePreferences(const QByteArray &json, const PreferencesMembers &known)
 {
     if (json.isEmpty())
-        return {State::NoFile, {}};
-    if (json.size() > maxSize)
+        return {State::Empty, {}};
+    if (json == known.json())
+        return {State::Values, known};
+    std::optional<PreferencesMembers> members;
+    if (json.size() <= maxPreferencesSize)
+        members = PreferencesMembers::parse(json);
+    if (!members)
         return {State::Damaged, {}};
-    const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.isObject())
-        return {State::Damaged, {}};
-    return {State::Values, document.object()};
+    return {State::Values, *std::move(members)};
 }
 
 PreferencesContent readPreferences(const std::filesystem::path &file)
 {
-    return readAt(AT_FDCWD, file.c_str());
+    return readAt(AT_FDCWD, file.c_str(), {});
 }
 
 PreferencesFile::PreferencesFile(const std::filesystem::path &file)
@@ -153,21 +161,21 @@ PreferencesFile::PreferencesFile(const std::filesystem::path &file)
     m_isLocked = m_folder.isOpen() && lockFolder(m_folder.get());
 }
 
-PreferencesContent PreferencesFile::read() const
+PreferencesContent PreferencesFile::read(const PreferencesMembers &known) const
 {
-    return m_folder.isOpen() ? readAt(m_folder.get(), m_name.c_str()) : PreferencesContent{};
+    return m_folder.isOpen() ? readAt(m_folder.get(), m_name.c_str(), known) : PreferencesContent{};
 }
 
 bool PreferencesFile::moveAside()
 {
-    return takeAsideName(m_name, [this](const char *aside) {
+    return takeAsideName(m_folderPath / m_name, [this](const char *aside) {
         return renameat2(m_folder.get(), m_name.c_str(), m_folder.get(), aside, RENAME_NOREPLACE);
     });
 }
 
 bool PreferencesFile::linkAside()
 {
-    return takeAsideName(m_name, [this](const char *aside) {
+    return takeAsideName(m_folderPath / m_name, [this](const char *aside) {
         return linkat(m_folder.get(), m_name.c_str(), m_folder.get(), aside, 0);
     });
 }

@@ -2,34 +2,39 @@
 #pragma once
 
 #include "FileDescriptor.h"
+#include "PreferencesMembers.h"
 
 #include <QByteArray>
-#include <QJsonObject>
 
 #include <filesystem>
 #include <string>
+
+/// The largest file in bytes. A conversation of 50 messages as long as any answer of the server leaves room.
+inline constexpr qsizetype maxPreferencesSize = 67'108'864;
 
 /// The result of reading the preferences file.
 struct PreferencesContent
 {
     enum class State
     {
-        /// One JSON object: `values`.
+        /// One JSON object: `members`.
         Values,
-        /// No file, or an empty one.
         NoFile,
-        /// Not one JSON object, or larger than a mebibyte.
+        /// Not a single byte, as while another program writes the file anew.
+        Empty,
+        /// Not one JSON object, or larger than `maxPreferencesSize`.
         Damaged,
         /// Not a regular file, no permission, or a disk error: the content is unknown.
         Unreadable,
     };
 
     State state = State::Unreadable;
-    QJsonObject values;
+    PreferencesMembers members;
 };
 
-/// Parses the bytes of a preferences file; never Unreadable.
-[[nodiscard]] PreferencesContent parsePreferences(const QByteArray &json);
+/// Parses the bytes of a preferences file; never Unreadable. A text that is the one of `known` is not parsed.
+[[nodiscard]] PreferencesContent parsePreferences(const QByteArray &json,
+                                                  const PreferencesMembers &known = {});
 
 /// Reads `file`. Never blocks, whatever kind of file it is.
 [[nodiscard]] PreferencesContent readPreferences(const std::filesystem::path &file);
@@ -48,10 +53,11 @@ public:
 
     explicit PreferencesFile(const std::filesystem::path &file);
 
-    [[nodiscard]] PreferencesContent read() const;
+    /// Reads the file like `readPreferences()`, parsed like `parsePreferences()`.
+    [[nodiscard]] PreferencesContent read(const PreferencesMembers &known = {}) const;
 
     /// Renames the file to "<name>.damaged-<UTC date and time>.json", with a number appended if that name is
-    /// taken. Returns false on failure.
+    /// taken, and logs the new name. Returns false on failure.
     bool moveAside();
 
     /// Replaces the file with one that has the content `json` and the mode 0600: at any moment, even after a

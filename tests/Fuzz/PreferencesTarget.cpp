@@ -7,8 +7,6 @@
 #include "Target.h"
 #include "UpdaterSettings.h"
 
-#include <QJsonDocument>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -51,24 +49,16 @@ void checkUpdaterSettings(Preferences &preferences)
             "the date of a feed is valid");
 }
 
-/// `values` after a round trip through a file, which loses lone surrogates and a byte order mark at the
-/// beginning of a text.
-QJsonObject asWritten(const QJsonObject &values)
-{
-    return QJsonDocument::fromJson(QJsonDocument(values).toJson()).object();
-}
-
 /// A change by the program keeps all other values, and a damaged file as a whole.
 void checkChange(const ScratchFolder &folder, JsonPreferences &preferences, const QByteArray &bytes)
 {
     const PreferencesContent content = parsePreferences(bytes);
     preferences.setValue(intervalKey, chosenInterval);
     require(BreakSettings::intervalMinutes(preferences) == chosenInterval, "a change is in force");
-    QJsonObject expected = content.values;
-    expected.insert(intervalKey, chosenInterval);
+    PreferencesMembers expected = content.members;
+    expected.set(intervalKey, chosenInterval);
     const PreferencesContent written = readPreferences(folder.file());
-    require(written.state == State::Values && written.values == asWritten(expected),
-            "a change keeps the rest");
+    require(written.state == State::Values && written.members == expected, "a change keeps the rest");
 
     const QStringList aside = folder.asideNames();
     require(aside.size() == (content.state == State::Damaged ? 1 : 0), "a damaged file is set aside");

@@ -125,10 +125,11 @@ public:
     void showMessages();
 
     /// Sends the text in the reply field of the messages window and adds it to the conversation; does nothing
-    /// if it is only white space. The user is told only of a failure.
+    /// if it is only white space. The user is told only of a failure, and gets the text back into the field.
     void sendReply();
 
-    /// Opens the form for reporting a problem, and then tells the user whether the report was sent.
+    /// Opens the form for reporting a problem, and then tells the user whether the report was sent. After a
+    /// failure the next form starts with the same report.
     void reportProblemPressed();
 
     /// Asks the makers' server for a message and shows it if no break is showing, no other dialog is open and
@@ -190,6 +191,11 @@ private:
     SymbolButton *m_messagesButton = nullptr;
     BadgeImageView *m_messagesBadge = nullptr;
     QAction *m_appMessagesItem = nullptr;
+    struct
+    {
+        QString text;
+        QString email;
+    } m_unsentReport;
     bool m_shownActive = false; ///< Whether the status menu shows reminders as on.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;

@@ -94,29 +94,34 @@ void AppDelegate::sendReply()
     m_messagesWindow->clearReply();
     m_channel.archiveOwn(text);
     showMessages();
-    m_channel.reportProblem(text, QString(), [self = QPointer(this)](bool isAccepted) {
-        if (self && !isAccepted)
-            self->showAlert(
-                u"replyFailed"_s, u"Envoi impossible"_s,
-                u"Ta réponse n'a pas pu partir (réseau ?). Elle reste affichée ici, réessaie plus tard "
-                "ou écris à "_s +
-                    QStringLiteral(ORVANE_SUPPORT_EMAIL) + u'.');
+    m_channel.reportProblem(text, QString(), [self = QPointer(this), text](bool isAccepted) {
+        if (!self || isAccepted)
+            return;
+        self->m_messagesWindow->restoreReply(text);
+        self->showAlert(
+            u"replyFailed"_s, u"Envoi impossible"_s,
+            u"Ta réponse n'a pas pu partir (réseau ?). Elle reste affichée ici, réessaie plus tard "
+            "ou écris à "_s +
+                QStringLiteral(ORVANE_SUPPORT_EMAIL) + u'.');
     });
 }
 
 void AppDelegate::reportProblemPressed()
 {
-    auto form = std::make_unique<ReportForm>();
+    auto form = std::make_unique<ReportForm>(m_unsentReport.text, m_unsentReport.email);
     const ReportForm *filled = form.get();
     m_alerts.add(std::move(form), [this, filled](int result) {
-        if (result == QDialog::Accepted && !filled->text().isEmpty())
+        if (filled->text().isEmpty())
+            m_unsentReport = {};
+        else if (result == QDialog::Accepted)
             sendReport(filled->text(), filled->email());
     });
 }
 
 void AppDelegate::sendReport(const QString &text, const QString &email)
 {
-    m_channel.reportProblem(text, email, [self = QPointer(this)](bool isAccepted) {
+    m_unsentReport = {};
+    m_channel.reportProblem(text, email, [self = QPointer(this), text, email](bool isAccepted) {
         if (!self)
             return;
         if (isAccepted) {
@@ -124,6 +129,7 @@ void AppDelegate::sendReport(const QString &text, const QString &email)
                             u"Ton signalement est bien parti. La réponse arrivera dans l'app."_s);
             return;
         }
+        self->m_unsentReport = {text, email};
         self->showAlert(u"reportFailed"_s, u"Envoi impossible"_s,
                         u"Impossible d'envoyer pour le moment (réseau ?). Réessaie plus tard ou écris à "_s +
                             QStringLiteral(ORVANE_SUPPORT_EMAIL) + u'.');

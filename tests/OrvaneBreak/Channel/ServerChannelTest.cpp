@@ -202,6 +202,18 @@ private Q_SLOTS:
         QCOMPARE(f.channel.messageHistory().constFirst().id, 7);
     }
 
+    static void aMessageEditedWhileItIsShownIsNotPendingAgain()
+    {
+        Fixture f;
+        f.checkIn(7, u"Bonjour"_s);
+        const ServerMessage shown = *f.channel.pendingMessage();
+        f.checkIn(7, u"Bonsoir"_s);
+        f.channel.markMessageShown(shown);
+        QVERIFY(!f.channel.pendingMessage());
+        QCOMPARE(f.channel.messageHistory().size(), 1);
+        QCOMPARE(f.channel.messageHistory().constFirst().body, u"Bonjour"_s);
+    }
+
     static void theRequestOfAReport()
     {
         Fixture f;

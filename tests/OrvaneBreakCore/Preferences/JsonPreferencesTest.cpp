@@ -111,7 +111,7 @@ void JsonPreferencesTest::theFileIsReadable()
     JsonPreferences preferences(folder.file());
     preferences.setValue(u"OBSoundEnabled"_s, true);
     preferences.setValue(u"OBIntervalMinutes"_s, 30);
-    QCOMPARE(folder.bytes(), "{\n    \"OBIntervalMinutes\": 30,\n    \"OBSoundEnabled\": true\n}\n"_ba);
+    QCOMPARE(folder.bytes(), "{\n    \"OBSoundEnabled\": true,\n    \"OBIntervalMinutes\": 30\n}\n"_ba);
     QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 

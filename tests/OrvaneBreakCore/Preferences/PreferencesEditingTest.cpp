@@ -38,6 +38,7 @@ private Q_SLOTS:
     void aNewFolderIsSeenAtOnce();
     void aDeletedFileHoldsNoValues();
     void aDeletedFolderHoldsNoValues();
+    void anEmptiedFileKeepsWhatWasKnown();
     void aFolderThatComesBackIsWatched();
     void aFolderMovedWithItsParentIsNoticedAtTheNextChange();
     void aParentReplacedByAFileIsNoticedAtTheNextChange();
@@ -113,6 +114,18 @@ void PreferencesEditingTest::aDeletedFolderHoldsNoValues()
     QVERIFY(preferences.value(key).isUndefined());
     preferences.setValue(key, 2);
     QCOMPARE(JsonPreferences(file).integer(key), 2);
+}
+
+void PreferencesEditingTest::anEmptiedFileKeepsWhatWasKnown()
+{
+    const ScratchFolder folder;
+    folder.write(R"({"theirs": 1.0, "key": 1})");
+    JsonPreferences preferences(folder.file());
+    folder.write("");
+    QCOMPARE(preferences.integer(key), 1);
+    preferences.setValue(u"other"_s, 2);
+    QCOMPARE(folder.bytes(), "{\n    \"theirs\": 1.0,\n    \"key\": 1,\n    \"other\": 2\n}\n"_ba);
+    QCOMPARE(folder.names(), QStringList{u"preferences.json"_s});
 }
 
 void PreferencesEditingTest::aFolderThatComesBackIsWatched()

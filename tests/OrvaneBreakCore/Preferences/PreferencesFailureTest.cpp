@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 #include <fcntl.h>
@@ -13,9 +14,12 @@
 #include <sys/resource.h>
 #include <sys/sysmacros.h>
 
+#include <chrono>
 #include <csignal>
+#include <optional>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -73,7 +77,8 @@ private Q_SLOTS:
     void aFullDiskLeavesTheOldFile();
     void failingDisk_data();
     void failingDisk();
-    void aTooLargeValueIsNotWritten();
+    void valuesAreWrittenOnceTheyCanBe_data();
+    void valuesAreWrittenOnceTheyCanBe();
     void abandonedTemporaryFilesAreRemoved();
     void theWaitForALockedFolderIsShort();
 };
@@ -244,16 +249,29 @@ void PreferencesFailureTest::failingDisk()
     QCOMPARE(status, withoutFailure);
 }
 
-void PreferencesFailureTest::aTooLargeValueIsNotWritten()
+void PreferencesFailureTest::valuesAreWrittenOnceTheyCanBe_data()
 {
+    QTest::addColumn<bool>("isAtTheEnd");
+    QTest::newRow("while the program runs") << false;
+    QTest::newRow("when the program ends") << true;
+}
+
+void PreferencesFailureTest::valuesAreWrittenOnceTheyCanBe()
+{
+    QFETCH(const bool, isAtTheEnd);
     const ScratchFolder folder;
-    JsonPreferences preferences(folder.file());
-    preferences.setValue(key, 1);
-    preferences.setValue(u"large"_s, QString(2'000'000, u'x'));
-    QCOMPARE(preferences.text(u"large"_s)->size(), 2'000'000);
-    QCOMPARE(folder.bytes(), "{\n    \"key\": 1\n}\n"_ba);
-    preferences.setValue(u"large"_s, u"small"_s);
-    QCOMPARE(JsonPreferences(folder.file()).text(u"large"_s), u"small"_s);
+    ScratchFolder::writeTo(folder.path("config"), "a file");
+    const std::filesystem::path file = folder.path("config") / "preferences.json";
+    std::optional<JsonPreferences> preferences(std::in_place, file, isAtTheEnd ? 1h : 20ms);
+    preferences->setValue(key, 1);
+    QTest::qWait(50);
+    std::filesystem::remove(folder.path("config"));
+    if (isAtTheEnd)
+        preferences.reset();
+    QTRY_COMPARE(ScratchFolder::bytesOf(file), "{\n    \"key\": 1\n}\n"_ba);
+    const ino_t inode = ScratchFolder::status(file).st_ino;
+    QTest::qWait(50);
+    QCOMPARE(ScratchFolder::status(file).st_ino, inode);
 }
 
 void PreferencesFailureTest::abandonedTemporaryFilesAreRemoved()

@@ -296,6 +296,7 @@ private Q_SLOTS:
                  "ici, réessaie plus tard ou écris à support@orvanebreak.invalid."_s);
         f.press(u"alertDefault"_s);
         QCOMPARE(f.channel.messageHistory().size(), 1);
+        QCOMPARE(f.inMessages<QPlainTextEdit>(u"replyField"_s)->toPlainText(), u"Merci"_s);
     }
 
     void answersAfterTheEndAreIgnored()

@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -62,6 +64,30 @@ private Q_SLOTS:
                  u"Envoi impossible / Impossible d'envoyer pour le moment (réseau ?). Réessaie plus "
                  "tard ou écris à support@orvanebreak.invalid."_s);
         f.press(u"alertDefault"_s);
+    }
+
+    void aReportThatCouldNotBeSentIsInTheNextForm()
+    {
+        Launched f;
+        f.http.requests.clear();
+        const auto openForm = [&f] {
+            f.delegate.reportProblemPressed();
+            return std::pair(f.dialog()->findChild<QPlainTextEdit *>(), f.dialog()->findChild<QLineEdit *>());
+        };
+        const auto [text, email] = openForm();
+        text->setPlainText(u"Ça ne va pas"_s);
+        email->setText(u"moi@exemple.ch"_s);
+        f.press(u"alertDefault"_s);
+        f.answerReport(false);
+        f.press(u"alertDefault"_s);
+        const auto [again, emailAgain] = openForm();
+        QCOMPARE(again->toPlainText(), u"Ça ne va pas"_s);
+        QCOMPARE(emailAgain->text(), u"moi@exemple.ch"_s);
+        f.press(u"alertDefault"_s);
+        f.answerReport(true);
+        f.press(u"alertDefault"_s);
+        QCOMPARE(openForm().first->toPlainText(), QString());
+        f.press(u"alertCancel"_s);
     }
 
     void anEmptyOrCancelledReportSendsNothing()
