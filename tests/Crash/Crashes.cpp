@@ -44,6 +44,14 @@ void (*volatile nowhere)() = nullptr;
     calls = 1;
 }
 
+/// Calls an address in the program that is not code.
+void callData()
+{
+    static char data[16];
+    nowhere = reinterpret_cast<void (*)()>(data);
+    callNowhere();
+}
+
 [[gnu::noinline]] int recurse(int depth)
 {
     const int before = calls;
@@ -124,6 +132,7 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"thread overflow", [] { inThread([] { recurseForEver(0); }); }},
     {"deep", [] { recurse(deepCalls); }},
     {"nowhere", callNowhere},
+    {"data", callData},
     {"bad free", freeWhatIsNotAllocated},
     {"corrupt heap", corruptHeap},
     {"throw exception", [] { throwText("the disk is tired"); }},

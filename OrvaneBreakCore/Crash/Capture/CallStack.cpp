@@ -47,6 +47,15 @@ Module moduleOf(std::uintptr_t address)
     return {isFound ? found.dlfo_link_map : nullptr};
 }
 
+/// Whether a call led to `address`, where there is no code: it is outside any module, or the processor could
+/// not read it as code.
+bool isWithoutCode(std::uintptr_t address, const siginfo_t &information)
+{
+    const bool isFault = information.si_signo == SIGSEGV && information.si_code > 0;
+    return !moduleOf(address).map ||
+           (isFault && std::bit_cast<std::uintptr_t>(information.si_addr) == address);
+}
+
 template <typename Function>
 const link_map *moduleOfFunction(Function *function)
 {
@@ -98,16 +107,20 @@ void CallStack::captureHere()
     _Unwind_Backtrace(&Collector::collect, &collector);
 }
 
-void CallStack::captureInterrupted(const ucontext_t &context)
+void CallStack::captureInterrupted(ucontext_t &context, const siginfo_t &information)
 {
     m_count = 0;
-    const InterruptedThread thread(context);
+    const mcontext_t registers = context.uc_mcontext;
+    InterruptedThread thread(context);
     append(thread.programCounter());
-    // The unwinder cannot continue from an address outside any module, but the return address is known.
-    if (!moduleOf(thread.programCounter()).map)
-        append(thread.returnAddressOfCall() - 1);
+    // The unwinder cannot continue from a place without code, but it can from the call that led there.
+    if (isWithoutCode(thread.programCounter(), information)) {
+        thread.returnToCaller();
+        append(thread.programCounter());
+    }
     Collector collector{*this, thread.programCounter()};
     _Unwind_Backtrace(&Collector::collect, &collector);
+    context.uc_mcontext = registers;
 }
 
 void CallStack::dropThrowing()

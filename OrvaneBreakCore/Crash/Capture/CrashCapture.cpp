@@ -124,11 +124,11 @@ int takeTurn(int number)
     return ++capture->attempts;
 }
 
-void handleSignal(int number, siginfo_t * /*information*/, void *context)
+void handleSignal(int number, siginfo_t *information, void *context)
 {
     const int attempt = takeTurn(number);
     if (!capture->isWritten && attempt == 1) {
-        capture->stack.captureInterrupted(*static_cast<const ucontext_t *>(context));
+        capture->stack.captureInterrupted(*static_cast<ucontext_t *>(context), *information);
         capture->persistSignal(number);
     } else if (!capture->isWritten && attempt == 2) {
         // The stack is so damaged that unwinding it crashed, but the frames up to there are known.
