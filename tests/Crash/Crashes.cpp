@@ -4,7 +4,9 @@
 #include "SignalStack.h"
 
 #include <malloc.h>
-#include <sys/mman.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -113,6 +115,27 @@ void crashTwice()
     other.join();
 }
 
+/// Ends a child process with the signal `number` by running `work` in it. With CLONE_VM and CLONE_VFORK it
+/// uses the memory of this process, as after vfork().
+void crashInChild(int flags, int (*work)(void *), int number)
+{
+    alignas(16) static char stack[256 * 1024];
+    const pid_t child = clone(work, stack + sizeof stack, flags | SIGCHLD, nullptr);
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || !WIFSIGNALED(status) || WTERMSIG(status) != number)
+        std::_Exit(3);
+}
+
+int raiseSegmentationFault(void * /*unused*/)
+{
+    return std::raise(SIGSEGV);
+}
+
+int terminateProcess(void * /*unused*/)
+{
+    std::terminate();
+}
+
 void throwText(const char *text)
 {
     throw std::runtime_error(text);
@@ -145,6 +168,13 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"terminate", [] { std::terminate(); }},
     {"two threads", crashTwice},
     {"damaged stack", damageStack},
+    {"child", [] { crashInChild(0, raiseSegmentationFault, SIGSEGV); }},
+    {"terminate in child", [] { crashInChild(0, terminateProcess, SIGABRT); }},
+    {"after a child in the same memory",
+     [] {
+         crashInChild(CLONE_VM | CLONE_VFORK, raiseSegmentationFault, SIGSEGV);
+         std::raise(SIGFPE);
+     }},
 };
 
 } // namespace

@@ -102,6 +102,7 @@ class Crashes(unittest.TestCase):
         self.check("bad free", signal.SIGABRT, "Signal 6")
         self.check("corrupt heap", signal.SIGABRT, "Signal 6")
         self.check("nowhere", signal.SIGSEGV, "Signal 11")
+        self.check("after a child in the same memory", signal.SIGFPE, "Signal 8")
 
     def test_exceptions_across_the_event_loop(self):
         self.check("throw exception", signal.SIGABRT, "Exception: std::runtime_error : the disk is tired")

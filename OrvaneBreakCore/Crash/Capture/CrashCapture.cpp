@@ -33,6 +33,7 @@ struct Capture
         : report(file)
         , home(QDir::homePath().toStdString())
         , login(qgetenv("USER").toStdString())
+        , process(getpid())
     {
     }
 
@@ -64,6 +65,7 @@ struct Capture
     CrashText stackText;
     std::string home;
     std::string login;
+    pid_t process;                          ///< The process that installed the handlers.
     std::atomic<pid_t> reportingThread = 0; ///< The thread that reports; 0 before any crash.
     std::atomic<int> fatalSignal = 0;       ///< The signal that ends the process.
     std::atomic<int> attempts = 0;          ///< How often that thread has called takeTurn().
@@ -71,6 +73,13 @@ struct Capture
 };
 
 Capture *capture = nullptr;
+
+/// Whether this is not a child that has yet to start its program: its crash is not one of this program, and
+/// after vfork() the memory here is its parent's. The C library may remember the process id of the parent.
+bool isOwnProcess()
+{
+    return syscall(SYS_getpid) == capture->process;
+}
 
 pid_t currentThread()
 {
@@ -126,6 +135,10 @@ int takeTurn(int number)
 
 void handleSignal(int number, siginfo_t *information, void *context)
 {
+    if (!isOwnProcess()) {
+        endWithSignal(number);
+        return;
+    }
     const int attempt = takeTurn(number);
     if (!capture->isWritten && attempt == 1) {
         capture->stack.captureInterrupted(*static_cast<ucontext_t *>(context), *information);
@@ -139,9 +152,11 @@ void handleSignal(int number, siginfo_t *information, void *context)
 
 [[noreturn]] void handleTerminate()
 {
-    takeTurn(SIGABRT);
-    capture->persistException();
-    capture->isWritten = true;
+    if (isOwnProcess()) {
+        takeTurn(SIGABRT);
+        capture->persistException();
+        capture->isWritten = true;
+    }
     std::abort();
 }
 

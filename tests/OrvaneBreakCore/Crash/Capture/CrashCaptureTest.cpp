@@ -122,6 +122,7 @@ private Q_SLOTS:
             << SIGABRT << u"Exception: std::runtime_error : elsewhere"_s << QString();
         QTest::newRow("rethrow") << SIGABRT << u"Exception: std::runtime_error : twice"_s << u"rethrow"_s;
         QTest::newRow("terminate") << SIGABRT << u"Exception: terminate : "_s << u"crash"_s;
+        QTest::newRow("after a child in the same memory") << SIGFPE << u"Signal 8"_s << u"crash"_s;
     }
 
     void crashesAreReported()
