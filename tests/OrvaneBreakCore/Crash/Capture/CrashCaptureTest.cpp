@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "ReportFile.h"
 #include "Support/ScratchFolder.h"
 #include "Support/TestProgram.h"
 
@@ -6,7 +7,9 @@
 #include <QProcess>
 #include <QTest>
 
+#include <chrono>
 #include <csignal>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +25,7 @@ struct Crash
     QByteArray text;
     QString message;
     QStringList stack;
+    std::optional<std::chrono::nanoseconds> lifetime;
 
     [[nodiscard]] bool names(const char *function) const
     {
@@ -54,6 +58,7 @@ public:
         Crash crash;
         // After a crash QProcess returns the number of the signal as the exit code.
         crash.signal = process.exitStatus() == QProcess::CrashExit ? process.exitCode() : 0;
+        crash.lifetime = ReportFile::lifetime(report());
         crash.text = ScratchFolder::bytesOf(report());
         const QStringList pieces = QString::fromUtf8(crash.text).split(u"\n---\n"_s);
         crash.message = pieces.first();
@@ -137,6 +142,33 @@ private Q_SLOTS:
         QVERIFY2(crash.stack.join(u'\n').contains(function), crash.text.constData());
         QVERIFY(crash.stack.size() <= maxLines);
         QVERIFY(!crash.text.endsWith('\n'));
+        QVERIFY(crash.text.isValidUtf8());
+    }
+
+    void aLongReasonIsCut()
+    {
+        const CrashPlace place;
+        const Crash crash = place.run(u"throw much"_s);
+        QCOMPARE(crash.message.size(), 64 * 1024);
+        QVERIFY(crash.names("crashRKNSt7"));
+    }
+
+    void aCrashOfAChildIsNotReported()
+    {
+        for (const char *kind : {"child", "terminate in child"}) {
+            const CrashPlace place;
+            const Crash crash = place.run(QString::fromLatin1(kind));
+            QCOMPARE(crash.signal, 0);
+            QCOMPARE(crash.text, QByteArray());
+        }
+    }
+
+    void theReportSaysHowLongTheProcessRan()
+    {
+        const CrashPlace place;
+        QVERIFY(!ReportFile::lifetime(place.report()));
+        const Crash crash = place.run(u"throw int"_s);
+        QVERIFY(crash.lifetime && *crash.lifetime < std::chrono::seconds(5));
     }
 
     void theStackOfAnExceptionBeginsWhereItWasThrown()
@@ -204,6 +236,13 @@ private Q_SLOTS:
         const Crash crash = place.run(u"signal 8"_s, u"no-descriptors"_s);
         QCOMPARE(crash.signal, SIGFPE);
         QCOMPARE(crash.message, u"Signal 8"_s);
+    }
+
+    void aFolderThatDisappearedIsCreatedAgain()
+    {
+        const CrashPlace place;
+        QCOMPARE(place.run(u"signal 11"_s, u"no-folder"_s).message, u"Signal 11"_s);
+        QCOMPARE(ScratchFolder::status(place.report().parent_path()).st_mode & 07777U, 0700U);
     }
 
     void withoutItsFolderOnlyTheReportIsLost()
