@@ -163,6 +163,8 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"throw int", [] { throw 42; }},
     {"throw without reason", [] { throw Silent(); }},
     {"throw private", [] { throwText((std::string(std::getenv("HOME")) + "/notes\n---\nof anna").c_str()); }},
+    {"throw Latin-1", [] { throwText("no file caf\xe9"); }},
+    {"throw much", [] { throw std::string(std::size_t{2} * 1024 * 1024, 'x'); }},
     {"throw in thread", [] { inThread([] { throwText("elsewhere"); }); }},
     {"rethrow", rethrow},
     {"terminate", [] { std::terminate(); }},

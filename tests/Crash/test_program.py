@@ -8,6 +8,8 @@ import json
 import os
 import pathlib
 import re
+import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -24,6 +26,10 @@ PROGRAM = MAKERS_SERVER = CRASHER = None
 SIGNALS = [signal.SIGABRT, signal.SIGSEGV, signal.SIGILL, signal.SIGBUS, signal.SIGFPE, signal.SIGTRAP]
 STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
 FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
+
+
+def without_core_dump():
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
 class User:
@@ -108,6 +114,7 @@ class Crashes(unittest.TestCase):
         self.check("throw exception", signal.SIGABRT, "Exception: std::runtime_error : the disk is tired")
         self.check("throw string", signal.SIGABRT, f"Exception: {STRING} : a text")
         self.check("throw int", signal.SIGABRT, "Exception: int : ")
+        self.check("throw Latin-1", signal.SIGABRT, "Exception: std::runtime_error : no file caf\ufffd")
         self.check("throw in thread", signal.SIGABRT, "Exception: std::runtime_error : elsewhere")
 
     def test_inside_a_break(self):
@@ -115,11 +122,21 @@ class Crashes(unittest.TestCase):
         self.check("throw int", signal.SIGABRT, "Exception: int : ", window="BreakOverlayPanel",
                    ORVANE_DEBUG_BREAK="1")
 
-    def test_of_two_crashes_the_second_is_sent(self):
-        self.user.crash("signal 11")
-        self.user.crash("signal 8")
+    def test_at_every_start(self):
+        numbers = [signal.SIGSEGV, signal.SIGFPE, signal.SIGABRT]
+        for sent, number in enumerate(numbers):
+            self.assertEqual(self.user.crash(f"signal {int(number)}"), -number)
+            self.assertEqual(len(self.user.reports()), sent)
+        self.user.start_and_stop(len(numbers))
+        self.assertEqual([report["message"] for report in self.user.reports()], [f"Signal {int(number)}" for number in numbers])
+
+    def test_without_the_folder_that_it_created(self):
+        with subprocess.Popen([PROGRAM], env=self.user.environment, preexec_fn=without_core_dump) as process:
+            wait_until(lambda: self.user.server.received("check-in"), "the check-in")
+            shutil.rmtree(self.user.home / "data")
+            process.send_signal(signal.SIGSEGV)
+        self.assertEqual(process.returncode, -signal.SIGSEGV)
         self.user.start_and_stop(1)
-        self.assertEqual([report["message"] for report in self.user.reports()], ["Signal 8"])
 
     def test_reports_of_the_system_are_sent_once(self):
         folder = self.user.home / "state/OrvaneBreak/Logs/DiagnosticReports"

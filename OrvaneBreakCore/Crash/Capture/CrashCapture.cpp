@@ -54,8 +54,9 @@ struct Capture
         const ExceptionText exception = ExceptionText::ofCurrentException();
         stackText.clear();
         stack.appendTo(stackText, maxReportFrames, symbols);
-        report.write("Exception: " + exception.name + " : " + withoutUser(exception.reason, home, login),
-                     stackText.view());
+        report.write(
+            validText("Exception: " + exception.name + " : " + withoutUser(exception.reason, home, login)),
+            stackText.view());
     }
 
     ReportFile report;

@@ -123,6 +123,8 @@ private Q_SLOTS:
             << SIGABRT << u"Exception: (anonymous namespace)::Silent : "_s << u"crash"_s;
         QTest::newRow("throw private")
             << SIGABRT << u"Exception: std::runtime_error : ~/notes --- of ~"_s << u"throwText"_s;
+        QTest::newRow("throw Latin-1")
+            << SIGABRT << u"Exception: std::runtime_error : no file caf\uFFFD"_s << u"throwText"_s;
         QTest::newRow("throw in thread")
             << SIGABRT << u"Exception: std::runtime_error : elsewhere"_s << QString();
         QTest::newRow("rethrow") << SIGABRT << u"Exception: std::runtime_error : twice"_s << u"rethrow"_s;

@@ -63,6 +63,18 @@ private Q_SLOTS:
 
     void noUserLeavesTheTextAlone() { QCOMPARE(withoutUser("a /b", "/", ""), std::string("a /b")); }
 
+    void textsAreValid()
+    {
+        QCOMPARE(validText("Zo\xc3\xab"), std::string("Zo\xc3\xab"));
+        QCOMPARE(validText("Zo\xeb \xff"), std::string("Zo\xef\xbf\xbd \xef\xbf\xbd"));
+        std::string accents = "x";
+        while (accents.size() < 100'000)
+            accents += "\xc3\xab";
+        const QByteArray cut = QByteArray::fromStdString(validText(accents));
+        QVERIFY(cut.isValidUtf8());
+        QVERIFY(cut.size() > 65'000 && cut.size() < 66'000);
+    }
+
     void addressesOutsideTheProgramHaveNoName()
     {
         const ProgramSymbols symbols;
