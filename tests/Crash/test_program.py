@@ -161,8 +161,15 @@ class SourceLines(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             report = pathlib.Path(folder, "OrvaneBreak", "pending-crash.txt")
             subprocess.run([CRASHER, report, "bad free"], stderr=subprocess.DEVNULL, timeout=20, check=False)
-            lines = subprocess.run([TESTS.parent / "tools" / "where-it-crashed", CRASHER, report], timeout=60,
-                                   stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
+            tool = TESTS.parent / "tools" / "where-it-crashed"
+            lines = subprocess.run([tool, report, PROGRAM, CRASHER], timeout=60, stdout=subprocess.PIPE, text=True,
+                                   check=True).stdout.splitlines()
+            other = pathlib.Path(folder, "orvanebreak")
+            other.symlink_to(PROGRAM)
+            for files in ([PROGRAM], [other, CRASHER]):
+                refused = subprocess.run([tool, report, *files], timeout=60, stdout=subprocess.PIPE,
+                                         stderr=subprocess.PIPE, text=True, check=False)
+                self.assertEqual((refused.returncode, refused.stdout), (1, ""), files)
         self.assertEqual(lines[:2], ["Signal 6", "---"])
         frame = next(line for line in lines if "freeWhatIsNotAllocated()" in line)
         self.assertRegex(frame, r"^\d+ orvanebreak 0x[0-9a-f]+ .*/tests/Crash/Crashes\.cpp:\d+$")

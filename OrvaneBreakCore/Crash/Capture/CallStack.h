@@ -31,8 +31,9 @@ public:
     /// of the C++ runtime.
     void dropThrowing();
 
-    /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, address in
-    /// the module's file and, for a function of the program, name and offset.
+    /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, "@" and the
+    /// beginning of its build's id, address in the module's file and, for a function of the program, name and
+    /// offset.
     void appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const;
 
 private:

@@ -198,7 +198,7 @@ private Q_SLOTS:
         const QStringList stack = place.run(u"deep"_s).stack;
         QCOMPARE(stack.size(), maxLines);
         static const QRegularExpression form(
-            uR"(^(\d+) (orvanebreak|\S+\.so\S*) 0x[0-9a-f]+( \S+ \+ \d+)?$)"_s);
+            uR"(^(\d+) (orvanebreak|\S+\.so\S*)@[0-9a-f]{8} 0x[0-9a-f]+( \S+ \+ \d+)?$)"_s);
         for (qsizetype index = 0; index < stack.size(); ++index) {
             const QRegularExpressionMatch line = form.match(stack.at(index));
             QVERIFY2(line.hasMatch(), qPrintable(stack.at(index)));

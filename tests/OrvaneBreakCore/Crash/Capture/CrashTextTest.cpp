@@ -7,6 +7,7 @@
 
 #include <QTest>
 
+#include <array>
 #include <string>
 
 class CrashTextTest : public QObject
@@ -20,6 +21,9 @@ private Q_SLOTS:
         text.append("a ").appendDecimal(0).append(" ").appendDecimal(18'446'744'073'709'551'615U);
         text.append(" ").appendHexadecimal(0).append(" ").appendHexadecimal(0xfedcba9876543210U);
         QCOMPARE(text.view(), std::string_view("a 0 18446744073709551615 0x0 0xfedcba9876543210"));
+        text.clear();
+        text.appendBytes(std::array<unsigned char, 3>{0, 10, 255});
+        QCOMPARE(text.view(), std::string_view("000aff"));
         text.clear();
         QCOMPARE(text.view(), std::string_view());
     }
