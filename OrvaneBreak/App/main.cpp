@@ -131,15 +131,16 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const std::unique_ptr<WindowPresence> presence = makeWindowPresence();
     AlertQueue alerts(engine, *presence);
     OnDemandHttp http;
+    CrashUpload crashUpload({http, preferences, bundle, SystemVersion::current(),
+                             ServerChannel::builtInConfiguration().serverBase},
+                            CrashUpload::Places::standard());
+    const SharedInstance<CrashUpload> sharedCrashUpload(crashUpload);
+    crashUpload.sendEarlyCrash();
     UpdaterParts updater(runLoop, http, alerts, bundle, preferencesFile.parent_path(),
                          &AppDelegate::openOrvaneLabs);
     ServerChannel channel({http, preferences, runLoop, bundle, SystemVersion::current()},
                           ServerChannel::builtInConfiguration());
     const SharedInstance<ServerChannel> sharedChannel(channel);
-    CrashUpload crashUpload({http, preferences, bundle, SystemVersion::current(),
-                             ServerChannel::builtInConfiguration().serverBase},
-                            CrashUpload::Places::standard());
-    const SharedInstance<CrashUpload> sharedCrashUpload(crashUpload);
     CoreDumpExport coreDumpExport(runLoop, CoreDumpExport::ownCoreDumps(),
                                   crashUpload.places().systemReports);
     const auto installCrashReporter = [&] {

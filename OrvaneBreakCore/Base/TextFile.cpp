@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-std::optional<QString> readText(const std::filesystem::path &path, qint64 maxSize)
+std::optional<FileText> readText(const std::filesystem::path &path, qint64 maxSize)
 {
     // Without O_NONBLOCK, opening a FIFO waits for a writer.
     const FileDescriptor descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
@@ -22,13 +22,14 @@ std::optional<QString> readText(const std::filesystem::path &path, qint64 maxSiz
     if (!file.open(descriptor.get(), QIODevice::ReadOnly))
         return std::nullopt;
     // Allocates for the file's size, because `maxSize` is far larger than most files.
-    const QByteArray bytes = file.read(std::min(maxSize, qint64{status.st_size}) + 1);
-    if (bytes.size() > maxSize || file.error() != QFileDevice::NoError)
+    const QByteArray bytes = file.read(std::min(maxSize, qint64{status.st_size}));
+    if (file.error() != QFileDevice::NoError)
         return std::nullopt;
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
-    QString text = decoder.decode(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-    return text;
+    QStringConverter::Flags flags = QStringConverter::Flag::ConvertInitialBom;
+    // With a state, the decoder waits for the rest of an incomplete last character, which does not come.
+    if (status.st_size <= maxSize)
+        flags |= QStringConverter::Flag::Stateless;
+    QStringDecoder decoder(QStringDecoder::Utf8, flags);
+    const QString text = decoder.decode(bytes);
+    return FileText{text, !decoder.hasError()};
 }

@@ -6,6 +6,13 @@
 #include <filesystem>
 #include <optional>
 
-/// The text of the file at `path`; absent when it is not a regular file, cannot be read, is larger than
-/// `maxSize` bytes or is not UTF-8. Never waits for another program.
-[[nodiscard]] std::optional<QString> readText(const std::filesystem::path &path, qint64 maxSize);
+/// The beginning of a text file.
+struct FileText
+{
+    QString text;       ///< Invalid bytes are replaced by U+FFFD.
+    bool isUtf8 = true; ///< There were no invalid bytes.
+};
+
+/// The first `maxSize` bytes of the file at `path`, without a character cut in two; absent when it is not a
+/// regular file or cannot be read. Never waits for another program.
+[[nodiscard]] std::optional<FileText> readText(const std::filesystem::path &path, qint64 maxSize);

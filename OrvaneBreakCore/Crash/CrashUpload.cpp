@@ -2,13 +2,17 @@
 #include "CrashUpload.h"
 
 #include "Bundle.h"
+#include "FileCalls.h"
 #include "Http.h"
 #include "Preferences.h"
+#include "PrivateFolder.h"
+#include "ReportFile.h"
 #include "SharedInstance.h"
 #include "SystemReports.h"
 #include "TextFile.h"
 #include "UserFolders.h"
 
+#include <QEventLoop>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -26,8 +30,26 @@ const QString separator = u"\n---\n"_s;
 
 constexpr std::chrono::seconds sendTimeout = 8s;
 
+/// A process that runs longer has sent what the one before it left.
+constexpr std::chrono::seconds earlyCrash = 10s;
+
 /// In bytes; thirty lines take a few kilobytes.
 constexpr qint64 maxPendingReportSize = qint64{1024} * 1024;
+
+/// Deletes the report, or empties it, so that no later process sends it, not even after a power failure.
+bool discard(const std::filesystem::path &report)
+{
+    std::error_code error;
+    std::filesystem::remove(report, error);
+    if (error) {
+        std::filesystem::resize_file(report, 0, error);
+        return !error;
+    }
+    const FileDescriptor folder = openFolder(report.parent_path());
+    if (folder.isOpen())
+        syncToDisk(folder.get());
+    return true;
+}
 
 } // namespace
 
@@ -49,7 +71,7 @@ CrashUpload &CrashUpload::shared()
     return SharedInstance<CrashUpload>::get();
 }
 
-void CrashUpload::send(const QString &kind, const QString &message, const QString &stack)
+QByteArray CrashUpload::body(const QString &kind, const QString &message, const QString &stack) const
 {
     const QJsonObject body{{u"d"_s, m_services.preferences.text(deviceIdKey).value_or(u"?"_s)},
                            {u"kind"_s, kind},
@@ -57,19 +79,43 @@ void CrashUpload::send(const QString &kind, const QString &message, const QStrin
                            {u"stack"_s, stack},
                            {u"v"_s, m_services.bundle.shortVersion()},
                            {u"os"_s, m_services.systemVersion.clientText()}};
-    m_services.http.post(m_endpoint, QJsonDocument(body).toJson(QJsonDocument::Compact), sendTimeout, *this,
+    return QJsonDocument(body).toJson(QJsonDocument::Compact);
+}
+
+void CrashUpload::send(const QString &kind, const QString &message, const QString &stack)
+{
+    m_services.http.post(m_endpoint, body(kind, message, stack), sendTimeout, *this,
                          [](const std::optional<HttpAnswer> &) {});
+}
+
+/// Discards the report of the previous process and returns the request with it, if it may be sent.
+std::optional<QByteArray> CrashUpload::takePendingCrash() const
+{
+    const std::optional<FileText> report = readText(m_places.pendingReport, maxPendingReportSize);
+    if (!report || !discard(m_places.pendingReport) || report->text.isEmpty())
+        return std::nullopt;
+    const QStringList pieces = report->text.split(separator);
+    return body(u"crash"_s, pieces.first(), pieces.value(1));
 }
 
 void CrashUpload::sendPendingCrash()
 {
-    const std::optional<QString> text = readText(m_places.pendingReport, maxPendingReportSize);
-    if (!text)
+    if (const std::optional<QByteArray> body = takePendingCrash())
+        m_services.http.post(m_endpoint, *body, sendTimeout, *this, [](const std::optional<HttpAnswer> &) {});
+}
+
+void CrashUpload::sendEarlyCrash()
+{
+    const auto lifetime = ReportFile::lifetime(m_places.pendingReport);
+    if (!lifetime || *lifetime >= earlyCrash)
         return;
-    std::error_code ignored;
-    std::filesystem::remove(m_places.pendingReport, ignored);
-    const QStringList pieces = text->split(separator);
-    send(u"crash"_s, pieces.first(), pieces.value(1));
+    const std::optional<QByteArray> body = takePendingCrash();
+    if (!body)
+        return;
+    QEventLoop loop;
+    m_services.http.post(m_endpoint, *body, sendTimeout, loop,
+                         [&loop](const std::optional<HttpAnswer> &) { loop.quit(); });
+    loop.exec();
 }
 
 FileDate CrashUpload::lastScan() const

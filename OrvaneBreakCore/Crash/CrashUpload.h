@@ -8,13 +8,14 @@
 #include <QUrl>
 
 #include <filesystem>
+#include <optional>
 
 class Bundle;
 class Http;
 class Preferences;
 
-/// Sends crash and error reports to the makers' server, each at most once. Never blocks, and ignores
-/// failures. User-interface thread only.
+/// Sends crash and error reports to the makers' server, each at most once. Ignores failures. Only
+/// sendEarlyCrash() blocks. User-interface thread only.
 class CrashUpload final : public QObject
 {
     Q_OBJECT
@@ -51,9 +52,16 @@ public:
     /// Sends one report; `kind` is "crash" or "error". Times out after 8 seconds.
     void send(const QString &kind, const QString &message, const QString &stack);
 
-    /// Sends the previous process's report, and deletes it first, so that it is sent at most once. Does
-    /// nothing when there is none, or when it is not UTF-8.
+    /// Sends the previous process's report, or the first mebibyte of it. Deletes it first, or empties it when
+    /// it cannot be deleted, so that it is sent at most once. Sends nothing when there is no report, when it
+    /// is empty, or when it can neither be deleted nor emptied.
     void sendPendingCrash();
+
+    /// If the previous process crashed within ten seconds of its start, sends its report as
+    /// sendPendingCrash() and runs the event loop until the exchange has ended, 8 seconds at most: if this
+    /// process crashes as early, nothing else would leave it. Otherwise does nothing. Called before there is
+    /// anything that events reach.
+    void sendEarlyCrash();
 
     /// The date of the latest system report that was sent, stored under "OBLastCrashScan"; the distant past
     /// when there is none.
@@ -64,6 +72,9 @@ public:
     void sendSystemCrashReports();
 
 private:
+    [[nodiscard]] QByteArray body(const QString &kind, const QString &message, const QString &stack) const;
+    [[nodiscard]] std::optional<QByteArray> takePendingCrash() const;
+
     Services m_services;
     Places m_places;
     QUrl m_endpoint;

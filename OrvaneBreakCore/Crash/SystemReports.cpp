@@ -15,7 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 maxReportSize = qint64{16} * 1024 * 1024;
+/// In bytes. Startup waits for the scan, and what is sent is at the beginning of a report.
+constexpr qint64 maxReportSize = qint64{1024} * 1024;
 constexpr int maxCharacters = 18'000;
 
 bool isReportName(std::string_view name)
@@ -30,17 +31,29 @@ FileDate dateOf(const std::filesystem::path &path)
     return lstat(path.c_str(), &status) == 0 ? FileDate::of(status.st_mtim) : FileDate::distantPast();
 }
 
+/// Where the character number 18000 ends; the size of `text` if it has fewer.
+qsizetype endOfCharacters(const QString &text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    for (int count = 0; count < maxCharacters; ++count) {
+        if (finder.toNextBoundary() < 0)
+            return text.size();
+    }
+    return finder.position();
+}
+
 /// The first 18000 characters as a reader sees them: one may consist of several code points.
 QString beginning(const QString &text)
 {
     if (text.size() <= maxCharacters)
         return text;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    for (int count = 0; count < maxCharacters; ++count) {
-        if (finder.toNextBoundary() < 0)
-            return text;
+    // The finder analyses all of its text at once, so it gets as little as possible.
+    for (qsizetype length = qsizetype{2} * maxCharacters; length < text.size(); length *= 4) {
+        const qsizetype end = endOfCharacters(text.left(length));
+        if (end < length)
+            return text.left(end);
     }
-    return text.left(finder.position());
+    return text.left(endOfCharacters(text));
 }
 
 } // namespace
@@ -68,10 +81,10 @@ std::optional<SystemReports> readSystemReports(const std::filesystem::path &fold
         const FileDate date = dateOf(path);
         if (!(lastScan < date))
             continue;
-        const std::optional<QString> text = readText(path, maxReportSize);
-        if (!text)
+        const std::optional<FileText> file = readText(path, maxReportSize);
+        if (!file || !file->isUtf8)
             continue;
-        found.reports.append(summarizeSystemReport(*text));
+        found.reports.append(summarizeSystemReport(file->text));
         found.newest = std::max(found.newest, date);
     }
     return found;

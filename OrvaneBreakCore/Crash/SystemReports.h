@@ -24,8 +24,9 @@ struct SystemReports
 };
 
 /// Reads the reports in `folder` that are later than `lastScan`: files and links to files whose names begin
-/// with "OrvaneBreak" or "Orvane Break" and end with ".ips" or ".crash". Opens no other file. Skips files
-/// that cannot be read, are not UTF-8 or are larger than 16 MiB. Absent when the folder cannot be listed.
+/// with "OrvaneBreak" or "Orvane Break" and end with ".ips" or ".crash". Opens no other file. Reads
+/// at most the first mebibyte of each; skips files that cannot be read or are not UTF-8. Absent when the
+/// folder cannot be listed.
 [[nodiscard]] std::optional<SystemReports> readSystemReports(const std::filesystem::path &folder,
                                                              const FileDate &lastScan);
 

@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 
 #include <cstring>
+#include <filesystem>
 
 namespace {
 
@@ -17,8 +18,8 @@ void limit(__rlimit_resource resource, rlim_t value)
 
 } // namespace
 
-/// usage: Crasher REPORT KIND [full-disk | no-descriptors]: crashes in the given way, under the given
-/// shortage.
+/// usage: Crasher REPORT KIND [full-disk | no-descriptors | no-folder]: crashes in the given way, under the
+/// given shortage.
 int main(int argc, char **argv)
 {
     if (argc < 3)
@@ -31,6 +32,8 @@ int main(int argc, char **argv)
         while (open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) {
         }
     }
+    if (argc > 3 && std::strcmp(argv[3], "no-folder") == 0)
+        std::filesystem::remove_all(std::filesystem::path(argv[1]).parent_path().parent_path());
     crash(argv[2]);
     return 0;
 }

@@ -4,7 +4,9 @@
 #include "SignalStack.h"
 
 #include <malloc.h>
-#include <sys/mman.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -42,6 +44,14 @@ void (*volatile nowhere)() = nullptr;
 {
     nowhere();
     calls = 1;
+}
+
+/// Calls an address in the program that is not code.
+void callData()
+{
+    static char data[16];
+    nowhere = reinterpret_cast<void (*)()>(data);
+    callNowhere();
 }
 
 [[gnu::noinline]] int recurse(int depth)
@@ -105,6 +115,27 @@ void crashTwice()
     other.join();
 }
 
+/// Ends a child process with the signal `number` by running `work` in it. With CLONE_VM and CLONE_VFORK it
+/// uses the memory of this process, as after vfork().
+void crashInChild(int flags, int (*work)(void *), int number)
+{
+    alignas(16) static char stack[256 * 1024];
+    const pid_t child = clone(work, stack + sizeof stack, flags | SIGCHLD, nullptr);
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || !WIFSIGNALED(status) || WTERMSIG(status) != number)
+        std::_Exit(3);
+}
+
+int raiseSegmentationFault(void * /*unused*/)
+{
+    return std::raise(SIGSEGV);
+}
+
+int terminateProcess(void * /*unused*/)
+{
+    std::terminate();
+}
+
 void throwText(const char *text)
 {
     throw std::runtime_error(text);
@@ -124,6 +155,7 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"thread overflow", [] { inThread([] { recurseForEver(0); }); }},
     {"deep", [] { recurse(deepCalls); }},
     {"nowhere", callNowhere},
+    {"data", callData},
     {"bad free", freeWhatIsNotAllocated},
     {"corrupt heap", corruptHeap},
     {"throw exception", [] { throwText("the disk is tired"); }},
@@ -131,11 +163,20 @@ const std::map<std::string, std::function<void()>> kinds = {
     {"throw int", [] { throw 42; }},
     {"throw without reason", [] { throw Silent(); }},
     {"throw private", [] { throwText((std::string(std::getenv("HOME")) + "/notes\n---\nof anna").c_str()); }},
+    {"throw Latin-1", [] { throwText("no file caf\xe9"); }},
+    {"throw much", [] { throw std::string(std::size_t{2} * 1024 * 1024, 'x'); }},
     {"throw in thread", [] { inThread([] { throwText("elsewhere"); }); }},
     {"rethrow", rethrow},
     {"terminate", [] { std::terminate(); }},
     {"two threads", crashTwice},
     {"damaged stack", damageStack},
+    {"child", [] { crashInChild(0, raiseSegmentationFault, SIGSEGV); }},
+    {"terminate in child", [] { crashInChild(0, terminateProcess, SIGABRT); }},
+    {"after a child in the same memory",
+     [] {
+         crashInChild(CLONE_VM | CLONE_VFORK, raiseSegmentationFault, SIGSEGV);
+         std::raise(SIGFPE);
+     }},
 };
 
 } // namespace

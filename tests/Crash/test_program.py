@@ -8,6 +8,8 @@ import json
 import os
 import pathlib
 import re
+import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -24,6 +26,10 @@ PROGRAM = MAKERS_SERVER = CRASHER = None
 SIGNALS = [signal.SIGABRT, signal.SIGSEGV, signal.SIGILL, signal.SIGBUS, signal.SIGFPE, signal.SIGTRAP]
 STRING = "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >"
 FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
+
+
+def without_core_dump():
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
 class User:
@@ -102,11 +108,13 @@ class Crashes(unittest.TestCase):
         self.check("bad free", signal.SIGABRT, "Signal 6")
         self.check("corrupt heap", signal.SIGABRT, "Signal 6")
         self.check("nowhere", signal.SIGSEGV, "Signal 11")
+        self.check("after a child in the same memory", signal.SIGFPE, "Signal 8")
 
     def test_exceptions_across_the_event_loop(self):
         self.check("throw exception", signal.SIGABRT, "Exception: std::runtime_error : the disk is tired")
         self.check("throw string", signal.SIGABRT, f"Exception: {STRING} : a text")
         self.check("throw int", signal.SIGABRT, "Exception: int : ")
+        self.check("throw Latin-1", signal.SIGABRT, "Exception: std::runtime_error : no file caf\ufffd")
         self.check("throw in thread", signal.SIGABRT, "Exception: std::runtime_error : elsewhere")
 
     def test_inside_a_break(self):
@@ -114,11 +122,21 @@ class Crashes(unittest.TestCase):
         self.check("throw int", signal.SIGABRT, "Exception: int : ", window="BreakOverlayPanel",
                    ORVANE_DEBUG_BREAK="1")
 
-    def test_of_two_crashes_the_second_is_sent(self):
-        self.user.crash("signal 11")
-        self.user.crash("signal 8")
+    def test_at_every_start(self):
+        numbers = [signal.SIGSEGV, signal.SIGFPE, signal.SIGABRT]
+        for sent, number in enumerate(numbers):
+            self.assertEqual(self.user.crash(f"signal {int(number)}"), -number)
+            self.assertEqual(len(self.user.reports()), sent)
+        self.user.start_and_stop(len(numbers))
+        self.assertEqual([report["message"] for report in self.user.reports()], [f"Signal {int(number)}" for number in numbers])
+
+    def test_without_the_folder_that_it_created(self):
+        with subprocess.Popen([PROGRAM], env=self.user.environment, preexec_fn=without_core_dump) as process:
+            wait_until(lambda: self.user.server.received("check-in"), "the check-in")
+            shutil.rmtree(self.user.home / "data")
+            process.send_signal(signal.SIGSEGV)
+        self.assertEqual(process.returncode, -signal.SIGSEGV)
         self.user.start_and_stop(1)
-        self.assertEqual([report["message"] for report in self.user.reports()], ["Signal 8"])
 
     def test_reports_of_the_system_are_sent_once(self):
         folder = self.user.home / "state/OrvaneBreak/Logs/DiagnosticReports"
@@ -143,8 +161,15 @@ class SourceLines(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             report = pathlib.Path(folder, "OrvaneBreak", "pending-crash.txt")
             subprocess.run([CRASHER, report, "bad free"], stderr=subprocess.DEVNULL, timeout=20, check=False)
-            lines = subprocess.run([TESTS.parent / "tools" / "where-it-crashed", CRASHER, report], timeout=60,
-                                   stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
+            tool = TESTS.parent / "tools" / "where-it-crashed"
+            lines = subprocess.run([tool, report, PROGRAM, CRASHER], timeout=60, stdout=subprocess.PIPE, text=True,
+                                   check=True).stdout.splitlines()
+            other = pathlib.Path(folder, "orvanebreak")
+            other.symlink_to(PROGRAM)
+            for files in ([PROGRAM], [other, CRASHER]):
+                refused = subprocess.run([tool, report, *files], timeout=60, stdout=subprocess.PIPE,
+                                         stderr=subprocess.PIPE, text=True, check=False)
+                self.assertEqual((refused.returncode, refused.stdout), (1, ""), files)
         self.assertEqual(lines[:2], ["Signal 6", "---"])
         frame = next(line for line in lines if "freeWhatIsNotAllocated()" in line)
         self.assertRegex(frame, r"^\d+ orvanebreak 0x[0-9a-f]+ .*/tests/Crash/Crashes\.cpp:\d+$")

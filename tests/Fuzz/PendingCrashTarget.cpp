@@ -43,10 +43,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     CrashUpload upload({http, preferences, bundle, {}, u"https://makers.invalid"_s}, places);
 
     upload.sendPendingCrash();
-    const bool isText = bytes.isValidUtf8();
+    const bool isText = !bytes.isEmpty();
     acceptedInputs += isText ? 1 : 0;
-    require(http.requests.size() == (isText ? 1 : 0), "only a text is sent");
-    require(std::filesystem::exists(places.pendingReport) == !isText, "a sent report is removed");
+    require(http.requests.size() == (isText ? 1 : 0), "any text is sent");
+    require(!std::filesystem::exists(places.pendingReport), "a report is removed");
     require(!isText || http.requests.constFirst().body == expectedBody(everyCharacter(bytes)),
             "message and stack are those of the report");
     upload.sendPendingCrash();

@@ -71,7 +71,8 @@ inline std::size_t acceptedInputs = 0;
 /// Decodes UTF-8 and keeps a byte order mark at its beginning.
 inline QString everyCharacter(const QByteArray &text)
 {
-    QStringDecoder decode(QStringDecoder::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    QStringDecoder decode(QStringDecoder::Utf8,
+                          QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
     return decode(text);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CallStack.h"
 
+#include "BuildId.h"
 #include "CrashText.h"
 #include "InterruptedThread.h"
 #include "ProgramSymbols.h"
@@ -19,6 +20,9 @@ namespace {
 /// Names of template instances can be very long.
 constexpr std::size_t maxNameLength = 240;
 
+/// In bytes; enough to tell builds apart.
+constexpr std::size_t buildLength = 4;
+
 /// The file name, because the folders may name the user.
 std::string_view fileName(std::string_view path)
 {
@@ -28,6 +32,7 @@ std::string_view fileName(std::string_view path)
 struct Module
 {
     const link_map *map = nullptr; ///< Null for code outside any file.
+    const void *image = nullptr;   ///< Where its file is mapped.
 
     [[nodiscard]] bool isProgram() const { return map && map->l_name[0] == '\0'; }
 
@@ -37,6 +42,14 @@ struct Module
             return "?";
         return isProgram() ? std::string_view("orvanebreak") : fileName(map->l_name);
     }
+
+    /// The beginning of its build's id.
+    [[nodiscard]] std::span<const unsigned char> build() const
+    {
+        const std::span<const unsigned char> id =
+            map ? buildIdOf(*map, image) : std::span<const unsigned char>();
+        return id.first(std::min(id.size(), buildLength));
+    }
 };
 
 Module moduleOf(std::uintptr_t address)
@@ -44,7 +57,16 @@ Module moduleOf(std::uintptr_t address)
     dl_find_object found = {};
     // The unwinder uses this function, too: it is the only one that takes no lock.
     const bool isFound = _dl_find_object(std::bit_cast<void *>(address), &found) == 0;
-    return {isFound ? found.dlfo_link_map : nullptr};
+    return isFound ? Module{found.dlfo_link_map, found.dlfo_map_start} : Module();
+}
+
+/// Whether a call led to `address`, where there is no code: it is outside any module, or the processor could
+/// not read it as code.
+bool isWithoutCode(std::uintptr_t address, const siginfo_t &information)
+{
+    const bool isFault = information.si_signo == SIGSEGV && information.si_code > 0;
+    return !moduleOf(address).map ||
+           (isFault && std::bit_cast<std::uintptr_t>(information.si_addr) == address);
 }
 
 template <typename Function>
@@ -98,16 +120,20 @@ void CallStack::captureHere()
     _Unwind_Backtrace(&Collector::collect, &collector);
 }
 
-void CallStack::captureInterrupted(const ucontext_t &context)
+void CallStack::captureInterrupted(ucontext_t &context, const siginfo_t &information)
 {
     m_count = 0;
-    const InterruptedThread thread(context);
+    const mcontext_t registers = context.uc_mcontext;
+    InterruptedThread thread(context);
     append(thread.programCounter());
-    // The unwinder cannot continue from an address outside any module, but the return address is known.
-    if (!moduleOf(thread.programCounter()).map)
-        append(thread.returnAddressOfCall() - 1);
+    // The unwinder cannot continue from a place without code, but it can from the call that led there.
+    if (isWithoutCode(thread.programCounter(), information)) {
+        thread.returnToCaller();
+        append(thread.programCounter());
+    }
     Collector collector{*this, thread.programCounter()};
     _Unwind_Backtrace(&Collector::collect, &collector);
+    context.uc_mcontext = registers;
 }
 
 void CallStack::dropThrowing()
@@ -134,6 +160,8 @@ void CallStack::appendTo(CrashText &text, std::size_t maxFrames, const ProgramSy
         const Module module = moduleOf(m_frames[index]);
         const std::uintptr_t address = m_frames[index] - (module.map ? module.map->l_addr : 0);
         text.append(index == 0 ? "" : "\n").appendDecimal(index).append(" ").append(module.name());
+        if (!module.build().empty())
+            text.append("@").appendBytes(module.build());
         text.append(" ").appendHexadecimal(address);
         const std::optional<ProgramSymbols::Symbol> symbol =
             module.isProgram() ? symbols.find(address) : std::nullopt;

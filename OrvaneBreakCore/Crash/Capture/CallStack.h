@@ -4,6 +4,7 @@
 #include <ucontext.h>
 
 #include <array>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 
@@ -21,16 +22,18 @@ public:
     /// Captures the stack of the current thread, beginning with the caller of this function.
     void captureHere();
 
-    /// Captures the stack of the current thread where a signal interrupted it. A fault during the capture
-    /// leaves the frames found so far.
-    void captureInterrupted(const ucontext_t &context);
+    /// Captures the stack of the current thread where the signal that `information` describes interrupted it.
+    /// Changes the registers in `context` meanwhile. A fault during the capture leaves the frames found so
+    /// far.
+    void captureInterrupted(ucontext_t &context, const siginfo_t &information);
 
     /// Removes the innermost frames up to the function that threw: those of the terminate handler, then those
     /// of the C++ runtime.
     void dropThrowing();
 
-    /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, address in
-    /// the module's file and, for a function of the program, name and offset.
+    /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, "@" and the
+    /// beginning of its build's id, address in the module's file and, for a function of the program, name and
+    /// offset.
     void appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const;
 
 private:

@@ -33,6 +33,7 @@ struct Capture
         : report(file)
         , home(QDir::homePath().toStdString())
         , login(qgetenv("USER").toStdString())
+        , process(getpid())
     {
     }
 
@@ -53,8 +54,9 @@ struct Capture
         const ExceptionText exception = ExceptionText::ofCurrentException();
         stackText.clear();
         stack.appendTo(stackText, maxReportFrames, symbols);
-        report.write("Exception: " + exception.name + " : " + withoutUser(exception.reason, home, login),
-                     stackText.view());
+        report.write(
+            validText("Exception: " + exception.name + " : " + withoutUser(exception.reason, home, login)),
+            stackText.view());
     }
 
     ReportFile report;
@@ -64,6 +66,7 @@ struct Capture
     CrashText stackText;
     std::string home;
     std::string login;
+    pid_t process;                          ///< The process that installed the handlers.
     std::atomic<pid_t> reportingThread = 0; ///< The thread that reports; 0 before any crash.
     std::atomic<int> fatalSignal = 0;       ///< The signal that ends the process.
     std::atomic<int> attempts = 0;          ///< How often that thread has called takeTurn().
@@ -71,6 +74,13 @@ struct Capture
 };
 
 Capture *capture = nullptr;
+
+/// Whether this is not a child that has yet to start its program: its crash is not one of this program, and
+/// after vfork() the memory here is its parent's. The C library may remember the process id of the parent.
+bool isOwnProcess()
+{
+    return syscall(SYS_getpid) == capture->process;
+}
 
 pid_t currentThread()
 {
@@ -124,11 +134,15 @@ int takeTurn(int number)
     return ++capture->attempts;
 }
 
-void handleSignal(int number, siginfo_t * /*information*/, void *context)
+void handleSignal(int number, siginfo_t *information, void *context)
 {
+    if (!isOwnProcess()) {
+        endWithSignal(number);
+        return;
+    }
     const int attempt = takeTurn(number);
     if (!capture->isWritten && attempt == 1) {
-        capture->stack.captureInterrupted(*static_cast<const ucontext_t *>(context));
+        capture->stack.captureInterrupted(*static_cast<ucontext_t *>(context), *information);
         capture->persistSignal(number);
     } else if (!capture->isWritten && attempt == 2) {
         // The stack is so damaged that unwinding it crashed, but the frames up to there are known.
@@ -139,9 +153,11 @@ void handleSignal(int number, siginfo_t * /*information*/, void *context)
 
 [[noreturn]] void handleTerminate()
 {
-    takeTurn(SIGABRT);
-    capture->persistException();
-    capture->isWritten = true;
+    if (isOwnProcess()) {
+        takeTurn(SIGABRT);
+        capture->persistException();
+        capture->isWritten = true;
+    }
     std::abort();
 }
 

@@ -21,6 +21,13 @@ CrashText &CrashText::appendHexadecimal(std::uint64_t number)
     return append("0x").appendDigits(number, 16);
 }
 
+CrashText &CrashText::appendBytes(std::span<const unsigned char> bytes)
+{
+    for (const unsigned char byte : bytes)
+        appendDigits(byte / 16U, 16).appendDigits(byte % 16U, 16);
+    return *this;
+}
+
 CrashText &CrashText::appendDigits(std::uint64_t number, unsigned base)
 {
     constexpr std::size_t maxDigits = 20;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 /// A text of limited length, composed without allocation; what does not fit is dropped. Safe in signal
@@ -14,6 +15,8 @@ public:
     CrashText &append(std::string_view text);
     CrashText &appendDecimal(std::uint64_t number);
     CrashText &appendHexadecimal(std::uint64_t number); ///< With "0x" in front.
+
+    CrashText &appendBytes(std::span<const unsigned char> bytes); ///< Two hexadecimal digits each.
 
     void clear() { m_length = 0; }
     [[nodiscard]] std::string_view view() const { return {m_characters.data(), m_length}; }

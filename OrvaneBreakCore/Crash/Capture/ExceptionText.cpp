@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ExceptionText.h"
 
+#include <QString>
+
 #include <cxxabi.h>
 
 #include <algorithm>
@@ -11,6 +13,9 @@
 #include <typeinfo>
 
 namespace {
+
+/// In bytes; the reader of the report accepts far more.
+constexpr std::size_t maxTextLength = std::size_t{64} * 1024;
 
 std::string demangled(const std::type_info &type)
 {
@@ -37,8 +42,9 @@ std::string reasonOfCurrentException()
 
 bool isPartOfWord(char character)
 {
-    // The bytes of letters outside ASCII are negative.
-    return character < 0 || std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
+    constexpr unsigned char firstOutsideAscii = 0x80;
+    const auto byte = static_cast<unsigned char>(character);
+    return byte >= firstOutsideAscii || std::isalnum(byte) != 0 || character == '_';
 }
 
 std::string withoutWord(const std::string &text, const std::string &word)
@@ -68,6 +74,11 @@ ExceptionText ExceptionText::ofCurrentException()
     // The message is the first line of the report.
     std::replace(text.reason.begin(), text.reason.end(), '\n', ' ');
     return text;
+}
+
+std::string validText(const std::string &text)
+{
+    return QString::fromStdString(text.substr(0, maxTextLength)).toStdString();
 }
 
 std::string withoutUser(std::string text, const std::string &home, const std::string &login)

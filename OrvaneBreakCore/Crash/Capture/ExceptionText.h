@@ -15,5 +15,8 @@ struct ExceptionText
     [[nodiscard]] static ExceptionText ofCurrentException();
 };
 
+/// `text` as UTF-8 of limited length: invalid bytes are replaced by U+FFFD, and only the first 64 KiB remain.
+[[nodiscard]] std::string validText(const std::string &text);
+
 /// `text` with the home folder and the login name replaced by "~" wherever they are whole words.
 [[nodiscard]] std::string withoutUser(std::string text, const std::string &home, const std::string &login);

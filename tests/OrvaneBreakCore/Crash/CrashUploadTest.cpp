@@ -4,6 +4,7 @@
 #include "Bundle.h"
 #include "CrashReporter.h"
 #include "FileDate.h"
+#include "FileDescriptor.h"
 #include "SharedInstance.h"
 #include "Support/FakeHttp.h"
 #include "Support/MemoryPreferences.h"
@@ -11,6 +12,11 @@
 #include "Support/TestProgram.h"
 
 #include <QTest>
+#include <QTimer>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 
 #include <functional>
 
@@ -37,6 +43,15 @@ struct Fixture
     void addReport(const std::string &name, const QByteArray &text) const
     {
         ScratchFolder::writeTo(places.systemReports / name, text);
+    }
+
+    /// Leaves the report of a process that ran for `lifetime`.
+    void leaveReport(std::chrono::seconds lifetime) const
+    {
+        ScratchFolder::writeTo(places.pendingReport, "Signal 11\n---\n0 a");
+        const timespec times[2] = {{1'800'000'000, 0}, {1'800'000'000 + lifetime.count(), 0}};
+        if (utimensat(AT_FDCWD, places.pendingReport.c_str(), times, 0) != 0)
+            qFatal("cannot set a date");
     }
 
     [[nodiscard]] FileDate dateOf(const std::string &name) const
@@ -117,7 +132,10 @@ private Q_SLOTS:
         QTest::newRow("two separators") << QByteArray("m\n---\ns\n---\nt") << u"m"_s << u"s"_s;
         QTest::newRow("separators in a row") << QByteArray("m\n---\n---\nt") << u"m"_s << u"---\nt"_s;
         QTest::newRow("no stack") << QByteArray("m\n---\n") << u"m"_s << QString();
-        QTest::newRow("nothing") << QByteArray() << QString() << QString();
+        QTest::newRow("not UTF-8") << QByteArray("Signal \xff\n---\n\xc3") << u"Signal \uFFFD"_s
+                                   << u"\uFFFD"_s;
+        QTest::newRow("long") << "mm\n---\n" + QByteArray("\u00e9").repeated(600'000) << u"mm"_s
+                              << QString(qsizetype{512} * 1024 - 4, u'\u00e9');
     }
 
     void thePendingReportIsSentOnce()
@@ -134,14 +152,61 @@ private Q_SLOTS:
         QTEST(f.sent(u"stack"_s).first(), "stack");
     }
 
-    void onlyTextIsSent()
+    void anEmptyReportIsNotSent()
     {
         Fixture f;
         f.upload->sendPendingCrash();
-        ScratchFolder::writeTo(f.places.pendingReport, "Signal \xff");
+        ScratchFolder::writeTo(f.places.pendingReport, "");
         f.upload->sendPendingCrash();
         QVERIFY(f.http.requests.isEmpty());
-        QVERIFY(std::filesystem::exists(f.places.pendingReport));
+        QVERIFY(!std::filesystem::exists(f.places.pendingReport));
+    }
+
+    /// Nobody can delete a file below /proc.
+    void aReportThatCannotBeDeletedIsSentOnce()
+    {
+        const FileDescriptor file(memfd_create("report", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+        Fixture f;
+        f.places.pendingReport = "/proc/self/fd/" + std::to_string(file.get());
+        const CrashUpload::Services services{
+            f.http, f.preferences, *f.bundle, {14, 5, 1}, u"https://m.invalid"_s};
+        CrashUpload upload(services, f.places);
+        for (const int seals : {0, F_SEAL_SHRINK | F_SEAL_WRITE}) {
+            ScratchFolder::writeTo(f.places.pendingReport, "Signal 11\n---\n0 a");
+            QVERIFY(fcntl(file.get(), F_ADD_SEALS, seals) == 0);
+            upload.sendPendingCrash();
+            upload.sendPendingCrash();
+            QCOMPARE(f.http.requests.size(), 1);
+        }
+    }
+
+    void afterAnEarlyCrashTheReportIsSentFirst()
+    {
+        Fixture f;
+        f.leaveReport(9s);
+        int answers = 0;
+        QTimer::singleShot(0, this, [&] {
+            QVERIFY(!std::filesystem::exists(f.places.pendingReport));
+            QCOMPARE(f.sent(u"message"_s), QStringList{u"Signal 11"_s});
+            ++answers;
+            f.http.answer(std::nullopt);
+        });
+        f.upload->sendEarlyCrash();
+        QCOMPARE(answers, 1);
+        f.upload->sendPendingCrash();
+        QVERIFY(f.http.requests.isEmpty());
+    }
+
+    void noOtherReportIsWaitedFor()
+    {
+        Fixture f;
+        f.upload->sendEarlyCrash();
+        for (const std::chrono::seconds lifetime : {10s, 86'400s, -1s}) {
+            f.leaveReport(lifetime);
+            f.upload->sendEarlyCrash();
+            QVERIFY(f.http.requests.isEmpty());
+            QVERIFY(std::filesystem::exists(f.places.pendingReport));
+        }
     }
 
     void newSystemReportsAreSentOnce()
@@ -205,7 +270,7 @@ private Q_SLOTS:
         QCOMPARE(f.sent(u"message"_s), QStringList{u"unexpected"_s});
         const QStringList lines = f.sent(u"stack"_s).first().split(u'\n');
         QCOMPARE(lines.size(), 15);
-        QVERIFY2(lines.first().startsWith("0 orvanebreak 0x"_L1) && lines.first().contains("reportError"_L1),
+        QVERIFY2(lines.first().startsWith("0 orvanebreak@"_L1) && lines.first().contains("reportError"_L1),
                  qPrintable(lines.first()));
         QVERIFY(!std::filesystem::exists(f.places.pendingReport));
     }

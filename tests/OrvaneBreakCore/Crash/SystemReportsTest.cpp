@@ -128,13 +128,17 @@ private Q_SLOTS:
         QCOMPARE(found->newest, noon);
     }
 
-    void hugeReportsAreSkipped()
+    void hugeReportsAreCut()
     {
         const ReportFolder reports;
-        reports.add("OrvaneBreak-1.crash", "Exception", noon);
+        reports.add("OrvaneBreak-1.crash", "Exception\n" + QByteArray("\u20ac").repeated(400'000), noon);
         std::filesystem::resize_file(reports.path() / "OrvaneBreak-1.crash", std::uintmax_t{1} << 32U);
         reports.setDate("OrvaneBreak-1.crash", noon);
-        QVERIFY(reports.messages(FileDate::distantPast()).isEmpty());
+        const std::optional<SystemReports> found = readSystemReports(reports.path(), FileDate::distantPast());
+        QCOMPARE(found->reports.size(), 1);
+        QCOMPARE(found->reports.first().message, u"Exception"_s);
+        QCOMPARE(found->reports.first().stack, u"Exception\n"_s + QString(17'990, u'\u20ac'));
+        QCOMPARE(found->newest, noon);
     }
 
     void invalidDatesAreTheDistantPast()

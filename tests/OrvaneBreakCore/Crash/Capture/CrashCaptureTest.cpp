@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "ReportFile.h"
 #include "Support/ScratchFolder.h"
 #include "Support/TestProgram.h"
 
@@ -6,7 +7,9 @@
 #include <QProcess>
 #include <QTest>
 
+#include <chrono>
 #include <csignal>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +25,7 @@ struct Crash
     QByteArray text;
     QString message;
     QStringList stack;
+    std::optional<std::chrono::nanoseconds> lifetime;
 
     [[nodiscard]] bool names(const char *function) const
     {
@@ -54,6 +58,7 @@ public:
         Crash crash;
         // After a crash QProcess returns the number of the signal as the exit code.
         crash.signal = process.exitStatus() == QProcess::CrashExit ? process.exitCode() : 0;
+        crash.lifetime = ReportFile::lifetime(report());
         crash.text = ScratchFolder::bytesOf(report());
         const QStringList pieces = QString::fromUtf8(crash.text).split(u"\n---\n"_s);
         crash.message = pieces.first();
@@ -101,6 +106,7 @@ private Q_SLOTS:
         QTest::newRow("overflow") << SIGSEGV << segmentation << u"recurseForEver"_s;
         QTest::newRow("thread overflow") << SIGSEGV << segmentation << u"recurseForEver"_s;
         QTest::newRow("nowhere") << SIGSEGV << segmentation << u"orvanebreak"_s;
+        QTest::newRow("data") << SIGSEGV << segmentation << u"callNowhere"_s;
         QTest::newRow("damaged stack") << SIGSEGV << segmentation << u"damageStack"_s;
         QTest::newRow("two threads") << SIGSEGV << segmentation << u"crashAtOnce"_s;
         QTest::newRow("bad free") << SIGABRT << abort << u"freeWhatIsNotAllocated"_s;
@@ -117,10 +123,13 @@ private Q_SLOTS:
             << SIGABRT << u"Exception: (anonymous namespace)::Silent : "_s << u"crash"_s;
         QTest::newRow("throw private")
             << SIGABRT << u"Exception: std::runtime_error : ~/notes --- of ~"_s << u"throwText"_s;
+        QTest::newRow("throw Latin-1")
+            << SIGABRT << u"Exception: std::runtime_error : no file caf\uFFFD"_s << u"throwText"_s;
         QTest::newRow("throw in thread")
             << SIGABRT << u"Exception: std::runtime_error : elsewhere"_s << QString();
         QTest::newRow("rethrow") << SIGABRT << u"Exception: std::runtime_error : twice"_s << u"rethrow"_s;
         QTest::newRow("terminate") << SIGABRT << u"Exception: terminate : "_s << u"crash"_s;
+        QTest::newRow("after a child in the same memory") << SIGFPE << u"Signal 8"_s << u"crash"_s;
     }
 
     void crashesAreReported()
@@ -135,6 +144,33 @@ private Q_SLOTS:
         QVERIFY2(crash.stack.join(u'\n').contains(function), crash.text.constData());
         QVERIFY(crash.stack.size() <= maxLines);
         QVERIFY(!crash.text.endsWith('\n'));
+        QVERIFY(crash.text.isValidUtf8());
+    }
+
+    void aLongReasonIsCut()
+    {
+        const CrashPlace place;
+        const Crash crash = place.run(u"throw much"_s);
+        QCOMPARE(crash.message.size(), 64 * 1024);
+        QVERIFY(crash.names("crashRKNSt7"));
+    }
+
+    void aCrashOfAChildIsNotReported()
+    {
+        for (const char *kind : {"child", "terminate in child"}) {
+            const CrashPlace place;
+            const Crash crash = place.run(QString::fromLatin1(kind));
+            QCOMPARE(crash.signal, 0);
+            QCOMPARE(crash.text, QByteArray());
+        }
+    }
+
+    void theReportSaysHowLongTheProcessRan()
+    {
+        const CrashPlace place;
+        QVERIFY(!ReportFile::lifetime(place.report()));
+        const Crash crash = place.run(u"throw int"_s);
+        QVERIFY(crash.lifetime && *crash.lifetime < std::chrono::seconds(5));
     }
 
     void theStackOfAnExceptionBeginsWhereItWasThrown()
@@ -144,13 +180,16 @@ private Q_SLOTS:
         QVERIFY2(stack.first().contains("throwText"_L1), qPrintable(stack.first()));
     }
 
-    void aCallToNowhereNamesTheCaller()
+    void aCallToNowhereNamesTheCallers()
     {
-        const CrashPlace place;
-        const QStringList stack = place.run(u"nowhere"_s).stack;
-        QCOMPARE(stack.size(), 2);
-        QCOMPARE(stack.first(), u"0 ? 0x0"_s);
-        QVERIFY2(stack.last().contains("callNowhere"_L1), qPrintable(stack.last()));
+        for (const char *kind : {"nowhere", "data"}) {
+            const CrashPlace place;
+            const Crash crash = place.run(QString::fromLatin1(kind));
+            QVERIFY2(crash.stack.size() > 3, crash.text.constData());
+            QVERIFY2(crash.stack.at(1).contains("callNowhere"_L1), crash.text.constData());
+            QVERIFY2(crash.names("crashRKNSt7") && crash.names(" main + "), crash.text.constData());
+            QCOMPARE(crash.stack.first() == u"0 ? 0x0"_s, QLatin1StringView(kind) == "nowhere"_L1);
+        }
     }
 
     void deepStacksAreTruncated()
@@ -159,7 +198,7 @@ private Q_SLOTS:
         const QStringList stack = place.run(u"deep"_s).stack;
         QCOMPARE(stack.size(), maxLines);
         static const QRegularExpression form(
-            uR"(^(\d+) (orvanebreak|\S+\.so\S*) 0x[0-9a-f]+( \S+ \+ \d+)?$)"_s);
+            uR"(^(\d+) (orvanebreak|\S+\.so\S*)@[0-9a-f]{8} 0x[0-9a-f]+( \S+ \+ \d+)?$)"_s);
         for (qsizetype index = 0; index < stack.size(); ++index) {
             const QRegularExpressionMatch line = form.match(stack.at(index));
             QVERIFY2(line.hasMatch(), qPrintable(stack.at(index)));
@@ -199,6 +238,13 @@ private Q_SLOTS:
         const Crash crash = place.run(u"signal 8"_s, u"no-descriptors"_s);
         QCOMPARE(crash.signal, SIGFPE);
         QCOMPARE(crash.message, u"Signal 8"_s);
+    }
+
+    void aFolderThatDisappearedIsCreatedAgain()
+    {
+        const CrashPlace place;
+        QCOMPARE(place.run(u"signal 11"_s, u"no-folder"_s).message, u"Signal 11"_s);
+        QCOMPARE(ScratchFolder::status(place.report().parent_path()).st_mode & 07777U, 0700U);
     }
 
     void withoutItsFolderOnlyTheReportIsLost()

@@ -7,6 +7,7 @@
 
 #include <QTest>
 
+#include <array>
 #include <string>
 
 class CrashTextTest : public QObject
@@ -20,6 +21,9 @@ private Q_SLOTS:
         text.append("a ").appendDecimal(0).append(" ").appendDecimal(18'446'744'073'709'551'615U);
         text.append(" ").appendHexadecimal(0).append(" ").appendHexadecimal(0xfedcba9876543210U);
         QCOMPARE(text.view(), std::string_view("a 0 18446744073709551615 0x0 0xfedcba9876543210"));
+        text.clear();
+        text.appendBytes(std::array<unsigned char, 3>{0, 10, 255});
+        QCOMPARE(text.view(), std::string_view("000aff"));
         text.clear();
         QCOMPARE(text.view(), std::string_view());
     }
@@ -62,6 +66,18 @@ private Q_SLOTS:
     }
 
     void noUserLeavesTheTextAlone() { QCOMPARE(withoutUser("a /b", "/", ""), std::string("a /b")); }
+
+    void textsAreValid()
+    {
+        QCOMPARE(validText("Zo\xc3\xab"), std::string("Zo\xc3\xab"));
+        QCOMPARE(validText("Zo\xeb \xff"), std::string("Zo\xef\xbf\xbd \xef\xbf\xbd"));
+        std::string accents = "x";
+        while (accents.size() < 100'000)
+            accents += "\xc3\xab";
+        const QByteArray cut = QByteArray::fromStdString(validText(accents));
+        QVERIFY(cut.isValidUtf8());
+        QVERIFY(cut.size() > 65'000 && cut.size() < 66'000);
+    }
 
     void addressesOutsideTheProgramHaveNoName()
     {
