@@ -5,6 +5,7 @@
 #include "Support/TestProgram.h"
 
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 #include <QTimeZone>
 

@@ -5,6 +5,7 @@
 #include "Support/TestSeed.h"
 
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QRandomGenerator>
 #include <QTest>
 

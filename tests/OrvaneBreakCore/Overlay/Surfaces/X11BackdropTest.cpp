@@ -21,7 +21,7 @@ class X11BackdropTest : public QObject
         QRandomGenerator random(1);
         for (int y = 0; y < size.height(); ++y) {
             for (int x = 0; x < size.width(); ++x)
-                picture.setPixel(x, y, 0xff000000 | random.bounded(0x1000000));
+                picture.setPixel(x, y, 0xff000000 | random.bounded(0x1000000U));
         }
         picture.setDevicePixelRatio(ratio);
         return picture;
