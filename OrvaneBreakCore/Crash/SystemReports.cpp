@@ -17,7 +17,7 @@ namespace {
 
 /// In bytes. Startup waits for the scan, and what is sent is at the beginning of a report.
 constexpr qint64 maxReportSize = qint64{1024} * 1024;
-constexpr int maxCharacters = 18'000;
+constexpr qsizetype maxCharacters = 18'000;
 
 bool isReportName(std::string_view name)
 {
@@ -48,7 +48,7 @@ QString beginning(const QString &text)
     if (text.size() <= maxCharacters)
         return text;
     // The finder analyses all of its text at once, so it gets as little as possible.
-    for (qsizetype length = qsizetype{2} * maxCharacters; length < text.size(); length *= 4) {
+    for (qsizetype length = 2 * maxCharacters; length < text.size(); length *= 4) {
         const qsizetype end = endOfCharacters(text.left(length));
         if (end < length)
             return text.left(end);
