@@ -23,7 +23,7 @@ from scenario import (accessibility_part, diagnostics_part, ending_part, first_l
                       wayland_break_part, wayland_change_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
-from scenario.promises import Report, read_json, table, write_json
+from scenario.promises import Report, read_json, summary, table, write_json
 from scenario.wayland_desk import WaylandDesk
 
 NOT_RUN = 77
@@ -165,7 +165,7 @@ def main():
                 return 1
     if not reports:
         return NOT_RUN
-    print(table(reports))
+    print(table(reports) if len(reports) > 1 else summary(reports[0]))
     if arguments.results:
         write_json(reports, arguments.results)
     return 1 if any(report.broken for report in reports) else 0

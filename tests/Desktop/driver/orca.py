@@ -19,7 +19,7 @@ class Orca:
         self._bed = bed
         self._log = bed.home / "orca.log"
         self._process = bed.run(["orca", "--debug-file", self._log], {"NO_AT_BRIDGE": None})
-        wait_until(lambda: self._log.exists() and _LISTENS in self._text(), "Orca", 30)
+        wait_until(lambda: self._log.exists() and _LISTENS in self._text(), "Orca", 60)
 
     def stop(self):
         """Ends it; returns the sentences that it spoke. Orca writes the last of them only when it ends."""

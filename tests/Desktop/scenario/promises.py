@@ -46,7 +46,7 @@ class Report:
 
 
 def table(reports):
-    """A table with one line per promise and one column per desktop, followed by details of broken promises."""
+    """A table with one line per promise and one column per desktop, followed by the summary of each."""
     texts = []
     for report in reports:
         texts += [text for text in report.results if text not in texts]
@@ -56,11 +56,15 @@ def table(reports):
         cells = [report.results.get(text, {"result": ""})["result"] for report in reports]
         short = {NOT_POSSIBLE: "-", BROKEN: "NO"}
         lines.append(text.ljust(width) + "".join(f"  {short.get(cell, cell):>12}" for cell in cells))
-    for report in reports:
-        lines += [f"{report.desktop}: {text}: {figure}" for text, figure in report.figures.items()]
-        for text in report.broken:
-            lines.append(f"BROKEN on {report.desktop}: {text}: {report.results[text]['detail']}")
-    return "\n".join(lines)
+    return "\n".join(lines + list(map(summary, reports)))
+
+
+def summary(report):
+    """The figures and the broken promises of one desktop, and how many were kept."""
+    results = [entry["result"] for entry in report.results.values()]
+    lines = [f"{report.desktop}: {text}: {figure}" for text, figure in report.figures.items()]
+    lines += [f"BROKEN on {report.desktop}: {text}: {report.results[text]['detail']}" for text in report.broken]
+    return "\n".join([*lines, f"{report.desktop}: {results.count(KEPT)} of {len(results)} promises kept"])
 
 
 def write_json(reports, path):
@@ -80,12 +84,12 @@ def read_json(path):
 
 
 def carry_out(name, run, results=None):
-    """Runs one scenario with a report of this name, prints the report and stores it in the file `results`. Returns the exit
+    """Runs one scenario with a report of this name, prints its summary and stores it in the file `results`. Returns the exit
     status: 0 if every promise was kept. A scenario that is terminated cleans up."""
     signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     report = Report(name)
     run(report)
-    print(table([report]))
+    print(summary(report))
     if results:
         write_json([report], results)
     return 1 if report.broken else 0
