@@ -7,7 +7,7 @@ from . import layout
 from .desk import BREAK_NOW
 
 _MEASURED_SECONDS = 2
-_WATCHED_MILLISECONDS = 1000
+_WATCHED_MILLISECONDS = 2000
 
 
 def repaints(desk, report):
@@ -56,7 +56,7 @@ def open_and_close(desk, areas, milliseconds=_WATCHED_MILLISECONDS):
     watch = desk.probe.sample(areas, milliseconds, 2)
     moment = desk.tray.click(BREAK_NOW)
     wait_until(desk.overlays, "the break windows")
-    comes_true(lambda: time.monotonic_ns() - moment > milliseconds * 1e6 / 2, 2)
+    comes_true(lambda: time.monotonic_ns() - moment > milliseconds * 1e6 / 4, 2)
     desk.bed.press("Escape")
     changes = watch.results()
     desk.wait_for_end()
