@@ -11,6 +11,7 @@ from . import layout
 #: The overlay lets a quarter of the brightness through.
 LIGHT = 0.25
 _TOLERANCE = 2
+_REPAINT_SECONDS = 0.1
 #: At least this fraction of every row and column through a text or the ring is background.
 _BACKGROUND_IN_LINE = 0.15
 
@@ -109,9 +110,10 @@ class Watched:
 
 
 def watch(bed, cover, seconds):
-    """Checks all screens of a bed as fast as it provides pictures, for these seconds or until one of them is not covered."""
+    """Checks all screens of a bed as often as the ring is repainted, for these seconds or until one of them is not covered."""
     began, looks, first = time.monotonic(), 0, None
     while True:
+        time.sleep(max(0, began + looks * _REPAINT_SECONDS - time.monotonic()))
         picture = bed.picture()
         passed = time.monotonic() - began
         first = first or picture
