@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr const char *platformVariable = "QT_QPA_PLATFORM";
+constexpr const char *noSharedMemoryVariable = "QT_XCB_NO_MITSHM";
 constexpr const char *roleVariable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
 
 const char *reasonForX11(CompositorAnswer compositor)
@@ -80,9 +81,12 @@ DisplayFacts findDisplayFacts()
 
 PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)
     : m_isSet(!choice.platform.isEmpty())
+    , m_isSharedMemoryFree(!qEnvironmentVariableIsSet(noSharedMemoryVariable))
 {
     if (m_isSet)
         qputenv(platformVariable, choice.platform);
+    if (m_isSharedMemoryFree)
+        qputenv(noSharedMemoryVariable, "1");
     if (!qEnvironmentVariableIsSet(roleVariable))
         qputenv(roleVariable, "1");
 }
@@ -91,4 +95,6 @@ PlatformEnvironment::~PlatformEnvironment()
 {
     if (m_isSet)
         qunsetenv(platformVariable);
+    if (m_isSharedMemoryFree)
+        qunsetenv(noSharedMemoryVariable);
 }

@@ -47,8 +47,10 @@ struct PlatformChoice
 [[nodiscard]] DisplayFacts findDisplayFacts();
 
 /// Sets the chosen platform in this process's environment while the application object is created, and unsets
-/// it when destroyed, so that programs started from here make their own choice. Permanently lets the toolkit
-/// create Wayland surfaces without a role, which the layer surfaces need.
+/// it when destroyed, so that programs started from here make their own choice. Also makes Qt send pictures to
+/// the X server instead of sharing memory with it: a ring whose tip alone changes is small, and Qt would wait
+/// before each paint until the server has read the last one. Permanently lets the toolkit create Wayland
+/// surfaces without a role, which the layer surfaces need.
 class PlatformEnvironment
 {
 public:
@@ -59,4 +61,5 @@ public:
 
 private:
     bool m_isSet;
+    bool m_isSharedMemoryFree; ///< The user has not decided about it.
 };

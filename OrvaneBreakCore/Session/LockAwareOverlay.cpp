@@ -3,6 +3,12 @@
 
 #include <utility>
 
+namespace {
+
+constexpr int updatesPerQuestion = 5;
+
+} // namespace
+
 LockAwareOverlay::LockAwareOverlay(std::unique_ptr<BreakOverlay> overlay, std::function<bool()> isLocked)
     : m_overlay(std::move(overlay))
     , m_isLocked(std::move(isLocked))
@@ -24,7 +30,8 @@ void LockAwareOverlay::update(double secondsLeft, double fraction)
 {
     if (!m_pauseSeconds)
         return;
-    followLock(*m_pauseSeconds);
+    if (++m_updates == updatesPerQuestion)
+        followLock(*m_pauseSeconds);
     if (m_isShown)
         m_overlay->update(secondsLeft, fraction);
 }
@@ -38,6 +45,7 @@ void LockAwareOverlay::hide()
 
 void LockAwareOverlay::followLock(int pauseSeconds)
 {
+    m_updates = 0;
     const bool isToBeShown = !m_isLocked();
     if (isToBeShown == m_isShown)
         return;

@@ -12,7 +12,8 @@
 class LockAwareOverlay final : public BreakOverlay
 {
 public:
-    /// `isLocked` is asked at every `show` and `update`.
+    /// `isLocked` is asked at every `show` and every fifth `update`: twice a second, because it may have to ask
+    /// the display server.
     LockAwareOverlay(std::unique_ptr<BreakOverlay> overlay, std::function<bool()> isLocked);
 
     void show(int pauseSeconds) override;
@@ -26,4 +27,5 @@ private:
     std::function<bool()> m_isLocked;
     std::optional<int> m_pauseSeconds; ///< Of the break that is on.
     bool m_isShown = false;
+    int m_updates = 0; ///< Since the last question.
 };

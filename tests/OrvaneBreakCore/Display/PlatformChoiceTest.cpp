@@ -117,9 +117,11 @@ private Q_SLOTS:
         {
             const PlatformEnvironment environment({"xcb", ""});
             QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("xcb"));
+            QCOMPARE(qgetenv("QT_XCB_NO_MITSHM"), QByteArray("1"));
             QCOMPARE(qgetenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT"), QByteArray("1"));
         }
         QVERIFY(!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
+        QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_NO_MITSHM"));
     }
 
     void environmentOfTheUserIsKept()

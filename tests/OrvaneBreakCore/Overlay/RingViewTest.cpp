@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "RingView.h"
 
+#include "BreakOverlayPanel.h"
 #include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
-#include <QSignalSpy>
+#include <QBackingStore>
+#include <QPaintEvent>
 #include <QTest>
 #include <QtMath>
+#include <private/qhighdpiscaling_p.h>
+
+#include <utility>
 
 namespace {
 
@@ -39,6 +44,54 @@ QRect numberBox(const QImage &image, qreal innerRadius)
         }
     }
     return box;
+}
+
+/// Collects what is painted in a window.
+class PaintLog : public QObject
+{
+public:
+    explicit PaintLog(QWidget &window) { window.installEventFilter(this); }
+
+    /// What has been painted since the last call, once everything that was requested is painted.
+    QRegion takeRegion()
+    {
+        QCoreApplication::processEvents();
+        return std::exchange(m_region, {});
+    }
+
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_region |= static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+
+private:
+    QRegion m_region;
+};
+
+QString text(const QRect &area)
+{
+    return QStringLiteral("%1 %2 %3 x %4").arg(area.x()).arg(area.y()).arg(area.width()).arg(area.height());
+}
+
+/// Scales the screen as long as it lives.
+class ScreenScale
+{
+public:
+    explicit ScreenScale(qreal scale) { QHighDpiScaling::setGlobalFactor(scale); }
+    ~ScreenScale() { QHighDpiScaling::setGlobalFactor(1); }
+    ScreenScale(const ScreenScale &) = delete;
+    ScreenScale &operator=(const ScreenScale &) = delete;
+};
+
+/// What the panel's window shows of the ring, in pixels of the screen.
+QImage ringImage(const BreakOverlayPanel &panel)
+{
+    const auto &window = *static_cast<QImage *>(panel.backingStore()->paintDevice());
+    const QRectF ring(QPointF(panel.ring()->geometry().topLeft()) * panel.devicePixelRatioF(),
+                      QSizeF(panel.ring()->size()) * panel.devicePixelRatioF());
+    return window.copy(ring.toAlignedRect());
 }
 
 } // namespace
@@ -183,7 +236,7 @@ private Q_SLOTS:
         QVERIFY(ten != eighteen);
     }
 
-    void everyAssignmentRepaintsThisWidgetAlone()
+    void aStepRepaintsTheQuarterWithTheEndOfTheArc()
     {
         QWidget window;
         window.resize(400, 400);
@@ -192,25 +245,64 @@ private Q_SLOTS:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QCoreApplication::processEvents();
+        PaintLog log(window);
 
-        struct PaintLog : QObject
-        {
-            QRegion region;
-            bool eventFilter(QObject * /*watched*/, QEvent *event) override
-            {
-                if (event->type() == QEvent::Paint)
-                    region |= static_cast<QPaintEvent *>(event)->region();
-                return false;
-            }
-        } windowLog, ringLog;
-        window.installEventFilter(&windowLog);
-        ring->installEventFilter(&ringLog);
-        ring->setFraction(ring->fraction());
-        QTRY_COMPARE(ringLog.region.boundingRect(), ring->rect());
-        QCOMPARE(windowLog.region.boundingRect(), ring->geometry());
-        ringLog.region = {};
-        ring->setSecondsLeft(ring->secondsLeft());
-        QTRY_COMPARE(ringLog.region.boundingRect(), ring->rect());
+        ring->setFraction(0.75);
+        QCOMPARE(log.takeRegion(), QRegion(ring->geometry()));
+        ring->setFraction(0.745);
+        // The upper part of the quarter before nine o'clock, and the point itself.
+        const QRect quarter = log.takeRegion().boundingRect();
+        QVERIFY2(quarter.contains(QRect(129, 194, 66, 77)), qPrintable(text(quarter)));
+        QVERIFY2(QRect(125, 190, 90, 85).contains(quarter), qPrintable(text(quarter)));
+        ring->setSecondsLeft(19);
+        const QRect number = log.takeRegion().boundingRect();
+        QVERIFY2(QRect(141, 141, 118, 118).contains(number), qPrintable(text(number)));
+        ring->setFraction(0);
+        QCOMPARE(log.takeRegion(), QRegion(ring->geometry()));
+    }
+
+    void aValueThatChangesNoPixelRepaintsNothing()
+    {
+        RingView ring;
+        ring.resize(150, 150);
+        ring.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&ring));
+        QCoreApplication::processEvents();
+        PaintLog log(ring);
+        ring.setFraction(1);
+        ring.setFraction(1.7);
+        ring.setSecondsLeft(20);
+        QCOMPARE(log.takeRegion(), QRegion());
+    }
+
+    void inPartItIsDrawnAsAWhole_data()
+    {
+        QTest::addColumn<qreal>("scale");
+        QTest::addColumn<QSize>("screen");
+        for (const qreal scale : {1.0, 1.25, 1.5, 1.75, 2.0})
+            QTest::addRow("%g", scale) << scale << QSize(433, 401);
+        QTest::newRow("1.5, a small screen") << 1.5 << QSize(301, 211);
+    }
+
+    /// A thousand ticks, on the picture that stays in the window between them.
+    void inPartItIsDrawnAsAWhole()
+    {
+        QFETCH(const qreal, scale);
+        QFETCH(const QSize, screen);
+        const ScreenScale screenScale(scale);
+        BreakOverlayPanel panel(100);
+        panel.resize(screen);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        constexpr int ticks = 1000;
+        for (int tick = 0; tick <= ticks; ++tick) {
+            panel.ring()->setSecondsLeft((ticks - tick + 9) / 10);
+            panel.ring()->setFraction(double(ticks - tick) / ticks);
+            QCoreApplication::processEvents();
+            const QImage inPart = ringImage(panel);
+            panel.ring()->repaint();
+            QVERIFY2(inPart == ringImage(panel), qPrintable(QString::number(tick)));
+        }
     }
 };
 
