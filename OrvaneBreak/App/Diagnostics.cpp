@@ -71,7 +71,7 @@ DiagnosticFacts localFacts()
     facts.system = QSysInfo::prettyProductName();
     facts.sessionType = qEnvironmentVariable("XDG_SESSION_TYPE");
     facts.currentDesktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP");
-    facts.display = findDisplayFacts();
+    facts.display = findDisplayFacts(answerTimeout);
     facts.idleSource = u"unknown"_s;
     return facts;
 }

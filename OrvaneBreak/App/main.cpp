@@ -12,7 +12,6 @@
 #include "CrashUpload.h"
 #include "DescriptorReserve.h"
 #include "Diagnostics.h"
-#include "DisplayProbe.h"
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
@@ -52,6 +51,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -70,6 +70,10 @@ int largestIconAtStart(const QApplication &application)
 {
     return application.devicePixelRatio() > 1 ? 256 : 128;
 }
+
+/// How long the compositor of a session that is just starting may take to answer. The platform is chosen for
+/// the life of the process, and a wrong one costs the keyboard or the translucency of every break.
+constexpr std::chrono::seconds slowestCompositor(10);
 
 /// Returns the memory that startup has freed to the system; otherwise the process would keep it for days.
 void releaseFreedMemory()
@@ -194,11 +198,12 @@ int main(int argc, char **argv)
         printDiagnostics(argc, argv);
         return EXIT_SUCCESS;
     }
-    std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(findDisplayFacts()));
-    if (const std::optional<QString> problem = missingDisplay()) {
+    const DisplayFacts display = findDisplayFacts(slowestCompositor);
+    if (const std::optional<QString> problem = missingDisplay(display)) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;
     }
+    std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(display));
     preventSessionBusLaunch();
 
     limitPaintThreads();
