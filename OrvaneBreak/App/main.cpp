@@ -11,6 +11,7 @@
 #include "CrashReporter.h"
 #include "CrashUpload.h"
 #include "DescriptorReserve.h"
+#include "DesktopUserIdle.h"
 #include "Diagnostics.h"
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
@@ -36,7 +37,6 @@
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
 #include "UpdaterParts.h"
-#include "UserIdleFactory.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
 #include "X11Connection.h"
@@ -114,8 +114,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const DescriptorReserve descriptorReserve;
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
-    const ChosenUserIdle idle = makeUserIdle(runLoop);
-    SleepAwareUserIdle sleepAwareIdle(*idle.userIdle, idle.resolution());
+    const DesktopUserIdle idle(runLoop);
+    SleepAwareUserIdle sleepAwareIdle(idle, [&idle] { return idle.resolution(); });
     runLoop.onWakeUp = [&sleepAwareIdle] { sleepAwareIdle.noteSleep(); };
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
