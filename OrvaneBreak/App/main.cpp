@@ -121,7 +121,7 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     const SessionLock sessionLock;
     const X11LockWindow lockWindow(X11Connection::ofToolkit());
-    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
+    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp() || !surface->isDrawn(); };
     LockAwareUserIdle userIdle(sleepAwareIdle, isLocked);
     auto overlay = std::make_unique<LockAwareOverlay>(
         std::make_unique<BreakOverlayController>(*surface,
