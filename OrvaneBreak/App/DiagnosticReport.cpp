@@ -91,6 +91,8 @@ QString overlayKind(const DisplayFacts &display)
         return u"windows that bypass the window manager"_s;
     if (name.startsWith("wayland"_L1) && display.compositor == CompositorAnswer::LayerShell)
         return u"layer surfaces"_s;
+    if (name.startsWith("wayland"_L1) && display.compositor == CompositorAnswer::Unasked)
+        return u"layer surfaces if the compositor offers a layer shell, otherwise full-screen windows"_s;
     return u"full-screen windows"_s;
 }
 

@@ -2,10 +2,10 @@
 #include "Diagnostics.h"
 
 #include "BusQuestion.h"
+#include "DesktopUserIdle.h"
 #include "DiagnosticReport.h"
 #include "SessionBus.h"
 #include "TimerfdRunLoop.h"
-#include "UserIdleFactory.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -71,7 +71,7 @@ DiagnosticFacts localFacts()
     facts.system = QSysInfo::prettyProductName();
     facts.sessionType = qEnvironmentVariable("XDG_SESSION_TYPE");
     facts.currentDesktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP");
-    facts.display = findDisplayFacts();
+    facts.display = findDisplayFacts(answerTimeout);
     facts.idleSource = u"unknown"_s;
     return facts;
 }
@@ -93,7 +93,7 @@ void printDiagnostics(int argc, char **argv)
     DiagnosticFacts completeFacts = facts;
     // Calls over the bus have a timeout, but connecting to it has none.
     const std::unique_ptr<QThread> thread(QThread::create([&completeFacts, &runLoop] {
-        completeFacts.idleSource = QString::fromLatin1(userIdleSourceName(makeUserIdle(runLoop).source));
+        completeFacts.idleSource = QString::fromLatin1(userIdleSourceName(DesktopUserIdle(runLoop).source()));
         askSessionBus(completeFacts);
     }));
     thread->start();

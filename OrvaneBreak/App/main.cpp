@@ -11,8 +11,8 @@
 #include "CrashReporter.h"
 #include "CrashUpload.h"
 #include "DescriptorReserve.h"
+#include "DesktopUserIdle.h"
 #include "Diagnostics.h"
-#include "DisplayProbe.h"
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
@@ -37,7 +37,6 @@
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
 #include "UpdaterParts.h"
-#include "UserIdleFactory.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
 #include "X11Connection.h"
@@ -52,6 +51,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -70,6 +70,10 @@ int largestIconAtStart(const QApplication &application)
 {
     return application.devicePixelRatio() > 1 ? 256 : 128;
 }
+
+/// How long the compositor of a session that is just starting may take to answer. The platform is chosen for
+/// the life of the process, and a wrong one costs the keyboard or the translucency of every break.
+constexpr std::chrono::seconds slowestCompositor(10);
 
 /// Returns the memory that startup has freed to the system; otherwise the process would keep it for days.
 void releaseFreedMemory()
@@ -110,14 +114,14 @@ int runApplication(QApplication &application, ApplicationService &service, const
     const DescriptorReserve descriptorReserve;
     TimerfdRunLoop runLoop;
     JsonPreferences preferences(preferencesFile);
-    const ChosenUserIdle idle = makeUserIdle(runLoop);
-    SleepAwareUserIdle sleepAwareIdle(*idle.userIdle, idle.resolution());
+    const DesktopUserIdle idle(runLoop);
+    SleepAwareUserIdle sleepAwareIdle(idle, [&idle] { return idle.resolution(); });
     runLoop.onWakeUp = [&sleepAwareIdle] { sleepAwareIdle.noteSleep(); };
     OnDemandChime chime(bundle.soundsFolder());
     const std::unique_ptr<OverlaySurface> surface = makeOverlaySurface();
     const SessionLock sessionLock;
     const X11LockWindow lockWindow(X11Connection::ofToolkit());
-    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp(); };
+    const auto isLocked = [&] { return sessionLock.isLocked() || lockWindow.isUp() || !surface->isDrawn(); };
     LockAwareUserIdle userIdle(sleepAwareIdle, isLocked);
     auto overlay = std::make_unique<LockAwareOverlay>(
         std::make_unique<BreakOverlayController>(*surface,
@@ -194,11 +198,12 @@ int main(int argc, char **argv)
         printDiagnostics(argc, argv);
         return EXIT_SUCCESS;
     }
-    std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(findDisplayFacts()));
-    if (const std::optional<QString> problem = missingDisplay()) {
+    const DisplayFacts display = findDisplayFacts(slowestCompositor);
+    if (const std::optional<QString> problem = missingDisplay(display)) {
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;
     }
+    std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(display));
     preventSessionBusLaunch();
 
     limitPaintThreads();

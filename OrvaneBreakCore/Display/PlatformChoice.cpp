@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "PlatformChoice.h"
 
-#include "DisplayProbe.h"
 #include "NativePointers.h"
 #include "WaylandGlobals.h"
 
-#include <wayland-client-core.h>
+#include <QStringList>
 
-#include <optional>
+#include <wayland-client-core.h>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 
@@ -25,10 +29,31 @@ const char *reasonForX11(CompositorAnswer compositor)
     case CompositorAnswer::Plain:
         return "the compositor offers no layer shell, but there is an X server";
     case CompositorAnswer::Absent:
+    case CompositorAnswer::Unasked:
     case CompositorAnswer::LayerShell:
         break;
     }
     return "there is an X server and no compositor";
+}
+
+bool isX11Reachable()
+{
+    const XcbConnectionPointer connection(xcb_connect(nullptr, nullptr));
+    return xcb_connection_has_error(connection.get()) == 0;
+}
+
+bool hasDisplay(const QString &platform, const DisplayFacts &facts)
+{
+    if (platform.startsWith("xcb"_L1))
+        return facts.isX11Reachable;
+    return !platform.startsWith("wayland"_L1) || facts.compositor != CompositorAnswer::Absent;
+}
+
+[[noreturn]] void endWithOneLine()
+{
+    std::fprintf(stderr, "orvanebreak: Qt cannot use the platform \"%s\" (QT_QPA_PLATFORM)\n",
+                 qgetenv(platformVariable).constData());
+    std::_Exit(EXIT_FAILURE);
 }
 
 } // namespace
@@ -39,6 +64,8 @@ PlatformChoice choosePlatform(const DisplayFacts &facts)
         return {{}, "QT_QPA_PLATFORM asks for it"};
     if (facts.compositor == CompositorAnswer::LayerShell)
         return {"wayland", "the compositor offers a layer shell"};
+    if (facts.compositor == CompositorAnswer::Unasked)
+        return {"wayland", "WAYLAND_SOCKET asks for it"};
     if (facts.isX11Reachable)
         return {"xcb", reasonForX11(facts.compositor)};
     if (facts.compositor == CompositorAnswer::Plain)
@@ -55,6 +82,9 @@ bool isCompositorWorthAsking(const QString &waylandDisplay, const QString &x11Di
 
 CompositorAnswer askCompositor(std::chrono::milliseconds timeout)
 {
+    // Connecting would use it up.
+    if (qEnvironmentVariableIsSet("WAYLAND_SOCKET"))
+        return CompositorAnswer::Unasked;
     const WaylandDisplayPointer display(wl_display_connect(nullptr));
     if (!display)
         return CompositorAnswer::Absent;
@@ -65,24 +95,50 @@ CompositorAnswer askCompositor(std::chrono::milliseconds timeout)
     return globals->offers("zwlr_layer_shell_v1") ? CompositorAnswer::LayerShell : CompositorAnswer::Plain;
 }
 
-DisplayFacts findDisplayFacts()
+DisplayFacts findDisplayFacts(std::chrono::milliseconds timeout)
 {
     DisplayFacts facts;
     facts.requestedPlatform = qEnvironmentVariable(platformVariable);
+    const QStringList requested = facts.requestedPlatform.split(u';', Qt::SkipEmptyParts);
     const bool isFree = facts.requestedPlatform.isEmpty();
-    const bool isWaylandRequested = facts.requestedPlatform.startsWith("wayland"_L1);
-    if (isWaylandRequested || (isFree && isCompositorWorthAsking(qEnvironmentVariable("WAYLAND_DISPLAY"),
-                                                                 qEnvironmentVariable("DISPLAY"))))
-        facts.compositor = askCompositor(WaylandGlobals::defaultTimeout);
-    if (isFree && facts.compositor != CompositorAnswer::LayerShell)
+    const auto isRequested = [&requested](QLatin1StringView name) {
+        return std::any_of(requested.begin(), requested.end(),
+                           [name](const QString &platform) { return platform.startsWith(name); });
+    };
+    if (isFree ? isCompositorWorthAsking(qEnvironmentVariable("WAYLAND_DISPLAY"),
+                                         qEnvironmentVariable("DISPLAY"))
+               : isRequested("wayland"_L1))
+        facts.compositor = askCompositor(timeout);
+    if (isFree ? facts.compositor != CompositorAnswer::LayerShell : isRequested("xcb"_L1))
         facts.isX11Reachable = isX11Reachable();
+    const auto used = std::find_if(requested.begin(), requested.end(),
+                                   [&facts](const QString &platform) { return hasDisplay(platform, facts); });
+    if (used != requested.end())
+        facts.requestedPlatform = *used;
     return facts;
+}
+
+std::optional<QString> missingDisplay(const DisplayFacts &facts)
+{
+    const bool isChosen = !choosePlatform(facts).platform.isEmpty();
+    if (isChosen || (!facts.requestedPlatform.isEmpty() && hasDisplay(facts.requestedPlatform, facts)))
+        return std::nullopt;
+    return u"no display: no Wayland compositor answers at WAYLAND_DISPLAY \"%1\" and no X server at DISPLAY \"%2\""_s
+        .arg(qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("DISPLAY"));
 }
 
 PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)
     : m_isSet(!choice.platform.isEmpty())
     , m_isSharedMemoryFree(!qEnvironmentVariableIsSet(noSharedMemoryVariable))
+    , m_previousHandler(qInstallMessageHandler(nullptr))
 {
+    static QtMessageHandler previous = nullptr;
+    previous = m_previousHandler;
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &message) {
+        if (type == QtFatalMsg)
+            endWithOneLine();
+        previous(type, context, message);
+    });
     if (m_isSet)
         qputenv(platformVariable, choice.platform);
     if (m_isSharedMemoryFree)
@@ -93,6 +149,7 @@ PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)
 
 PlatformEnvironment::~PlatformEnvironment()
 {
+    qInstallMessageHandler(m_previousHandler);
     if (m_isSet)
         qunsetenv(platformVariable);
     if (m_isSharedMemoryFree)

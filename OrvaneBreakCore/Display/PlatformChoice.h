@@ -5,11 +5,13 @@
 #include <QString>
 
 #include <chrono>
+#include <optional>
 
 /// How a compositor answers the question for its globals.
 enum class CompositorAnswer
 {
     Absent,     ///< There is no compositor, or none was asked.
+    Unasked,    ///< WAYLAND_SOCKET is a connection that only the toolkit can use.
     Silent,     ///< It accepts connections but does not answer in time.
     Plain,      ///< It offers no layer shell.
     LayerShell, ///< It lets programs put surfaces above all windows.
@@ -18,7 +20,9 @@ enum class CompositorAnswer
 /// What the choice of a platform depends on.
 struct DisplayFacts
 {
-    QString requestedPlatform; ///< The user's QT_QPA_PLATFORM.
+    /// The entry of the user's QT_QPA_PLATFORM that the toolkit uses: the first one whose display is there,
+    /// or the whole list if there is none.
+    QString requestedPlatform;
     CompositorAnswer compositor = CompositorAnswer::Absent;
     bool isX11Reachable = false;
 };
@@ -42,15 +46,20 @@ struct PlatformChoice
 /// `timeout`.
 [[nodiscard]] CompositorAnswer askCompositor(std::chrono::milliseconds timeout);
 
-/// Examines the environment, the compositor and, where it matters, the X server; with a requested platform
-/// only what that platform needs. Waits for the compositor for at most a second. Needs no application object.
-[[nodiscard]] DisplayFacts findDisplayFacts();
+/// Examines the environment, the compositor and, where it matters, the X server; with requested platforms
+/// only what those need. Waits for the compositor for at most `timeout`. Needs no application object.
+[[nodiscard]] DisplayFacts findDisplayFacts(std::chrono::milliseconds timeout);
+
+/// An error message of one line in English if there is no display that the program can start on, where the
+/// toolkit would abort the process. A requested platform that needs no display always passes.
+[[nodiscard]] std::optional<QString> missingDisplay(const DisplayFacts &facts);
 
 /// Sets the chosen platform in this process's environment while the application object is created, and unsets
-/// it when destroyed, so that programs started from here make their own choice. Also makes Qt send pictures to
-/// the X server instead of sharing memory with it: a ring whose tip alone changes is small, and Qt would wait
-/// before each paint until the server has read the last one. Permanently lets the toolkit create Wayland
-/// surfaces without a role, which the layer surfaces need.
+/// it when destroyed, so that programs started from here make their own choice. In between, a fatal message
+/// of the toolkit, such as one about an unknown platform, ends the process with one line instead of a core
+/// dump. Also makes Qt send pictures to the X server instead of sharing memory with it: the pictures of a
+/// break are small, and Qt would wait before each until the server has read the last one. Permanently lets the
+/// toolkit create Wayland surfaces without a role, which the layer surfaces need.
 class PlatformEnvironment
 {
 public:
@@ -62,4 +71,5 @@ public:
 private:
     bool m_isSet;
     bool m_isSharedMemoryFree; ///< The user has not decided about it.
+    QtMessageHandler m_previousHandler;
 };

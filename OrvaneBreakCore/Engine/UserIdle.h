@@ -18,13 +18,6 @@ public:
 
     /// The figures at this moment. A desktop that has one figure for all input gives it for every kind. All
     /// are 0 if the idle time is unknown, so that the user counts as active. May query the desktop and block
-    /// for at most half a second. User-interface thread.
+    /// for at most two seconds. User-interface thread.
     [[nodiscard]] virtual InputIdleSeconds secondsSinceLastInput() const = 0;
-};
-
-/// For desktops without a service for the idle time: the user always counts as active.
-class AbsentUserIdle final : public UserIdle
-{
-public:
-    [[nodiscard]] InputIdleSeconds secondsSinceLastInput() const override { return {}; }
 };

@@ -11,31 +11,26 @@ namespace {
 
 constexpr std::chrono::milliseconds monitorAnswerTimeout(500);
 
-const QString &monitorService()
-{
-    static const QString service = u"org.gnome.Mutter.IdleMonitor"_s;
-    return service;
-}
-
 } // namespace
 
-MutterUserIdle::MutterUserIdle(const QDBusConnection &bus)
+MutterUserIdle::MutterUserIdle(const QDBusConnection &bus, QLatin1StringView service)
     : m_bus(bus)
+    , m_service(service)
 {
 }
 
-bool MutterUserIdle::isOffered(const QDBusConnection &bus)
+bool MutterUserIdle::isOffered() const
 {
     QDBusMessage question = BusQuestion::toRunningService(
         u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"NameHasOwner"_s);
-    question << monitorService();
-    return BusQuestion::valueOf(BusQuestion::ask(bus, question, monitorAnswerTimeout)).toBool();
+    question << m_service;
+    return BusQuestion::valueOf(BusQuestion::ask(m_bus, question, monitorAnswerTimeout)).toBool();
 }
 
 InputIdleSeconds MutterUserIdle::secondsSinceLastInput() const
 {
-    const QDBusMessage question = BusQuestion::toRunningService(
-        monitorService(), u"/org/gnome/Mutter/IdleMonitor/Core"_s, monitorService(), u"GetIdletime"_s);
+    const QString path = u'/' + QString(m_service).replace(u'.', u'/') + u"/Core"_s;
+    const QDBusMessage question = BusQuestion::toRunningService(m_service, path, m_service, u"GetIdletime"_s);
     const QVariant milliseconds =
         BusQuestion::valueOf(BusQuestion::ask(m_bus, question, monitorAnswerTimeout));
     InputIdleSeconds seconds{};

@@ -4,6 +4,7 @@
 #include "BusQuestion.h"
 
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusObjectPath>
 
 #include <chrono>
@@ -30,10 +31,27 @@ constexpr ScreenSaver screenSavers[] = {
 };
 
 const QString login = u"org.freedesktop.login1"_s;
+const QString loginPath = u"/org/freedesktop/login1"_s;
 const QString loginManager = u"org.freedesktop.login1.Manager"_s;
 const QString loginSession = u"org.freedesktop.login1.Session"_s;
 const QString properties = u"org.freedesktop.DBus.Properties"_s;
 const QString lockedHint = u"LockedHint"_s;
+const QString suspend = u"suspend"_s; ///< Among the services that report a lock.
+
+/// The object path of a session reference, which is a name and a path; empty for any other value and for the
+/// reference to no session.
+QString sessionPath(const QVariant &reference)
+{
+    QString name;
+    QDBusObjectPath path;
+    const auto argument = reference.value<QDBusArgument>();
+    if (argument.currentSignature() != u"(so)")
+        return {};
+    argument.beginStructure();
+    argument >> name >> path;
+    argument.endStructure();
+    return name.isEmpty() ? QString() : path.path();
+}
 
 } // namespace
 
@@ -72,12 +90,16 @@ void SessionLock::watchLogin()
 {
     m_systemServices.setConnection(m_systemBus);
     m_systemServices.addWatchedService(login);
+    m_systemBus.connect(login, loginPath, loginManager, u"PrepareForSleep"_s, this,
+                        SLOT(prepareForSleep(bool)));
     askLogin();
 }
 
 void SessionLock::ownerChanged(const QString &service, const QString &newOwner)
 {
     m_lockedBy.remove(service);
+    if (service == login)
+        m_lockedBy.remove(suspend);
     if (newOwner.isEmpty())
         return;
     if (service == login)
@@ -101,15 +123,28 @@ void SessionLock::askScreenSaver(const QString &service)
 void SessionLock::askLogin()
 {
     const QString session = qEnvironmentVariable("XDG_SESSION_ID");
-    QDBusMessage question =
-        BusQuestion::toRunningService(login, u"/org/freedesktop/login1"_s, loginManager,
-                                      session.isEmpty() ? u"GetSessionByPID"_s : u"GetSession"_s);
+    QDBusMessage question = BusQuestion::toRunningService(
+        login, loginPath, loginManager, session.isEmpty() ? u"GetSessionByPID"_s : u"GetSession"_s);
     if (session.isEmpty())
         question << static_cast<uint>(QCoreApplication::applicationPid());
     else
         question << session;
     BusQuestion::askLater(m_systemBus, question, lockAnswerTimeout, *this, [this](const QDBusMessage &reply) {
         const QString path = BusQuestion::valueOf(reply).value<QDBusObjectPath>().path();
+        if (path.isEmpty())
+            askDisplaySession();
+        else
+            askLoginSession(path);
+    });
+}
+
+/// A process that the user's service manager or the bus has started belongs to no session.
+void SessionLock::askDisplaySession()
+{
+    const QDBusMessage question = BusQuestion::forProperty(login, loginPath + u"/user/self"_s,
+                                                           u"org.freedesktop.login1.User"_s, u"Display"_s);
+    BusQuestion::askLater(m_systemBus, question, lockAnswerTimeout, *this, [this](const QDBusMessage &reply) {
+        const QString path = sessionPath(BusQuestion::valueOf(reply));
         if (!path.isEmpty())
             askLoginSession(path);
     });
@@ -139,6 +174,12 @@ void SessionLock::propertiesChanged(const QString &interface, const QVariantMap 
 {
     if (interface == loginSession && changed.contains(lockedHint))
         setLocked(login, changed.value(lockedHint));
+}
+
+/// A break that is on the screen when the machine falls asleep would still be there after the resume.
+void SessionLock::prepareForSleep(bool isComing)
+{
+    setLocked(suspend, isComing);
 }
 
 void SessionLock::setLocked(const QString &service, const QVariant &isLocked)

@@ -10,8 +10,9 @@
 #include <QVariantMap>
 
 /// Whether the session is locked, as the lock screens on the session bus and the login service on the system
-/// bus report it. A service that leaves its bus reports nothing any more, and is asked again when it returns.
-/// Never starts a service and never waits for an answer. User-interface thread only.
+/// bus report it. From the announcement of a suspend until the resume it counts as locked. A service that
+/// leaves its bus reports nothing any more, and is asked again when it returns. Never starts a service and
+/// never waits for an answer. User-interface thread only.
 class SessionLock final : public QObject
 {
     Q_OBJECT
@@ -29,6 +30,7 @@ public:
 private Q_SLOTS:
     void activeChanged(bool isActive, const QDBusMessage &signal);
     void propertiesChanged(const QString &interface, const QVariantMap &changed);
+    void prepareForSleep(bool isComing);
 
 private:
     void watchScreenSavers();
@@ -36,6 +38,7 @@ private:
     void ownerChanged(const QString &service, const QString &newOwner);
     void askScreenSaver(const QString &service);
     void askLogin();
+    void askDisplaySession();
     void askLoginSession(const QString &path);
     void setLocked(const QString &service, const QVariant &isLocked);
 

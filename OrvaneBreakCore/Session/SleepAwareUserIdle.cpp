@@ -16,10 +16,10 @@ constexpr std::chrono::hours maxSleepAge = 1h;
 
 } // namespace
 
-SleepAwareUserIdle::SleepAwareUserIdle(const UserIdle &source, std::chrono::seconds resolution,
+SleepAwareUserIdle::SleepAwareUserIdle(const UserIdle &source, Resolution resolution,
                                        std::function<MachineTime()> clock)
     : m_source(source)
-    , m_resolution(resolution)
+    , m_resolution(std::move(resolution))
     , m_clock(std::move(clock))
     , m_asleep(m_clock().asleep)
 {
@@ -40,8 +40,9 @@ InputIdleSeconds SleepAwareUserIdle::secondsSinceLastInput() const
 {
     InputIdleSeconds seconds = m_source.secondsSinceLastInput();
     const std::chrono::nanoseconds awake = m_clock().awake;
+    const std::chrono::duration<double> resolution = m_resolution();
     for (double &figure : seconds) {
-        const auto sinceInput = std::max(std::chrono::duration<double>(figure), m_resolution);
+        const auto sinceInput = std::max(std::chrono::duration<double>(figure), resolution);
         for (const Sleep &sleep : m_sleeps) {
             if (sinceInput >= awake - sleep.resume)
                 figure += std::chrono::duration<double>(sleep.length).count();

@@ -13,10 +13,12 @@
 class SleepAwareUserIdle final : public UserIdle
 {
 public:
+    using Resolution = std::function<std::chrono::milliseconds()>;
+
     /// `source` outlives this object. Its figures below `resolution` read as 0: during that time after a
     /// resume nobody knows whether the last input came before the sleep, and it counts as having done so.
-    explicit SleepAwareUserIdle(const UserIdle &source, std::chrono::seconds resolution = {},
-                                std::function<MachineTime()> clock = &MachineTime::now);
+    SleepAwareUserIdle(const UserIdle &source, Resolution resolution,
+                       std::function<MachineTime()> clock = &MachineTime::now);
 
     /// Looks whether the machine was asleep since the last call. To be called soon after every resume: input
     /// between the resume and this call counts as having come before the sleep.
@@ -33,7 +35,7 @@ private:
     };
 
     const UserIdle &m_source;
-    std::chrono::duration<double> m_resolution;
+    Resolution m_resolution;
     std::function<MachineTime()> m_clock;
     std::chrono::nanoseconds m_asleep; ///< At the last call of `noteSleep`.
     std::vector<Sleep> m_sleeps;       ///< Those that ended within the last hour awake.

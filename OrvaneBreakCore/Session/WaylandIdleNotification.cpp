@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandIdleNotification.h"
 
-#include "WaylandGlobals.h"
-
 #include <ext-idle-notify-v1-client-protocol.h>
 #include <idle-client-protocol.h>
 #include <wayland-client.h>
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 namespace {
@@ -87,20 +84,13 @@ private:
 
 } // namespace
 
-OfferedWaylandIdle offeredWaylandIdle(wl_display &display)
+std::optional<WaylandIdleProtocol> idleProtocolOf(std::string_view interface)
 {
-    const WaylandQueue queue(display);
-    const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(queue);
-    if (!globals)
-        return {};
-    return {globals->offers(globalInterface(WaylandIdleProtocol::ExtIdleNotify)),
-            globals->offers(globalInterface(WaylandIdleProtocol::KdeIdle))};
-}
-
-const char *globalInterface(WaylandIdleProtocol protocol)
-{
-    return protocol == WaylandIdleProtocol::ExtIdleNotify ? ext_idle_notifier_v1_interface.name
-                                                          : org_kde_kwin_idle_interface.name;
+    if (interface == ext_idle_notifier_v1_interface.name)
+        return WaylandIdleProtocol::ExtIdleNotify;
+    if (interface == org_kde_kwin_idle_interface.name)
+        return WaylandIdleProtocol::KdeIdle;
+    return std::nullopt;
 }
 
 std::unique_ptr<WaylandIdleNotification> requestIdleNotification(WaylandIdleProtocol protocol,

@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
 
-struct wl_display;
 struct wl_registry;
 struct wl_seat;
 
@@ -24,19 +25,8 @@ struct WaylandGlobal
     std::uint32_t version;
 };
 
-/// Which of the protocols a compositor offers.
-struct OfferedWaylandIdle
-{
-    bool extIdleNotify = false;
-    bool kdeIdle = false;
-};
-
-/// Asks the compositor and waits for its answer, at most as long as `WaylandGlobals` does. Nothing is offered
-/// on a broken connection or without an answer in time.
-[[nodiscard]] OfferedWaylandIdle offeredWaylandIdle(wl_display &display);
-
-/// The interface of the global object that a compositor announces for the protocol.
-[[nodiscard]] const char *globalInterface(WaylandIdleProtocol protocol);
+/// The protocol whose global object has that interface, or nothing for other interfaces.
+[[nodiscard]] std::optional<WaylandIdleProtocol> idleProtocolOf(std::string_view interface);
 
 /// A request for reports about one seat. Destroying it withdraws the request.
 class WaylandIdleNotification

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WaylandUserIdle.h"
 
+#include "WaylandGlobals.h"
+
 #include <wayland-client.h>
 
 #include <algorithm>
@@ -8,9 +10,8 @@
 #include <utility>
 
 WaylandUserIdle::WaylandUserIdle(const RunLoop &runLoop, WaylandDisplayPointer display,
-                                 WaylandIdleProtocol protocol, std::chrono::milliseconds timeout)
+                                 std::chrono::milliseconds timeout)
     : m_runLoop(runLoop)
-    , m_protocol(protocol)
     , m_timeout(timeout)
     , m_connection(std::move(display), [this] { m_idleSince.reset(); })
 {
@@ -31,6 +32,22 @@ InputIdleSeconds WaylandUserIdle::secondsSinceLastInput() const
     return seconds;
 }
 
+void WaylandUserIdle::waitForAnnouncements()
+{
+    if (!hasCompositor())
+        return;
+    const WaylandQueue queue(*m_connection.display());
+    if (queue.roundTrip(std::chrono::steady_clock::now() + WaylandGlobals::defaultTimeout))
+        wl_display_dispatch_pending(m_connection.display());
+    m_connection.flush();
+}
+
+std::optional<WaylandIdleProtocol> WaylandUserIdle::protocol() const
+{
+    const Notifier *notifier = bestNotifier();
+    return notifier ? std::optional(notifier->protocol) : std::nullopt;
+}
+
 void WaylandUserIdle::listenToRegistry()
 {
     static constexpr wl_registry_listener listener{
@@ -48,19 +65,19 @@ void WaylandUserIdle::listenToRegistry()
 
 void WaylandUserIdle::globalAppeared(WaylandGlobal global, const char *interface)
 {
-    const std::string_view name(interface);
-    if (name == wl_seat_interface.name)
+    if (std::string_view(interface) == wl_seat_interface.name)
         m_seats.push_back(global);
-    else if (name == globalInterface(m_protocol))
-        m_notifiers.push_back(global);
+    else if (const auto offered = idleProtocolOf(interface))
+        m_notifiers.push_back({*offered, global});
+    else
+        return;
     startWatch();
 }
 
 void WaylandUserIdle::globalVanished(std::uint32_t name)
 {
-    const auto hasName = [name](const WaylandGlobal &global) { return global.name == name; };
-    std::erase_if(m_seats, hasName);
-    std::erase_if(m_notifiers, hasName);
+    std::erase_if(m_seats, [name](const WaylandGlobal &seat) { return seat.name == name; });
+    std::erase_if(m_notifiers, [name](const Notifier &notifier) { return notifier.global.name == name; });
     if (!m_watch || (m_watch->seatName != name && m_watch->notifierName != name))
         return;
     m_watch.reset();
@@ -68,17 +85,27 @@ void WaylandUserIdle::globalVanished(std::uint32_t name)
     startWatch();
 }
 
+const WaylandUserIdle::Notifier *WaylandUserIdle::bestNotifier() const
+{
+    // The first enumerator is the best protocol.
+    const auto best = std::min_element(m_notifiers.begin(), m_notifiers.end(),
+                                       [](const auto &a, const auto &b) { return a.protocol < b.protocol; });
+    return best == m_notifiers.end() ? nullptr : &*best;
+}
+
 void WaylandUserIdle::startWatch()
 {
-    if (m_watch || m_seats.empty() || m_notifiers.empty())
+    const Notifier *notifier = bestNotifier();
+    if (m_seats.empty() || !notifier || (m_watch && m_watch->notifierName == notifier->global.name))
         return;
+    m_watch.reset();
+    m_idleSince.reset();
     const WaylandGlobal &seat = m_seats.front();
-    const WaylandGlobal &notifier = m_notifiers.front();
     const std::uint32_t version = std::min<std::uint32_t>(seat.version, WL_SEAT_RELEASE_SINCE_VERSION);
     NativePointer<wl_seat> bound(
         static_cast<wl_seat *>(wl_registry_bind(m_registry.get(), seat.name, &wl_seat_interface, version)));
     auto notification = requestIdleNotification(
-        m_protocol, *m_registry, notifier, *bound, m_timeout,
+        notifier->protocol, *m_registry, notifier->global, *bound, m_timeout,
         {[this] { m_idleSince = m_runLoop.now() - m_timeout; }, [this] { m_idleSince.reset(); }});
-    m_watch = Watch{seat.name, notifier.name, std::move(bound), std::move(notification)};
+    m_watch = Watch{seat.name, notifier->global.name, std::move(bound), std::move(notification)};
 }

@@ -20,7 +20,7 @@ from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
                       input_part, keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part,
                       session_part, shell_part, sound_part, stacking_part, switches_part, tray_part, trouble_part,
-                      wayland_break_part, wayland_change_part)
+                      wayland_break_part, wayland_change_part, wayland_keyboard_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, summary, table, write_json
@@ -103,7 +103,8 @@ def everyday_on_wayland(desk, report, helpers):
     """The main scenario for a Wayland desktop."""
     report.run(wayland_break_part.starting, desk, report)
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.held_escape, wayland_break_part.pointer,
-                 wayland_break_part.button, wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
+                 wayland_break_part.button, wayland_break_part.lasting, wayland_keyboard_part.late_window,
+                 wayland_keyboard_part.overview, wayland_keyboard_part.menu, wayland_change_part.scales, wayland_change_part.turned,
                  wayland_change_part.mirrored, wayland_change_part.unplugging):
         desk.clean_up(program_runs=True)
         report.run(part, desk, report)

@@ -73,14 +73,13 @@ void checkLoginItems()
     }
 }
 
-/// Finds the facts only for a platform that the user set and that is not Wayland: others would contact a
-/// server.
+/// Finds the facts only for platforms that the user set and that need no server.
 void checkPlatform()
 {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     DisplayFacts facts;
-    if (!platform.isEmpty() && !platform.startsWith("wayland"))
-        facts = findDisplayFacts();
+    if (!platform.isEmpty() && !platform.contains("wayland") && !platform.contains("xcb"))
+        facts = findDisplayFacts(std::chrono::seconds(1));
     require(facts.compositor == CompositorAnswer::Absent && !facts.isX11Reachable,
             "no display server is contacted");
     {

@@ -8,8 +8,9 @@
 #include <QPair>
 #include <QVariant>
 
-/// A service on a connection of its own that answers every call by the name of its method, and sends signals.
-/// It replies to a method without an answer with an error, and never to one whose answer is an invalid value.
+/// A service on a connection of its own that answers every call by the name of its method, or by that name, a
+/// space and the call's last argument, and sends signals. It replies to a method without an answer with an
+/// error, and never to one whose answer is an invalid value.
 class FakeBusService final : public QDBusVirtualObject
 {
 public:
@@ -40,9 +41,12 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
         calls << message.member();
-        if (!answers.contains(message.member()))
+        const QVariant last = message.arguments().isEmpty() ? QVariant() : message.arguments().constLast();
+        const QString detailed = message.member() + QLatin1Char(' ') + last.toString();
+        const QString key = answers.contains(detailed) ? detailed : message.member();
+        if (!answers.contains(key))
             return false;
-        const QVariant answer = answers.value(message.member());
+        const QVariant answer = answers.value(key);
         return !answer.isValid() || connection.send(message.createReply(answer));
     }
 

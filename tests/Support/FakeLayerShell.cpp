@@ -37,6 +37,16 @@ struct FakeLayerShell::Requests
             else if (self(surface).m_answer == Answer::Close)
                 zwlr_layer_surface_v1_send_closed(each.resource);
         }
+        if (self(surface).m_isDrawing)
+            self(surface).setDrawing(true);
+    }
+
+    static void requestFrame(wl_client *client, wl_resource *surface, std::uint32_t id)
+    {
+        wl_resource *callback = wl_resource_create(client, &wl_callback_interface, 1, id);
+        wl_resource_set_implementation(callback, nullptr, &self(surface),
+                                       [](wl_resource *gone) { std::erase(self(gone).m_frames, gone); });
+        self(surface).m_frames.push_back(callback);
     }
 
     static void createSurface(wl_client *client, wl_resource *compositor, std::uint32_t id)
@@ -45,6 +55,11 @@ struct FakeLayerShell::Requests
             struct wl_surface_interface result = {};
             result.destroy = destroy;
             result.commit = commit;
+            result.frame = requestFrame;
+            result.attach = [](wl_client *, wl_resource *, wl_resource *, std::int32_t, std::int32_t) {};
+            result.damage = [](wl_client *, wl_resource *, std::int32_t, std::int32_t, std::int32_t,
+                               std::int32_t) {};
+            result.set_input_region = [](wl_client *, wl_resource *, wl_resource *) {};
             return result;
         }();
         wl_resource *surface = wl_resource_create(client, &wl_surface_interface, 1, id);
@@ -59,12 +74,13 @@ struct FakeLayerShell::Requests
             result.set_anchor = [](wl_client *, wl_resource *resource, std::uint32_t anchor) {
                 layer(resource).anchor = anchor;
             };
+            result.set_size = [](wl_client *, wl_resource *, std::uint32_t, std::uint32_t) {};
             result.set_exclusive_zone = [](wl_client *, wl_resource *resource, std::int32_t zone) {
                 layer(resource).exclusiveZone = zone;
             };
             result.set_keyboard_interactivity = [](wl_client *, wl_resource *resource,
                                                    std::uint32_t keyboard) {
-                layer(resource).keyboard = keyboard;
+                layer(resource).keyboards.push_back(keyboard);
             };
             result.ack_configure = [](wl_client *, wl_resource *resource, std::uint32_t serial) {
                 layer(resource).acknowledged.push_back(serial);
@@ -88,6 +104,11 @@ struct FakeLayerShell::Requests
         static const struct wl_compositor_interface requests = [] {
             struct wl_compositor_interface first = {};
             first.create_surface = createSurface;
+            first.create_region = [](wl_client *owner, wl_resource *, std::uint32_t region) {
+                static const struct wl_region_interface regionRequests{destroy, nullptr, nullptr};
+                wl_resource_set_implementation(wl_resource_create(owner, &wl_region_interface, 1, region),
+                                               &regionRequests, nullptr, nullptr);
+            };
             return first;
         }();
         wl_resource *resource = wl_resource_create(client, &wl_compositor_interface, 1, id);
@@ -117,10 +138,20 @@ FakeLayerShell::FakeLayerShell(FakeCompositor &compositor, Answer answer)
 void FakeLayerShell::offer(bool isShellOffered)
 {
     wl_display *display = m_compositor.display();
+    wl_display_init_shm(display);
     wl_global_create(display, &wl_compositor_interface, 1, this, Requests::bindCompositor);
     wl_global_create(display, &wl_output_interface, 1, this, Requests::bindOutput);
     if (isShellOffered)
         wl_global_create(display, &zwlr_layer_shell_v1_interface, 1, this, Requests::bindShell);
+}
+
+void FakeLayerShell::setDrawing(bool isDrawing)
+{
+    m_isDrawing = isDrawing;
+    while (isDrawing && !m_frames.empty()) {
+        wl_callback_send_done(m_frames.back(), 0);
+        wl_resource_destroy(m_frames.back());
+    }
 }
 
 void FakeLayerShell::configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -26,7 +27,7 @@ public:
         std::uint32_t layer = 0;
         std::uint32_t anchor = 0;
         std::int32_t exclusiveZone = 0;
-        std::uint32_t keyboard = 0;
+        std::vector<std::uint32_t> keyboards; ///< The interactivities that were requested, in their order.
         int commits = 0;
         std::vector<std::uint32_t> acknowledged; ///< Serials of configure events.
     };
@@ -46,6 +47,10 @@ public:
     void configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const;
     void close() const;
 
+    /// Whether frames are drawn, as they are at first. Drawing again answers what waited for it, and so runs
+    /// on the compositor's thread or while that is stopped.
+    void setDrawing(bool isDrawing);
+
     [[nodiscard]] const std::vector<Layer> &layers() const { return m_layers; }
 
 private:
@@ -55,4 +60,6 @@ private:
     FakeCompositor &m_compositor;
     Answer m_answer;
     std::vector<Layer> m_layers;
+    std::vector<wl_resource *> m_frames; ///< Callbacks that wait for the next frame.
+    std::atomic<bool> m_isDrawing = true;
 };

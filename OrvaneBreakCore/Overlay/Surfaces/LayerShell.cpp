@@ -11,9 +11,11 @@
 namespace {
 
 constexpr std::uint32_t protocolVersion = 1;
-constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
-                                   ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
+constexpr std::uint32_t corner = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT;
+constexpr std::uint32_t allEdges =
+    corner | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 constexpr std::int32_t ignorePanels = -1;
+constexpr std::uint32_t noKeyboard = 0;
 constexpr std::uint32_t exclusiveKeyboard = 1;
 
 } // namespace
@@ -36,10 +38,16 @@ LayerSurface::LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface)
         [](void *self, zwlr_layer_surface_v1 *) { static_cast<LayerSurface *>(self)->close(); },
     };
     zwlr_layer_surface_v1_add_listener(layer, &listener, this);
-    zwlr_layer_surface_v1_set_anchor(layer, allEdges);
-    zwlr_layer_surface_v1_set_exclusive_zone(layer, ignorePanels);
-    zwlr_layer_surface_v1_set_keyboard_interactivity(layer, exclusiveKeyboard);
     wl_surface_commit(&m_surface);
+}
+
+/// Compositors look at whom to give the keyboard when the request changes.
+void LayerSurface::requestKeyboardAgain()
+{
+    for (const std::uint32_t keyboard : {noKeyboard, exclusiveKeyboard}) {
+        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layer.get(), keyboard);
+        wl_surface_commit(&m_surface);
+    }
 }
 
 void LayerSurface::leave(const WaylandQueue &queue)
@@ -93,10 +101,33 @@ std::unique_ptr<LayerShell> LayerShell::find(wl_display &display)
 std::unique_ptr<LayerSurface> LayerShell::cover(wl_surface &surface, wl_output &output,
                                                 WaylandQueue::Deadline deadline) const
 {
-    auto result = std::make_unique<LayerSurface>(
-        zwlr_layer_shell_v1_get_layer_surface(m_shell.get(), &surface, &output,
-                                              ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "break"),
-        surface);
+    zwlr_layer_surface_v1 *layer = giveRole(surface, output);
+    zwlr_layer_surface_v1_set_anchor(layer, allEdges);
+    zwlr_layer_surface_v1_set_keyboard_interactivity(layer, exclusiveKeyboard);
+    return configured(layer, surface, deadline);
+}
+
+std::unique_ptr<LayerSurface> LayerShell::putInCorner(wl_surface &surface, wl_output &output,
+                                                      WaylandQueue::Deadline deadline) const
+{
+    zwlr_layer_surface_v1 *layer = giveRole(surface, output);
+    zwlr_layer_surface_v1_set_anchor(layer, corner);
+    zwlr_layer_surface_v1_set_size(layer, 1, 1);
+    return configured(layer, surface, deadline);
+}
+
+zwlr_layer_surface_v1 *LayerShell::giveRole(wl_surface &surface, wl_output &output) const
+{
+    zwlr_layer_surface_v1 *layer = zwlr_layer_shell_v1_get_layer_surface(
+        m_shell.get(), &surface, &output, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "break");
+    zwlr_layer_surface_v1_set_exclusive_zone(layer, ignorePanels);
+    return layer;
+}
+
+std::unique_ptr<LayerSurface> LayerShell::configured(zwlr_layer_surface_v1 *layer, wl_surface &surface,
+                                                     WaylandQueue::Deadline deadline) const
+{
+    auto result = std::make_unique<LayerSurface>(layer, surface);
     const auto hasAnswer = [&] { return result->isConfigured() || result->isClosed(); };
     if (!m_queue.waitUntil(hasAnswer, deadline) || result->isClosed())
         return nullptr;

@@ -15,8 +15,7 @@ struct wl_surface;
 struct zwlr_layer_shell_v1;
 struct zwlr_layer_surface_v1;
 
-/// The layer role of a surface that covers an output, above everything and with the keyboard. Destroying it
-/// hides the surface, which outlives it.
+/// The layer role of a surface above everything. Destroying it hides the surface, which outlives it.
 class LayerSurface
 {
 public:
@@ -28,6 +27,7 @@ public:
         std::function<void()> closed;       ///< The output is gone; called once, may destroy this object.
     };
 
+    /// Takes over a role that has been given its place.
     LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface);
     LayerSurface(const LayerSurface &) = delete;
     LayerSurface &operator=(const LayerSurface &) = delete;
@@ -40,6 +40,9 @@ public:
     /// The last configured size in the compositor's logical pixels; empty if it leaves the size to the
     /// program.
     [[nodiscard]] QSize size() const { return m_size; }
+
+    /// Requests the keyboard anew, for when the compositor has given it to somebody else.
+    void requestKeyboardAgain();
 
     /// Moves from `queue` to the connection's default queue, which delivers all later events.
     void leave(const WaylandQueue &queue);
@@ -72,11 +75,15 @@ public:
     LayerShell(const LayerShell &) = delete;
     LayerShell &operator=(const LayerShell &) = delete;
 
-    /// Makes `surface`, which has neither a role nor a buffer, cover `output`. Waits until the compositor has
-    /// configured the surface, so that it can be drawn at once. Nullptr if that takes longer than the
-    /// deadline, the output is gone or the connection is broken.
+    /// Makes `surface`, which has neither a role nor a buffer, cover `output` with the keyboard. Waits until
+    /// the compositor has configured the surface, so that it can be drawn at once. Nullptr if that takes
+    /// longer than the deadline, the output is gone or the connection is broken.
     [[nodiscard]] std::unique_ptr<LayerSurface> cover(wl_surface &surface, wl_output &output,
                                                       WaylandQueue::Deadline deadline) const;
+
+    /// Likewise for one pixel in a corner of the output, without the keyboard.
+    [[nodiscard]] std::unique_ptr<LayerSurface> putInCorner(wl_surface &surface, wl_output &output,
+                                                            WaylandQueue::Deadline deadline) const;
 
 private:
     struct ShellDeleter
@@ -85,6 +92,9 @@ private:
     };
 
     explicit LayerShell(wl_display &display);
+    [[nodiscard]] zwlr_layer_surface_v1 *giveRole(wl_surface &surface, wl_output &output) const;
+    [[nodiscard]] std::unique_ptr<LayerSurface> configured(zwlr_layer_surface_v1 *layer, wl_surface &surface,
+                                                           WaylandQueue::Deadline deadline) const;
 
     WaylandQueue m_queue;
     std::unique_ptr<zwlr_layer_shell_v1, ShellDeleter> m_shell;

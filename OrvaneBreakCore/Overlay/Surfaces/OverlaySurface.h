@@ -23,6 +23,10 @@ public:
     OverlaySurface(const OverlaySurface &) = delete;
     OverlaySurface &operator=(const OverlaySurface &) = delete;
 
+    /// False while the desktop does not draw what the program shows, because a lock screen is up that reports
+    /// to nobody. May wait for a second, but does so only once per lock.
+    [[nodiscard]] virtual bool isDrawn() { return true; }
+
     /// Called once before the panels of a break are presented.
     virtual void begin() = 0;
 

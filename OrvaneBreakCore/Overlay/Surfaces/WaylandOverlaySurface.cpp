@@ -20,6 +20,22 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::chrono::milliseconds coverTimeout = 1s;
+constexpr std::chrono::milliseconds keyboardInterval = 500ms;
+
+/// Nullptr while there is none: then the toolkit has a placeholder that must not be asked for one.
+wl_output *outputOf(QScreen *screen)
+{
+    if (!screen || screen->handle()->isPlaceholder())
+        return nullptr;
+    return static_cast<wl_output *>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForScreen("output", screen));
+}
+
+/// The toolkit's object of that name, or nullptr.
+void *nativeResource(const char *name)
+{
+    return QGuiApplication::platformNativeInterface()->nativeResourceForIntegration(name);
+}
 
 void resize(QWidget &panel, QSize native)
 {
@@ -31,43 +47,74 @@ void resize(QWidget &panel, QSize native)
 
 std::unique_ptr<WaylandOverlaySurface> WaylandOverlaySurface::create()
 {
-    auto *display = static_cast<wl_display *>(
-        QGuiApplication::platformNativeInterface()->nativeResourceForIntegration("wl_display"));
+    auto *display = static_cast<wl_display *>(nativeResource("wl_display"));
     if (!display || qEnvironmentVariableIntValue("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT") == 0)
         return nullptr;
-    std::unique_ptr<LayerShell> shell = LayerShell::find(*display);
-    return shell ? std::make_unique<WaylandOverlaySurface>(std::move(shell)) : nullptr;
+    auto surface = std::make_unique<WaylandOverlaySurface>(*display);
+    // Each break looks for it again; asking now leaves a slow compositor the time until then.
+    static_cast<void>(surface->findShell());
+    return surface;
 }
 
-WaylandOverlaySurface::WaylandOverlaySurface(std::unique_ptr<LayerShell> shell)
-    : m_shell(std::move(shell))
+WaylandOverlaySurface::WaylandOverlaySurface(wl_display &display)
+    : m_display(display)
 {
+    m_keyboardTimer.setInterval(keyboardInterval);
+    m_keyboardTimer.callOnTimeout([this] { takeKeyboardBack(); });
+}
+
+bool WaylandOverlaySurface::findShell()
+{
+    if (!m_shell)
+        m_shell = LayerShell::find(m_display);
+    if (m_shell && !m_probe)
+        m_probe = std::make_unique<LayerProbe>(m_display, *m_shell);
+    return m_shell != nullptr;
+}
+
+bool WaylandOverlaySurface::isDrawn()
+{
+    if (m_isBreak)
+        return !m_isUnderLock;
+    wl_output *output = outputOf(QGuiApplication::primaryScreen());
+    return !output || !findShell() || m_probe->isDrawn(*output);
 }
 
 void WaylandOverlaySurface::begin()
 {
     m_layers.clear();
+    m_isUnderLock = false;
+    m_isBreak = true;
+    if (!findShell())
+        return;
     m_deadline = std::chrono::steady_clock::now() + coverTimeout;
     // Emitted before the toolkit moves the windows of that screen to another one and shows them there again.
     m_screenWatch =
         connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WaylandOverlaySurface::dropScreen);
+    watchKeyboard();
 }
 
-void WaylandOverlaySurface::present(QWidget &panel, QScreen &screen, bool /*takesKeyboard*/)
+void WaylandOverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeyboard)
 {
+    if (!m_shell) {
+        m_fallback.present(panel, screen, takesKeyboard);
+        return;
+    }
     panel.setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                          Qt::BypassWindowManagerHint);
     panel.setScreen(&screen);
     panel.setGeometry(screen.geometry());
     // Creates the wl_surface. Qt 6.10 and later paint it within show(), so the role comes before.
     panel.winId();
-    std::unique_ptr<LayerSurface> surface = cover(panel, screen);
+    auto *native = static_cast<wl_surface *>(
+        QGuiApplication::platformNativeInterface()->nativeResourceForWindow("surface", panel.windowHandle()));
+    std::unique_ptr<LayerSurface> surface = cover(native, screen);
     if (!surface)
         return;
     resize(panel, surface->size());
     surface->setHandlers(
         {[&panel](QSize size) { resize(panel, size); }, [this, &panel] { dropPanel(panel); }});
-    m_layers.push_back({&panel, &screen, std::move(surface)});
+    m_layers.push_back({&panel, &screen, native, std::move(surface)});
     panel.show();
 }
 
@@ -76,20 +123,48 @@ void WaylandOverlaySurface::present(QWidget &panel, QScreen &screen, bool /*take
 void WaylandOverlaySurface::end(const EndingPress & /*press*/)
 {
     disconnect(m_screenWatch);
+    m_keyboardTimer.stop();
+    m_keyboard.reset();
     m_layers.clear();
+    m_isBreak = false;
+}
+
+void WaylandOverlaySurface::watchKeyboard()
+{
+    auto *seat = static_cast<wl_seat *>(nativeResource("wl_seat"));
+    // Without a keyboard the seat must not be asked for one.
+    if (!seat || !nativeResource("wl_keyboard"))
+        return;
+    m_keyboard.emplace(*seat, [this] {
+        if (hasKeyboard())
+            m_keyboardTimer.stop();
+        else
+            m_keyboardTimer.start();
+    });
+    m_keyboardTimer.start();
+}
+
+bool WaylandOverlaySurface::hasKeyboard() const
+{
+    return std::any_of(m_layers.begin(), m_layers.end(),
+                       [this](const Layer &layer) { return layer.native == m_keyboard->focus(); });
+}
+
+void WaylandOverlaySurface::takeKeyboardBack()
+{
+    if (m_layers.empty())
+        return;
+    wl_output *output = outputOf(m_layers.front().screen);
+    m_isUnderLock = output && !m_probe->isDrawn(*output);
+    if (!m_isUnderLock)
+        m_layers.front().surface->requestKeyboardAgain();
 }
 
 /// Runs before the panel is shown: the toolkit's first action on the surface is to attach a buffer, which is
 /// a protocol error before the role is configured.
-std::unique_ptr<LayerSurface> WaylandOverlaySurface::cover(QWidget &panel, QScreen &screen) const
+std::unique_ptr<LayerSurface> WaylandOverlaySurface::cover(wl_surface *surface, QScreen &screen) const
 {
-    // While there is no output, the toolkit has a placeholder that must not be asked for one.
-    if (screen.handle()->isPlaceholder())
-        return nullptr;
-    QPlatformNativeInterface *native = QGuiApplication::platformNativeInterface();
-    auto *surface =
-        static_cast<wl_surface *>(native->nativeResourceForWindow("surface", panel.windowHandle()));
-    auto *output = static_cast<wl_output *>(native->nativeResourceForScreen("output", &screen));
+    wl_output *output = outputOf(&screen);
     return surface && output ? m_shell->cover(*surface, *output, m_deadline) : nullptr;
 }
 

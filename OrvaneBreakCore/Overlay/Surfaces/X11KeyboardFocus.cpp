@@ -19,8 +19,11 @@ namespace {
 /// A window manager that sees the focus move may give it back once.
 constexpr std::chrono::milliseconds focusRetries[] = {0ms, 60ms, 200ms};
 
-/// When a Wayland compositor may know the surface of the X window with the focus.
-constexpr std::chrono::milliseconds refocusDelays[] = {100ms, 250ms, 500ms, 1000ms};
+/// When a Wayland compositor may know the surface of the X window with the focus, and then how often it is
+/// reminded of that window, because X11 does not tell of a menu or a switcher of the compositor's own that
+/// takes the keyboard and forgets whom it took it from.
+constexpr std::chrono::milliseconds firstRefocus = 100ms;
+constexpr std::chrono::milliseconds refocusInterval = 500ms;
 
 /// How often a break takes the focus back from a program that keeps taking it, before it lets that program
 /// have it.
@@ -41,6 +44,11 @@ X11KeyboardFocus::X11KeyboardFocus(xcb_connection_t *connection)
     m_releaseTimer.callOnTimeout([this] {
         if (!isDown(m_heldKey) || m_releaseDeadline.hasExpired())
             letGo();
+    });
+    m_refocusTimer.callOnTimeout([this] {
+        refocus();
+        m_refocusTimer.setInterval(
+            std::min<std::chrono::milliseconds>(2 * m_refocusTimer.intervalAsDuration(), refocusInterval));
     });
 }
 
@@ -75,15 +83,14 @@ void X11KeyboardFocus::hold(std::uint32_t window)
     takeBack();
     for (const auto delay : focusRetries)
         QTimer::singleShot(delay, this, &X11KeyboardFocus::takeBack);
-    for (const auto delay : refocusDelays) {
-        if (m_isInsideWayland)
-            QTimer::singleShot(delay, this, &X11KeyboardFocus::refocus);
-    }
+    if (m_isInsideWayland)
+        m_refocusTimer.start(firstRefocus);
 }
 
 void X11KeyboardFocus::end(std::uint32_t heldKey)
 {
     disconnect(m_focusWatch);
+    m_refocusTimer.stop();
     const bool hadKeyboard = std::exchange(m_keyboardWindow, 0) != 0;
     if (hadKeyboard && isDown(heldKey) && isOurs(focusedWindow()))
         waitForRelease(heldKey);
@@ -152,13 +159,20 @@ bool X11KeyboardFocus::isElsewhereForToolkit() const
 }
 
 /// A compositor that learns of the focus before it knows the window's surface leaves the keyboard where it
-/// is. It looks again when the focus moves, here between two windows of this program.
+/// is, and so does one whose own menu has had it. It looks again when the focus moves, here between two
+/// windows of this program.
 void X11KeyboardFocus::refocus()
 {
     if (!m_anchor || m_keyboardWindow == 0 || !isOurs(focusedWindow()))
         return;
-    setFocus(static_cast<std::uint32_t>(m_anchor->winId()));
+    const auto anchor = static_cast<std::uint32_t>(m_anchor->winId());
+    setFocus(anchor);
     setFocus(m_keyboardWindow);
+    // It ignores a move that comes without any request of its own since it last moved the focus. Until the
+    // next time, it reads this property again.
+    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, anchor, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, 32,
+                        0, nullptr);
+    xcb_flush(m_connection);
 }
 
 /// A window that the window manager manages, unlike the panels, and that nobody sees.

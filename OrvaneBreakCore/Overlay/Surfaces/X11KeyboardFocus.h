@@ -33,7 +33,8 @@ public:
     void add(std::uint32_t window);
 
     /// Gives `window`, which is mapped, the keyboard before this returns, and again when another program
-    /// takes it, until `end()`; after twenty times that program may have it.
+    /// takes it, until `end()`; after twenty times that program may have it. Inside a Wayland session it also
+    /// reminds the compositor of the window every half second.
     void hold(std::uint32_t window);
 
     /// Gives the keyboard back, unless another program has it; to be called while the windows are still
@@ -62,6 +63,7 @@ private:
     std::unique_ptr<QWidget> m_anchor;
     std::unique_ptr<X11InvisibleWindow> m_keyCatcher;
     QTimer m_releaseTimer;
+    QTimer m_refocusTimer; ///< Inside a Wayland session.
     QDeadlineTimer m_releaseDeadline;
     std::uint32_t m_heldKey = 0;
     std::uint32_t m_keyboardWindow = 0;

@@ -37,6 +37,7 @@ X11OverlaySurface::X11OverlaySurface(xcb_connection_t *connection)
 void X11OverlaySurface::begin()
 {
     m_clickCatcher.reset();
+    m_gnomeOverview.keepClosed();
     m_keyboardFocus.begin();
     takeBackdrops();
 }
@@ -59,6 +60,7 @@ void X11OverlaySurface::present(QWidget &panel, QScreen &screen, bool takesKeybo
 
 void X11OverlaySurface::end(const EndingPress &press)
 {
+    m_gnomeOverview.leaveAlone();
     m_backdrops.clear();
     m_panelWindows.end();
     m_keyboardFocus.end(press.key);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "GnomeOverview.h"
 #include "OverlaySurface.h"
 #include "X11InvisibleWindow.h"
 #include "X11KeyboardFocus.h"
@@ -32,6 +33,7 @@ private:
     void swallowNextClicks(const QRect &area);
 
     xcb_connection_t *m_connection;
+    GnomeOverview m_gnomeOverview;
     X11KeyboardFocus m_keyboardFocus;
     X11PanelWindows m_panelWindows;
     std::unique_ptr<X11InvisibleWindow> m_clickCatcher;

@@ -140,6 +140,14 @@ class Bed(abc.ABC):
         """Locks the screen."""
         raise NotPossibleHere(f"{self.name} has no screen locker")
 
+    def open_own(self, name):
+        """Opens what the desktop itself shows over everything: its "overview" or its "menu"."""
+        raise NotPossibleHere(f"{self.name} has no {name}")
+
+    def close_own(self, name):
+        """Closes it."""
+        raise NotPossibleHere(f"{self.name} has no {name}")
+
     def switch_workspace(self, index):
         """Switches to a workspace, counted from 0."""
         raise NotPossibleHere(f"{self.name} has no workspaces")

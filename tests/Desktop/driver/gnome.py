@@ -22,6 +22,10 @@ _TEMPORARY = 1
 _TIDY = ("Main.overview.hide(); Main.panel.statusArea.dateMenu.hide(); "
          "Main.layoutManager._startingUp || Main.overview.visible")
 
+#: The shell's objects with the methods open and close; the name of the menu changed with GNOME Shell 44.
+_OWN = {"overview": "({open: () => Main.overview.show(), close: () => Main.overview.hide()})",
+        "menu": "(Main.panel.statusArea.quickSettings || Main.panel.statusArea.aggregateMenu).menu"}
+
 
 class GnomeBed(WaylandBed):
     """Meta-0 with the panel at its top, and Meta-1 right of it."""
@@ -148,6 +152,12 @@ class GnomeBed(WaylandBed):
     def set_scale(self, name, scale):
         """Not possible: X11 programs learn the scale from a service that does not run here."""
         raise NotPossibleHere("the service that tells X11 programs the scale does not run here")
+
+    def open_own(self, name):
+        self._evaluate(f"{_OWN[name]}.open(); 1")
+
+    def close_own(self, name):
+        self._evaluate(f"{_OWN[name]}.close(); 1")
 
     def logical_place(self, x, y):
         return (x, y)

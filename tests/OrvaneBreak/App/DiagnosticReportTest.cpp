@@ -120,6 +120,9 @@ private Q_SLOTS:
         QTest::newRow("Wayland requested") << u"wayland"_s << CompositorAnswer::LayerShell << false << layers;
         QTest::newRow("plain Wayland requested")
             << u"wayland-egl"_s << CompositorAnswer::Plain << false << fullScreen;
+        QTest::newRow("connection handed over")
+            << QString() << CompositorAnswer::Unasked << true
+            << u"layer surfaces if the compositor offers a layer shell, otherwise full-screen windows"_s;
         QTest::newRow("X11 requested") << u"xcb"_s << CompositorAnswer::Absent << false << bypassing;
         QTest::newRow("another platform requested")
             << u"offscreen"_s << CompositorAnswer::Absent << false << fullScreen;

@@ -7,6 +7,10 @@
 
 #include <QTest>
 
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -44,6 +48,8 @@ private Q_SLOTS:
         QTest::newRow("no answer") << nothing << CompositorAnswer::Silent << yes << QByteArray("xcb");
         QTest::newRow("no answer, without X")
             << nothing << CompositorAnswer::Silent << no << QByteArray("wayland");
+        QTest::newRow("connection handed over")
+            << nothing << CompositorAnswer::Unasked << yes << QByteArray("wayland");
         QTest::newRow("no display") << nothing << CompositorAnswer::Absent << no << QByteArray();
         QTest::newRow("requested by the user")
             << u"xcb"_s << CompositorAnswer::LayerShell << yes << QByteArray();
@@ -70,7 +76,50 @@ private Q_SLOTS:
     void withoutADisplayThereIsNoPlatform()
     {
         QCOMPARE(askCompositor(10s), CompositorAnswer::Absent);
-        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
+        QVERIFY(choosePlatform(findDisplayFacts(10s)).platform.isEmpty());
+        QVERIFY(missingDisplay(findDisplayFacts(10s)));
+    }
+
+    void listOfPlatforms_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("used");
+        QTest::addColumn<bool>("isMissing");
+        // There is a compositor and no X server.
+        QTest::newRow("first") << u"wayland;xcb"_s << u"wayland"_s << false;
+        QTest::newRow("second") << u"xcb;wayland-egl"_s << u"wayland-egl"_s << false;
+        QTest::newRow("only") << u"xcb"_s << u"xcb"_s << true;
+        QTest::newRow("all of one kind") << u"xcb;xcb:again"_s << u"xcb;xcb:again"_s << true;
+        QTest::newRow("without a display") << u"xcb;offscreen:file=a"_s << u"offscreen:file=a"_s << false;
+        QTest::newRow("unknown") << u"nonsense"_s << u"nonsense"_s << false;
+    }
+
+    void listOfPlatforms()
+    {
+        QFETCH(const QString, list);
+        QFETCH(const bool, isMissing);
+        const RunningCompositor running([](FakeCompositor &) {});
+        qputenv("QT_QPA_PLATFORM", list.toUtf8());
+        const DisplayFacts facts = findDisplayFacts(10s);
+        QTEST(facts.requestedPlatform, "used");
+        QCOMPARE(missingDisplay(facts).has_value(), isMissing);
+        QVERIFY(choosePlatform(facts).platform.isEmpty());
+    }
+
+    void connectionThatIsHandedOverIsLeftAlone()
+    {
+        const RunningCompositor running([](FakeCompositor &) {});
+        int sockets[2];
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+        qputenv("WAYLAND_SOCKET", QByteArray::number(sockets[0]));
+        const DisplayFacts facts = findDisplayFacts(10s);
+        QCOMPARE(facts.compositor, CompositorAnswer::Unasked);
+        QVERIFY(!missingDisplay(facts));
+        QVERIFY(qEnvironmentVariableIsSet("WAYLAND_SOCKET"));
+        QVERIFY(fcntl(sockets[0], F_GETFD) >= 0);
+        qunsetenv("WAYLAND_SOCKET");
+        close(sockets[0]);
+        close(sockets[1]);
     }
 
     void compositorWithTheDefaultNameIsAskedOnlyWithoutAnXServer()
@@ -78,10 +127,10 @@ private Q_SLOTS:
         RunningCompositor running([](FakeCompositor &) {});
         QCOMPARE(qEnvironmentVariable("WAYLAND_DISPLAY"), u"wayland-0"_s);
         qunsetenv("WAYLAND_DISPLAY");
-        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
+        QCOMPARE(choosePlatform(findDisplayFacts(10s)).platform, QByteArray("wayland"));
         // There is no such server.
         qputenv("DISPLAY", ":987654");
-        QVERIFY(choosePlatform(findDisplayFacts()).platform.isEmpty());
+        QVERIFY(choosePlatform(findDisplayFacts(10s)).platform.isEmpty());
         qunsetenv("DISPLAY");
     }
 
@@ -102,7 +151,7 @@ private Q_SLOTS:
             shell->offer(isShellOffered);
         });
         QTEST(askCompositor(10s), "answer");
-        QCOMPARE(choosePlatform(findDisplayFacts()).platform, QByteArray("wayland"));
+        QCOMPARE(choosePlatform(findDisplayFacts(10s)).platform, QByteArray("wayland"));
     }
 
     void compositorWithoutAnAnswerIsSilent()
@@ -129,7 +178,7 @@ private Q_SLOTS:
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "0");
         {
-            const PlatformEnvironment environment(choosePlatform(findDisplayFacts()));
+            const PlatformEnvironment environment(choosePlatform(findDisplayFacts(10s)));
             QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
         }
         QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));

@@ -46,7 +46,17 @@ public Q_SLOTS:
     }
 };
 
-/// The service on a bus.
+/// The object of the service org.cinnamon.Muffin.IdleMonitor.
+class FakeMuffinMonitorObject : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.cinnamon.Muffin.IdleMonitor")
+
+public Q_SLOTS:
+    qulonglong GetIdletime() { return 12'000; }
+};
+
+/// Mutter's service on a bus.
 class FakeIdleMonitor : public ThreadedBusService<FakeIdleMonitorObject>
 {
 public:

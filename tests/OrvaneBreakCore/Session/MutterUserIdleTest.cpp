@@ -70,14 +70,25 @@ private Q_SLOTS:
     {
         FakeIdleMonitor monitor(m_daemon->address());
         QVERIFY(monitor.isRegistered);
-        QVERIFY(MutterUserIdle::isOffered(*m_bus));
         monitor.object.milliseconds = 83'456;
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
+        QVERIFY(userIdle.isOffered());
         QVERIFY(userIdle.secondsSinceLastInput() == allKinds(83.456));
         QCOMPARE(monitor.object.calls.load(), 1);
         monitor.object.milliseconds = 0;
         QVERIFY(userIdle.secondsSinceLastInput() == allKinds(0));
         QCOMPARE(monitor.object.calls.load(), 2);
+    }
+
+    void theMonitorOfMuffinHasItsOwnNames()
+    {
+        ThreadedBusService<FakeMuffinMonitorObject> monitor(m_daemon->address(),
+                                                            u"org.cinnamon.Muffin.IdleMonitor"_s,
+                                                            u"/org/cinnamon/Muffin/IdleMonitor/Core"_s);
+        QVERIFY(!MutterUserIdle(*m_bus, MutterUserIdle::mutter).isOffered());
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::muffin);
+        QVERIFY(userIdle.isOffered());
+        QVERIFY(userIdle.secondsSinceLastInput() == allKinds(12));
     }
 
     void anErrorOrAnAnswerOfAnotherType_data()
@@ -94,7 +105,7 @@ private Q_SLOTS:
         QVERIFY(monitor.isRegistered);
         monitor.object.milliseconds = 5'000;
         monitor.object.answer = answer;
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
         QCOMPARE(monitor.object.calls.load(), 1);
         monitor.object.answer = Answer::Figure;
@@ -106,7 +117,7 @@ private Q_SLOTS:
         FakeIdleMonitor monitor(m_daemon->address());
         QVERIFY(monitor.isRegistered);
         monitor.object.answer = Answer::Silence;
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
         QElapsedTimer elapsed;
         elapsed.start();
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
@@ -117,15 +128,15 @@ private Q_SLOTS:
 
     void anAbsentServiceIsNotStarted()
     {
-        QVERIFY(!MutterUserIdle::isOffered(*m_bus));
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
+        QVERIFY(!userIdle.isOffered());
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
         QVERIFY(!QFile::exists(activationMarker()));
     }
 
     void theServiceIsFoundWhenItComesLater()
     {
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
         FakeIdleMonitor monitor(m_daemon->address());
         monitor.object.milliseconds = 1'000;
@@ -134,17 +145,18 @@ private Q_SLOTS:
 
     void aBusThatDies()
     {
-        const MutterUserIdle userIdle(*m_bus);
+        const MutterUserIdle userIdle(*m_bus, MutterUserIdle::mutter);
         m_daemon->stop();
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
-        QVERIFY(!MutterUserIdle::isOffered(*m_bus));
+        QVERIFY(!userIdle.isOffered());
     }
 
     void noBus()
     {
         const QDBusConnection none(u"never connected"_s);
-        QVERIFY(!MutterUserIdle::isOffered(none));
-        QVERIFY(MutterUserIdle(none).secondsSinceLastInput() == InputIdleSeconds{});
+        const MutterUserIdle userIdle(none, MutterUserIdle::mutter);
+        QVERIFY(!userIdle.isOffered());
+        QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
     }
 };
 

@@ -5,7 +5,9 @@
 #include "Support/SessionBusDaemon.h"
 #include "Support/TestProgram.h"
 
+#include <QDBusArgument>
 #include <QDBusConnectionInterface>
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
@@ -29,7 +31,29 @@ QVariant wrapped(bool value)
     return QVariant::fromValue(QDBusVariant(value));
 }
 
+/// How the login service refers to a session.
+struct SessionReference
+{
+    QString name;
+    QDBusObjectPath path;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SessionReference &reference)
+{
+    argument.beginStructure();
+    argument << reference.name << reference.path;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, SessionReference & /*reference*/)
+{
+    return argument;
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(SessionReference)
 
 /// The lock state that services of the test's on two buses of the test's report.
 class SessionLockTest : public QObject
@@ -174,6 +198,48 @@ private Q_SLOTS:
         QTRY_VERIFY(lock->isLocked());
         service->announce(sessionPath, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
                           {loginSession, QVariantMap{{u"LockedHint"_s, false}}, QStringList()});
+        QTRY_VERIFY(!lock->isLocked());
+    }
+
+    void withoutASessionOfItsOwnTheUsersDisplaySessionCounts_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("isLocked");
+        QTest::newRow("session") << u"2"_s << true;
+        QTest::newRow("none") << QString() << false;
+    }
+
+    void withoutASessionOfItsOwnTheUsersDisplaySessionCounts()
+    {
+        QFETCH(const QString, name);
+        qDBusRegisterMetaType<SessionReference>();
+        const SessionReference reference{name, QDBusObjectPath(name.isEmpty() ? u"/"_s : sessionPath)};
+        const FakeBusService service(
+            m_system->address(), login,
+            {{u"Get Display"_s, QVariant::fromValue(QDBusVariant(QVariant::fromValue(reference)))},
+             {u"Get LockedHint"_s, wrapped(true)}});
+        const auto lock = makeLock();
+        QTRY_VERIFY(service.calls.contains(u"Get"_s));
+        QTRY_VERIFY(lock->findChildren<QDBusPendingCallWatcher *>().isEmpty());
+        QTEST(lock->isLocked(), "isLocked");
+    }
+
+    void aMachineThatFallsAsleepIsLockedUntilItResumes()
+    {
+        auto service = makeLogin(false);
+        const auto lock = makeLock();
+        QTRY_VERIFY(service->calls.contains(u"Get"_s));
+        const auto announce = [&service](bool isComing) {
+            service->announce(u"/org/freedesktop/login1"_s, u"org.freedesktop.login1.Manager"_s,
+                              u"PrepareForSleep"_s, {isComing});
+        };
+        announce(true);
+        QTRY_VERIFY(lock->isLocked());
+        announce(false);
+        QTRY_VERIFY(!lock->isLocked());
+        announce(true);
+        QTRY_VERIFY(lock->isLocked());
+        service.reset();
         QTRY_VERIFY(!lock->isLocked());
     }
 

@@ -15,7 +15,7 @@ namespace {
 struct Machine
 {
     explicit Machine(std::chrono::seconds resolution = 0s)
-        : idle(desktop, resolution, [this] { return time; })
+        : idle(desktop, [resolution] { return resolution; }, [this] { return time; })
     {
     }
 

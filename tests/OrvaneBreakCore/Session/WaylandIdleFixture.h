@@ -16,23 +16,11 @@
 /// both sides until a condition is true, and return false if it never is.
 struct WaylandIdleFixture
 {
-    explicit WaylandIdleFixture(WaylandIdleProtocol wanted = WaylandIdleProtocol::ExtIdleNotify)
-        : protocol(wanted)
-    {
-    }
-
     /// The idle time of a new client of the compositor.
     void start(std::chrono::milliseconds timeout = WaylandUserIdle::usualTimeout)
     {
         userIdle = std::make_unique<WaylandUserIdle>(
-            clock, WaylandDisplayPointer(wl_display_connect_to_fd(compositor.connectClient())), protocol,
-            timeout);
-    }
-
-    wl_global *offerProtocol()
-    {
-        return protocol == WaylandIdleProtocol::ExtIdleNotify ? compositor.offerExtIdleNotify()
-                                                              : compositor.offerKdeIdle();
+            clock, WaylandDisplayPointer(wl_display_connect_to_fd(compositor.connectClient())), timeout);
     }
 
     [[nodiscard]] bool settles(const std::function<bool()> &condition)
@@ -57,6 +45,5 @@ struct WaylandIdleFixture
 
     SettableClock clock;
     FakeCompositor compositor;
-    WaylandIdleProtocol protocol;
     std::unique_ptr<WaylandUserIdle> userIdle;
 };

@@ -18,6 +18,15 @@ using Kind = FakeCompositor::Kind;
 
 int clientLogLines = 0;
 
+/// The KDE protocol if `kde`, and ext-idle-notify-v1 of that version unless it is 0.
+void offer(FakeCompositor &compositor, bool kde, int version)
+{
+    if (kde)
+        compositor.offerKdeIdle();
+    if (version > 0)
+        compositor.offerExtIdleNotify(version);
+}
+
 } // namespace
 
 /// The idle time from the Wayland protocols, with a compositor and a clock of the test's.
@@ -41,22 +50,22 @@ private Q_SLOTS:
 
     void idledAndResumed_data()
     {
-        QTest::addColumn<WaylandIdleProtocol>("protocol");
+        QTest::addColumn<bool>("kde");
         QTest::addColumn<int>("version");
         QTest::addColumn<Kind>("kind");
-        QTest::newRow("ext-idle-notify-v1") << WaylandIdleProtocol::ExtIdleNotify << 1 << Kind::ExtIdle;
-        QTest::newRow("its version 2") << WaylandIdleProtocol::ExtIdleNotify << 2 << Kind::ExtInputIdle;
-        QTest::newRow("org_kde_kwin_idle") << WaylandIdleProtocol::KdeIdle << 1 << Kind::KdeIdle;
+        QTest::newRow("ext-idle-notify-v1") << false << 1 << Kind::ExtIdle;
+        QTest::newRow("its version 2") << false << 2 << Kind::ExtInputIdle;
+        QTest::newRow("org_kde_kwin_idle") << true << 0 << Kind::KdeIdle;
+        QTest::newRow("both") << true << 2 << Kind::ExtInputIdle;
     }
 
     void idledAndResumed()
     {
-        QFETCH(WaylandIdleProtocol, protocol);
+        QFETCH(bool, kde);
         QFETCH(int, version);
-        WaylandIdleFixture f(protocol);
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.compositor.offerKdeIdle();
-        f.compositor.offerExtIdleNotify(version);
+        offer(f.compositor, kde, version);
         f.start();
         QVERIFY(f.hasNotifications(1));
         QCOMPARE(f.compositor.notifications().front().timeout, 60'000U);
@@ -84,13 +93,12 @@ private Q_SLOTS:
 
     void anIdleInhibitor()
     {
-        QFETCH(WaylandIdleProtocol, protocol);
+        QFETCH(bool, kde);
         QFETCH(int, version);
         QFETCH(Kind, kind);
-        WaylandIdleFixture f(protocol);
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.compositor.offerKdeIdle();
-        f.compositor.offerExtIdleNotify(version);
+        offer(f.compositor, kde, version);
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled(true);
@@ -109,7 +117,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start(5s);
         QVERIFY(f.hasNotifications(1));
         QCOMPARE(f.compositor.notifications().front().timeout, 5'000U);
@@ -121,7 +129,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
@@ -134,24 +142,44 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.compositor.offerKdeIdle();
         f.start();
         QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
         QCoreApplication::processEvents();
         f.compositor.pump();
         f.clock.pass(1h);
         QCOMPARE(f.figure(), 0.0);
-        QCOMPARE(f.compositor.notifications().size(), 0U);
+        QVERIFY(!f.userIdle->protocol());
         QCOMPARE(f.compositor.seatBindings(), 0);
 
-        f.compositor.offerExtIdleNotify();
+        f.compositor.offerKdeIdle();
         QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.userIdle->protocol(), WaylandIdleProtocol::KdeIdle);
+        f.compositor.sendIdled();
+        QVERIFY(f.hasFigure(60));
+    }
+
+    void theBetterProtocolTakesOverWhenItAppearsAndTheOtherWhenItGoes()
+    {
+        WaylandIdleFixture f;
+        f.compositor.offerSeat();
+        f.compositor.offerKdeIdle();
+        f.start();
+        QVERIFY(f.hasNotifications(1));
+        wl_global *better = f.compositor.offerExtIdleNotify();
+        QVERIFY(f.settles([&] { return f.compositor.notificationRequests() == 2; }));
+        QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.compositor.notifications().front().kind, Kind::ExtInputIdle);
+        QCOMPARE(f.userIdle->protocol(), WaylandIdleProtocol::ExtIdleNotify);
+        f.compositor.withdraw(better);
+        QVERIFY(f.settles([&] { return f.compositor.notificationRequests() == 3; }));
+        QVERIFY(f.hasNotifications(1));
+        QCOMPARE(f.compositor.notifications().front().kind, Kind::KdeIdle);
     }
 
     void aSeatThatComesLater()
     {
         WaylandIdleFixture f;
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.settles([&] { return f.compositor.registries() == 1; }));
         QCoreApplication::processEvents();
@@ -166,7 +194,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
@@ -185,7 +213,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         wl_global *seat = f.compositor.offerSeat(1);
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.withdraw(seat);
@@ -200,7 +228,7 @@ private Q_SLOTS:
         WaylandIdleFixture f;
         wl_global *first = f.compositor.offerSeat();
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         QCOMPARE(f.compositor.seatBindings(), 1);
@@ -218,7 +246,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         wl_global *seat = f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
@@ -235,14 +263,11 @@ private Q_SLOTS:
         QVERIFY(f.hasFigure(60));
     }
 
-    void aProtocolThatIsWithdrawn_data() { idledAndResumed_data(); }
-
     void aProtocolThatIsWithdrawn()
     {
-        QFETCH(WaylandIdleProtocol, protocol);
-        WaylandIdleFixture f(protocol);
+        WaylandIdleFixture f;
         f.compositor.offerSeat();
-        wl_global *global = f.offerProtocol();
+        wl_global *global = f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
@@ -250,7 +275,7 @@ private Q_SLOTS:
         f.compositor.withdraw(global);
         QVERIFY(f.hasFigure(0));
         QVERIFY(f.hasNotifications(0));
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         QVERIFY(f.hasNotifications(1));
     }
 
@@ -258,7 +283,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.compositor.sendIdled();
@@ -280,8 +305,7 @@ private Q_SLOTS:
         WaylandIdleFixture f;
         const int socket = f.compositor.connectClient();
         f.compositor.die();
-        WaylandUserIdle userIdle(f.clock, WaylandDisplayPointer(wl_display_connect_to_fd(socket)),
-                                 WaylandIdleProtocol::KdeIdle);
+        WaylandUserIdle userIdle(f.clock, WaylandDisplayPointer(wl_display_connect_to_fd(socket)));
         QCoreApplication::processEvents();
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
     }
@@ -289,7 +313,7 @@ private Q_SLOTS:
     void noConnection()
     {
         const SettableClock clock;
-        const WaylandUserIdle userIdle(clock, nullptr, WaylandIdleProtocol::ExtIdleNotify);
+        const WaylandUserIdle userIdle(clock, nullptr);
         QVERIFY(userIdle.secondsSinceLastInput() == InputIdleSeconds{});
     }
 
@@ -297,7 +321,7 @@ private Q_SLOTS:
     {
         WaylandIdleFixture f;
         f.compositor.offerSeat();
-        f.offerProtocol();
+        f.compositor.offerExtIdleNotify();
         f.start();
         QVERIFY(f.hasNotifications(1));
         f.userIdle.reset();

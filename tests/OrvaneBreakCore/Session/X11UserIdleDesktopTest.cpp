@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "DesktopUserIdle.h"
 #include "SettableClock.h"
 #include "Support/TestProgram.h"
-#include "UserIdleFactory.h"
 #include "VirtualXServer.h"
 #include "X11UserIdle.h"
 
@@ -45,9 +45,9 @@ private Q_SLOTS:
         QVERIFY(server.isRunning);
         qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
         const SettableClock clock;
-        const ChosenUserIdle chosen = makeUserIdle(clock);
-        QCOMPARE(chosen.source, UserIdleSource::XScreenSaver);
-        QTRY_VERIFY(chosen.userIdle->secondsSinceLastInput().front() > 0);
+        const DesktopUserIdle idle(clock);
+        QCOMPARE(idle.source(), UserIdleSource::XScreenSaver);
+        QTRY_VERIFY(idle.secondsSinceLastInput().front() > 0);
     }
 
     void serverWithoutTheExtension()

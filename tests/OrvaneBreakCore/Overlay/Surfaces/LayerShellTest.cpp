@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LayerShell.h"
 
+#include "LayerProbe.h"
 #include "NativePointers.h"
 #include "Support/FakeLayerShell.h"
 #include "Support/RunningCompositor.h"
 #include "Support/TestProgram.h"
 #include "WaylandGlobals.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <wayland-client.h>
@@ -99,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(f.layer().layer, overlay);
         QCOMPARE(f.layer().anchor, allEdges);
         QCOMPARE(f.layer().exclusiveZone, -1);
-        QCOMPARE(f.layer().keyboard, 1U);
+        QCOMPARE(f.layer().keyboards, (std::vector<std::uint32_t>{1}));
         QCOMPARE(f.layer().acknowledged, (std::vector<std::uint32_t>{FakeLayerShell::firstSerial}));
     }
 
@@ -160,6 +162,49 @@ private Q_SLOTS:
         });
         QCOMPARE(ends, 1);
         QVERIFY(!f.layer().resource);
+    }
+
+    void keyboardThatIsRequestedAgain()
+    {
+        Fixture f;
+        const std::unique_ptr<LayerSurface> covering = f.cover();
+        QVERIFY(covering);
+        f.running.stop();
+        const int commits = f.layer().commits;
+        f.exchangeAfter([&] {
+            covering->requestKeyboardAgain();
+            wl_display_flush(f.display.get());
+        });
+        QCOMPARE(f.layer().commits, commits + 2);
+        QCOMPARE(f.layer().keyboards, (std::vector<std::uint32_t>{1, 0, 1}));
+    }
+
+    void probeTellsWhetherTheCompositorDraws()
+    {
+        Fixture f;
+        LayerProbe probe(*f.display, *f.shell);
+        QVERIFY(probe.isDrawn(*f.output));
+        f.server->setDrawing(false);
+        QVERIFY(!probe.isDrawn(*f.output));
+        f.running.stop();
+        QCOMPARE(f.server->layers().size(), std::size_t(2));
+        QVERIFY(!f.layer().resource);
+        QVERIFY(f.layer().keyboards.empty());
+        QElapsedTimer elapsed;
+        elapsed.start();
+        QVERIFY(!probe.isDrawn(*f.output));
+        QVERIFY(elapsed.elapsed() < 500);
+        f.exchangeAfter([&] { f.server->setDrawing(true); });
+        QVERIFY(probe.isDrawn(*f.output));
+        f.exchangeAfter([] {});
+        QVERIFY(!f.server->layers().back().resource);
+    }
+
+    void probeLearnsNothingWithoutAnOutput()
+    {
+        const Fixture f(FakeLayerShell::Answer::Close);
+        LayerProbe probe(*f.display, *f.shell);
+        QVERIFY(probe.isDrawn(*f.output));
     }
 
     void destructionDestroysTheLayerSurface()
