@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString limitText = u"Texte trop long : 20\u202f000 caractères au maximum."_s;
+const QString limitText = u"Texte trop long\u00a0: 20\u202f000 caractères au maximum."_s;
 const QString usualNote = u"Ta réponse arrive directement chez Orvane Labs."_s;
 
 void paste(WritingField &field, const QString &text)
