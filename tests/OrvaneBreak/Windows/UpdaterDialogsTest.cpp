@@ -73,7 +73,7 @@ private Q_SLOTS:
         QTest::newRow("package manager")
             << UpdateInstaller::Ability::Others << u"par un autre programme, qui doit le mettre à jour."_s;
         QTest::newRow("not writable") << UpdateInstaller::Ability::NotAllowed
-                                      << u"ne peut pas écrire dans son dossier\u00a0: installe-la à la main."_s;
+                                      << u"ne peut pas écrire dans son dossier : installe-la à la main."_s;
     }
 
     void theOfferSaysWhoInstallsTheUpdate()
