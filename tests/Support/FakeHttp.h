@@ -29,6 +29,7 @@ public:
         std::chrono::milliseconds limit;
         QPointer<QObject> context;
         Completion completion;
+        Departure departure = {};
 
         [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     };
@@ -40,9 +41,13 @@ public:
     }
 
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
-              Completion completion) override
+              Completion completion, Departure departure) override
     {
-        requests.append({Method::Post, url, body, limit, &context, std::move(completion)});
+        if (isConnected && departure && !departure())
+            completeWithoutAnswer(context, std::move(completion));
+        else
+            requests.append(
+                {Method::Post, url, body, limit, &context, std::move(completion), std::move(departure)});
     }
 
     /// Answers the oldest open request.
@@ -54,4 +59,5 @@ public:
     }
 
     QList<Request> requests;
+    bool isConnected = true; ///< Whether requests leave at once.
 };
