@@ -29,7 +29,7 @@ public:
         std::chrono::milliseconds limit;
         QPointer<QObject> context;
         Completion completion;
-        Departure departure = {};
+        Departure departure;
 
         [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     };
@@ -37,7 +37,7 @@ public:
     void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
              Completion completion) override
     {
-        requests.append({Method::Get, url, {}, limit, &context, std::move(completion)});
+        requests.append({Method::Get, url, {}, limit, &context, std::move(completion), {}});
     }
 
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,

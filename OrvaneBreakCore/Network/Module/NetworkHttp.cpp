@@ -61,7 +61,7 @@ private:
 void NetworkHttp::get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                       Completion completion)
 {
-    exchange({url}, limit, context, std::move(completion));
+    exchange({url, std::nullopt, 0, {}}, limit, context, std::move(completion));
 }
 
 void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,

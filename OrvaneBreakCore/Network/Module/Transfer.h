@@ -25,11 +25,11 @@ public:
     {
         QUrl url;
         /// Sent by POST; without a body the request is a GET.
-        std::optional<QByteArray> body = std::nullopt;
+        std::optional<QByteArray> body;
         /// The first wanted byte of the file; 0 asks for all of it.
         qint64 offset = 0;
         /// As Http::Departure; may be empty.
-        std::function<bool()> departure = {};
+        std::function<bool()> departure;
     };
 
     enum class End
