@@ -282,7 +282,7 @@ void SPUUpdater::handleAnswer(UpdaterDriver::Answer answer, const AppcastItem &i
 
 void SPUUpdater::download(const AppcastItem &item, Occasion occasion, bool isAgreed)
 {
-    const QString text = u"Téléchargement de OrvaneBreak %1…"_s.arg(item.displayVersion);
+    const QString text = u"Téléchargement d'OrvaneBreak %1…"_s.arg(item.displayVersion);
     m_state = Downloading{{{occasion, text}, item, isAgreed}};
     showProgress();
     m_services.download.start(

@@ -5,17 +5,16 @@ using namespace Qt::StringLiterals;
 
 UpdaterText UpdaterTexts::notConfigured()
 {
-    return {
-        u"Mises à jour indisponibles"_s,
-        u"Cette version de OrvaneBreak n'est reliée à aucun serveur de mises à jour sûr : il lui manque une "
-        "adresse https ou la clé de ses auteurs."_s};
+    return {u"Mises à jour indisponibles"_s, u"Cette version d'OrvaneBreak n'est reliée à aucun serveur de "
+                                             u"mises à jour sûr\u00a0: il lui manque une "
+                                             "adresse https ou la clé de ses auteurs."_s};
 }
 
 UpdaterText UpdaterTexts::noFeed()
 {
     return {
         u"Vérification impossible"_s,
-        u"Le serveur de mises à jour n'a pas donné de réponse utilisable (réseau ?). Réessaie plus tard."_s};
+        u"Le serveur de mises à jour n'a pas donné de réponse utilisable (réseau\u202f?). Réessaie plus tard."_s};
 }
 
 UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
@@ -43,7 +42,7 @@ UpdaterText UpdaterTexts::noDownload()
 {
     return {
         u"Téléchargement interrompu"_s,
-        u"La mise à jour n'a pas pu être téléchargée (réseau ou place sur le disque ?). Rien n'a été modifié."_s};
+        u"La mise à jour n'a pas pu être téléchargée (réseau ou place sur le disque\u202f?). Rien n'a été modifié."_s};
 }
 
 UpdaterText UpdaterTexts::failure(UpdateFailure failure)

@@ -100,15 +100,28 @@ QScrollArea *makeScrollView(QWidget *document)
     return view;
 }
 
+bool isPlainReturn(const QKeyEvent &event)
+{
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    return isReturn && !(event.modifiers() & Qt::ShiftModifier);
+}
+
 } // namespace
 
 void ReplyField::keyPressEvent(QKeyEvent *event)
 {
-    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isReturn && !(event->modifiers() & Qt::ShiftModifier) && onReturn)
-        onReturn();
+    if (isPlainReturn(*event))
+        event->ignore();
     else
         WritingField::keyPressEvent(event);
+}
+
+void MessagesWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (isPlainReturn(*event))
+        send();
+    else
+        QMainWindow::keyPressEvent(event);
 }
 
 MessagesWindow::MessagesWindow()
@@ -156,7 +169,6 @@ void MessagesWindow::addReplyField(QWidget &content)
     // Leaves room for two whole lines.
     field->document()->setDocumentMargin(2);
     field->setGeometry(margin, 428, contentWidth, 40);
-    field->onReturn = [this] { send(); };
 }
 
 void MessagesWindow::addReplyRow(QWidget &content)

@@ -9,14 +9,10 @@
 
 #include <functional>
 
-/// A text field in which Return sends and Shift+Return inserts a line break.
+/// A text field that leaves Return to its window; Shift+Return inserts a line break.
 class ReplyField final : public WritingField
 {
     Q_OBJECT
-
-public:
-    /// Called when Return is pressed.
-    std::function<void()> onReturn;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -30,7 +26,7 @@ class MessagesWindow final : public QMainWindow
 public:
     MessagesWindow();
 
-    /// Called for "Envoyer" and for Return in the field, unless the reply is too long, which the window says.
+    /// Called for "Envoyer" and for Return, unless the reply is too long, which the window says.
     std::function<void()> onSend;
 
     /// Shows `history`, newest first, and an empty reply field with the focus, discarding an unsent reply,
@@ -44,6 +40,9 @@ public:
 
     /// Puts a reply that was not sent back into the field, unless the user has begun another one.
     void restoreReply(const QString &text);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void addReplyField(QWidget &content);

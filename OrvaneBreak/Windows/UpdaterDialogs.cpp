@@ -18,11 +18,11 @@ constexpr int progressSteps = 1000;
 QString describe(const UpdaterDriver::Offer &offer)
 {
     QString text =
-        u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
+        u"La version %1 est disponible\u202f; tu as la version %2."_s.arg(offer.version, offer.installed);
     if (!offer.installsItself)
         text += offer.isAllowed
                     ? u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s
-                    : u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
+                    : u" OrvaneBreak ne peut pas écrire dans son dossier\u00a0: installe-la à la main."_s;
     return offer.notes.isEmpty() ? text : text + u"\n\n"_s + offer.notes;
 }
 
@@ -42,11 +42,11 @@ UpdaterDialogs::UpdaterDialogs(AlertQueue &alerts)
 
 void UpdaterDialogs::askPermission(std::function<void(bool)> answered)
 {
-    auto dialog =
-        std::make_unique<Alert>(u"updatePermission"_s, u"Rechercher les mises à jour automatiquement ?"_s,
-                                u"OrvaneBreak peut demander à ses auteurs, une fois par heure, s'il existe "
-                                u"une nouvelle version. Tu peux "
-                                "changer d'avis dans les réglages."_s);
+    auto dialog = std::make_unique<Alert>(
+        u"updatePermission"_s, u"Rechercher les mises à jour automatiquement\u202f?"_s,
+        u"OrvaneBreak peut demander à ses auteurs, une fois par heure, s'il existe "
+        u"une nouvelle version. Tu peux "
+        "changer d'avis dans les réglages."_s);
     dialog->addDefaultButton(u"Rechercher automatiquement"_s);
     dialog->addCancelButton(u"Ne pas rechercher"_s);
     show(
@@ -58,7 +58,7 @@ void UpdaterDialogs::askPermission(std::function<void(bool)> answered)
 void UpdaterDialogs::offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered)
 {
     auto dialog =
-        std::make_unique<Alert>(u"updateOffer"_s, u"Une nouvelle version de OrvaneBreak"_s, describe(offer));
+        std::make_unique<Alert>(u"updateOffer"_s, u"Une nouvelle version d'OrvaneBreak"_s, describe(offer));
     dialog->addDefaultButton(offer.installsItself ? u"Installer"_s : u"Ouvrir le site"_s);
     dialog->addCancelButton(u"Plus tard"_s);
     dialog->addButton(u"Ignorer cette version"_s, skipResult);

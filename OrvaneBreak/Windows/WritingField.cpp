@@ -34,7 +34,7 @@ bool WritingField::isTooLong() const
 
 QString WritingField::limitText()
 {
-    return u"Texte trop long : 20\u202f000 caractères au maximum."_s;
+    return u"Texte trop long\u00a0: 20\u202f000 caractères au maximum."_s;
 }
 
 void WritingField::insertFromMimeData(const QMimeData *source)

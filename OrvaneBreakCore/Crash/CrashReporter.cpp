@@ -5,7 +5,7 @@
 #include "CrashCapture.h"
 #include "CrashText.h"
 #include "CrashUpload.h"
-#include "ProgramSymbols.h"
+#include "ModuleSymbols.h"
 
 using namespace Qt::StringLiterals;
 
@@ -28,7 +28,7 @@ void CrashReporter::reportError(const QString &message)
     CallStack stack;
     stack.captureHere();
     CrashText text;
-    stack.appendTo(text, maxErrorFrames, ProgramSymbols());
+    stack.appendTo(text, maxErrorFrames, ModuleSymbols(ModuleSymbols::program));
     const std::string_view lines = text.view();
     CrashUpload::shared().send(u"error"_s, message,
                                QString::fromUtf8(lines.data(), static_cast<qsizetype>(lines.size())));

@@ -40,14 +40,15 @@ constexpr qint64 maxPendingReportSize = qint64{1024} * 1024;
 bool discard(const std::filesystem::path &report)
 {
     std::error_code error;
-    std::filesystem::remove(report, error);
+    const bool isRemoved = std::filesystem::remove(report, error);
     if (error) {
         std::filesystem::resize_file(report, 0, error);
         return !error;
     }
-    const FileDescriptor folder = openFolder(report.parent_path());
-    if (folder.isOpen())
+    if (isRemoved) {
+        const FileDescriptor folder = openFolder(report.parent_path());
         syncToDisk(folder.get());
+    }
     return true;
 }
 
@@ -88,20 +89,50 @@ void CrashUpload::send(const QString &kind, const QString &message, const QStrin
                          [](const std::optional<HttpAnswer> &) {});
 }
 
-/// Discards the report of the previous process and returns the request with it, if it may be sent.
-std::optional<QByteArray> CrashUpload::takePendingCrash() const
+/// The report whose request has not left yet.
+std::filesystem::path CrashUpload::departingReport() const
 {
-    const std::optional<FileText> report = readText(m_places.pendingReport, maxPendingReportSize);
-    if (!report || !discard(m_places.pendingReport) || report->text.isEmpty())
+    return m_places.pendingReport.string() + ".sending";
+}
+
+/// The request with the report at `path`, which is discarded if it is empty.
+std::optional<QByteArray> CrashUpload::readReport(const std::filesystem::path &path) const
+{
+    const std::optional<FileText> report = readText(path, maxPendingReportSize);
+    if (report && report->text.isEmpty())
+        discard(path);
+    if (!report || report->text.isEmpty())
         return std::nullopt;
     const QStringList pieces = report->text.split(separator);
     return body(u"crash"_s, pieces.first(), pieces.value(1));
 }
 
+/// Discards the report at `path` and sends it, if it may be sent. Returns whether it does.
+bool CrashUpload::sendWithoutReport(const std::filesystem::path &path, QObject &context,
+                                    const std::function<void()> &ended)
+{
+    const std::optional<QByteArray> body = readReport(path);
+    if (!body || !discard(path))
+        return false;
+    m_services.http.post(m_endpoint, *body, sendTimeout, context,
+                         [ended](const std::optional<HttpAnswer> &) { ended(); });
+    return true;
+}
+
 void CrashUpload::sendPendingCrash()
 {
-    if (const std::optional<QByteArray> body = takePendingCrash())
-        m_services.http.post(m_endpoint, *body, sendTimeout, *this, [](const std::optional<HttpAnswer> &) {});
+    const std::filesystem::path departing = departingReport();
+    sendWithoutReport(departing, *this, [] {});
+    std::error_code error;
+    std::filesystem::rename(m_places.pendingReport, departing, error);
+    if (error) {
+        sendWithoutReport(m_places.pendingReport, *this, [] {});
+    } else if (const std::optional<QByteArray> body = readReport(departing)) {
+        m_services.http.post(
+            m_endpoint, *body, sendTimeout, *this,
+            [departing](const std::optional<HttpAnswer> &) { discard(departing); },
+            [departing] { return discard(departing); });
+    }
 }
 
 void CrashUpload::sendEarlyCrash()
@@ -109,13 +140,15 @@ void CrashUpload::sendEarlyCrash()
     const auto lifetime = ReportFile::lifetime(m_places.pendingReport);
     if (!lifetime || *lifetime >= earlyCrash)
         return;
-    const std::optional<QByteArray> body = takePendingCrash();
-    if (!body)
-        return;
     QEventLoop loop;
-    m_services.http.post(m_endpoint, *body, sendTimeout, loop,
-                         [&loop](const std::optional<HttpAnswer> &) { loop.quit(); });
-    loop.exec();
+    int open = 0;
+    for (const std::filesystem::path &path : {departingReport(), m_places.pendingReport})
+        open += sendWithoutReport(path, loop, [&] {
+            if (--open == 0)
+                loop.quit();
+        });
+    if (open > 0)
+        loop.exec();
 }
 
 FileDate CrashUpload::lastScan() const

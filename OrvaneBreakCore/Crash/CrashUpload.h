@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 
 class Bundle;
@@ -52,15 +53,16 @@ public:
     /// Sends one report; `kind` is "crash" or "error". Times out after 8 seconds.
     void send(const QString &kind, const QString &message, const QString &stack);
 
-    /// Sends the previous process's report, or the first mebibyte of it. Deletes it first, or empties it when
-    /// it cannot be deleted, so that it is sent at most once. Sends nothing when there is no report, when it
-    /// is empty, or when it can neither be deleted nor emptied.
+    /// Sends the previous process's report, or the first mebibyte of it. Moves it out of the way of a crash
+    /// of this process, and deletes it when the request is about to leave. If this process ends before, the
+    /// next one sends it, deleting it first. What cannot be deleted is emptied. Sends nothing when there is
+    /// no report, when it is empty, or when it can neither be deleted nor emptied.
     void sendPendingCrash();
 
-    /// If the previous process crashed within ten seconds of its start, sends its report as
-    /// sendPendingCrash() and runs the event loop until the exchange has ended, 8 seconds at most: if this
-    /// process crashes as early, nothing else would leave it. Otherwise does nothing. Called before there is
-    /// anything that events reach.
+    /// If the previous process crashed within ten seconds of its start, sends its report, and one that it
+    /// could not send, deleting them first, and runs the event loop until the exchanges have ended, 8 seconds
+    /// at most: if this process crashes as early, nothing else would leave it. Otherwise does nothing. Called
+    /// before there is anything that events reach.
     void sendEarlyCrash();
 
     /// The date of the latest system report that was sent, stored under "OBLastCrashScan"; the distant past
@@ -73,7 +75,10 @@ public:
 
 private:
     [[nodiscard]] QByteArray body(const QString &kind, const QString &message, const QString &stack) const;
-    [[nodiscard]] std::optional<QByteArray> takePendingCrash() const;
+    [[nodiscard]] std::filesystem::path departingReport() const;
+    [[nodiscard]] std::optional<QByteArray> readReport(const std::filesystem::path &path) const;
+    bool sendWithoutReport(const std::filesystem::path &path, QObject &context,
+                           const std::function<void()> &ended);
 
     Services m_services;
     Places m_places;

@@ -25,6 +25,10 @@ public:
     /// invalid certificate, a redirect to a forbidden address, a timeout, or more than a mebibyte.
     using Completion = std::function<void(const std::optional<HttpAnswer> &)>;
 
+    /// Called when there is a connection, before the first byte of the request leaves; false cancels the
+    /// request. Called again after a redirect.
+    using Departure = std::function<bool()>;
+
     Http() = default;
     virtual ~Http() = default;
     Http(const Http &) = delete;
@@ -33,7 +37,7 @@ public:
     /// Sends `body` to `url` by POST and calls `completion` exactly once, from the event loop. The whole
     /// exchange takes at most `limit`. Destroying `context` cancels it; `completion` is then not called.
     virtual void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
-                      QObject &context, Completion completion) = 0;
+                      QObject &context, Completion completion, Departure departure = {}) = 0;
 
     /// As post(), by GET and without a body.
     virtual void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,

@@ -22,10 +22,10 @@ void OnDemandHttp::get(const QUrl &url, std::chrono::milliseconds limit, QObject
 }
 
 void OnDemandHttp::post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
-                        QObject &context, Completion completion)
+                        QObject &context, Completion completion, Departure departure)
 {
     if (Http *http = httpFor(url))
-        http->post(url, body, limit, context, std::move(completion));
+        http->post(url, body, limit, context, std::move(completion), std::move(departure));
     else
         completeWithoutAnswer(context, std::move(completion));
 }

@@ -17,7 +17,7 @@ public:
              Completion completion) override;
     /// As get().
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
-              Completion completion) override;
+              Completion completion, Departure departure = {}) override;
 
 private:
     /// What sends a request to `url`; null when there will be no answer.

@@ -4,6 +4,7 @@
 
 usage: test_program.py PROGRAM MAKERS-SERVER CRASHER"""
 
+import contextlib
 import json
 import os
 import pathlib
@@ -11,6 +12,7 @@ import re
 import resource
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -30,6 +32,15 @@ FRAME = re.compile(r"\d+ \S+ 0x[0-9a-f]+( \S+ \+ \d+)?")
 
 def without_core_dump():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+@contextlib.contextmanager
+def silent_server():
+    """The address of a server that accepts no connection, and refuses none."""
+    with contextlib.ExitStack() as sockets:
+        listener = sockets.enter_context(socket.create_server(("127.0.0.1", 0), backlog=0))
+        sockets.enter_context(socket.create_connection(listener.getsockname()))
+        yield "http://127.0.0.1:{}".format(listener.getsockname()[1])
 
 
 class User:
@@ -130,6 +141,18 @@ class Crashes(unittest.TestCase):
         self.user.start_and_stop(len(numbers))
         self.assertEqual([report["message"] for report in self.user.reports()], [f"Signal {int(number)}" for number in numbers])
 
+    def test_at_the_start_before_the_report_has_left(self):
+        self.user.crash("signal 11")
+        # That process ran for an hour.
+        status = self.user.pending.stat()
+        os.utime(self.user.pending, (status.st_mtime - 3600, status.st_mtime))
+        with silent_server() as address:
+            self.user.crash("signal 8", ORVANE_TEST_SERVER=address)
+        self.user.start_and_stop(2)
+        self.assertEqual(sorted(report["message"] for report in self.user.reports()), ["Signal 11", "Signal 8"])
+        self.user.start_and_stop(2)
+        self.assertEqual(len(self.user.reports()), 2)
+
     def test_without_the_folder_that_it_created(self):
         with subprocess.Popen([PROGRAM], env=self.user.environment, preexec_fn=without_core_dump) as process:
             wait_until(lambda: self.user.server.received("check-in"), "the check-in")
@@ -173,6 +196,7 @@ class SourceLines(unittest.TestCase):
         self.assertEqual(lines[:2], ["Signal 6", "---"])
         frame = next(line for line in lines if "freeWhatIsNotAllocated()" in line)
         self.assertRegex(frame, r"^\d+ orvanebreak 0x[0-9a-f]+ .*/tests/Crash/Crashes\.cpp:\d+$")
+        self.assertTrue(any(re.match(r"    inlined into \S.* \S+:\d+$", line) for line in lines), lines)
 
 
 if __name__ == "__main__":

@@ -50,6 +50,20 @@ class Words(unittest.TestCase):
                         self.assertLessEqual(len(line), 140)
 
 
+class French(unittest.TestCase):
+    """Signs that French keeps apart from their word stay on its line, and "de" is shortened before the program's name."""
+
+    _FILES = ("docs/guide.fr.md", "docs/confidentialite.fr.md", "packaging/man/orvanebreak.fr.1.in", "packaging/metainfo.xml.in")
+
+    def test_spaces_and_elisions(self):
+        for file in self._FILES:
+            # Code has its own rules.
+            text = re.sub(r"`[^`]*`", "code", (ROOT / file).read_text("utf-8"))
+            for line in text.splitlines():
+                with self.subTest(file=file, line=line):
+                    self.assertNotRegex(line, r"(?<!\\) [:;!?»](\W|$)|« |«$|\b[Dd]e Orvane(Break)")
+
+
 class Changelog(unittest.TestCase):
     def setUp(self):
         self.text = (ROOT / "CHANGELOG.md").read_text("utf-8")
@@ -93,7 +107,7 @@ class Languages(unittest.TestCase):
         guide = (ROOT / "docs" / "guide.fr.md").read_text("utf-8")
         rows = guide.split("## Les réglages")[1].split("\n## ")[0].splitlines()
         names = [line.split("|")[1].strip() for line in rows if line.startswith("|")][2:]
-        quoted = [" ".join(text.split()) for text in re.findall(r"« ([^»]+) »", guide)]
+        quoted = [" ".join(text.split()) for text in re.findall(r"«\s([^»]+)\s»", guide)]
         self.assertTrue(names and quoted)
         for text in names + quoted:
             if text not in _NOT_OURS:

@@ -6,6 +6,7 @@ after a purge.
 usage: test_debian_package.py BUILD-FOLDER"""
 
 import gzip
+import hashlib
 import io
 import os
 import pathlib
@@ -23,6 +24,9 @@ sys.path.insert(0, str(PROJECT / "tests/Desktop"))
 
 from driver.waiting import wait_until
 from driver.x11 import X11Bed
+
+#: The instruction of x86 that marks where an indirect jump may lead (endbr64).
+_ALLOWED_TARGET = b"\xf3\x0f\x1e\xfa"
 
 #: Loaded at run time, so no linker knows of it.
 _LOADED = {"qt6-wayland"}
@@ -64,6 +68,7 @@ class DebianPackage(unittest.TestCase):
                                                "--compression", "gzip", "--output", cls.scratch / name).strip())
                         for name in ("first", "second place")]
         cls.package = cls.packages[0]
+        cls.symbols = [next(package.parent.glob("*.ddeb")) for package in cls.packages]
         cls.version = output_of(BUILD_FOLDER / "bin/orvanebreak", "--version").split()[1]
         tar = subprocess.run(["dpkg-deb", "--fsys-tarfile", cls.package], stdout=subprocess.PIPE, check=True).stdout
         cls.folder = cls.scratch / "unpacked"
@@ -78,15 +83,38 @@ class DebianPackage(unittest.TestCase):
         return gzip.decompress((self.folder / path).read_bytes()).decode()
 
     def test_same_bytes_each_time(self):
-        self.assertEqual(self.packages[0].read_bytes(), self.packages[1].read_bytes())
+        for first, second in (self.packages, self.symbols):
+            self.assertEqual(first.read_bytes(), second.read_bytes())
 
     def test_symbols_are_beside_it(self):
-        symbols, = self.package.parent.glob("*.ddeb")
+        folder = self.scratch / "symbols"
+        output_of("dpkg-deb", "--raw-extract", self.symbols[0], folder)
+        expected = set()
         for program in self.programs():
             identifier = re.search(r"Build ID: ([0-9a-f]+)", output_of("readelf", "--notes", program))[1]
-            self.assertIn(f"/usr/lib/debug/.build-id/{identifier[:2]}/{identifier[2:]}.debug\n",
-                          output_of("dpkg-deb", "--contents", symbols))
+            expected.add(f"usr/lib/debug/.build-id/{identifier[:2]}/{identifier[2:]}.debug")
             self.assertNotIn(".debug_info", output_of("readelf", "--sections", "--wide", program))
+        sums = dict(reversed(line.split("  ")) for line in (folder / "DEBIAN/md5sums").read_text("utf-8").splitlines())
+        self.assertEqual(set(sums), expected)
+        for name, md5 in sums.items():
+            self.assertEqual(hashlib.md5((folder / name).read_bytes()).hexdigest(), md5)
+            self.assertEqual((folder / name).stat().st_mode & 0o777, 0o644)
+
+    def test_memory_errors_end_the_process(self):
+        for program in self.programs():
+            with self.subTest(program=program.name):
+                shown = output_of("readelf", "--wide", "--file-header", "--program-headers", "--dynamic", "--dyn-syms",
+                                  program)
+                self.assertRegex(shown, r"Type: +DYN ")
+                self.assertRegex(shown, r"GNU_RELRO")
+                self.assertRegex(shown, r"GNU_STACK .* RW ")
+                self.assertRegex(shown, r"\(FLAGS_1\).*\bNOW\b")
+                self.assertIn(" __stack_chk_fail@", shown)
+                if configured("ORVANE_HAS_CF_PROTECTION") == "1":
+                    self.assertGreater(program.read_bytes().count(_ALLOWED_TARGET), 20)
+        shown = output_of("readelf", "--wide", "--dynamic", "--dyn-syms", self.programs()[0])
+        self.assertRegex(shown, r"\(FLAGS_1\).*\bPIE\b")
+        self.assertRegex(shown, r" __\w+_chk@")
 
     def programs(self):
         """The program and its modules."""
@@ -161,9 +189,10 @@ class DebianPackage(unittest.TestCase):
     def test_lintian(self):
         if not shutil.which("lintian"):
             self.skipTest("lintian is not installed")
-        text = complaints("lintian", "--fail-on", "none", "--tag-display-limit", "0", "--show-overrides", self.package)
+        text = complaints("lintian", "--fail-on", "none", "--tag-display-limit", "0", "--show-overrides", "--display-info",
+                          self.package, self.symbols[0])
         lines = [line for line in text.splitlines() if not line.startswith("running with root privileges")]
-        self.assertEqual([line for line in lines if re.match("[EW]:", line)], [])
+        self.assertEqual([line for line in lines if re.match("[EWI]:", line)], [])
         explained = re.findall(r"(?m)^orvanebreak: (\S+)", (PROJECT / "packaging/debian/lintian-overrides").read_text())
         self.assertEqual([line.split()[2] for line in lines if line.startswith("O:")], explained, "unused overrides")
 

@@ -69,6 +69,9 @@ class DesktopFiles(unittest.TestCase):
     def test_manual(self):
         options = set(re.findall(r"--[a-z-]+", output_of(self.program, "--help")))
         self.assertGreaterEqual(len(options), 4)
+        guide = (PROJECT / "docs/guide.fr.md").read_text("utf-8").split("## Où sont tes données")[1]
+        places = re.findall(r"(?m)^\| `([^`]+)/?` \|", guide)
+        self.assertGreaterEqual(len(places), 6)
         for name in ("orvanebreak.1", "orvanebreak.fr.1"):
             page = BUILD_FOLDER / "desktop-files" / name
             result = subprocess.run(["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", page],
@@ -79,6 +82,8 @@ class DesktopFiles(unittest.TestCase):
             shown = re.sub(".\b|\x1b\\[[0-9;]*m", "", result.stdout)
             self.assertEqual(set(re.findall(r"(?<![\w-])--[a-z-]+", shown)), options, name)
             self.assertIn(f"autostart/{self.application}.desktop", shown)
+            for place in places:
+                self.assertIn(place.removesuffix("/"), shown, name)
 
 
 if __name__ == "__main__":

@@ -132,7 +132,7 @@ class Installation(HomeCase):
                     before = self.below_home()
                     result = self.run_in_home(self.unpacked("2.0") / "install", is_stopped_by_modes=True)
                     self.assertEqual((result.returncode, result.stdout), (1, ""))
-                    self.assertRegex(result.stderr, r"^Impossible d’écrire dans .*: rien n’a été installé\.\n$")
+                    self.assertRegex(result.stderr, r"^Impossible d’écrire dans .*\u00a0: rien n’a été installé\.\n$")
                     self.assertEqual(self.below_home(), before)
                     if (self.home / name).exists():
                         (self.home / name).chmod(0o755)

@@ -29,6 +29,7 @@ public:
         std::chrono::milliseconds limit;
         QPointer<QObject> context;
         Completion completion;
+        Departure departure;
 
         [[nodiscard]] QJsonObject json() const { return QJsonDocument::fromJson(body).object(); }
     };
@@ -36,13 +37,17 @@ public:
     void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
              Completion completion) override
     {
-        requests.append({Method::Get, url, {}, limit, &context, std::move(completion)});
+        requests.append({Method::Get, url, {}, limit, &context, std::move(completion), {}});
     }
 
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
-              Completion completion) override
+              Completion completion, Departure departure) override
     {
-        requests.append({Method::Post, url, body, limit, &context, std::move(completion)});
+        if (isConnected && departure && !departure())
+            completeWithoutAnswer(context, std::move(completion));
+        else
+            requests.append(
+                {Method::Post, url, body, limit, &context, std::move(completion), std::move(departure)});
     }
 
     /// Answers the oldest open request.
@@ -54,4 +59,5 @@ public:
     }
 
     QList<Request> requests;
+    bool isConnected = true; ///< Whether requests leave at once.
 };

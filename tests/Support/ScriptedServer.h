@@ -12,9 +12,9 @@
 class ScriptedServer : public QObject
 {
 public:
-    ScriptedServer()
+    explicit ScriptedServer(const QHostAddress &address = QHostAddress::LocalHost)
     {
-        m_server.listen(QHostAddress::LocalHost);
+        m_server.listen(address);
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
             while (m_server.hasPendingConnections())
                 accept();
@@ -23,7 +23,9 @@ public:
 
     [[nodiscard]] QUrl url() const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1/api").arg(m_server.serverPort()));
+        QUrl url(QStringLiteral("http://127.0.0.1:%1/api").arg(m_server.serverPort()));
+        url.setHost(m_server.serverAddress().toString());
+        return url;
     }
 
     [[nodiscard]] bool isWhole() const

@@ -124,8 +124,9 @@ public:
     /// Opens the messages window with the current conversation; a pending message counts as shown.
     void showMessages();
 
-    /// Sends the text in the reply field of the messages window and adds it to the conversation; does nothing
-    /// if it is only white space. The user is told only of a failure, and gets the text back into the field.
+    /// Sends the text in the reply field of the messages window and adds it to the conversation, unless it is
+    /// there because this process could not send it; does nothing if it is only white space. The user is told
+    /// only of a failure, and gets the text back into the field.
     void sendReply();
 
     /// Opens the form for reporting a problem, and then tells the user whether the report was sent. After a
@@ -196,6 +197,7 @@ private:
         QString text;
         QString email;
     } m_unsentReport;
+    QStringList m_unsentReplies; ///< In the conversation, but not sent.
     bool m_shownActive = false; ///< Whether the status menu shows reminders as on.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;

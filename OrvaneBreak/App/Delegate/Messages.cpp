@@ -92,11 +92,13 @@ void AppDelegate::sendReply()
     if (text.isEmpty())
         return;
     m_messagesWindow->clearReply();
-    m_channel.archiveOwn(text);
+    if (!m_unsentReplies.removeOne(text))
+        m_channel.archiveOwn(text);
     showMessages();
     m_channel.reportProblem(text, QString(), [self = QPointer(this), text](bool isAccepted) {
         if (!self || isAccepted)
             return;
+        self->m_unsentReplies.append(text);
         self->m_messagesWindow->restoreReply(text);
         self->showAlert(
             u"replyFailed"_s, u"Envoi impossible"_s,

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BuildId.h"
 
-#include <elf.h>
+#include <link.h>
 
-#include <bit>
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -40,18 +41,27 @@ Bytes buildIdIn(Bytes notes, std::size_t alignment)
 
 } // namespace
 
-Bytes buildIdOf(const link_map &map, const void *image)
+Bytes buildIdOf(std::span<const char> image)
 {
-    const auto *header = static_cast<const ElfW(Ehdr) *>(image);
-    if (std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0)
+    const auto isInside = [&](std::uint64_t offset, std::uint64_t size) {
+        return offset <= image.size() && size <= image.size() - offset;
+    };
+    const auto *header = reinterpret_cast<const ElfW(Ehdr) *>(image.data());
+    if (!isInside(0, sizeof *header) || std::memcmp(header->e_ident, ELFMAG, SELFMAG) != 0 ||
+        !isInside(header->e_phoff, std::uint64_t{header->e_phnum} * sizeof(ElfW(Phdr))))
         return {};
-    const auto *table =
-        reinterpret_cast<const ElfW(Phdr) *>(static_cast<const char *>(image) + header->e_phoff);
-    for (const ElfW(Phdr) & segment : std::span(table, header->e_phnum)) {
-        if (segment.p_type != PT_NOTE)
+    const std::span segments(reinterpret_cast<const ElfW(Phdr) *>(image.data() + header->e_phoff),
+                             header->e_phnum);
+    // What follows the first segment may be elsewhere in memory.
+    for (const ElfW(Phdr) & segment : segments) {
+        if (segment.p_type == PT_LOAD && segment.p_offset == 0)
+            image = image.first(std::min<std::size_t>(image.size(), segment.p_filesz));
+    }
+    for (const ElfW(Phdr) & segment : segments) {
+        if (segment.p_type != PT_NOTE || !isInside(segment.p_offset, segment.p_filesz))
             continue;
-        const auto *begin = std::bit_cast<const unsigned char *>(map.l_addr + segment.p_vaddr);
-        const Bytes id = buildIdIn({begin, segment.p_memsz}, segment.p_align == 8 ? 8 : 4);
+        const auto *begin = reinterpret_cast<const unsigned char *>(image.data() + segment.p_offset);
+        const Bytes id = buildIdIn({begin, segment.p_filesz}, segment.p_align == 8 ? 8 : 4);
         if (!id.empty())
             return id;
     }

@@ -4,7 +4,7 @@
 #include "BuildId.h"
 #include "CrashText.h"
 #include "InterruptedThread.h"
-#include "ProgramSymbols.h"
+#include "ModuleSymbols.h"
 
 #include <dlfcn.h>
 #include <unwind.h>
@@ -32,7 +32,7 @@ std::string_view fileName(std::string_view path)
 struct Module
 {
     const link_map *map = nullptr; ///< Null for code outside any file.
-    const void *image = nullptr;   ///< Where its file is mapped.
+    std::span<const char> image;   ///< What of its file is mapped.
 
     [[nodiscard]] bool isProgram() const { return map && map->l_name[0] == '\0'; }
 
@@ -43,12 +43,9 @@ struct Module
         return isProgram() ? std::string_view("orvanebreak") : fileName(map->l_name);
     }
 
-    /// The beginning of its build's id.
-    [[nodiscard]] std::span<const unsigned char> build() const
+    [[nodiscard]] std::uintptr_t addressInFile(std::uintptr_t address) const
     {
-        const std::span<const unsigned char> id =
-            map ? buildIdOf(*map, image) : std::span<const unsigned char>();
-        return id.first(std::min(id.size(), buildLength));
+        return address - (map ? map->l_addr : 0);
     }
 };
 
@@ -57,7 +54,10 @@ Module moduleOf(std::uintptr_t address)
     dl_find_object found = {};
     // The unwinder uses this function, too: it is the only one that takes no lock.
     const bool isFound = _dl_find_object(std::bit_cast<void *>(address), &found) == 0;
-    return isFound ? Module{found.dlfo_link_map, found.dlfo_map_start} : Module();
+    if (!isFound)
+        return {};
+    const auto *begin = static_cast<const char *>(found.dlfo_map_start);
+    return {found.dlfo_link_map, {begin, static_cast<const char *>(found.dlfo_map_end)}};
 }
 
 /// Whether a call led to `address`, where there is no code: it is outside any module, or the processor could
@@ -67,6 +67,16 @@ bool isWithoutCode(std::uintptr_t address, const siginfo_t &information)
     const bool isFault = information.si_signo == SIGSEGV && information.si_code > 0;
     return !moduleOf(address).map ||
            (isFault && std::bit_cast<std::uintptr_t>(information.si_addr) == address);
+}
+
+void appendName(CrashText &text, const ModuleSymbols &symbols, std::uintptr_t address)
+{
+    const std::optional<ModuleSymbols::Symbol> symbol = symbols.find(address);
+    if (symbol)
+        text.append(" ")
+            .append(symbol->name.substr(0, maxNameLength))
+            .append(" + ")
+            .appendDecimal(symbol->offset);
 }
 
 template <typename Function>
@@ -153,23 +163,25 @@ void CallStack::dropThrowing()
     m_count = static_cast<std::size_t>(end - thrower);
 }
 
-void CallStack::appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const
+void CallStack::appendTo(CrashText &text, std::size_t maxFrames, const ModuleSymbols &program) const
 {
     const std::size_t count = std::min(m_count, maxFrames);
     for (std::size_t index = 0; index < count; ++index) {
         const Module module = moduleOf(m_frames[index]);
-        const std::uintptr_t address = m_frames[index] - (module.map ? module.map->l_addr : 0);
+        const std::span<const unsigned char> build = buildIdOf(module.image);
+        const std::uintptr_t address = module.addressInFile(m_frames[index]);
         text.append(index == 0 ? "" : "\n").appendDecimal(index).append(" ").append(module.name());
-        if (!module.build().empty())
-            text.append("@").appendBytes(module.build());
+        if (!build.empty())
+            text.append("@").appendBytes(build.first(std::min(build.size(), buildLength)));
         text.append(" ").appendHexadecimal(address);
-        const std::optional<ProgramSymbols::Symbol> symbol =
-            module.isProgram() ? symbols.find(address) : std::nullopt;
-        if (symbol)
-            text.append(" ")
-                .append(symbol->name.substr(0, maxNameLength))
-                .append(" + ")
-                .appendDecimal(symbol->offset);
+        if (module.isProgram()) {
+            appendName(text, program, address);
+        } else if (!build.empty() && module.map->l_name[0] == '/') {
+            // An update may have replaced the file since it was loaded.
+            const ModuleSymbols symbols(module.map->l_name);
+            if (std::ranges::equal(buildIdOf(symbols.image()), build))
+                appendName(text, symbols, address);
+        }
     }
 }
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 
 class CrashText;
-class ProgramSymbols;
+class ModuleSymbols;
 
 /// The call stack of a thread, innermost frame first. After prepare(), capturing and writing it neither locks
 /// nor allocates: the unwinder finds its tables with _dl_find_object(), which is safe in signal handlers.
@@ -32,9 +32,9 @@ public:
     void dropThrowing();
 
     /// Writes at most `maxFrames` frames, one per line without a final line feed: number, module, "@" and the
-    /// beginning of its build's id, address in the module's file and, for a function of the program, name and
-    /// offset.
-    void appendTo(CrashText &text, std::size_t maxFrames, const ProgramSymbols &symbols) const;
+    /// beginning of its build's id, address in the module's file and, where its file has them, the function's
+    /// name and offset. Opens the files of all modules but `program`.
+    void appendTo(CrashText &text, std::size_t maxFrames, const ModuleSymbols &program) const;
 
 private:
     struct Collector;

@@ -4,7 +4,7 @@
 #include "CallStack.h"
 #include "CrashText.h"
 #include "ExceptionText.h"
-#include "ProgramSymbols.h"
+#include "ModuleSymbols.h"
 #include "ReportFile.h"
 #include "SignalStack.h"
 
@@ -60,7 +60,7 @@ struct Capture
     }
 
     ReportFile report;
-    ProgramSymbols symbols;
+    ModuleSymbols symbols = ModuleSymbols(ModuleSymbols::program);
     SignalStack mainThreadStack;
     CallStack stack;
     CrashText stackText;

@@ -57,7 +57,7 @@ public:
     {
         m_inactivity.start(inactivityTimeout);
         m_transfer =
-            std::make_unique<Transfer>(loop, Transfer::Request{url, std::nullopt, m_offset},
+            std::make_unique<Transfer>(loop, Transfer::Request{url, std::nullopt, m_offset, {}},
                                        Transfer::Receiver{[this](const QByteArray &bytes) { receive(bytes); },
                                                           [this](Transfer::End end) { finish(end); }});
     }

@@ -2,7 +2,6 @@
 #include "NetworkHttp.h"
 
 #include "SpareDescriptors.h"
-#include "Transfer.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -62,20 +61,20 @@ private:
 void NetworkHttp::get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
                       Completion completion)
 {
-    exchange(url, std::nullopt, limit, context, std::move(completion));
+    exchange({url, std::nullopt, 0, {}}, limit, context, std::move(completion));
 }
 
 void NetworkHttp::post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit,
-                       QObject &context, Completion completion)
+                       QObject &context, Completion completion, Departure departure)
 {
-    exchange(url, body, limit, context, std::move(completion));
+    exchange({url, body, 0, std::move(departure)}, limit, context, std::move(completion));
 }
 
-void NetworkHttp::exchange(const QUrl &url, std::optional<QByteArray> body, std::chrono::milliseconds limit,
-                           QObject &context, Completion completion)
+void NetworkHttp::exchange(Transfer::Request request, std::chrono::milliseconds limit, QObject &context,
+                           Completion completion)
 {
-    if (isAllowed(url) && SpareDescriptors::sufficeForThread())
-        new Exchange(m_loop, m_exchanges, {url, std::move(body)}, limit, context, std::move(completion));
+    if (isAllowed(request.url) && SpareDescriptors::sufficeForThread())
+        new Exchange(m_loop, m_exchanges, std::move(request), limit, context, std::move(completion));
     else
         completeWithoutAnswer(context, std::move(completion));
 }

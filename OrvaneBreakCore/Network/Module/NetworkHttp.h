@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Http.h"
+#include "Transfer.h"
 #include "TransferLoop.h"
 
 /// The requests through libcurl.
@@ -11,11 +12,11 @@ public:
     void get(const QUrl &url, std::chrono::milliseconds limit, QObject &context,
              Completion completion) override;
     void post(const QUrl &url, const QByteArray &body, std::chrono::milliseconds limit, QObject &context,
-              Completion completion) override;
+              Completion completion, Departure departure = {}) override;
 
 private:
-    void exchange(const QUrl &url, std::optional<QByteArray> body, std::chrono::milliseconds limit,
-                  QObject &context, Completion completion);
+    void exchange(Transfer::Request request, std::chrono::milliseconds limit, QObject &context,
+                  Completion completion);
 
     TransferLoop m_loop;
     QObject m_exchanges;

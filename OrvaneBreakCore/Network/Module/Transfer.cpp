@@ -60,6 +60,8 @@ void Transfer::prepare()
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, m_headers.get());
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Transfer::depart);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::takeHeader);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::takeBody);
@@ -103,6 +105,12 @@ bool Transfer::isRedirect() const
 {
     return std::ranges::find(redirectStatuses, status()) != redirectStatuses.end() &&
            !header("Location").isEmpty();
+}
+
+int Transfer::depart(void *self, char * /*address*/, char * /*ownAddress*/, int /*port*/, int /*ownPort*/)
+{
+    const auto &departure = static_cast<Transfer *>(self)->m_request.departure;
+    return !departure || departure() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 size_t Transfer::takeHeader(const char *data, size_t size, size_t count, void *self)

@@ -16,8 +16,8 @@ class TransferLoop;
 /// One request to a server and its answer, through libcurl: on a connection of its own, never sent twice,
 /// with certificates checked, and without cookies, stored passwords or a name of the program. Redirects are
 /// followed, five at most, to addresses that Http::isAllowed and never from HTTPS to HTTP. 307 and 308 send
-/// the body again, the others turn a POST into a GET. Proxies are those of the environment (https_proxy),
-/// except to this machine. User-interface thread only.
+/// the body again, the others turn a POST into a GET. Proxies are those of the environment (https_proxy)
+/// for HTTPS, and none for HTTP. User-interface thread only.
 class Transfer final : public QObject
 {
 public:
@@ -28,6 +28,8 @@ public:
         std::optional<QByteArray> body;
         /// The first wanted byte of the file; 0 asks for all of it.
         qint64 offset = 0;
+        /// As Http::Departure; may be empty.
+        std::function<bool()> departure;
     };
 
     enum class End
@@ -69,6 +71,7 @@ private:
         void operator()(CURL *easy) const { release(easy); }
     };
 
+    static int depart(void *self, char *, char *, int, int);
     static size_t takeHeader(const char *data, size_t size, size_t count, void *self);
     static size_t takeBody(const char *data, size_t size, size_t count, void *self);
 

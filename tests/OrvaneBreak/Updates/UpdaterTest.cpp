@@ -12,7 +12,7 @@ using Answer = UpdaterDriver::Answer;
 namespace {
 
 const QString searching = u"Recherche de mises à jour…"_s;
-const QString loading = u"Téléchargement de OrvaneBreak 1.1…"_s;
+const QString loading = u"Téléchargement d'OrvaneBreak 1.1…"_s;
 const QString preparing = u"Vérification et installation…"_s;
 const QString hidden = u"hide"_s;
 const QString noFeed = u"Vérification impossible"_s;

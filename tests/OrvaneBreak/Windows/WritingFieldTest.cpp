@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString limitText = u"Texte trop long : 20\u202f000 caractères au maximum."_s;
+const QString limitText = u"Texte trop long\u00a0: 20\u202f000 caractères au maximum."_s;
 const QString usualNote = u"Ta réponse arrive directement chez Orvane Labs."_s;
 
 void paste(WritingField &field, const QString &text)
@@ -95,6 +95,26 @@ private Q_SLOTS:
         QCOMPARE(note->text(), usualNote);
         button->click();
         QCOMPARE(sent, 1);
+    }
+
+    void returnSendsFromWhereverTheFocusIs()
+    {
+        MessagesWindow window;
+        int sent = 0;
+        window.onSend = [&sent] { ++sent; };
+        window.display({{1, u"Bonjour"_s, QDateTime::currentDateTimeUtc(), false}});
+        window.show();
+        for (const QString &name :
+             {u"replyField"_s, u"messageBody"_s, u"conversationScroll"_s, u"sendButton"_s}) {
+            auto *widget = window.findChild<QWidget *>(name);
+            widget->setFocus();
+            for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+                sent = 0;
+                QTest::keyClick(widget, key);
+                QVERIFY2(sent == 1, qPrintable(name));
+            }
+        }
+        QCOMPARE(window.reply(), QString());
     }
 
     void aReplyIsPutBackUnlessAnotherOneIsBegun()

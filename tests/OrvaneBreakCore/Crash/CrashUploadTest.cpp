@@ -197,6 +197,54 @@ private Q_SLOTS:
         QVERIFY(f.http.requests.isEmpty());
     }
 
+    void aReportStaysUntilItsRequestLeaves()
+    {
+        Fixture f;
+        const QStringList files = f.folder.names();
+        f.http.isConnected = false;
+        f.leaveReport(1h);
+        f.upload->sendPendingCrash();
+        QCOMPARE(f.folder.names().size(), files.size() + 1);
+        QVERIFY(f.http.requests.takeFirst().departure());
+        QCOMPARE(f.folder.names(), files);
+    }
+
+    void aReportThatHasNotLeftIsSentByTheNextProcess()
+    {
+        for (const bool hasCrashed : {true, false}) {
+            Fixture f;
+            const QStringList files = f.folder.names();
+            f.http.isConnected = false;
+            f.leaveReport(1h);
+            f.upload->sendPendingCrash();
+            f.http.requests.clear();
+            if (hasCrashed)
+                f.leaveReport(1s);
+            QTimer::singleShot(0, this, [&] {
+                for (qsizetype answer = f.http.requests.size(); answer > 0; --answer)
+                    f.http.answer(std::nullopt);
+            });
+            f.upload->sendEarlyCrash();
+            f.upload->sendPendingCrash();
+            QCOMPARE(f.folder.names(), files);
+            QCOMPARE(f.http.requests.size(), hasCrashed ? 0 : 1);
+            f.http.requests.clear();
+            f.upload->sendPendingCrash();
+            QVERIFY(f.http.requests.isEmpty());
+        }
+    }
+
+    void aReportWhoseServerIsNotThereIsNotSentAgain()
+    {
+        Fixture f;
+        const QStringList files = f.folder.names();
+        f.http.isConnected = false;
+        f.leaveReport(1h);
+        f.upload->sendPendingCrash();
+        f.http.answer(std::nullopt);
+        QCOMPARE(f.folder.names(), files);
+    }
+
     void noOtherReportIsWaitedFor()
     {
         Fixture f;

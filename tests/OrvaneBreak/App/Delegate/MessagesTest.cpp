@@ -299,6 +299,28 @@ private Q_SLOTS:
         QCOMPARE(f.inMessages<QPlainTextEdit>(u"replyField"_s)->toPlainText(), u"Merci"_s);
     }
 
+    void aReplyThatIsSentAgainStandsInTheConversationOnce()
+    {
+        Launched f;
+        f.http.requests.clear();
+        f.delegate.showMessages();
+        f.inMessages<QPlainTextEdit>(u"replyField"_s)->setPlainText(u"Merci"_s);
+        for (const std::optional<HttpAnswer> &answer :
+             {std::optional<HttpAnswer>(), std::optional<HttpAnswer>(),
+              std::optional(HttpAnswer{200, R"({"ok":true})"})}) {
+            f.delegate.sendReply();
+            QCOMPARE(f.http.requests.constFirst().json()[u"text"_s], QJsonValue(u"Merci"_s));
+            f.http.answer(answer);
+            if (f.dialog())
+                f.press(u"alertDefault"_s);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QCOMPARE(f.bodies(), QStringList{u"Merci"_s});
+        }
+        f.inMessages<QPlainTextEdit>(u"replyField"_s)->setPlainText(u"Merci"_s);
+        f.delegate.sendReply();
+        QCOMPARE(f.channel.messageHistory().size(), 2);
+    }
+
     void answersAfterTheEndAreIgnored()
     {
         auto f = std::make_unique<Launched>();

@@ -147,6 +147,13 @@ private Q_SLOTS:
         QVERIFY(crash.text.isValidUtf8());
     }
 
+    void functionsOfLibrariesAreNamed()
+    {
+        const CrashPlace place;
+        const Crash crash = place.run(u"bad free"_s);
+        QVERIFY2(crash.names(" abort + "), crash.text.constData());
+    }
+
     void aLongReasonIsCut()
     {
         const CrashPlace place;

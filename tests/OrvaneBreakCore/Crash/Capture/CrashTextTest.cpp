@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CrashText.h"
 
+#include "BuildId.h"
 #include "ExceptionText.h"
-#include "ProgramSymbols.h"
+#include "ModuleSymbols.h"
 #include "Support/TestProgram.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <array>
@@ -79,9 +81,29 @@ private Q_SLOTS:
         QVERIFY(cut.size() > 65'000 && cut.size() < 66'000);
     }
 
+    void anotherFileHasNoNames()
+    {
+        for (const char *file : {"/nonexistent", "/", "/dev/null", "/etc/passwd"}) {
+            const ModuleSymbols symbols(file);
+            QVERIFY(!symbols.find(0));
+            QVERIFY(buildIdOf(symbols.image()).empty());
+        }
+    }
+
+    void aDamagedModuleIsNotReadBeyondItsEnd()
+    {
+        QFile file(QStringLiteral("/proc/self/exe"));
+        QVERIFY(file.open(QFile::ReadOnly));
+        const QByteArray whole = file.read(4096);
+        for (qsizetype size = 0; size < whole.size(); ++size) {
+            const std::string bytes = whole.first(size).toStdString();
+            QVERIFY(buildIdOf(bytes).size() <= 20);
+        }
+    }
+
     void addressesOutsideTheProgramHaveNoName()
     {
-        const ProgramSymbols symbols;
+        const ModuleSymbols symbols(ModuleSymbols::program);
         QVERIFY(!symbols.find(0));
         QVERIFY(!symbols.find(~std::uint64_t{0}));
     }

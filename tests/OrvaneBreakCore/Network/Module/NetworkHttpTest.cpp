@@ -5,6 +5,7 @@
 #include "Support/ScriptedServer.h"
 #include "Support/TestProgram.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <netdb.h>
@@ -115,6 +116,23 @@ private Q_SLOTS:
         QVERIFY(f.server.received.endsWith(f.isPost() ? "\r\n\r\n{\"a\":1}" : "\r\n\r\n"));
         QCOMPARE(f.server.received.toLower().contains("content-type"), f.isPost());
         QVERIFY(!f.server.received.toLower().contains("cookie"));
+    }
+
+    static void aRequestIsTheDocumentedOne()
+    {
+        QFile document(QStringLiteral(ORVANE_DOCUMENTS "/protocol.md"));
+        QVERIFY(document.open(QFile::ReadOnly));
+        const QByteArray text = document.readAll();
+        const qsizetype begin = text.indexOf("    POST /api/check.php");
+        QByteArray documented = text.mid(begin, text.indexOf("}\n", begin) + 1 - begin);
+        documented.replace("    ", "").replace("\n", "\r\n");
+        Fixture f;
+        documented.replace("/api/check.php", "/api");
+        documented.replace("example.org", f.server.url().authority().toLatin1());
+        f.send();
+        QTRY_VERIFY(f.server.isWhole());
+        if (f.isPost())
+            QCOMPARE(f.server.received, documented);
     }
 
     static void errorStatusesAreAnswers()
@@ -308,6 +326,100 @@ private Q_SLOTS:
         QCOMPARE(f.answer->body, "{}");
     }
 
+    static void onlyTheFirstAnswerCounts()
+    {
+        for (const QByteArray &rest :
+             {QByteArray("x"), answerWith("500 No", "other"), QByteArray(70'000, 'x')}) {
+            Fixture f;
+            f.server.reply = answerWith("200 OK", "{}") + rest;
+            f.send();
+            QTRY_VERIFY(f.isAnswered());
+            QVERIFY(f.answer);
+            QCOMPARE(f.answer->status, 200);
+            QCOMPARE(f.answer->body, "{}");
+        }
+    }
+
+    static void bodiesAreNotDecompressed()
+    {
+        Fixture f;
+        f.server.reply =
+            "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 4\r\n\r\n\x1f\x8b\x08z";
+        f.send();
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(f.answer);
+        QCOMPARE(f.answer->body, "\x1f\x8b\x08z");
+        QVERIFY(!f.server.received.toLower().contains("accept-encoding"));
+    }
+
+    static void theAddressMayBeOfIPv6()
+    {
+        ScriptedServer server(QHostAddress::LocalHostIPv6);
+        server.reply = answerWith("200 OK", "{}");
+        Fixture f;
+        f.sendTo(server.url());
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(f.answer);
+        QVERIFY2(server.received.contains("\r\nHost: [::1]:"), server.received);
+    }
+
+    static void proxiesAreNotUsedForThisMachine()
+    {
+        ScriptedServer proxy;
+        for (const char *variable : {"http_proxy", "HTTP_PROXY", "https_proxy", "all_proxy", "ALL_PROXY"})
+            qputenv(variable, proxy.url().toEncoded());
+        Fixture f;
+        f.server.reply = answerWith("200 OK", "{}");
+        f.send();
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(f.answer);
+        QCOMPARE(proxy.connections, 0);
+        // Through the proxy it would connect to any name without looking it up.
+        f.sendTo(QUrl(u"https://name.test/"_s));
+        QTRY_COMPARE(proxy.connections, 1);
+        QTRY_VERIFY2(proxy.received.startsWith("CONNECT name.test:443 HTTP/1.1\r\n"), proxy.received);
+        for (const char *variable : {"http_proxy", "HTTP_PROXY", "https_proxy", "all_proxy", "ALL_PROXY"})
+            qunsetenv(variable);
+    }
+
+    static void cookiesAreNotKept()
+    {
+        Fixture f;
+        f.server.standingReply = answerWith("200 OK", "{}");
+        f.server.reply =
+            "HTTP/1.1 307 Go\r\nSet-Cookie: a=b\r\nLocation: elsewhere?x#y\r\nContent-Length: 0\r\n\r\n";
+        f.send();
+        QTRY_VERIFY(f.isAnswered());
+        QVERIFY(f.answer);
+        QVERIFY2(f.server.received.contains(" /elsewhere?x HTTP/1.1\r\n"), f.server.received);
+        QVERIFY(!f.server.received.toLower().contains("cookie"));
+    }
+
+    /// The callback for the departure belongs to POST.
+    static void aRequestLeavesOnlyWhenItMay()
+    {
+        for (const bool mayLeave : {true, false}) {
+            Fixture f;
+            f.server.reply = answerWith("200 OK", "{}");
+            int departures = 0;
+            f.http.post(
+                f.server.url(), "{}", 20s, *f.context,
+                [&](const std::optional<HttpAnswer> &result) {
+                    ++f.completions;
+                    f.answer = result;
+                },
+                [&] {
+                    ++departures;
+                    return mayLeave && f.server.received.isEmpty();
+                });
+            QCOMPARE(departures, 0);
+            QTRY_VERIFY(f.isAnswered());
+            QCOMPARE(departures, 1);
+            QCOMPARE(f.answer.has_value(), mayLeave);
+            QCOMPARE(f.server.received.isEmpty(), !mayLeave);
+        }
+    }
+
     static void theEndDoesNotWaitForAName()
     {
         StuckLookup stuck;
@@ -324,12 +436,16 @@ private Q_SLOTS:
 
     static void redirectsToUnsafePlacesAreNotFollowed()
     {
-        Fixture f;
-        f.server.reply =
-            "HTTP/1.1 302 Found\r\nLocation: http://example.invalid/\r\nContent-Length: 0\r\n\r\n";
-        f.send();
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(!f.answer);
+        for (const QByteArray &target :
+             {QByteArray("http://example.invalid/"), QByteArray("http://localhost/"),
+              QByteArray("http://a:b@127.0.0.1/"), QByteArray("ftp://127.0.0.1/"),
+              QByteArray("file:///etc/passwd"), QByteArray("http://[::1"), QByteArray("https://")}) {
+            Fixture f;
+            f.server.reply = "HTTP/1.1 302 Found\r\nLocation: " + target + "\r\nContent-Length: 0\r\n\r\n";
+            f.send();
+            QTRY_VERIFY2(f.isAnswered(), target);
+            QVERIFY2(!f.answer, target);
+        }
     }
 
     static void redirectsWithinThisMachineAreFollowed()
