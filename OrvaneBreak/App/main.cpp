@@ -196,6 +196,7 @@ int main(int argc, char **argv)
     }
     std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(findDisplayFacts()));
     if (const std::optional<QString> problem = missingDisplay()) {
+        UpdaterParts::takeBackStart();
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;
     }
@@ -224,8 +225,10 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     case ApplicationService::Start::Second:
+        UpdaterParts::takeBackStart();
         return EXIT_SUCCESS;
     case ApplicationService::Start::Failed:
+        UpdaterParts::takeBackStart();
         break;
     }
     std::fprintf(stderr, "orvanebreak: another instance is running and does not answer\n");

@@ -35,7 +35,8 @@ void checkSettings(const Preferences &preferences)
 
 void checkUpdaterSettings(Preferences &preferences)
 {
-    const UpdaterSettings settings(preferences);
+    UpdaterSettings settings(preferences);
+    require(settings.rolloutGroup() >= 0 && settings.rolloutGroup() < 7, "a group of users is one of seven");
     const auto interval = settings.checkInterval();
     require(interval >= 60s && interval <= 100 * 365 * 24h,
             "the interval of update checks is within its limits");
@@ -45,8 +46,6 @@ void checkUpdaterSettings(Preferences &preferences)
     require(settings.lastCheck().has_value() == stored.has_value(), "the last check is dated");
     require(!stored || settings.lastCheck()->time_since_epoch() / 1ms == stored->toMSecsSinceEpoch(),
             "the last check is dated");
-    require(!settings.newestFeed().isValid() || settings.newestFeed().timeSpec() == Qt::UTC,
-            "the date of a feed is valid");
 }
 
 /// A change by the program keeps all other values, and a damaged file as a whole.
