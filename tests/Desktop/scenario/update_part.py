@@ -2,6 +2,7 @@
 import io
 import os
 import signal
+import subprocess
 import tarfile
 import time
 
@@ -11,6 +12,7 @@ from .update_desk import CHECK, INSTALL, LATER, OK, RELAUNCH
 
 _REFUSED = "Mise à jour refusée"
 _BROKEN_OFF = "Téléchargement interrompu"
+_FAILED = "Mise à jour annulée"
 _AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
@@ -26,10 +28,10 @@ def by_hand(desk, report):
     desk.answer_with(INSTALL)
     wait_until(lambda: desk.shows_now(RELAUNCH), "the update to be ready", 30)
     desk.keep_picture("update-ready")
-    report.promise("nothing has changed before the user quits", desk.current() == "1.0.0", desk.current())
-    desk.answer_with(LATER)
-    report.promise("the program ends as always", desk.quit() == 0, desk.process.returncode)
     report.promise("by hand: version 2 starts next", desk.current() == "2.0.0", desk.current())
+    desk.answer_with(LATER)
+    report.promise("version 1 runs on", desk.runs("1.0.0"))
+    report.promise("the program ends as always", desk.quit() == 0, desk.process.returncode)
     desk.start_version()
     report.promise("version 2 runs", desk.runs("2.0.0"))
     report.promise("its trial ends", comes_true(lambda: not (desk.root / "trial").exists(), 30))
@@ -40,17 +42,36 @@ def by_hand(desk, report):
     desk.finish()
 
 
-def at_quit(desk, report):
-    """An automatic update that takes effect after the program quits."""
+def silently(desk, report):
+    """An automatic update that takes effect at the next start, even if the program is killed."""
     desk.install()
     desk.start_version(_AUTOMATIC)
-    wait_until(lambda: (desk.root / "versions/2.0.0").exists(), "the update beside the running version", 30)
+    wait_until(lambda: desk.current() == "2.0.0", "the update beside the running version", 30)
     report.promise("automatically: no dialog comes", not desk.shows_now(INSTALL) and not desk.shows_now(RELAUNCH))
-    report.promise("automatically: the running version stays until the end", desk.current() == "1.0.0", desk.current())
-    desk.quit()
-    report.promise("automatically: version 2 starts next", desk.current() == "2.0.0", desk.current())
+    report.promise("automatically: version 1 runs on", desk.runs("1.0.0"))
+    desk.process.send_signal(signal.SIGKILL)
+    desk.process.wait(10)
     desk.start_version()
     report.promise("automatically: version 2 runs", desk.runs("2.0.0"))
+    desk.finish()
+
+
+def no_verdict(desk, report):
+    """What the user does with a version on trial says nothing about it."""
+    desk.install()
+    desk.start_version(_AUTOMATIC)
+    wait_until(lambda: desk.current() == "2.0.0", "the update beside the running version", 30)
+    environment = desk.bed.environment()
+    results = [subprocess.run([desk.program, "--break-now"], env={**environment, **change}, timeout=30,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
+               for change in ({"DISPLAY": ":99", "WAYLAND_DISPLAY": ""},) * 3]
+    results += [subprocess.run([desk.program, "--nonsense"], env=environment, timeout=30,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode for _ in range(3)]
+    report.promise("starts without a display and with a wrong option fail", 0 not in results, results)
+    report.promise("they are no verdict", desk.current() == "2.0.0", desk.current())
+    desk.quit()
+    desk.start_version()
+    report.promise("the version works afterwards", desk.runs("2.0.0"))
     desk.finish()
 
 
@@ -66,7 +87,7 @@ def relaunch(desk, report):
 
 
 def bad_start(desk, report):
-    """A new version that dies at its first start."""
+    """A new version that dies at every start."""
     def die(folder):
         (folder / "bin/orvanebreak-program").write_text("#!/bin/sh\nexit 3\n")
 
@@ -76,7 +97,10 @@ def bad_start(desk, report):
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL, RELAUNCH)
     wait_until(lambda: not (desk.root / "trial").exists() and desk.current() == "1.0.0", "the way back", 30)
-    report.promise("a version that dies at its first start is rolled back", desk.runs("1.0.0"))
+    report.promise("a version that dies at every start is given up", desk.runs("1.0.0"))
+    report.promise("the user is told", comes_true(lambda: desk.shows_now(_FAILED), 20))
+    desk.keep_picture("update-failed")
+    report.promise("its folder is removed", not (desk.root / "versions/3.0.0").exists())
     desk.finish()
 
 
@@ -170,6 +194,7 @@ def killed(desk, report):
         desk.process.wait(10)
         versions.append(desk.current())
     report.promise("killed at any moment, the current version is complete", set(versions) <= {"1.0.0", "2.0.0"}, versions)
+    desk.install()
     desk.start_version()
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL)
