@@ -90,6 +90,8 @@ void SPUUpdater::greet(bool isAsking)
         m_services.installer.forgetFailure();
         m_settings.pause(failed, m_services.runLoop.now());
         tell(UpdaterTexts::failedTrial(failed.text(), m_configuration.installed.text()), Occasion::Unasked);
+        // The question would replace the message; the next start asks it.
+        return;
     }
     if (!isAsking || m_settings.automaticChecks())
         return;
@@ -220,12 +222,12 @@ void SPUUpdater::useFeed(const FeedResult &result)
     const auto &feed = std::get<Appcast>(result);
     m_settings.setFeedSerial(feed.serial);
     m_settings.setLastSuccess(m_services.runLoop.now());
-    const auto choice = chooseUpdate(feed, circumstances(occasion));
+    const UpdateCircumstances facts = circumstances(occasion);
+    const auto choice = chooseUpdate(feed, facts);
     if (const auto *item = std::get_if<AppcastItem>(&choice))
         handleUpdate(*item, occasion);
     else
-        finish(occasion,
-               UpdaterTexts::noUpdate(std::get<NoUpdate>(choice), m_configuration.installed.text()));
+        finish(occasion, UpdaterTexts::noUpdate(std::get<NoUpdate>(choice), facts.installed.text()));
 }
 
 std::optional<UpdaterText> SPUUpdater::objection(const FeedResult &result) const
@@ -242,7 +244,8 @@ std::optional<UpdaterText> SPUUpdater::objection(const FeedResult &result) const
 
 UpdateCircumstances SPUUpdater::circumstances(Occasion occasion)
 {
-    return {m_ready ? m_ready->item.version : m_configuration.installed,
+    const UpdateVersion next = m_services.installer.nextVersion();
+    return {next > m_configuration.installed ? next : m_configuration.installed,
             u"linux"_s,
             m_configuration.architecture,
             m_configuration.systemVersion,

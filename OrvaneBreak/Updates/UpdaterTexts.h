@@ -32,7 +32,7 @@ namespace UpdaterTexts {
 /// The feed has expired, or this machine's clock is ahead.
 [[nodiscard]] UpdaterText expiredFeed(const QDateTime &expiry);
 
-/// There is no update, and why; `installed` is the running version.
+/// There is no update, and why; `installed` is the version that starts next.
 [[nodiscard]] UpdaterText noUpdate(NoUpdate reason, const QString &installed);
 
 /// The download failed.

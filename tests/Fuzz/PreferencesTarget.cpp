@@ -35,8 +35,7 @@ void checkSettings(const Preferences &preferences)
 
 void checkUpdaterSettings(Preferences &preferences)
 {
-    UpdaterSettings settings(preferences);
-    require(settings.rolloutGroup() >= 0 && settings.rolloutGroup() < 7, "a group of users is one of seven");
+    const UpdaterSettings settings(preferences);
     const auto interval = settings.checkInterval();
     require(interval >= 60s && interval <= 100 * 365 * 24h,
             "the interval of update checks is within its limits");

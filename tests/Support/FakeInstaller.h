@@ -31,6 +31,7 @@ public:
             std::exchange(m_completion, nullptr)(result);
     }
 
+    [[nodiscard]] UpdateVersion nextVersion() const override { return next; }
     [[nodiscard]] bool isInstalled(const UpdateVersion &version) const override
     {
         return installed == version;
@@ -39,6 +40,8 @@ public:
     bool activate(const UpdateVersion &version) override
     {
         log.append(QStringLiteral("activate ") + version.text());
+        if (!isRefusing)
+            next = version;
         return !isRefusing;
     }
 
@@ -57,6 +60,7 @@ public:
     bool isRefusing = false; ///< activate() fails.
     UpdateVersion installed; ///< Beside the running version.
     UpdateVersion failed;
+    UpdateVersion next; ///< The version that is current.
     Ability currentAbility = Ability::Itself;
     QStringList log;
 

@@ -16,7 +16,7 @@ namespace {
 constexpr auto lastLineBegin = "<!-- edSignature: ";
 constexpr auto lastLineEnd = "-->";
 constexpr auto certifiedText = "OrvaneBreak update key ";
-constexpr qsizetype lineLimit = 4'096;
+constexpr qsizetype lastLineLimit = 4'096;
 
 // Words of the last line: "<!--", "edSignature:", the signature; then of each key "key:", the key,
 // "certificate:", the signature; then "-->".
@@ -51,7 +51,7 @@ FeedResult readSignedFeed(const QByteArray &bytes, const Ed25519::PublicKey &key
                           const ReadingLimits &limits)
 {
     const qsizetype begin = bytes.lastIndexOf(lastLineBegin);
-    if (begin < 0 || bytes.size() - begin > lineLimit)
+    if (begin < 0 || bytes.size() - begin > lastLineLimit)
         return FeedProblem::NotGenuine;
     const QByteArrayList words = bytes.sliced(begin).trimmed().split(' ');
     const std::vector<Ed25519::PublicKey> keys = keysIn(words, key);

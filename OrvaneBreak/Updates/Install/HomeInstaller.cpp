@@ -154,6 +154,12 @@ UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const 
     return update.version;
 }
 
+UpdateVersion HomeInstaller::nextVersion() const
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    return installation ? installation->current() : UpdateVersion();
+}
+
 bool HomeInstaller::isInstalled(const UpdateVersion &version) const
 {
     const auto *installation = std::get_if<Installation>(&m_installation);

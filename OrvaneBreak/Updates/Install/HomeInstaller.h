@@ -28,6 +28,7 @@ public:
     [[nodiscard]] Ability ability() const override;
     void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
                  Completion completion) override;
+    [[nodiscard]] UpdateVersion nextVersion() const override;
     [[nodiscard]] bool isInstalled(const UpdateVersion &version) const override;
     bool activate(const UpdateVersion &version) override;
     [[nodiscard]] bool isOnTrial() const override;

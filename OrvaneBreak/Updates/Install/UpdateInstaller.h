@@ -49,6 +49,9 @@ public:
     virtual void prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
                          Completion completion) = 0;
 
+    /// The version that the next start uses; no version when this program does not update itself.
+    [[nodiscard]] virtual UpdateVersion nextVersion() const = 0;
+
     /// Whether `version` is complete beside the running one, so that activate() can use it.
     [[nodiscard]] virtual bool isInstalled(const UpdateVersion &version) const = 0;
 

@@ -68,11 +68,31 @@ def no_verdict(desk, report):
     results += [subprocess.run([desk.program, "--nonsense"], env=environment, timeout=30,
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode for _ in range(3)]
     report.promise("starts without a display and with a wrong option fail", 0 not in results, results)
+    again = [subprocess.run([desk.program], env=environment, timeout=30).returncode for _ in range(3)]
+    report.promise("starts beside the running version show its window", again == [0, 0, 0], again)
     report.promise("they are no verdict", desk.current() == "2.0.0", desk.current())
     desk.quit()
     desk.start_version()
     report.promise("the version works afterwards", desk.runs("2.0.0"))
     desk.finish()
+
+
+def newer_by_hand(desk, report):
+    """A newer version that the user installs while an older one runs."""
+    desk.install()
+    desk.makers.announce("2.0.0", desk.makers.pack(desk.makers.version("2.0.0")))
+    desk.start_version()
+    desk.reader.press(CHECK)
+    wait_until(lambda: desk.shows_now(INSTALL), "the offer of version 2", 30)
+    subprocess.run([desk.makers.version("3.0.0") / "install"], env=desk.bed.environment(), check=True, timeout=60,
+                   stdout=subprocess.DEVNULL)
+    desk.answer_with(INSTALL, OK)
+    report.promise("a newer version that was installed by hand stays", desk.current() == "3.0.0", desk.current())
+    desk.reader.press(CHECK)
+    report.promise("nothing older is offered then", desk.shows("OrvaneBreak est à jour"))
+    desk.answer_with(OK)
+    desk.quit()
+    report.promise("it starts next", desk.current() == "3.0.0", desk.current())
 
 
 def relaunch(desk, report):

@@ -186,6 +186,16 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog().last(), u"relaunch 1.2? quietly"_s);
     }
 
+    void aVersionThatWasInstalledByHandIsNotReplacedByAnOlderOne()
+    {
+        UpdaterFixture f;
+        f.installer.next = UpdateVersion(u"1.2"_s);
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"OrvaneBreak est à jour"_s);
+        QCOMPARE(f.driver.lastInformation, u"La version 1.2 est la plus récente."_s);
+    }
+
     void aReadyUpdateIsOfferedAfterADay()
     {
         UpdaterFixture f(true, true);
@@ -400,6 +410,19 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList());
         f.answer(UpdaterFixture::update());
         QCOMPARE(f.downloads.requests.size(), 2);
+    }
+
+    void theMessageAboutAFailedTrialIsNotReplaced()
+    {
+        UpdaterFixture f(std::nullopt);
+        f.start();
+        f.installer.failed = UpdateVersion(u"1.1"_s);
+        f.start();
+        f.runLoop.advance(5s);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"Mise à jour annulée quietly"_s});
+        f.start();
+        f.runLoop.advance(5s);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"permission?"_s});
     }
 
     void anOfferThatWasReplacedComesAgain()

@@ -104,6 +104,7 @@ private Q_SLOTS:
 
         QVERIFY(f.installer->activate(UpdateVersion(u"1.3"_s)));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.3"_s);
+        QCOMPARE(f.installer->nextVersion().text(), u"1.3"_s);
 
         HomeInstaller next(f.installation.seenBy("1.3"), {}, UpdateVersion(u"1.3"_s), &open);
         QVERIFY(next.isOnTrial());
