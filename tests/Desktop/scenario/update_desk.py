@@ -30,6 +30,7 @@ INSTALL = "Installer"
 RELAUNCH = "Installer et relancer"
 LATER = "Plus tard"
 OK = "OK"
+AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
 class Makers:

@@ -8,12 +8,10 @@ import time
 
 from driver.waiting import comes_true, wait_until
 
-from .update_desk import CHECK, INSTALL, LATER, OK, RELAUNCH
+from .update_desk import AUTOMATIC, CHECK, INSTALL, LATER, OK, RELAUNCH
 
 _REFUSED = "Mise à jour refusée"
 _BROKEN_OFF = "Téléchargement interrompu"
-_FAILED = "Mise à jour annulée"
-_AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
 def by_hand(desk, report):
@@ -45,7 +43,7 @@ def by_hand(desk, report):
 def silently(desk, report):
     """An automatic update that takes effect at the next start, even if the program is killed."""
     desk.install()
-    desk.start_version(_AUTOMATIC)
+    desk.start_version(AUTOMATIC)
     wait_until(lambda: desk.current() == "2.0.0", "the update beside the running version", 30)
     report.promise("automatically: no dialog comes", not desk.shows_now(INSTALL) and not desk.shows_now(RELAUNCH))
     report.promise("automatically: version 1 runs on", desk.runs("1.0.0"))
@@ -53,27 +51,6 @@ def silently(desk, report):
     desk.process.wait(10)
     desk.start_version()
     report.promise("automatically: version 2 runs", desk.runs("2.0.0"))
-    desk.finish()
-
-
-def no_verdict(desk, report):
-    """What the user does with a version on trial says nothing about it."""
-    desk.install()
-    desk.start_version(_AUTOMATIC)
-    wait_until(lambda: desk.current() == "2.0.0", "the update beside the running version", 30)
-    environment = desk.bed.environment()
-    results = [subprocess.run([desk.program, "--break-now"], env={**environment, **change}, timeout=30,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
-               for change in ({"DISPLAY": ":99", "WAYLAND_DISPLAY": ""},) * 3]
-    results += [subprocess.run([desk.program, "--nonsense"], env=environment, timeout=30,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode for _ in range(3)]
-    report.promise("starts without a display and with a wrong option fail", 0 not in results, results)
-    again = [subprocess.run([desk.program], env=environment, timeout=30).returncode for _ in range(3)]
-    report.promise("starts beside the running version show its window", again == [0, 0, 0], again)
-    report.promise("they are no verdict", desk.current() == "2.0.0", desk.current())
-    desk.quit()
-    desk.start_version()
-    report.promise("the version works afterwards", desk.runs("2.0.0"))
     desk.finish()
 
 
@@ -103,24 +80,6 @@ def relaunch(desk, report):
     desk.answer_with(INSTALL, RELAUNCH)
     report.promise("at once: version 2 runs in the place of version 1", desk.runs("2.0.0"))
     report.promise("at once: it is the same process", desk.process.poll() is None)
-    desk.finish()
-
-
-def bad_start(desk, report):
-    """A new version that dies at every start."""
-    def die(folder):
-        (folder / "bin/orvanebreak-program").write_text("#!/bin/sh\nexit 3\n")
-
-    desk.install()
-    desk.makers.announce("3.0.0", desk.makers.pack(desk.makers.version("3.0.0", die)))
-    desk.start_version()
-    desk.reader.press(CHECK)
-    desk.answer_with(INSTALL, RELAUNCH)
-    wait_until(lambda: not (desk.root / "trial").exists() and desk.current() == "1.0.0", "the way back", 30)
-    report.promise("a version that dies at every start is given up", desk.runs("1.0.0"))
-    report.promise("the user is told", comes_true(lambda: desk.shows_now(_FAILED), 20))
-    desk.keep_picture("update-failed")
-    report.promise("its folder is removed", not (desk.root / "versions/3.0.0").exists())
     desk.finish()
 
 
@@ -206,7 +165,7 @@ def killed(desk, report):
     versions = []
     for delay in (0.02, 0.1, 0.3, 0.6, 1.0, 1.5):
         desk.install()
-        desk.start_version(_AUTOMATIC)
+        desk.start_version(AUTOMATIC)
         wait_until(lambda: (desk.bed.home / "cache/OrvaneBreak/updates").exists()
                    or len(os.listdir(desk.root / "versions")) > 1, "the update to begin", 30)
         time.sleep(delay)
