@@ -2,12 +2,16 @@
 #include "UpdaterParts.h"
 
 #include "ArchiveModule.h"
+#include "Http.h"
+#include "InstallationChange.h"
 #include "Module.h"
 #include "UserFolders.h"
 
 #include <QCoreApplication>
 #include <QFile>
 
+#include <system_error>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -46,8 +50,25 @@ UpdaterParts::UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, con
     , m_installer(place, configuration.key, configuration.installed, &openArchive)
     , m_dialogs(alerts)
     , m_controller(true,
-                   {runLoop, m_settings, http, m_download, m_installer, m_dialogs,
-                    [] { QCoreApplication::exit(relaunchStatus); }, std::move(openMakersPage)},
+                   {runLoop, m_settings, http,
+                    [this](const QByteArray &bytes, const Ed25519::PublicKey &key, QObject &context,
+                           FeedThread::Completion completion) {
+                        m_feedThread.read(bytes, key, &Http::isAllowed, context, std::move(completion));
+                    },
+                    m_download, m_installer, m_dialogs, [] { QCoreApplication::exit(relaunchStatus); },
+                    std::move(openMakersPage)},
                    configuration)
 {
+}
+
+void UpdaterParts::takeBackStart()
+{
+    std::error_code error;
+    const auto place =
+        Installation::ofProgram(std::filesystem::read_symlink("/proc/self/exe", error).parent_path());
+    const auto *installation = std::get_if<Installation>(&place);
+    if (!installation || installation->trial().version.text() != installation->running().text())
+        return;
+    if (auto change = InstallationChange::begin(*installation))
+        std::ignore = change->takeBackStart();
 }

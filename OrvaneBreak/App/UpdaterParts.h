@@ -23,6 +23,10 @@ public:
     UpdaterParts(RunLoop &runLoop, Http &http, AlertQueue &alerts, const Bundle &bundle,
                  const std::filesystem::path &preferencesFolder, std::function<void()> openMakersPage);
 
+    /// Takes back this start from the trial of a new version: the program ends without having shown anything,
+    /// because there is no display or another instance runs.
+    static void takeBackStart();
+
     [[nodiscard]] SPUStandardUpdaterController &controller() { return m_controller; }
 
     /// The file to execute for a restart, which starts the version that is installed by then.
@@ -37,6 +41,7 @@ private:
 
     std::filesystem::path m_launcher;
     JsonPreferences m_settings;
+    FeedThread m_feedThread;
     OnDemandDownloads m_downloads;
     UpdateDownload m_download;
     HomeInstaller m_installer;

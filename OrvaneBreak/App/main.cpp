@@ -200,6 +200,7 @@ int main(int argc, char **argv)
     }
     const DisplayFacts display = findDisplayFacts(slowestCompositor);
     if (const std::optional<QString> problem = missingDisplay(display)) {
+        UpdaterParts::takeBackStart();
         std::fprintf(stderr, "orvanebreak: %s\n", qPrintable(*problem));
         return EXIT_FAILURE;
     }
@@ -229,8 +230,10 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     case ApplicationService::Start::Second:
+        UpdaterParts::takeBackStart();
         return EXIT_SUCCESS;
     case ApplicationService::Start::Failed:
+        UpdaterParts::takeBackStart();
         break;
     }
     std::fprintf(stderr, "orvanebreak: another instance is running and does not answer\n");

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "Appcast.h"
 #include "RunLoop.h"
+#include "SignedFeed.h"
 #include "UpdateChoice.h"
 #include "UpdateInstaller.h"
 #include "UpdateSignature.h"
@@ -26,7 +26,8 @@ struct HttpAnswer;
 struct UpdaterText;
 
 /// Checks for updates on schedule and on request, downloads them, has them installed beside the running
-/// version and makes them current when the program ends. User-interface thread only; nothing blocks.
+/// version and makes them current, so that the next start uses them. User-interface thread only; nothing
+/// blocks.
 class SPUUpdater final : public QObject
 {
     Q_OBJECT
@@ -35,9 +36,14 @@ public:
     /// The references outlive the updater.
     struct Services
     {
+        /// As FeedThread::read().
+        using ReadFeed = std::function<void(const QByteArray &bytes, const Ed25519::PublicKey &key,
+                                            QObject &context, FeedThread::Completion)>;
+
         RunLoop &runLoop;
         Preferences &store;
         Http &http;
+        ReadFeed readFeed;
         UpdateDownload &download;
         UpdateInstaller &installer;
         UpdaterDriver &driver;
@@ -52,7 +58,7 @@ public:
         std::optional<Ed25519::PublicKey> key;
         UpdateVersion installed;
         QString architecture;
-        UpdateVersion systemVersion; ///< No version when unknown.
+        UpdateVersion systemVersion; ///< Of the C library; no version when unknown.
 
         /// Reads "SUFeedURL", "SUPublicEDKey" and "CFBundleShortVersionString" from the information
         /// dictionary, and the rest from this machine.
@@ -61,17 +67,18 @@ public:
 
     SPUUpdater(Services services, Configuration configuration);
 
-    /// Starts automatic checks if the user wants them; from the second start on, asks a user who has not
-    /// decided. Without a key, a valid version and a feed address that the program may talk to, the updater
-    /// stays off, which it only tells a user who asks for a check. Called once.
+    /// Starts automatic checks if the user wants them. Three seconds later, when the windows are up, says
+    /// which version failed its trial, and from the second start on asks a user who has not decided. Without
+    /// a key, a valid version and a feed address that the program may talk to, the updater stays off, which
+    /// it only tells a user who asks for a check. Called once.
     void start();
 
     /// Checks at the user's request, and always shows a result.
     void checkForUpdates();
 
-    /// Ends the trial of the running version, and activates an update that is ready if the user agreed to it
-    /// or automatic downloads are on. Called once, when the program ends.
-    void installAtQuit();
+    /// Ends the trial of the running version: a clean end proves that it works. Called once, when the program
+    /// ends.
+    void confirmAtQuit();
 
     /// Time between two automatic checks, kept by the updater; one day by default.
     [[nodiscard]] std::chrono::seconds updateCheckInterval() const;
@@ -101,26 +108,27 @@ private:
     };
     struct Checking : Work
     {
-        std::unique_ptr<QObject> exchange; ///< Context of the request.
+        std::unique_ptr<QObject> exchange; ///< Context of the request and of the reading of its answer.
     };
     struct Acquisition : Work
     {
         AppcastItem item;
-        bool isAgreed; ///< The user chose to install this update.
     };
     struct Downloading : Acquisition
     {
     };
     struct Preparing : Acquisition
     {
+        std::unique_ptr<QObject> exchange; ///< Context of the installer's answer.
     };
-    struct Ready ///< An update waits for the end of the program.
+    using State = std::variant<Off, Idle, Checking, Downloading, Preparing>;
+
+    /// A version that the next start uses.
+    struct Ready
     {
         AppcastItem item;
-        bool isAgreed;
         Timer reminder;
     };
-    using State = std::variant<Off, Idle, Checking, Downloading, Preparing, Ready>;
 
     template <typename Kind>
     [[nodiscard]] bool is() const
@@ -129,29 +137,37 @@ private:
     }
     [[nodiscard]] Work *work(); ///< Null when nothing is going on.
     void scheduleChecks();
+    void greet(bool isAsking);
     void check(Occasion occasion);
     void receiveFeed(const std::optional<HttpAnswer> &answer);
-    void recordSuccess(const Appcast &feed);
-    [[nodiscard]] UpdateCircumstances circumstances(Occasion occasion) const;
+    void useFeed(const FeedResult &result);
+    [[nodiscard]] std::optional<UpdaterText> objection(const FeedResult &result) const;
+    [[nodiscard]] UpdateCircumstances circumstances(Occasion occasion);
     void handleUpdate(const AppcastItem &item, Occasion occasion);
     [[nodiscard]] bool isPostponed(const AppcastItem &item) const;
     void offer(const AppcastItem &item, Occasion occasion);
     void handleAnswer(UpdaterDriver::Answer answer, const AppcastItem &item, bool installsItself);
-    void download(const AppcastItem &item, Occasion occasion, bool isAgreed);
+    void download(const AppcastItem &item, Occasion occasion);
     void prepare(const std::optional<QByteArray> &archive);
     void finishPreparing(const UpdateInstaller::Result &result);
+    void makeCurrent(const AppcastItem &item, Occasion occasion);
     void offerRelaunch(Occasion occasion);
     void showProgress();
     void cancel();
+    void fail(const Acquisition &acquisition, const UpdaterText &text);
     void finish(Occasion occasion, const UpdaterText &text);
+    void warnIfStale();
+    void tell(const UpdaterText &text, Occasion occasion);
 
     Services m_services;
     Configuration m_configuration;
     UpdaterSettings m_settings;
     State m_state;
-    bool m_hasOpenOffer = false; ///< In any state: the last offer of an update is not answered yet.
+    std::optional<Ready> m_ready; ///< In any state.
+    bool m_hasOpenOffer = false;  ///< In any state: the last offer of an update is not answered yet.
     Date m_earliestCheck;
     Timer m_firstCheck;
     Timer m_regularCheck;
+    Timer m_greeting;
     Timer m_confirmation;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "UpdateInstaller.h"
+
 #include <QString>
 
 #include <functional>
@@ -30,9 +32,10 @@ public:
     {
         QString version;
         QString installed;
-        QString notes;              ///< Plain text; may be empty.
-        bool installsItself = true; ///< Otherwise the user gets it from the makers' page.
-        bool isAllowed = true;      ///< False when only the permissions of the installation prevent it.
+        QString notes; ///< Plain text; may be empty.
+        /// Unless it is Itself, the user gets the version from the makers' page.
+        UpdateInstaller::Ability ability = UpdateInstaller::Ability::Itself;
+        bool isCritical = false; ///< Cannot be skipped.
     };
 
     UpdaterDriver() = default;
@@ -40,7 +43,7 @@ public:
     UpdaterDriver(const UpdaterDriver &) = delete;
     UpdaterDriver &operator=(const UpdaterDriver &) = delete;
 
-    /// Asks whether to check for updates automatically.
+    /// Asks whether to check for updates automatically, in front of all windows.
     virtual void askPermission(std::function<void(bool)> answered) = 0;
 
     virtual void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) = 0;
@@ -59,6 +62,6 @@ public:
     /// Does nothing while no progress is shown.
     virtual void hideProgress() = 0;
 
-    /// Shows the result of a check that the user asked for.
-    virtual void tell(const QString &message, const QString &information) = 0;
+    /// Shows a message.
+    virtual void tell(const QString &message, const QString &information, Occasion occasion) = 0;
 };

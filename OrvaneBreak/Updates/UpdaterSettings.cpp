@@ -4,6 +4,8 @@
 #include "Dates.h"
 #include "Preferences.h"
 
+#include <QRandomGenerator>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -14,16 +16,20 @@ const QString intervalKey = u"SUScheduledCheckInterval"_s;
 const QString checksKey = u"SUEnableAutomaticChecks"_s;
 const QString downloadsKey = u"SUAutomaticallyUpdate"_s;
 const QString skippedKey = u"SUSkippedVersion"_s;
-const QString triedKey = u"SUTriedVersion"_s;
+const QString pausedKey = u"SUPausedVersion"_s;
+const QString pausedTimeKey = u"SUPausedTime"_s;
+const QString groupKey = u"SUUpdateGroupIdentifier"_s;
 const QString launchedKey = u"SUHasLaunchedBefore"_s;
 const QString lastCheckKey = u"SULastCheckTime"_s;
 const QString lastSuccessKey = u"SULastSuccessTime"_s;
 const QString remindKey = u"SURemindTime"_s;
-const QString feedDateKey = u"SUFeedDate"_s;
+const QString warningKey = u"SULastWarningTime"_s;
+const QString serialKey = u"SUFeedSerial"_s;
 
 constexpr qint64 defaultInterval = 86'400;
 constexpr qint64 minimumInterval = 60;
 constexpr qint64 maximumInterval = 100LL * 365 * defaultInterval;
+constexpr int rolloutGroups = 7;
 
 } // namespace
 
@@ -74,14 +80,26 @@ void UpdaterSettings::setSkippedVersion(const UpdateVersion &version)
     m_store.setValue(skippedKey, version.text());
 }
 
-UpdateVersion UpdaterSettings::triedVersion() const
+void UpdaterSettings::pause(const UpdateVersion &version, Date now)
 {
-    return UpdateVersion(m_store.text(triedKey).value_or(QString()));
+    m_store.setValue(pausedKey, version.text());
+    setDate(pausedTimeKey, now);
 }
 
-void UpdaterSettings::setTriedVersion(const UpdateVersion &version)
+std::optional<Date> UpdaterSettings::pausedSince(const UpdateVersion &version) const
 {
-    m_store.setValue(triedKey, version.text());
+    return version == UpdateVersion(m_store.text(pausedKey).value_or(QString())) ? date(pausedTimeKey)
+                                                                                 : std::nullopt;
+}
+
+int UpdaterSettings::rolloutGroup()
+{
+    const qint64 stored = m_store.integer(groupKey).value_or(-1);
+    if (stored >= 0 && stored < rolloutGroups)
+        return static_cast<int>(stored);
+    const int group = QRandomGenerator::system()->bounded(rolloutGroups);
+    m_store.setValue(groupKey, group);
+    return group;
 }
 
 bool UpdaterSettings::recordLaunch()
@@ -111,6 +129,16 @@ void UpdaterSettings::setLastSuccess(Date date)
     setDate(lastSuccessKey, date);
 }
 
+std::optional<Date> UpdaterSettings::lastWarning() const
+{
+    return date(warningKey);
+}
+
+void UpdaterSettings::setLastWarning(Date date)
+{
+    setDate(warningKey, date);
+}
+
 std::optional<Date> UpdaterSettings::remindAfter() const
 {
     return date(remindKey);
@@ -121,14 +149,14 @@ void UpdaterSettings::setRemindAfter(Date date)
     setDate(remindKey, date);
 }
 
-QDateTime UpdaterSettings::newestFeed() const
+qint64 UpdaterSettings::feedSerial() const
 {
-    return m_store.date(feedDateKey).value_or(QDateTime());
+    return m_store.integer(serialKey).value_or(0);
 }
 
-void UpdaterSettings::setNewestFeed(const QDateTime &date)
+void UpdaterSettings::setFeedSerial(qint64 serial)
 {
-    m_store.setDate(feedDateKey, date);
+    m_store.setValue(serialKey, serial);
 }
 
 std::optional<Date> UpdaterSettings::date(const QString &key) const

@@ -4,8 +4,6 @@
 #include "RunLoop.h"
 #include "UpdateVersion.h"
 
-#include <QDateTime>
-
 #include <chrono>
 #include <optional>
 
@@ -36,27 +34,34 @@ public:
     [[nodiscard]] UpdateVersion skippedVersion() const;
     void setSkippedVersion(const UpdateVersion &version);
 
-    /// The version activated last, kept under "SUTriedVersion"; no version when there was none. It was rolled
-    /// back if it is newer than the running version.
-    [[nodiscard]] UpdateVersion triedVersion() const;
-    void setTriedVersion(const UpdateVersion &version);
+    /// Records that `version` could not be used, under "SUPausedVersion" and "SUPausedTime"; forgets others.
+    void pause(const UpdateVersion &version, Date now);
+
+    /// When pause() was called for `version`; absent when it was not the last one.
+    [[nodiscard]] std::optional<Date> pausedSince(const UpdateVersion &version) const;
+
+    /// A number from 0 to 6 that stays the same for this user: "SUUpdateGroupIdentifier".
+    [[nodiscard]] int rolloutGroup();
 
     /// Records a start under "SUHasLaunchedBefore"; returns whether there was one before.
     [[nodiscard]] bool recordLaunch();
 
     /// Dates; absent when missing or invalid. "SULastCheckTime": the last check. "SULastSuccessTime": the
-    /// last check whose feed was not older than an earlier one. "SURemindTime": no unasked offer until then,
-    /// unless the update is critical.
+    /// last check with a valid feed, or the first failure if there was none. "SULastWarningTime": when the
+    /// user was told that there was none for long. "SURemindTime": no unasked offer until then, unless the
+    /// update is critical.
     [[nodiscard]] std::optional<Date> lastCheck() const;
     void setLastCheck(Date date);
     [[nodiscard]] std::optional<Date> lastSuccess() const;
     void setLastSuccess(Date date);
+    [[nodiscard]] std::optional<Date> lastWarning() const;
+    void setLastWarning(Date date);
     [[nodiscard]] std::optional<Date> remindAfter() const;
     void setRemindAfter(Date date);
 
-    /// The date of the newest feed so far, kept under "SUFeedDate"; invalid when missing.
-    [[nodiscard]] QDateTime newestFeed() const;
-    void setNewestFeed(const QDateTime &date);
+    /// The highest serial number of a feed so far, kept under "SUFeedSerial"; 0 when there was none.
+    [[nodiscard]] qint64 feedSerial() const;
+    void setFeedSerial(qint64 serial);
 
 private:
     [[nodiscard]] std::optional<Date> date(const QString &key) const;

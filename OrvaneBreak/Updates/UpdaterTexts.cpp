@@ -3,11 +3,21 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QString dayOf(const QDateTime &date)
+{
+    return date.toLocalTime().date().toString(u"dd.MM.yyyy"_s);
+}
+
+} // namespace
+
 UpdaterText UpdaterTexts::notConfigured()
 {
-    return {u"Mises à jour indisponibles"_s, u"Cette version d'OrvaneBreak n'est reliée à aucun serveur de "
-                                             u"mises à jour sûr\u00a0: il lui manque une "
-                                             "adresse https ou la clé de ses auteurs."_s};
+    return {
+        u"Mises à jour indisponibles"_s,
+        u"Cette version d'OrvaneBreak n'est reliée à aucun serveur de mises à jour sûr : il lui manque une "
+        "adresse https ou la clé de ses auteurs."_s};
 }
 
 UpdaterText UpdaterTexts::noFeed()
@@ -15,6 +25,26 @@ UpdaterText UpdaterTexts::noFeed()
     return {
         u"Vérification impossible"_s,
         u"Le serveur de mises à jour n'a pas donné de réponse utilisable (réseau\u202f?). Réessaie plus tard."_s};
+}
+
+UpdaterText UpdaterTexts::forgedFeed()
+{
+    return {u"Liste des versions refusée"_s,
+            u"La liste reçue ne porte pas la signature d'Orvane Labs. Rien n'a été modifié."_s};
+}
+
+UpdaterText UpdaterTexts::oldFeed()
+{
+    return {u"Liste des versions refusée"_s,
+            u"La liste reçue est plus ancienne que la dernière. Réessaie plus tard."_s};
+}
+
+UpdaterText UpdaterTexts::expiredFeed(const QDateTime &expiry)
+{
+    return {
+        u"Liste des versions périmée"_s,
+        u"La liste reçue n'est plus valable depuis le %1. L'horloge de cet ordinateur est-elle juste ?"_s.arg(
+            dayOf(expiry))};
 }
 
 UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
@@ -27,10 +57,19 @@ UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
             u"Il existe une version plus récente que la %1, mais elle demande un système plus récent."_s.arg(
                 installed)};
     case NoUpdate::OtherSystem:
-        return {upToDate.message,
+        return {u"Aucune version pour cet ordinateur"_s,
                 u"Aucune version n'est proposée pour ce système. Tu as la version %1."_s.arg(installed)};
     case NoUpdate::EmptyFeed:
+        return {u"Aucune version annoncée"_s,
+                u"Le serveur n'annonce aucune version pour l'instant. Tu as la version %1."_s.arg(installed)};
     case NoUpdate::FromTheFuture:
+        return {
+            u"Vérification impossible"_s,
+            u"Les versions annoncées portent une date à venir. L'horloge de cet ordinateur retarde-t-elle ?"_s};
+    case NoUpdate::Unusable:
+        return {u"Mise à jour refusée"_s, u"Une version plus récente que la %1 est annoncée, mais son "
+                                          u"annonce est incomplète ou son adresse "
+                                          "n'est pas sûre."_s.arg(installed)};
     case NoUpdate::UpToDate:
     case NoUpdate::Skipped:
         break;
@@ -50,7 +89,7 @@ UpdaterText UpdaterTexts::failure(UpdateFailure failure)
     switch (failure) {
     case UpdateFailure::NotGenuine:
         return {u"Mise à jour refusée"_s,
-                u"Le fichier reçu ne porte pas la signature de Orvane Labs. Rien n'a été modifié."_s};
+                u"Le fichier reçu ne porte pas la signature d'Orvane Labs. Rien n'a été modifié."_s};
     case UpdateFailure::Damaged:
         return {u"Mise à jour refusée"_s,
                 u"Le fichier reçu n'est pas la version annoncée. Rien n'a été modifié."_s};
@@ -62,8 +101,14 @@ UpdaterText UpdaterTexts::failure(UpdateFailure failure)
         u"La mise à jour n'a pas pu être écrite sur le disque. OrvaneBreak continue avec la version actuelle."_s};
 }
 
-QString UpdaterTexts::staleWarning(const QDateTime &lastSuccess)
+UpdaterText UpdaterTexts::failedTrial(const QString &failed, const QString &installed)
 {
-    return u"Aucune vérification n'a réussi depuis le %1."_s.arg(
-        lastSuccess.toLocalTime().date().toString(u"dd.MM.yyyy"_s));
+    return {
+        u"Mise à jour annulée"_s,
+        u"La version %1 n'a pas démarré : OrvaneBreak est revenu à la version %2."_s.arg(failed, installed)};
+}
+
+UpdaterText UpdaterTexts::staleWarning(const QDateTime &lastSuccess)
+{
+    return {u"Mises à jour"_s, u"Aucune vérification n'a réussi depuis le %1."_s.arg(dayOf(lastSuccess))};
 }

@@ -23,7 +23,16 @@ namespace UpdaterTexts {
 /// The feed could not be fetched or parsed.
 [[nodiscard]] UpdaterText noFeed();
 
-/// There is no update, and why; `installed` is the running version.
+/// The feed is not signed by the makers.
+[[nodiscard]] UpdaterText forgedFeed();
+
+/// The feed is older than one that this program has seen.
+[[nodiscard]] UpdaterText oldFeed();
+
+/// The feed has expired, or this machine's clock is ahead.
+[[nodiscard]] UpdaterText expiredFeed(const QDateTime &expiry);
+
+/// There is no update, and why; `installed` is the version that starts next.
 [[nodiscard]] UpdaterText noUpdate(NoUpdate reason, const QString &installed);
 
 /// The download failed.
@@ -31,7 +40,10 @@ namespace UpdaterTexts {
 
 [[nodiscard]] UpdaterText failure(UpdateFailure failure);
 
+/// The version `failed` did not pass its trial; `installed` runs again.
+[[nodiscard]] UpdaterText failedTrial(const QString &failed, const QString &installed);
+
 /// A warning that no check has succeeded since `lastSuccess`.
-[[nodiscard]] QString staleWarning(const QDateTime &lastSuccess);
+[[nodiscard]] UpdaterText staleWarning(const QDateTime &lastSuccess);
 
 } // namespace UpdaterTexts

@@ -18,11 +18,21 @@ constexpr int progressSteps = 1000;
 QString describe(const UpdaterDriver::Offer &offer)
 {
     QString text =
-        u"La version %1 est disponible\u202f; tu as la version %2."_s.arg(offer.version, offer.installed);
-    if (!offer.installsItself)
-        text += offer.isAllowed
-                    ? u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s
-                    : u" OrvaneBreak ne peut pas écrire dans son dossier\u00a0: installe-la à la main."_s;
+        u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
+    switch (offer.ability) {
+    case UpdateInstaller::Ability::Itself:
+        break;
+    case UpdateInstaller::Ability::PackageManager:
+        text += u" OrvaneBreak a été installé par un autre programme, qui doit le mettre à jour."_s;
+        break;
+    case UpdateInstaller::Ability::Unpacked:
+        text +=
+            u" Cette copie n'est pas installée : prends la nouvelle sur le site et lance son fichier « install »."_s;
+        break;
+    case UpdateInstaller::Ability::NotAllowed:
+        text += u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
+        break;
+    }
     return offer.notes.isEmpty() ? text : text + u"\n\n"_s + offer.notes;
 }
 
@@ -52,16 +62,18 @@ void UpdaterDialogs::askPermission(std::function<void(bool)> answered)
     show(
         std::move(dialog),
         [answered = std::move(answered)](int result) { answered(result == QDialog::Accepted); },
-        Occasion::Unasked);
+        Occasion::AskedFor);
 }
 
 void UpdaterDialogs::offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered)
 {
     auto dialog =
         std::make_unique<Alert>(u"updateOffer"_s, u"Une nouvelle version d'OrvaneBreak"_s, describe(offer));
-    dialog->addDefaultButton(offer.installsItself ? u"Installer"_s : u"Ouvrir le site"_s);
+    dialog->addDefaultButton(offer.ability == UpdateInstaller::Ability::Itself ? u"Installer"_s
+                                                                               : u"Ouvrir le site"_s);
     dialog->addCancelButton(u"Plus tard"_s);
-    dialog->addButton(u"Ignorer cette version"_s, skipResult);
+    if (!offer.isCritical)
+        dialog->addButton(u"Ignorer cette version"_s, skipResult);
     show(
         std::move(dialog), [answered = std::move(answered)](int result) { answered(answerOf(result)); },
         occasion);
@@ -112,11 +124,11 @@ void UpdaterDialogs::hideProgress()
     m_progress = nullptr;
 }
 
-void UpdaterDialogs::tell(const QString &message, const QString &information)
+void UpdaterDialogs::tell(const QString &message, const QString &information, Occasion occasion)
 {
     auto dialog = std::make_unique<Alert>(u"updateAnswer"_s, message, information);
     dialog->addDefaultButton(u"OK"_s);
-    show(std::move(dialog), [](int /*result*/) {}, Occasion::AskedFor);
+    show(std::move(dialog), [](int /*result*/) {}, occasion);
 }
 
 void UpdaterDialogs::show(std::unique_ptr<Alert> dialog, AlertQueue::Finished finished, Occasion occasion)

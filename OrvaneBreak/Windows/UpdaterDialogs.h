@@ -24,7 +24,7 @@ public:
     void showProgress(const QString &text, std::function<void()> cancelled) override;
     void setProgress(double fraction) override;
     void hideProgress() override;
-    void tell(const QString &message, const QString &information) override;
+    void tell(const QString &message, const QString &information, Occasion occasion) override;
 
 private:
     void show(std::unique_ptr<Alert> dialog, AlertQueue::Finished finished, Occasion occasion);

@@ -7,7 +7,7 @@ import sys
 import tempfile
 
 from driver.x11 import X11Bed
-from scenario import command_line, update_part
+from scenario import command_line, update_feed_part, update_part, update_trial_part
 from scenario.promises import carry_out
 from scenario.update_desk import UpdateDesk, makers_of
 
@@ -16,8 +16,9 @@ def run(arguments, report):
     with tempfile.TemporaryDirectory() as folder, makers_of(arguments.build_folder.resolve(), folder) as makers, \
             X11Bed("openbox", compositor=True) as bed:
         desk = UpdateDesk(bed, makers, arguments.helpers.resolve(), arguments.results and arguments.results.parent)
-        for part in (update_part.by_hand, update_part.at_quit, update_part.relaunch, update_part.bad_start,
-                     update_part.lies, update_part.full_disk, update_part.killed):
+        for part in (update_part.by_hand, update_part.silently, update_part.newer_by_hand, update_part.relaunch,
+                     update_trial_part.no_verdict, update_trial_part.bad_start, update_trial_part.hanging_start,
+                     update_part.lies, update_feed_part.feeds, update_part.full_disk, update_part.killed):
             desk.clean_up(program_runs=False)
             report.run(part, desk, report)
         desk.clean_up(program_runs=False)

@@ -19,8 +19,8 @@ from documents import ROOT, Document, documents, name
 
 ORVANEBREAK = MAKERS_SERVER = None
 
-# Not a command: the bytes that are signed.
-_NO_COMMANDS = ("v2|", "POST ", "Host: ", "Accept: ", "Content-", "{")
+# Not commands: the bytes that are signed or sent, the last line of the feed.
+_NO_COMMANDS = ("v2|", "<!-- ", "POST ", "Host: ", "Accept: ", "Content-", "{")
 
 # System programs, whose options are not checked.
 _SYSTEM = {"openssl", "tar", "sha256sum", "git", "apt", "sudo", "dpkg", "lintian", "flatpak", "flatpak-builder",

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Every fault in docs/reliability.md has tests that exist.
+"""Every fault in docs/reliability.md and every attack in docs/update-security.md has tests that exist.
 
 usage: test_reliability.py CTEST BUILD-FOLDER"""
 
@@ -19,7 +19,14 @@ def rows():
     """The cells of each table row about a fault."""
     lines = (ROOT / "docs" / "reliability.md").read_text("utf-8").splitlines()
     cells = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines if line.startswith("| ")]
-    return [row for row in cells[1:] if not row[0].startswith("**")]
+    return [row for row in cells[1:] if not row[0].startswith("**")] + attacks()
+
+
+def attacks():
+    """The cells of each row of the table of attacks."""
+    text = (ROOT / "docs" / "update-security.md").read_text("utf-8")
+    lines = [line for line in text.split("## The attacks")[1].split("\n## ")[0].splitlines() if line.startswith("| ")]
+    return [[cell.strip() for cell in line.strip("|").split("|")] for line in lines[1:]]
 
 
 @functools.cache
@@ -37,6 +44,7 @@ class Faults(unittest.TestCase):
 
     def test_there_are_rows(self):
         self.assertGreater(len(rows()), 20)
+        self.assertGreater(len(attacks()), 8)
 
     def test_every_fault_has_tests_that_exist(self):
         for fault, seen, column in rows():

@@ -39,7 +39,8 @@ void checkChoice(const Appcast &feed)
     const auto choice = chooseUpdate(feed, circumstances);
     const auto *chosen = std::get_if<AppcastItem>(&choice);
     if (!chosen) {
-        require(!feed.items.empty() || std::get<NoUpdate>(choice) == NoUpdate::EmptyFeed,
+        require(!feed.items.empty() || feed.newestUnusable.isValid() ||
+                    std::get<NoUpdate>(choice) == NoUpdate::EmptyFeed,
                 "nothing is chosen from an empty feed");
         return;
     }
@@ -47,7 +48,7 @@ void checkChoice(const Appcast &feed)
     require(chosen->operatingSystem == circumstances.operatingSystem &&
                 (chosen->architecture == "x86_64"_L1 || chosen->architecture == "amd64"_L1),
             "an update is for this system");
-    require(!chosen->needsUnknownSystem, "an update runs on this system");
+    require(!chosen->isRestricted, "an update runs on this system");
     require(!chosen->date.isValid() || chosen->date <= now.addDays(1), "an update is not from the future");
 }
 

@@ -45,8 +45,6 @@ void checkUpdaterSettings(Preferences &preferences)
     require(settings.lastCheck().has_value() == stored.has_value(), "the last check is dated");
     require(!stored || settings.lastCheck()->time_since_epoch() / 1ms == stored->toMSecsSinceEpoch(),
             "the last check is dated");
-    require(!settings.newestFeed().isValid() || settings.newestFeed().timeSpec() == Qt::UTC,
-            "the date of a feed is valid");
 }
 
 /// A change by the program keeps all other values, and a damaged file as a whole.

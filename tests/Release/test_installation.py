@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Installing, upgrading, downgrading and removing, in a home directory with an odd name."""
 
+import fcntl
 import os
 import pty
 import re
@@ -11,7 +12,7 @@ import unittest
 
 from gi.repository import GLib
 
-from tree import APPLICATION, HomeCase
+from tree import APPLICATION, HomeCase, end
 
 _SHARED = (f"applications/{APPLICATION}.desktop", f"dbus-1/services/{APPLICATION}.service",
            "icons/hicolor/scalable/apps/orvanebreak.svg", "icons/hicolor/symbolic/apps/orvanebreak-symbolic.svg")
@@ -81,6 +82,48 @@ class Installation(HomeCase):
         result = self.run_in_home(self.root / "current/install")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         self.assertEqual(self.below_home(), before)
+
+    def test_repair_that_is_interrupted_anywhere(self):
+        """Every program that the script calls is once the last one."""
+        tools = self.scratch / "tools"
+        tools.mkdir()
+        for name in ("cp", "ln", "mv", "rm", "mkdir", "sync", "chmod", "touch"):
+            (tools / name).write_text(f"""#!/bin/sh
+calls=$(($(cat "$HOME/calls") + 1))
+echo $calls >"$HOME/calls"
+[ $calls -ne $LAST_CALL ] || {{ kill -KILL $PPID; exit 1; }}
+exec /usr/bin/{name} "$@"
+""")
+            (tools / name).chmod(0o755)
+        self.install("1.0")
+        whole = self.scratch / "téléchargé 1.0/OrvaneBreak-1.0"
+        program = self.root / "current/bin/orvanebreak-program"
+        last, calls = 0, 1
+        while calls > last:
+            last += 1
+            (self.home / "calls").write_text("0")
+            program.write_text("damaged")
+            result = self.run_in_home(whole / "install", PATH=f"{tools}:{os.environ['PATH']}", LAST_CALL=str(last))
+            calls = int((self.home / "calls").read_text()) if result.returncode == 0 else last + 1
+            self.assertTrue(program.exists() and (self.root / "current/install").exists(), last)
+            self.assertEqual(self.run_in_home(whole / "install").returncode, 0)
+            self.assert_installed("1.0")
+            self.assertIn(b"version=1.0", program.read_bytes())
+            self.assertEqual(os.listdir(self.root / "versions"), ["1.0"])
+        self.assertGreater(last, 15)
+
+    def test_waits_for_a_program_that_is_installing(self):
+        self.install("1.0")
+        newer = self.unpacked("1.1")
+        with open(self.root / ".lock", "a") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            process = subprocess.Popen([newer / "install"], env=self.environment(), stdout=subprocess.DEVNULL)
+            self.addCleanup(end, process)
+            with self.assertRaises(subprocess.TimeoutExpired):
+                process.wait(1)
+            self.assertEqual(os.readlink(self.root / "current"), "versions/1.0")
+        self.assertEqual(process.wait(20), 0)
+        self.assert_installed("1.1")
 
     def test_upgrade(self):
         self.install("1.9")

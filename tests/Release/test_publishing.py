@@ -50,6 +50,25 @@ _CHANGES = """# Changelog
 """
 
 
+_NEWS = """# Les nouveautés
+
+## [0.3.0] - 2024-06-01
+
+### Plus calme
+
+- L'œil **cligne** : <b> & "co",
+  [sur deux lignes](https://example.org/).
+- Le `reste`.
+
+## [0.2.0] - 2024-01-01
+
+- La première.
+"""
+_DEFINITIONS = {"ORVANE_FEED_URL": "https://example.org/feed.xml", "ORVANE_SERVER_BASE": "https://example.org",
+                "ORVANE_PUBLIC_KEY_B64": "A" * 43 + "=", "ORVANE_SUPPORT_EMAIL": "mail@example.org",
+                "ORVANE_WEBSITE_NAME": "example.org", "ORVANE_WEBSITE_URL": "https://example.org/"}
+
+
 def run(*command, **options):
     return subprocess.run([str(part) for part in command], stdin=subprocess.DEVNULL, capture_output=True, text=True,
                           timeout=100, **options)
@@ -66,6 +85,8 @@ class ToolCase(unittest.TestCase):
                         ignore=shutil.ignore_patterns("__pycache__"))
         shutil.copy(PROJECT / "tools/release", self.project / "tools/release")
         shutil.copy(PROJECT / ".gitignore", self.project / ".gitignore")
+        (self.project / "docs").mkdir()
+        (self.project / "docs/nouveautes.fr.md").write_text(_NEWS, "utf-8")
         (self.project / "CHANGELOG.md").write_text(_CHANGES, "utf-8")
         self.key = self.scratch / "key"
         self.appcast = self.scratch / "feed/appcast.xml"
@@ -91,14 +112,14 @@ class ToolCase(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         return result.stdout.strip()
 
-    def publish(self, *options, test_command="true"):
+    def publish(self, *options, test_command="true", definitions=_DEFINITIONS):
         return self.tool("publish", "--private-key", self.key, "--appcast", self.appcast, "--output", self.output,
                          "--archive-url-base", "https://example.org/téléchargements/", "--test-command", test_command,
-                         *options)
+                         *(f"-D{name}={value}" for name, value in definitions.items()), *options)
 
     def publish_well(self, *options):
         result = self.publish(*options)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual(result.returncode, 0, result.stderr)
         return pathlib.Path(result.stdout.strip())
 
     def items(self):
@@ -141,11 +162,13 @@ class Refusals(ToolCase):
         super().setUp()
         self.make_key()
 
-    def assert_refused(self, text, *options, **changes):
+    def assert_refused(self, text, *options, is_early=True, **changes):
         before = self.appcast.read_bytes() if self.appcast.exists() else None
         result = self.publish(*options, **changes)
         self.assertEqual((result.returncode, result.stdout), (1, ""))
         self.assertTrue(result.stderr.startswith("release: "), result.stderr)
+        if is_early:
+            self.assertNotIn("release: tests", result.stderr)
         self.assertIn(text, result.stderr)
         self.assertEqual(self.appcast.read_bytes() if self.appcast.exists() else None, before)
 
@@ -178,7 +201,7 @@ class Refusals(ToolCase):
                 self.assert_refused(f"CHANGELOG.md has no section about {version}")
 
     def test_failing_tests(self):
-        self.assert_refused("the tests fail: exit 3", test_command="exit 3")
+        self.assert_refused("the tests fail: exit 3", test_command="exit 3", is_early=False)
         self.assertFalse(self.output.exists())
 
     def test_key_that_others_can_read(self):
@@ -192,7 +215,45 @@ class Refusals(ToolCase):
         self.assert_refused("the private key cannot be read")
 
     def test_build_with_another_key(self):
-        self.assert_refused("the archive contains another public key", "-DORVANE_UPDATE_PUBLIC_KEY_B64=" + "A" * 43 + "=")
+        self.assert_refused("another public key than the signing key's", "-DORVANE_UPDATE_PUBLIC_KEY_B64=" + "A" * 43 + "=")
+
+    def test_nothing_in_the_news(self):
+        self.set_version("0.1.0")
+        (self.project / "CHANGELOG.md").write_text(_CHANGES + "\n- Something.\n", "utf-8")
+        self.git("commit", "--quiet", "--all", "--message", "Change it")
+        self.assert_refused("docs/nouveautes.fr.md has no section about 0.1.0")
+
+    def test_incomplete_configuration(self):
+        for name in _DEFINITIONS:
+            with self.subTest(name):
+                rest = {other: value for other, value in _DEFINITIONS.items() if other != name}
+                self.assert_refused(f"not configured, see docs/releasing.md: -D{name}=...", definitions=rest)
+        self.assert_refused("ends with /api", definitions={**_DEFINITIONS, "ORVANE_SERVER_BASE": "https://example.org/api"})
+
+    def test_minimum_that_is_no_version(self):
+        self.assert_refused("not a version of the C library: Debian 12", "--minimum-system-version", "Debian 12")
+
+    def test_feed_of_another_key(self):
+        self.publish_well()
+        self.set_version("0.3.0")
+        self.key.unlink()
+        self.make_key()
+        self.assert_refused("the feed was changed, or is signed with another key")
+
+    def test_feed_that_programs_would_not_accept(self):
+        self.publish_well()
+        self.set_version("0.3.0")
+        text = self.appcast.read_text("utf-8")
+        for more, reason in (("<item/>" * 1_000, "the feed is larger"), (f"<link>{'x' * 1_048_576}</link>", "the feed is larger")):
+            self.appcast.write_text(text.replace("<title>OrvaneBreak<", more + "<title>OrvaneBreak<", 1), "utf-8")
+            self.tool("sign", "--private-key", self.key, "--appcast", self.appcast)
+            result = self.tool("sign", "--private-key", self.key, "--appcast", self.appcast)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(reason, result.stderr)
+        (self.project / "docs/nouveautes.fr.md").write_text("## 0.3.0\n\n" + "x" * 20_001)
+        self.appcast.write_text(text, "utf-8")
+        self.git("commit", "--quiet", "--all", "--message", "Write too much")
+        self.assert_refused("the notes are longer")
 
     def test_address_without_https(self):
         for address in ("http://example.org/", "ftp://example.org/", "example.org"):
@@ -235,8 +296,10 @@ class Feed(ToolCase):
         self.assertLess(abs(datetime.datetime.now(datetime.timezone.utc) - date), datetime.timedelta(minutes=5))
         self.assertEqual(item.findtext(_NAMESPACE + "version"), "0.3.0")
         self.assertEqual(item.findtext(_NAMESPACE + "shortVersionString"), "0.3.0")
-        self.assertEqual(item.findtext("description"), "### Added\n\n- L'œil cligne : <b> & \"co\".")
-        for absent in ("minimumSystemVersion", "criticalUpdate"):
+        self.assertEqual(item.findtext("description"),
+                         "Plus calme\n\n• L'œil cligne : <b> & \"co\", sur deux lignes.\n• Le reste.")
+        self.assertRegex(item.findtext(_NAMESPACE + "minimumSystemVersion"), r"^2\.[0-9]+$")
+        for absent in ("criticalUpdate", "phasedRolloutInterval"):
             self.assertIsNone(item.find(_NAMESPACE + absent))
         enclosure = item.find("enclosure")
         self.assertEqual(enclosure.get("url"), "https://example.org/t%C3%A9l%C3%A9chargements/" + archive.name)
@@ -249,10 +312,11 @@ class Feed(ToolCase):
         self.assertEqual(os.listdir(self.appcast.parent), ["appcast.xml"])
 
     def test_options(self):
-        self.publish_well("--critical", "--minimum-system-version", "6.1")
+        self.publish_well("--critical", "--minimum-system-version", "2.36", "--rollout-days", "3.5")
         (item,) = self.items()
+        self.assertEqual(item.findtext(_NAMESPACE + "phasedRolloutInterval"), "43200")
         self.assertIsNotNone(item.find(_NAMESPACE + "criticalUpdate"))
-        self.assertEqual(item.findtext(_NAMESPACE + "minimumSystemVersion"), "6.1")
+        self.assertEqual(item.findtext(_NAMESPACE + "minimumSystemVersion"), "2.36")
 
     def test_grows_and_keeps_what_is_there(self):
         self.publish_well()
@@ -260,6 +324,7 @@ class Feed(ToolCase):
             "<item>", '<link>https://example.org/</link><!-- by hand --><x:odd xmlns:x="urn:x" x:a="1">é</x:odd><item>')
         text = text[:text.index("<lastBuildDate>")] + "<lastBuildDate>old" + text[text.index("</lastBuildDate>"):]
         self.appcast.write_text(text, "utf-8")
+        self.sign()
         older = ElementTree.tostring(self.items()[0])
         self.set_version("0.3.0")
         self.publish_well()
@@ -271,6 +336,97 @@ class Feed(ToolCase):
         self.assertEqual(len(channel.findall("lastBuildDate")), 1)
         self.assertEqual(channel.findtext("lastBuildDate"), channel.findtext("item/pubDate"))
         self.assertIn("<!-- by hand -->", self.appcast.read_text("utf-8"))
+
+    def sign(self, *options):
+        result = self.tool("sign", "--private-key", self.key, "--appcast", self.appcast, *options)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def feed_words(self):
+        """What the feed's signature covers, and the words of its last line."""
+        content, _, line = self.appcast.read_bytes().rpartition(b"<!-- edSignature: ")
+        return content, line.decode().split()
+
+    def own(self, name):
+        return ElementTree.parse(self.appcast).getroot().findtext(f"channel/{{urn:orvanebreak:feed}}{name}")
+
+    def assert_feed_is_signed(self):
+        content, words = self.feed_words()
+        path = self.scratch / "content"
+        path.write_bytes(content)
+        self.assert_signed(path, words[0])
+        self.assertEqual(words[-1], "-->")
+
+    def test_the_feed_is_signed_and_expires(self):
+        self.publish_well()
+        self.assert_feed_is_signed()
+        expires = email.utils.parsedate_to_datetime(self.own("expires")) - datetime.datetime.now(datetime.timezone.utc)
+        self.assertAlmostEqual(expires.total_seconds() / 86_400, 60, delta=1)
+        serial = int(self.own("serial"))
+        self.sign("--valid-days", "5")
+        self.assert_feed_is_signed()
+        self.assertGreater(int(self.own("serial")), serial)
+        self.assertEqual(len(self.items()), 1)
+        # A feed that was lost and is written anew has a higher number nevertheless.
+        self.appcast.unlink()
+        self.publish_well()
+        self.assertGreaterEqual(int(self.own("serial")), serial)
+
+    def test_a_key_follows_another(self):
+        self.publish_well()
+        next_key = self.scratch / "next"
+        next_public = self.tool("keygen", "--private-key", next_key).stdout.strip()
+        self.sign("--next-private-key", next_key)
+        first = self.public_key
+        _, words = self.feed_words()
+        self.assertEqual(words[1:4:2], ["key:", "certificate:"])
+        self.assertEqual(words[2], next_public)
+        statement = self.scratch / "statement"
+        statement.write_text("OrvaneBreak update key " + next_public)
+        self.assert_signed(statement, words[4])
+        self.public_key = next_public
+        self.assert_feed_is_signed()
+        # The next release needs the new key, and keeps the certificate.
+        self.set_version("0.3.0")
+        self.assertIn("is signed with another key", self.publish().stderr)
+        self.key = next_key
+        self.publish_well()
+        self.assert_feed_is_signed()
+        self.assertEqual(self.feed_words()[1][1:5], words[1:5])
+        self.assertNotEqual(first, next_public)
+
+    def test_key_with_a_passphrase(self):
+        os.environ["ORVANE_KEY_PASSPHRASE"] = "très secret"
+        self.addCleanup(os.environ.pop, "ORVANE_KEY_PASSPHRASE", None)
+        self.key = self.scratch / "encrypted"
+        self.public_key = self.tool("keygen", "--encrypted", "--private-key", self.key).stdout.strip()
+        self.assertIn("ENCRYPTED", self.key.read_text())
+        self.publish_well()
+        self.assert_feed_is_signed()
+        os.environ["ORVANE_KEY_PASSPHRASE"] = "falsch"
+        self.assertIn("openssl: ", self.tool("sign", "--private-key", self.key, "--appcast", self.appcast).stderr)
+
+    def test_proofs_for_the_first_download(self):
+        archive = self.publish_well()
+        check = ("openssl", "pkeyutl", "-verify", "-rawin", "-pubin", "-inkey", "orvanebreak-update-key.pem",
+                 "-sigfile", archive.name + ".sig", "-in", archive.name)
+        self.assertEqual(run("sha256sum", "-c", archive.name + ".sha256", cwd=self.output).returncode, 0)
+        self.assertEqual(run(*check, cwd=self.output).returncode, 0)
+        archive.write_bytes(archive.read_bytes() + b"x")
+        self.assertNotEqual(run("sha256sum", "-c", archive.name + ".sha256", cwd=self.output).returncode, 0)
+        self.assertNotEqual(run(*check, cwd=self.output).returncode, 0)
+
+    def test_a_second_attempt_continues(self):
+        self.set_version("0.3.0")
+        (self.project / "build").mkdir()
+        (self.project / "build/ignored").touch()
+        tests = 'test ! -e build/ignored && test -e .git && echo run >>"' + str(self.scratch / "runs") + '"'
+        first = self.publish("--output", self.key / "impossible", test_command=tests)
+        self.assertEqual(first.returncode, 1)
+        second = self.publish(test_command=tests)
+        self.assertEqual(second.returncode, 0, second.stderr)
+        self.assertEqual((self.scratch / "runs").read_text(), "run\n")
+        self.assertIn("release: tests: passed before", second.stderr)
+        self.assertRegex(second.stderr, r"release: building and packing: 0 min [0-9]+ s")
 
     def test_the_build_contains_the_key(self):
         archive = self.publish_well()

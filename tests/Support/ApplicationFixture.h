@@ -9,6 +9,7 @@
 #include "FakeHttp.h"
 #include "FakeInstaller.h"
 #include "FakeTray.h"
+#include "FeedMaker.h"
 #include "LauncherCount.h"
 #include "LoginItem.h"
 #include "ServerChannel.h"
@@ -121,11 +122,11 @@ struct ApplicationFixture : EngineFixture
     UpdaterDialogs updaterDialogs{alerts};
     int relaunches = 0;
     int visitsToTheMakers = 0;
-    SPUStandardUpdaterController updaterController{true,
-                                                   {runLoop, updaterSettings, http, download, installer,
-                                                    updaterDialogs, [this] { ++relaunches; },
-                                                    [this] { ++visitsToTheMakers; }},
-                                                   updateConfiguration};
+    SPUStandardUpdaterController updaterController{
+        true,
+        {runLoop, updaterSettings, http, &FeedMaker::readUnsigned, download, installer, updaterDialogs,
+         [this] { ++relaunches; }, [this] { ++visitsToTheMakers; }},
+        updateConfiguration};
     AppDelegate delegate{{engine, runLoop, preferences, loginItem, updaterController, presence, bundle,
                           channel, launcherCount, alerts,
                           [this] { return std::make_unique<FakeTrayItem>(tray); },

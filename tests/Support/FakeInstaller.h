@@ -31,10 +31,18 @@ public:
             std::exchange(m_completion, nullptr)(result);
     }
 
+    [[nodiscard]] UpdateVersion nextVersion() const override { return next; }
+    [[nodiscard]] bool isInstalled(const UpdateVersion &version) const override
+    {
+        return installed == version;
+    }
+
     bool activate(const UpdateVersion &version) override
     {
         log.append(QStringLiteral("activate ") + version.text());
-        return true;
+        if (!isRefusing)
+            next = version;
+        return !isRefusing;
     }
 
     [[nodiscard]] bool isOnTrial() const override { return isTrying; }
@@ -45,7 +53,14 @@ public:
             log.append(QStringLiteral("confirm"));
     }
 
+    [[nodiscard]] UpdateVersion failedVersion() const override { return failed; }
+    void forgetFailure() override { failed = UpdateVersion(); }
+
     bool isTrying = false;
+    bool isRefusing = false; ///< activate() fails.
+    UpdateVersion installed; ///< Beside the running version.
+    UpdateVersion failed;
+    UpdateVersion next; ///< The version that is current.
     Ability currentAbility = Ability::Itself;
     QStringList log;
 

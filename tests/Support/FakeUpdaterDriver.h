@@ -19,7 +19,8 @@ public:
 
     void offerUpdate(const Offer &offer, Occasion occasion, std::function<void(Answer)> answered) override
     {
-        const QString how = offer.installsItself ? QString() : QStringLiteral(" elsewhere");
+        const bool installsItself = offer.ability == UpdateInstaller::Ability::Itself;
+        const QString how = installsItself ? QString() : QStringLiteral(" elsewhere");
         log.append(QStringLiteral("offer %1%2%3").arg(offer.version, how, suffix(occasion)));
         lastOffer = offer;
         choice = std::move(answered);
@@ -40,9 +41,9 @@ public:
     void setProgress(double fraction) override { progress = fraction; }
     void hideProgress() override { log.append(QStringLiteral("hide")); }
 
-    void tell(const QString &message, const QString &information) override
+    void tell(const QString &message, const QString &information, Occasion occasion) override
     {
-        log.append(message);
+        log.append(message + suffix(occasion));
         lastInformation = information;
     }
 

@@ -4,7 +4,9 @@
 import dataclasses
 import os
 import pathlib
+import re
 import stat
+import subprocess
 import tarfile
 import tempfile
 
@@ -23,6 +25,8 @@ class Archive:
     architecture: str
     #: The content of its share/OrvaneBreak/Info.json.
     information: bytes
+    #: The oldest version of the C library that it runs with.
+    c_library: str
 
 
 def build(source, output, definitions=(), build_folder=None, compression=STRONGEST):
@@ -49,8 +53,20 @@ def build(source, output, definitions=(), build_folder=None, compression=STRONGE
         # One thread, because the number of threads changes the compressed output.
         building.run(["zstd", f"-{compression}", "--threads=1", "--quiet", "--force", tar, "-o", unfinished], environment)
         information = (folder / "share/OrvaneBreak/Info.json").read_bytes()
+        c_library = _needed_c_library(folder)
     unfinished.replace(path)
-    return Archive(path, architecture, information)
+    return Archive(path, architecture, information, c_library)
+
+
+def _needed_c_library(folder):
+    """The newest version of the C library whose symbols the programs and libraries in `folder` need."""
+    found = {(2, 0)}
+    for path in folder.rglob("*"):
+        if path.is_symlink() or not path.is_file() or path.read_bytes()[:4] != b"\x7fELF":
+            continue
+        symbols = subprocess.run(["objdump", "-T", path], stdout=subprocess.PIPE, check=True, text=True).stdout
+        found |= {(int(major), int(minor)) for major, minor in re.findall(r"\bGLIBC_([0-9]+)\.([0-9]+)", symbols)}
+    return "{}.{}".format(*max(found))
 
 
 def _split_symbols(program, debug_path, environment):

@@ -5,7 +5,7 @@ import pathlib
 import re
 import subprocess
 
-from . import Refusal
+from . import Refusal, notes
 
 
 class Source:
@@ -13,6 +13,18 @@ class Source:
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
+
+    def commit(self):
+        """The identifier of the checked-out commit."""
+        return self._git("rev-parse", "HEAD").strip()
+
+    def export(self, folder):
+        """A clean copy of the checked-out commit, without ignored files and local changes, in `folder`."""
+        if not (folder / ".git").exists():
+            self._git("clone", "--quiet", "--shared", "--no-checkout", str(self.folder), str(folder))
+        copy = Source(folder)
+        copy._git("checkout", "--quiet", "--force", "--detach", self.commit())
+        return copy
 
     def version(self):
         """The version in CMakeLists.txt."""
@@ -22,15 +34,22 @@ class Source:
             raise Refusal("CMakeLists.txt has no version: project(... VERSION ...)")
         return match[1]
 
-    def changes(self):
-        """The version's section of CHANGELOG.md without its heading; refuses if it is missing or empty."""
+    def refuse_without_changes(self):
+        """Refuses a version that CHANGELOG.md says nothing about."""
+        self._section("CHANGELOG.md")
+
+    def news(self):
+        """What users read about the version: its section of docs/nouveautes.fr.md, in plain text."""
+        return notes.plain(self._section("docs/nouveautes.fr.md"))
+
+    def _section(self, file):
         version = self.version()
-        sections = re.split(r"^## +", self._read("CHANGELOG.md"), flags=re.MULTILINE)
+        sections = re.split(r"^## +", self._read(file), flags=re.MULTILINE)
         for section in sections[1:]:
             heading, _, body = section.partition("\n")
             if re.match(rf"\[?{re.escape(version)}\]?(?![0-9.])", heading) and body.strip():
                 return body.strip()
-        raise Refusal(f"CHANGELOG.md has no section about {version}: add \"## [{version}] - <date>\" with the changes")
+        raise Refusal(f"{file} has no section about {version}: add \"## [{version}] - <date>\" with the changes")
 
     def commit_time(self):
         """The commit time in seconds since 1970; without a repository the modification time of CHANGELOG.md."""

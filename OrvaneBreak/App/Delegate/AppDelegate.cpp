@@ -98,7 +98,7 @@ void AppDelegate::awaitTray()
 void AppDelegate::applicationWillTerminate()
 {
     m_engine.stop();
-    m_updaterController.updater().installAtQuit();
+    m_updaterController.updater().confirmAtQuit();
 }
 
 void AppDelegate::terminate()

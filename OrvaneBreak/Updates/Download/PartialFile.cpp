@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <system_error>
@@ -74,7 +75,8 @@ bool PartialFile::openFile()
         remove();
         m_file = openAt(m_folder, m_name, O_CREAT | O_EXCL);
     }
-    return m_file.isOpen() && fchmod(m_file.get(), privateMode) == 0;
+    return m_file.isOpen() && fchmod(m_file.get(), privateMode) == 0 &&
+           flock(m_file.get(), LOCK_EX | LOCK_NB) == 0;
 }
 
 void PartialFile::removeOthers() const

@@ -16,7 +16,8 @@ class PartialFile
 {
 public:
     /// Opens "<name>.part" in `folder`, creating both if necessary, and removes every other "*.part". Absent
-    /// on failure, for example when the disk is full or the folder belongs to somebody else.
+    /// on failure, for example when another process has it open, the disk is full or the folder belongs to
+    /// somebody else.
     [[nodiscard]] static std::optional<PartialFile> open(const std::filesystem::path &folder,
                                                          const std::string &name);
 

@@ -80,6 +80,12 @@ void UpdateDownload::cancel()
     m_file.reset();
 }
 
+void UpdateDownload::discard()
+{
+    if (const auto file = PartialFile::open(m_folder, fileName(m_request)))
+        file->remove();
+}
+
 void UpdateDownload::requestRest()
 {
     m_highestReceived = std::max(m_highestReceived, m_received);
@@ -115,9 +121,7 @@ void UpdateDownload::end(Downloads::End end)
 {
     m_exchange.reset();
     if (m_received == m_request.length) {
-        std::optional<QByteArray> archive = m_file->read(m_request.length);
-        m_file->remove();
-        finish(std::move(archive));
+        finish(m_file->read(m_request.length));
     } else if (end == Downloads::End::Refused) {
         fail();
     } else if (end == Downloads::End::OtherRange && !m_file->clear()) {

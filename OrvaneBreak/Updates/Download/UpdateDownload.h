@@ -43,12 +43,16 @@ public:
     /// and length, and removes all others. Retries a broken connection after 1 s, or after up to 8 s when the
     /// last attempts brought no new bytes. Calls `onFinished` once, from the event loop. Fails after 5 such
     /// attempts in a row, after 2 hours, for an address that the program may not talk to, and when the server
-    /// refuses, sends more than the length, or the disk cannot be written.
+    /// refuses, sends more than the length, the disk cannot be written, or another process downloads the
+    /// same. A complete archive stays on the disk until discard(), and is not downloaded again.
     void start(Request request, Progress onProgress, Completion onFinished);
 
     /// Stops the download without calling its completion, and keeps the received part. Does nothing when no
     /// download is running.
     void cancel();
+
+    /// Removes the archive of the last download, which was installed or refused.
+    void discard();
 
 private:
     void requestRest();

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Appcast.h"
 
-#include "Ed25519.h"
+#include "SmallTags.h"
 
 #include <QHash>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -16,10 +18,12 @@ namespace {
 constexpr qsizetype sizeLimit = 1'048'576;
 constexpr int depthLimit = 32;
 constexpr int itemLimit = 1'000;
+constexpr qsizetype enclosureLimit = 32;
 constexpr qint64 archiveLimit = 1'073'741'824;
 constexpr qsizetype notesLimit = 20'000;
 constexpr qsizetype lineLimit = 200;
 constexpr auto extensionNamespace = "http://www.andymatuschak.org/xml-namespaces/sparkle"_L1;
+constexpr auto ownNamespace = "urn:orvanebreak:feed"_L1;
 
 // Levels in <rss><channel><item>, counted from 1, and of the elements in an item.
 constexpr int channelDepth = 2;
@@ -77,14 +81,50 @@ struct Draft
             .trimmed();
     }
 
+    [[nodiscard]] UpdateVersion version(const QXmlStreamAttributes &enclosure) const
+    {
+        return UpdateVersion(property(enclosure, u"version"_s));
+    }
+
+    [[nodiscard]] QString notes(AddressRule isAllowed) const;
+    void setConditions(AppcastItem &item, const QXmlStreamAttributes &enclosure) const;
     [[nodiscard]] std::optional<AppcastItem> item(const QXmlStreamAttributes &enclosure,
                                                   AddressRule isAllowed) const;
 };
 
+QString Draft::notes(AddressRule isAllowed) const
+{
+    const QString text = truncated(plain.value(u"description"_s), notesLimit);
+    const QUrl link(extended.value(u"releaseNotesLink"_s).trimmed(), QUrl::StrictMode);
+    // What the link leads to is not signed, so it is not shown here.
+    return text.isEmpty() && isAllowed(link) ? truncated(link.toString(), lineLimit) : text;
+}
+
+void Draft::setConditions(AppcastItem &item, const QXmlStreamAttributes &enclosure) const
+{
+    const QString minimum = property(enclosure, u"minimumSystemVersion"_s);
+    const QString maximum = property(enclosure, u"maximumSystemVersion"_s);
+    const QString interval = property(enclosure, u"phasedRolloutInterval"_s);
+    bool isNumber = true;
+    const int seconds = interval.isEmpty() ? 0 : interval.toInt(&isNumber);
+    item.minimumSystemVersion = UpdateVersion(minimum);
+    item.maximumSystemVersion = UpdateVersion(maximum);
+    item.rolloutInterval = std::chrono::seconds(seconds);
+    item.isCritical = extended.contains(u"criticalUpdate"_s);
+    static const std::array others{u"channel"_s, u"hardwareRequirements"_s, u"minimumAutoupdateVersion"_s,
+                                   u"minimumUpdateVersion"_s};
+    item.isRestricted = (!minimum.isEmpty() && !item.minimumSystemVersion.isValid()) ||
+                        (!maximum.isEmpty() && !item.maximumSystemVersion.isValid()) || !isNumber ||
+                        seconds < 0 ||
+                        std::any_of(
+                            others.begin(), others.end(),
+                            [&](const QString &name) { return !property(enclosure, name).isEmpty(); });
+}
+
 std::optional<AppcastItem> Draft::item(const QXmlStreamAttributes &enclosure, AddressRule isAllowed) const
 {
     AppcastItem result;
-    result.version = UpdateVersion(property(enclosure, u"version"_s));
+    result.version = version(enclosure);
     result.archive = QUrl(enclosure.value("url"_L1).trimmed().toString(), QUrl::StrictMode);
     const auto length = parsedLength(enclosure.value("length"_L1).toString());
     const auto signature = parsedSignature(property(enclosure, u"edSignature"_s));
@@ -100,22 +140,20 @@ std::optional<AppcastItem> Draft::item(const QXmlStreamAttributes &enclosure, Ad
     result.architecture = property(enclosure, u"arch"_s);
     if (result.architecture.isEmpty())
         result.architecture = architectureInName(result.archive);
-    const QString minimum = property(enclosure, u"minimumSystemVersion"_s);
-    result.minimumSystemVersion = UpdateVersion(minimum);
-    result.needsUnknownSystem = !minimum.isEmpty() && !result.minimumSystemVersion.isValid();
-    result.isCritical = extended.contains(u"criticalUpdate"_s);
-
+    setConditions(result, enclosure);
     result.date = parsedDate(plain.value(u"pubDate"_s));
-    result.releaseNotes = truncated(plain.value(u"description"_s), notesLimit);
+    result.releaseNotes = notes(isAllowed);
     return result;
 }
 
 class FeedReader
 {
 public:
-    FeedReader(const QByteArray &bytes, AddressRule isAllowed)
-        : m_xml(bytes)
+    FeedReader(const QByteArray &bytes, AddressRule isAllowed, const ReadingLimits &limits)
+        : m_xml(QString::fromUtf8(bytes))
         , m_isAllowed(isAllowed)
+        , m_stop(limits.stop)
+        , m_deadline(std::chrono::steady_clock::now() + limits.time)
     {
     }
 
@@ -127,16 +165,23 @@ private:
         return m_xml.namespaceUri().isEmpty() && m_xml.name() == name;
     }
 
+    [[nodiscard]] bool isInTime() const
+    {
+        return !m_stop.stop_requested() && std::chrono::steady_clock::now() < m_deadline;
+    }
+
     [[nodiscard]] bool readToken();
     [[nodiscard]] bool startElement();
     void endElement();
+    void endChannelField();
     void endItemField();
     void endItem();
 
     QXmlStreamReader m_xml;
     AddressRule m_isAllowed;
+    std::stop_token m_stop;
+    std::chrono::steady_clock::time_point m_deadline;
     Appcast m_feed;
-    QHash<QString, QString> m_channel;
     std::optional<Draft> m_item;
     QString m_text;
     int m_depth = 0;
@@ -147,14 +192,11 @@ private:
 std::optional<Appcast> FeedReader::read()
 {
     while (!m_xml.atEnd()) {
-        if (!readToken())
+        if (!isInTime() || !readToken())
             return std::nullopt;
     }
     if (m_xml.hasError())
         return std::nullopt;
-    m_feed.date = parsedDate(m_channel.value(u"lastBuildDate"_s));
-    if (!m_feed.date.isValid())
-        m_feed.date = parsedDate(m_channel.value(u"pubDate"_s));
     return std::move(m_feed);
 }
 
@@ -192,8 +234,11 @@ bool FeedReader::startElement()
         if (++m_itemCount > itemLimit)
             return false;
     }
-    if (m_depth == itemFieldDepth && m_item && isPlain("enclosure"_L1))
+    if (m_depth == itemFieldDepth && m_item && isPlain("enclosure"_L1)) {
         m_item->enclosures.append(m_xml.attributes());
+        if (m_item->enclosures.size() > enclosureLimit)
+            return false;
+    }
     if (m_depth == itemDepth || m_depth == itemFieldDepth)
         m_text.clear();
     return true;
@@ -205,8 +250,16 @@ void FeedReader::endElement()
         endItemField();
     else if (m_depth == itemDepth && m_item)
         endItem();
-    else if (m_depth == itemDepth && m_isInChannel && m_xml.namespaceUri().isEmpty())
-        m_channel.insert(m_xml.name().toString(), m_text);
+    else if (m_depth == itemDepth && m_isInChannel && m_xml.namespaceUri() == ownNamespace)
+        endChannelField();
+}
+
+void FeedReader::endChannelField()
+{
+    if (m_xml.name() == "serial"_L1)
+        m_feed.serial = std::max(0LL, m_text.trimmed().toLongLong());
+    else if (m_xml.name() == "expires"_L1)
+        m_feed.expires = parsedDate(m_text);
 }
 
 void FeedReader::endItemField()
@@ -220,17 +273,22 @@ void FeedReader::endItemField()
 void FeedReader::endItem()
 {
     for (const QXmlStreamAttributes &enclosure : std::as_const(m_item->enclosures)) {
+        const UpdateVersion version =
+            m_item->property(enclosure, u"os"_s) == "linux"_L1 ? m_item->version(enclosure) : UpdateVersion();
         if (auto item = m_item->item(enclosure, m_isAllowed))
             m_feed.items.push_back(std::move(*item));
+        else if (version.isValid() && !(version <= m_feed.newestUnusable))
+            m_feed.newestUnusable = version;
     }
     m_item.reset();
 }
 
 } // namespace
 
-std::optional<Appcast> parseAppcast(const QByteArray &bytes, AddressRule isAllowed)
+std::optional<Appcast> parseAppcast(const QByteArray &bytes, AddressRule isAllowed,
+                                    const ReadingLimits &limits)
 {
-    if (bytes.size() > sizeLimit)
+    if (bytes.size() > sizeLimit || !QUtf8StringView(bytes).isValidUtf8() || !hasSmallTags(bytes))
         return std::nullopt;
-    return FeedReader(bytes, isAllowed).read();
+    return FeedReader(bytes, isAllowed, limits).read();
 }

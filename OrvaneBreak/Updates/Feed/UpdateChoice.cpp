@@ -19,17 +19,23 @@ QString canonicalArchitecture(const QString &name)
 std::optional<NoUpdate> objection(const AppcastItem &item, const UpdateCircumstances &circumstances)
 {
     if (item.operatingSystem != circumstances.operatingSystem ||
-        canonicalArchitecture(item.architecture) != canonicalArchitecture(circumstances.architecture))
+        canonicalArchitecture(item.architecture) != canonicalArchitecture(circumstances.architecture) ||
+        item.isRestricted)
         return NoUpdate::OtherSystem;
     if (item.date.isValid() && item.date > circumstances.now.addDays(1))
         return NoUpdate::FromTheFuture;
     if (!(item.version > circumstances.installed))
         return NoUpdate::UpToDate;
-    const bool isMinimumMet =
-        !item.minimumSystemVersion.isValid() || circumstances.systemVersion >= item.minimumSystemVersion;
-    if (item.needsUnknownSystem || !isMinimumMet)
+    if (item.maximumSystemVersion.isValid() && !(circumstances.systemVersion <= item.maximumSystemVersion))
+        return NoUpdate::OtherSystem;
+    if (item.minimumSystemVersion.isValid() && !(circumstances.systemVersion >= item.minimumSystemVersion))
         return NoUpdate::SystemTooOld;
-    if (item.version <= circumstances.skipped && !item.isCritical && !circumstances.isAskedByUser)
+    if (item.isCritical || circumstances.isAskedByUser)
+        return std::nullopt;
+    const bool isLater =
+        item.rolloutInterval.count() > 0 && item.date.isValid() &&
+        circumstances.now < item.date.addSecs(circumstances.rolloutGroup * item.rolloutInterval.count());
+    if (isLater || item.version <= circumstances.skipped)
         return NoUpdate::Skipped;
     return std::nullopt;
 }
@@ -49,5 +55,5 @@ std::variant<AppcastItem, NoUpdate> chooseUpdate(const Appcast &feed,
     }
     if (newest)
         return *newest;
-    return closest;
+    return feed.newestUnusable > circumstances.installed ? NoUpdate::Unusable : closest;
 }

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "HomeInstaller.h"
 
-#include "InstallationChange.h"
 #include "MessageFilter.h"
 #include "SignalStack.h"
 #include "UnpackedUpdate.h"
 
 #include <QPointer>
 
+#include <algorithm>
+#include <array>
 #include <system_error>
 #include <utility>
 
@@ -30,7 +31,20 @@ bool succeeded(const std::optional<QString> &problem)
 
 UpdateFailure failureOf(const UnpackFailure &failure)
 {
-    log(failure.detail);
+    // In the order of UnpackProblem.
+    static constexpr std::array reasons{"damaged archive",
+                                        "not one folder of a version",
+                                        "bad path",
+                                        "bad link",
+                                        "bad kind",
+                                        "bad mode",
+                                        "path twice",
+                                        "too many entries",
+                                        "too large",
+                                        "bad version",
+                                        "disk"};
+    log(QString::fromLatin1(reasons.at(static_cast<std::size_t>(failure.problem))) + u": "_s +
+        failure.detail);
     return failure.problem == UnpackProblem::Disk ? UpdateFailure::Disk : UpdateFailure::Damaged;
 }
 
@@ -53,7 +67,15 @@ UpdateInstaller::Ability HomeInstaller::ability() const
     const auto *reason = std::get_if<NoInstallation>(&m_installation);
     if (!reason)
         return Ability::Itself;
-    return *reason == NoInstallation::NotWritable ? Ability::NotAllowed : Ability::Others;
+    switch (*reason) {
+    case NoInstallation::PackageManager:
+        return Ability::PackageManager;
+    case NoInstallation::NotWritable:
+        return Ability::NotAllowed;
+    case NoInstallation::BuildTree:
+        break;
+    }
+    return Ability::Unpacked;
 }
 
 void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
@@ -81,16 +103,30 @@ void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, 
     }
 }
 
-UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const AppcastItem &item) const
+bool HomeInstaller::isGenuine(const QByteArray &archive, const AppcastItem &item) const
+{
+    const auto isSignedBy = [&](const Ed25519::PublicKey &key) {
+        return UpdateSignature::verify(archive, item.length, item.signature, key);
+    };
+    return m_key &&
+           (isSignedBy(*m_key) || std::any_of(item.laterKeys.begin(), item.laterKeys.end(), isSignedBy));
+}
+
+std::optional<InstallationChange> HomeInstaller::begin() const
 {
     const auto *installation = std::get_if<Installation>(&m_installation);
-    if (!installation)
+    return installation ? InstallationChange::begin(*installation) : std::nullopt;
+}
+
+UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const AppcastItem &item) const
+{
+    if (ability() != Ability::Itself)
         return UpdateFailure::Disk;
-    if (!m_key || !UpdateSignature::verify(archive, item.length, item.signature, *m_key)) {
+    if (!isGenuine(archive, item)) {
         log(u"the archive is not signed by the makers"_s);
         return UpdateFailure::NotGenuine;
     }
-    std::optional<InstallationChange> change = InstallationChange::begin(*installation);
+    std::optional<InstallationChange> change = begin();
     if (!change) {
         log(u"the installation cannot be changed now"_s);
         return UpdateFailure::Disk;
@@ -105,8 +141,10 @@ UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const 
         return failureOf(*failure);
     const auto &update = std::get<UnpackedUpdate>(unpacked);
     // The signature of an old archive stays valid, so the version inside decides.
-    if (update.version.text() != item.version.text() || !(update.version > m_installed)) {
-        log(u"the archive contains version "_s + update.version.text());
+    const bool hasPrograms = Installation::hasPrograms(update.folder);
+    if (!hasPrograms || update.version.text() != item.version.text() || !(update.version > m_installed)) {
+        log(hasPrograms ? u"the archive contains version "_s + update.version.text()
+                        : u"the archive contains no programs"_s);
         std::error_code ignored;
         std::filesystem::remove_all(update.folder.parent_path(), ignored);
         return UpdateFailure::Damaged;
@@ -116,25 +154,46 @@ UpdateInstaller::Result HomeInstaller::install(const QByteArray &archive, const 
     return update.version;
 }
 
-bool HomeInstaller::activate(const UpdateVersion &version)
+UpdateVersion HomeInstaller::nextVersion() const
 {
     const auto *installation = std::get_if<Installation>(&m_installation);
-    std::optional<InstallationChange> change =
-        installation ? InstallationChange::begin(*installation) : std::nullopt;
+    return installation ? installation->current() : UpdateVersion();
+}
+
+bool HomeInstaller::isInstalled(const UpdateVersion &version) const
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    return installation && Installation::hasPrograms(installation->folderOf(version));
+}
+
+bool HomeInstaller::activate(const UpdateVersion &version)
+{
+    std::optional<InstallationChange> change = begin();
     return change && succeeded(change->activate(version));
 }
 
 bool HomeInstaller::isOnTrial() const
 {
     const auto *installation = std::get_if<Installation>(&m_installation);
-    return installation && installation->isOnTrial();
+    return installation && installation->trial().version.isValid();
 }
 
 void HomeInstaller::confirm()
 {
     if (!isOnTrial())
         return;
-    if (std::optional<InstallationChange> change =
-            InstallationChange::begin(std::get<Installation>(m_installation)))
+    if (std::optional<InstallationChange> change = begin())
         succeeded(change->confirm());
+}
+
+UpdateVersion HomeInstaller::failedVersion() const
+{
+    const auto *installation = std::get_if<Installation>(&m_installation);
+    return installation ? installation->failed() : UpdateVersion();
+}
+
+void HomeInstaller::forgetFailure()
+{
+    if (std::optional<InstallationChange> change = begin())
+        succeeded(change->forgetFailure());
 }

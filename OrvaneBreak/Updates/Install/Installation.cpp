@@ -76,14 +76,26 @@ UpdateVersion Installation::linkedVersion(const char *link) const
     return target.parent_path() == "versions" ? versionNamed(target.filename()) : UpdateVersion();
 }
 
-bool Installation::isOnTrial() const
+Installation::Trial Installation::trialIn(const char *name) const
 {
-    QFile file(m_root / "trial");
+    QFile file(m_root / name);
     if (!file.open(QIODevice::ReadOnly))
-        return false;
+        return {};
+    const QStringList lines = QString::fromUtf8(file.read(trialLimit)).split(u'\n');
+    return {UpdateVersion(lines.first().trimmed()), lines.value(1).toInt()};
+}
+
+Installation::Trial Installation::trial() const
+{
     // The process may have been killed after it wrote the file and before the version became current.
-    const QString text = QString::fromUtf8(file.read(trialLimit)).trimmed();
-    return !text.isEmpty() && text == current().text();
+    const Trial found = trialIn("trial");
+    return found.version.text() == current().text() ? found : Trial();
+}
+
+UpdateVersion Installation::failed() const
+{
+    const UpdateVersion version = trialIn("failed").version;
+    return version == current() ? UpdateVersion() : version;
 }
 
 bool Installation::hasPrograms(const std::filesystem::path &version)

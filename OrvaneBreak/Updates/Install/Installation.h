@@ -19,7 +19,9 @@ enum class NoInstallation
 ///     <root>/versions/<version>/{bin,lib,share,install,uninstall}
 ///     <root>/current            link to the version in use: "versions/<version>"
 ///     <root>/previous           link to the previous version, if any
-///     <root>/trial              contains the current version until that has passed its trial
+///     <root>/trial              the current version, until it has passed its trial, and on a second line how
+///                               often it was started
+///     <root>/failed             a version that the launcher gave up after two starts, in the same form
 ///
 /// Read-only; every call reads the disk. InstallationChange changes it. Any thread.
 class Installation
@@ -41,8 +43,17 @@ public:
     [[nodiscard]] UpdateVersion current() const;
     [[nodiscard]] UpdateVersion previous() const;
 
-    /// Whether the current version has not passed its trial yet.
-    [[nodiscard]] bool isOnTrial() const;
+    struct Trial
+    {
+        UpdateVersion version;
+        int starts = 0;
+    };
+
+    /// The trial of the current version; without a version when it is not on trial.
+    [[nodiscard]] Trial trial() const;
+
+    /// The version that the launcher gave up; no version when there is none, or when it is current again.
+    [[nodiscard]] UpdateVersion failed() const;
 
     /// Whether the folder `version` has the launcher and the program.
     [[nodiscard]] static bool hasPrograms(const std::filesystem::path &version);
@@ -58,6 +69,7 @@ public:
 
 private:
     [[nodiscard]] UpdateVersion linkedVersion(const char *link) const;
+    [[nodiscard]] Trial trialIn(const char *file) const;
 
     std::filesystem::path m_root;
     UpdateVersion m_running;

@@ -21,6 +21,7 @@ namespace {
 
 constexpr std::string_view stagingPrefix = ".staging-";
 constexpr auto trialName = "trial";
+constexpr auto failedName = "failed";
 
 std::string temporaryName(const char *name)
 {
@@ -86,7 +87,7 @@ void InstallationChange::removeLeftovers() const
             std::filesystem::remove_all(m_installation.versionsFolder() / name, error);
     }
     removeTemporaryNames();
-    if (!m_installation.isOnTrial())
+    if (!m_installation.trial().version.isValid())
         unlinkat(m_root.get(), trialName, 0);
 }
 
@@ -108,9 +109,8 @@ std::optional<QString> InstallationChange::stage(const std::filesystem::path &un
     const std::string name = version.text().toStdString();
     if (!version.isValid() || !staging.string().starts_with(stagingPrefix))
         return u"not a version in a staging folder"_s;
-    if (version.text() == m_installation.current().text() ||
-        version.text() == m_installation.running().text())
-        return u"version in use: "_s + version.text();
+    if (!(version > m_installation.current()) || !(version > m_installation.running()))
+        return u"not a newer version: "_s + version.text();
     if (!Installation::hasPrograms(unpacked))
         return u"no programs in it"_s;
     if (!discardVersion(name))
@@ -127,9 +127,10 @@ std::optional<QString> InstallationChange::stage(const std::filesystem::path &un
 std::optional<QString> InstallationChange::activate(const UpdateVersion &version)
 {
     const UpdateVersion before = m_installation.current();
-    if (!before.isValid() || before.text() == version.text() || !version.isValid() ||
-        !Installation::hasPrograms(m_installation.folderOf(version)))
-        return u"no other whole version: "_s + version.text();
+    if (version.isValid() && before.text() == version.text())
+        return std::nullopt;
+    if (!(version > before) || !Installation::hasPrograms(m_installation.folderOf(version)))
+        return u"no newer whole version: "_s + version.text();
     if (activateSteps(before, version))
         return std::nullopt;
     const QString problem = systemProblem(u"switching to "_s + version.text());
@@ -141,12 +142,32 @@ std::optional<QString> InstallationChange::activate(const UpdateVersion &version
 bool InstallationChange::activateSteps(const UpdateVersion &before, const UpdateVersion &version) const
 {
     // The rollback needs the link and the trial on the disk before the new version is current.
-    if (!placeLink("previous", before) || !placeTrial(version) || !syncToDisk(m_root.get()) ||
+    const bool isProven = !m_installation.trial().version.isValid();
+    if ((isProven && !placeLink("previous", before)) || !placeTrial({version}) || !syncToDisk(m_root.get()) ||
         !placeLink("current", version))
         return false;
     // The new version is current even if this fails.
     syncToDisk(m_root.get());
     return true;
+}
+
+std::optional<QString> InstallationChange::takeBackStart()
+{
+    const Installation::Trial trial = m_installation.trial();
+    if (trial.starts == 0 || placeTrial({trial.version, trial.starts - 1}))
+        return std::nullopt;
+    return systemProblem(u"taking back a start"_s);
+}
+
+std::optional<QString> InstallationChange::forgetFailure()
+{
+    const UpdateVersion failed = m_installation.failed();
+    if (failed.isValid() && failed.text() != m_installation.running().text() &&
+        !discardVersion(failed.text().toStdString()))
+        return systemProblem(u"removing "_s + failed.text());
+    if (!isGone(m_root.get(), failedName))
+        return systemProblem(u"forgetting a failure"_s);
+    return std::nullopt;
 }
 
 std::optional<QString> InstallationChange::confirm()
@@ -173,14 +194,15 @@ bool InstallationChange::placeLink(const char *name, const UpdateVersion &versio
            renameat(m_root.get(), temporary.c_str(), m_root.get(), name) == 0;
 }
 
-bool InstallationChange::placeTrial(const UpdateVersion &version) const
+bool InstallationChange::placeTrial(const Installation::Trial &trial) const
 {
     const std::string temporary = temporaryName(trialName);
     const FileDescriptor file(openat(m_root.get(), temporary.c_str(),
                                      O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                                      S_IRUSR | S_IWUSR));
-    return file.isOpen() && writeBytes(file.get(), version.text().toUtf8() + '\n') &&
-           syncToDisk(file.get()) && renameat(m_root.get(), temporary.c_str(), m_root.get(), trialName) == 0;
+    const QByteArray content = trial.version.text().toUtf8() + '\n' + QByteArray::number(trial.starts) + '\n';
+    return file.isOpen() && writeBytes(file.get(), content) && syncToDisk(file.get()) &&
+           renameat(m_root.get(), temporary.c_str(), m_root.get(), trialName) == 0;
 }
 
 bool InstallationChange::endTrial() const

@@ -24,12 +24,20 @@ public:
     [[nodiscard]] std::filesystem::path newStagingFolder() const;
 
     /// Moves `unpacked`, a folder in a staging folder, into place as `version`, and removes the staging
-    /// folder. Replaces a folder of that version, which must be neither current nor running.
+    /// folder. Replaces a folder of that version, which must be newer than the current and running ones.
     [[nodiscard]] std::optional<QString> stage(const std::filesystem::path &unpacked,
                                                const UpdateVersion &version);
 
-    /// Makes `version` current and puts it on trial; the current version becomes the previous one.
+    /// Makes `version`, which must be newer than the current one, current and puts it on trial. The current
+    /// version becomes the previous one, unless it is on trial itself. Does nothing when it is current.
     [[nodiscard]] std::optional<QString> activate(const UpdateVersion &version);
+
+    /// Takes back the last start of the current version, if it is on trial: it ended for a reason that says
+    /// nothing about the version.
+    [[nodiscard]] std::optional<QString> takeBackStart();
+
+    /// Removes the version that the launcher gave up, unless it is running.
+    [[nodiscard]] std::optional<QString> forgetFailure();
 
     /// Ends the trial of the running version and removes every version that is neither current nor previous.
     /// Does nothing when the running version is not current.
@@ -39,7 +47,7 @@ private:
     explicit InstallationChange(const Installation &installation);
 
     [[nodiscard]] bool placeLink(const char *name, const UpdateVersion &version) const;
-    [[nodiscard]] bool placeTrial(const UpdateVersion &version) const;
+    [[nodiscard]] bool placeTrial(const Installation::Trial &trial) const;
     [[nodiscard]] bool activateSteps(const UpdateVersion &before, const UpdateVersion &version) const;
     [[nodiscard]] bool endTrial() const;
     [[nodiscard]] bool discardVersion(const std::string &name) const;

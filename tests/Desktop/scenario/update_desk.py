@@ -30,6 +30,7 @@ INSTALL = "Installer"
 RELAUNCH = "Installer et relancer"
 LATER = "Plus tard"
 OK = "OK"
+AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
 class Makers:
@@ -93,15 +94,20 @@ class Makers:
     def signature(key, path):
         return keys.sign(key, path)
 
-    def announce(self, version, path, **changes):
-        """Publishes a feed with this one archive; `changes` falsify it."""
+    def announce(self, version, path, key=None, days=60, edit=None, **changes):
+        """Publishes a feed with this one archive, signed with `key` and valid for some days; `changes` falsify it, and `edit`
+        changes its text before it is signed."""
         feed = appcast.Appcast(self.folder / "unwritten.xml")
         release = appcast.Release(
             version=version, url=f"{self.address}/{path.name}", length=path.stat().st_size,
             signature=keys.sign(self.key, path), architecture=os.uname().machine,
             date=datetime.datetime.now(datetime.timezone.utc), notes="Plus calme, plus sûr.")
         feed.add(dataclasses.replace(release, **changes))
-        feed.save()
+        now = datetime.datetime.now(datetime.timezone.utc)
+        if edit:
+            original = feed.content
+            feed.content = lambda *arguments: edit(original(*arguments))
+        feed.save(key or self.key, now, days)
         os.replace(self.folder / "unwritten.xml", self.web / "appcast.xml")
 
 

@@ -2,16 +2,16 @@
 import io
 import os
 import signal
+import subprocess
 import tarfile
 import time
 
 from driver.waiting import comes_true, wait_until
 
-from .update_desk import CHECK, INSTALL, LATER, OK, RELAUNCH
+from .update_desk import AUTOMATIC, CHECK, INSTALL, LATER, OK, RELAUNCH
 
 _REFUSED = "Mise à jour refusée"
 _BROKEN_OFF = "Téléchargement interrompu"
-_AUTOMATIC = {"SUEnableAutomaticChecks": True, "SUAutomaticallyUpdate": True}
 
 
 def by_hand(desk, report):
@@ -26,10 +26,10 @@ def by_hand(desk, report):
     desk.answer_with(INSTALL)
     wait_until(lambda: desk.shows_now(RELAUNCH), "the update to be ready", 30)
     desk.keep_picture("update-ready")
-    report.promise("nothing has changed before the user quits", desk.current() == "1.0.0", desk.current())
-    desk.answer_with(LATER)
-    report.promise("the program ends as always", desk.quit() == 0, desk.process.returncode)
     report.promise("by hand: version 2 starts next", desk.current() == "2.0.0", desk.current())
+    desk.answer_with(LATER)
+    report.promise("version 1 runs on", desk.runs("1.0.0"))
+    report.promise("the program ends as always", desk.quit() == 0, desk.process.returncode)
     desk.start_version()
     report.promise("version 2 runs", desk.runs("2.0.0"))
     report.promise("its trial ends", comes_true(lambda: not (desk.root / "trial").exists(), 30))
@@ -40,18 +40,36 @@ def by_hand(desk, report):
     desk.finish()
 
 
-def at_quit(desk, report):
-    """An automatic update that takes effect after the program quits."""
+def silently(desk, report):
+    """An automatic update that takes effect at the next start, even if the program is killed."""
     desk.install()
-    desk.start_version(_AUTOMATIC)
-    wait_until(lambda: (desk.root / "versions/2.0.0").exists(), "the update beside the running version", 30)
+    desk.start_version(AUTOMATIC)
+    wait_until(lambda: desk.current() == "2.0.0", "the update beside the running version", 30)
     report.promise("automatically: no dialog comes", not desk.shows_now(INSTALL) and not desk.shows_now(RELAUNCH))
-    report.promise("automatically: the running version stays until the end", desk.current() == "1.0.0", desk.current())
-    desk.quit()
-    report.promise("automatically: version 2 starts next", desk.current() == "2.0.0", desk.current())
+    report.promise("automatically: version 1 runs on", desk.runs("1.0.0"))
+    desk.process.send_signal(signal.SIGKILL)
+    desk.process.wait(10)
     desk.start_version()
     report.promise("automatically: version 2 runs", desk.runs("2.0.0"))
     desk.finish()
+
+
+def newer_by_hand(desk, report):
+    """A newer version that the user installs while an older one runs."""
+    desk.install()
+    desk.makers.announce("2.0.0", desk.makers.pack(desk.makers.version("2.0.0")))
+    desk.start_version()
+    desk.reader.press(CHECK)
+    wait_until(lambda: desk.shows_now(INSTALL), "the offer of version 2", 30)
+    subprocess.run([desk.makers.version("3.0.0") / "install"], env=desk.bed.environment(), check=True, timeout=60,
+                   stdout=subprocess.DEVNULL)
+    desk.answer_with(INSTALL, OK)
+    report.promise("a newer version that was installed by hand stays", desk.current() == "3.0.0", desk.current())
+    desk.reader.press(CHECK)
+    report.promise("nothing older is offered then", desk.shows("OrvaneBreak est à jour"))
+    desk.answer_with(OK)
+    desk.quit()
+    report.promise("it starts next", desk.current() == "3.0.0", desk.current())
 
 
 def relaunch(desk, report):
@@ -62,21 +80,6 @@ def relaunch(desk, report):
     desk.answer_with(INSTALL, RELAUNCH)
     report.promise("at once: version 2 runs in the place of version 1", desk.runs("2.0.0"))
     report.promise("at once: it is the same process", desk.process.poll() is None)
-    desk.finish()
-
-
-def bad_start(desk, report):
-    """A new version that dies at its first start."""
-    def die(folder):
-        (folder / "bin/orvanebreak-program").write_text("#!/bin/sh\nexit 3\n")
-
-    desk.install()
-    desk.makers.announce("3.0.0", desk.makers.pack(desk.makers.version("3.0.0", die)))
-    desk.start_version()
-    desk.reader.press(CHECK)
-    desk.answer_with(INSTALL, RELAUNCH)
-    wait_until(lambda: not (desk.root / "trial").exists() and desk.current() == "1.0.0", "the way back", 30)
-    report.promise("a version that dies at its first start is rolled back", desk.runs("1.0.0"))
     desk.finish()
 
 
@@ -162,7 +165,7 @@ def killed(desk, report):
     versions = []
     for delay in (0.02, 0.1, 0.3, 0.6, 1.0, 1.5):
         desk.install()
-        desk.start_version(_AUTOMATIC)
+        desk.start_version(AUTOMATIC)
         wait_until(lambda: (desk.bed.home / "cache/OrvaneBreak/updates").exists()
                    or len(os.listdir(desk.root / "versions")) > 1, "the update to begin", 30)
         time.sleep(delay)
@@ -170,6 +173,7 @@ def killed(desk, report):
         desk.process.wait(10)
         versions.append(desk.current())
     report.promise("killed at any moment, the current version is complete", set(versions) <= {"1.0.0", "2.0.0"}, versions)
+    desk.install()
     desk.start_version()
     desk.reader.press(CHECK)
     desk.answer_with(INSTALL)

@@ -30,10 +30,10 @@ struct UpdaterFixture
     /// Starts the program again, with a new updater.
     SPUUpdater &start()
     {
-        updater = std::make_unique<SPUUpdater>(SPUUpdater::Services{runLoop, store, http, download, installer,
-                                                                    driver, [this] { ++relaunches; },
-                                                                    [this] { ++visits; }},
-                                               configuration);
+        updater = std::make_unique<SPUUpdater>(
+            SPUUpdater::Services{runLoop, store, http, readFeed, download, installer, driver,
+                                 [this] { ++relaunches; }, [this] { ++visits; }},
+            configuration);
         updater->start();
         return *updater;
     }
@@ -53,9 +53,16 @@ struct UpdaterFixture
         return FeedMaker::item("<s:version>" + version + "</s:version>" + more + FeedMaker::enclosure());
     }
 
+    /// When the feed expires.
+    [[nodiscard]] static QByteArray expiry(const QByteArray &date)
+    {
+        return "<o:expires xmlns:o='urn:orvanebreak:feed'>" + date + "</o:expires>";
+    }
+
     ManualRunLoop runLoop;
     MemoryPreferences store;
     FakeHttp http;
+    SPUUpdater::Services::ReadFeed readFeed = &FeedMaker::readUnsigned;
     FakeDownloads downloads;
     QTemporaryDir folder;
     UpdateDownload download{downloads, runLoop, folder.path().toStdString() + "/updates"};

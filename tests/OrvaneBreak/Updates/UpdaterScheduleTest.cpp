@@ -159,6 +159,9 @@ private Q_SLOTS:
         f.start();
         QCOMPARE(f.driver.takeLog(), QStringList());
         f.start();
+        // Before the windows are up, the question would end up behind them.
+        QCOMPARE(f.driver.takeLog(), QStringList());
+        f.runLoop.advance(4s);
         QCOMPARE(f.driver.takeLog(), QStringList{u"permission?"_s});
         QCOMPARE(checksIn(f, 30h), 0);
         f.driver.permission(true);
@@ -166,6 +169,7 @@ private Q_SLOTS:
         QVERIFY(!f.updater->automaticallyDownloadsUpdates());
         QCOMPARE(checksIn(f, 5min), 1);
         f.start();
+        f.runLoop.advance(4s);
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
@@ -174,9 +178,11 @@ private Q_SLOTS:
         UpdaterFixture f(std::nullopt);
         f.start();
         f.start();
+        f.runLoop.advance(4s);
         f.driver.permission(false);
         f.driver.takeLog();
         f.start();
+        f.runLoop.advance(4s);
         QCOMPARE(f.driver.takeLog(), QStringList());
         QCOMPARE(f.updater->automaticallyChecksForUpdates(), false);
     }
@@ -184,8 +190,9 @@ private Q_SLOTS:
     void aDecisionInTheSettingsReplacesTheQuestion()
     {
         UpdaterFixture f(std::nullopt);
-        f.start().setAutomaticallyChecksForUpdates(false);
         f.start();
+        f.start().setAutomaticallyChecksForUpdates(false);
+        f.runLoop.advance(4s);
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
@@ -194,6 +201,7 @@ private Q_SLOTS:
         UpdaterFixture f(std::nullopt);
         f.start();
         f.start();
+        f.runLoop.advance(4s);
         f.updater.reset();
         f.driver.permission(true);
         QVERIFY(f.store.value(u"SUEnableAutomaticChecks"_s).isUndefined());
@@ -214,7 +222,7 @@ private Q_SLOTS:
     {
         UpdaterFixture f;
         f.installer.isTrying = true;
-        f.start().installAtQuit();
+        f.start().confirmAtQuit();
         QCOMPARE(f.installer.log, QStringList{u"confirm"_s});
     }
 };

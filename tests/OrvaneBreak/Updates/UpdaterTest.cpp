@@ -72,7 +72,18 @@ private Q_SLOTS:
         QTest::newRow("not found") << 404 << QByteArray("<html/>") << noFeed;
         QTest::newRow("no XML") << 200 << QByteArray("hello") << noFeed;
         QTest::newRow("entities") << 200 << feed(newer, "<!DOCTYPE rss []>") << noFeed;
-        QTest::newRow("empty") << 200 << feed({}) << upToDate;
+        QTest::newRow("empty") << 200 << feed({}) << u"Aucune version annoncée"_s;
+        QTest::newRow("clock behind")
+            << 200 << feed(UpdaterFixture::update("2.0", "<pubDate>Mon, 02 Mar 2037 10:00:00 GMT</pubDate>"))
+            << noFeed;
+        QTest::newRow("bad address")
+            << 200 << feed(newer + UpdaterFixture::update("1.0")).replace("https://e", "ftp://e")
+            << u"Mise à jour refusée"_s;
+        QTest::newRow("other system") << 200 << feed(QByteArray(newer).replace(R"(s:os="linux")", ""))
+                                      << u"Aucune version pour cet ordinateur"_s;
+        QTest::newRow("expired") << 200
+                                 << feed(newer + UpdaterFixture::expiry("Mon, 13 Nov 2023 10:00:00 +0000"))
+                                 << u"Liste des versions périmée"_s;
         QTest::newRow("same version") << 200 << feed(UpdaterFixture::update("1.0")) << upToDate;
         QTest::newRow("older") << 200 << feed(UpdaterFixture::update("0.9")) << upToDate;
         QTest::newRow("newer system")
@@ -95,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(f.http.requests.size(), 1);
     }
 
-    void anAcceptedUpdateIsInstalledAtQuit()
+    void anAcceptedUpdateIsUsedFromTheNextStartOn()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();
@@ -109,7 +120,6 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), (QStringList{hidden, u"relaunch 1.1?"_s}));
         f.driver.relaunch(false);
         QCOMPARE(f.relaunches, 0);
-        f.updater->installAtQuit();
         QCOMPARE(f.installer.log, (QStringList{u"prepare 1.1 "_s + QString(1000, u'a'), u"activate 1.1"_s}));
     }
 
@@ -123,8 +133,6 @@ private Q_SLOTS:
         f.installer.finish();
         f.driver.relaunch(true);
         QCOMPARE(f.relaunches, 1);
-        f.updater->installAtQuit();
-        QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
     }
 
     void automaticDownloadsAreSilent()
@@ -135,8 +143,57 @@ private Q_SLOTS:
         f.deliver();
         f.installer.finish();
         QCOMPARE(f.driver.takeLog(), QStringList());
-        f.updater->installAtQuit();
         QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
+    }
+
+    void aVersionThatIsInstalledIsNotDownloadedAgain()
+    {
+        UpdaterFixture f(true, true);
+        f.installer.installed = UpdateVersion(u"1.1"_s);
+        f.start();
+        findAutomatically(f, UpdaterFixture::update());
+        QVERIFY(f.downloads.requests.isEmpty());
+        QCOMPARE(f.installer.log, QStringList{u"activate 1.1"_s});
+    }
+
+    void anUpdateThatCannotBeUsedIsReported()
+    {
+        UpdaterFixture f;
+        f.installer.isRefusing = true;
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        f.driver.choice(Answer::Install);
+        f.deliver();
+        f.installer.finish();
+        QCOMPARE(f.driver.takeLog().last(), u"Installation impossible"_s);
+        QCOMPARE(f.relaunches, 0);
+    }
+
+    void aNewerVersionIsFoundWhileOneIsReady()
+    {
+        UpdaterFixture f(true, true);
+        f.start();
+        findAutomatically(f, UpdaterFixture::update());
+        f.deliver();
+        f.installer.finish();
+        findAutomatically(f, UpdaterFixture::update());
+        QCOMPARE(f.downloads.requests.size(), 1);
+        findAutomatically(f, UpdaterFixture::update("1.2", "<s:criticalUpdate/>"));
+        QCOMPARE(f.downloads.requests.size(), 2);
+        f.deliver();
+        f.installer.finish();
+        QCOMPARE(f.installer.log.last(), u"activate 1.2"_s);
+        QCOMPARE(f.driver.takeLog().last(), u"relaunch 1.2? quietly"_s);
+    }
+
+    void aVersionThatWasInstalledByHandIsNotReplacedByAnOlderOne()
+    {
+        UpdaterFixture f;
+        f.installer.next = UpdateVersion(u"1.2"_s);
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"OrvaneBreak est à jour"_s);
+        QCOMPARE(f.driver.lastInformation, u"La version 1.2 est la plus récente."_s);
     }
 
     void aReadyUpdateIsOfferedAfterADay()
@@ -216,24 +273,22 @@ private Q_SLOTS:
     void anInstallationByOthersOpensTheMakersPage_data()
     {
         QTest::addColumn<int>("ability");
-        QTest::addColumn<bool>("isAllowed");
-        QTest::newRow("package manager") << static_cast<int>(UpdateInstaller::Ability::Others) << true;
-        QTest::newRow("not writable") << static_cast<int>(UpdateInstaller::Ability::NotAllowed) << false;
+        QTest::newRow("package manager") << static_cast<int>(UpdateInstaller::Ability::PackageManager);
+        QTest::newRow("unpacked") << static_cast<int>(UpdateInstaller::Ability::Unpacked);
+        QTest::newRow("not writable") << static_cast<int>(UpdateInstaller::Ability::NotAllowed);
     }
 
     void anInstallationByOthersOpensTheMakersPage()
     {
         QFETCH(const int, ability);
-        QFETCH(const bool, isAllowed);
         UpdaterFixture f(true, true);
         f.installer.currentAbility = static_cast<UpdateInstaller::Ability>(ability);
         f.start();
         findAutomatically(f, UpdaterFixture::update());
         QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 elsewhere quietly"_s});
-        QCOMPARE(f.driver.lastOffer.isAllowed, isAllowed);
+        QCOMPARE(static_cast<int>(f.driver.lastOffer.ability), ability);
         f.driver.choice(Answer::Install);
         QCOMPARE(f.visits, 1);
-        f.updater->installAtQuit();
         QCOMPARE(f.installer.log, QStringList());
         QVERIFY(f.downloads.requests.isEmpty());
     }
@@ -258,7 +313,6 @@ private Q_SLOTS:
         f.deliver();
         f.installer.finish(static_cast<UpdateFailure>(failure));
         QCOMPARE(f.driver.takeLog().last(), message);
-        f.updater->installAtQuit();
         QCOMPARE(f.installer.log.size(), 1);
     }
 
@@ -276,6 +330,30 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList());
     }
 
+    void aDownloadThatFailsPausesForADay_data()
+    {
+        QTest::addColumn<QByteArray>("more");
+        QTest::newRow("usual") << QByteArray();
+        QTest::newRow("critical") << QByteArray("<s:criticalUpdate/>");
+    }
+
+    void aDownloadThatFailsPausesForADay()
+    {
+        QFETCH(const QByteArray, more);
+        UpdaterFixture f(true, true);
+        f.start().setUpdateCheckInterval(1h);
+        f.runLoop.advance(1min);
+        f.answer(UpdaterFixture::update("1.1", more));
+        f.downloads.answer({}, Downloads::End::Refused);
+        QCoreApplication::processEvents();
+        f.runLoop.advance(1h + 1min);
+        f.answer(UpdaterFixture::update("1.1", more));
+        QCOMPARE(f.downloads.requests.size(), 1);
+        f.runLoop.advance(24h);
+        f.answer(UpdaterFixture::update("1.1", more));
+        QCOMPARE(f.downloads.requests.size(), 2);
+    }
+
     void checksAndDownloadsCanBeCancelled()
     {
         UpdaterFixture f;
@@ -290,11 +368,10 @@ private Q_SLOTS:
         f.driver.takeLog();
         f.driver.cancel();
         QCOMPARE(f.driver.takeLog(), QStringList{hidden});
-        f.updater->installAtQuit();
         QCOMPARE(f.installer.log, QStringList());
     }
 
-    void aCancelledPreparationContinuesSilently()
+    void aCancelledPreparationIsNotUsed()
     {
         UpdaterFixture f;
         f.start().checkForUpdates();
@@ -305,29 +382,74 @@ private Q_SLOTS:
         f.driver.cancel();
         f.installer.finish();
         QCOMPARE(f.driver.takeLog(), QStringList{hidden});
-        f.updater->installAtQuit();
-        QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
+        QCOMPARE(f.installer.log.size(), 1);
+        // It can be asked for again.
+        f.updater->checkForUpdates();
+        QCOMPARE(f.http.requests.size(), 1);
     }
 
-    void onlyAManualCheckOffersARolledBackVersion()
+    void aVersionThatFailedItsTrialIsTriedAgainAfterADay()
     {
         UpdaterFixture f(true, true);
-        f.start();
-        findAutomatically(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
-        f.deliver();
-        f.installer.finish();
-        f.updater->installAtQuit();
-        f.driver.takeLog();
-        // The launcher rolled back to the previous version.
-        f.start();
-        findAutomatically(f, UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
-        QCOMPARE(f.downloads.requests.size(), 1);
+        f.installer.failed = UpdateVersion(u"1.1"_s);
+        f.start().setUpdateCheckInterval(1h);
         QCOMPARE(f.driver.takeLog(), QStringList());
-        findAutomatically(f, UpdaterFixture::update("1.2"));
-        QCOMPARE(f.downloads.requests.size(), 2);
-        f.start().checkForUpdates();
+        f.runLoop.advance(5s);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"Mise à jour annulée quietly"_s});
+        QCOMPARE(f.driver.lastInformation,
+                 u"La version 1.1 n'a pas démarré : OrvaneBreak est revenu à la version 1.0."_s);
+        f.answer(UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
+        QVERIFY(f.downloads.requests.isEmpty());
+        f.runLoop.advance(1h);
+        f.answer(UpdaterFixture::update("1.2"));
+        QCOMPARE(f.downloads.requests.size(), 1);
+        // It is said once.
+        f.download.cancel();
+        f.start();
+        f.runLoop.advance(25h);
+        QCOMPARE(f.driver.takeLog(), QStringList());
         f.answer(UpdaterFixture::update());
-        QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
+        QCOMPARE(f.downloads.requests.size(), 2);
+    }
+
+    void theMessageAboutAFailedTrialIsNotReplaced()
+    {
+        UpdaterFixture f(std::nullopt);
+        f.start();
+        f.installer.failed = UpdateVersion(u"1.1"_s);
+        f.start();
+        f.runLoop.advance(5s);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"Mise à jour annulée quietly"_s});
+        f.start();
+        f.runLoop.advance(5s);
+        QCOMPARE(f.driver.takeLog(), QStringList{u"permission?"_s});
+    }
+
+    void anOfferThatWasReplacedComesAgain()
+    {
+        UpdaterFixture f;
+        f.start().setUpdateCheckInterval(1h);
+        f.runLoop.advance(1min);
+        f.answer(UpdaterFixture::update());
+        f.updater->checkForUpdates();
+        f.http.answer(std::nullopt);
+        f.driver.takeLog();
+        f.runLoop.advance(1h + 1min);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog(), QStringList{u"offer 1.1 quietly"_s});
+    }
+
+    void anAnswerDuringACheckIsCarriedOut()
+    {
+        UpdaterFixture f;
+        f.start().setUpdateCheckInterval(1h);
+        f.runLoop.advance(1min);
+        f.answer(UpdaterFixture::update());
+        f.runLoop.advance(1h + 1min);
+        f.driver.choice(Answer::Install);
+        QCOMPARE(f.downloads.requests.size(), 1);
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.downloads.requests.size(), 1);
     }
 
     void switchingDownloadsOffCancelsASilentDownload()
@@ -340,15 +462,14 @@ private Q_SLOTS:
         QVERIFY(!f.downloads.requests.constLast().isOpen());
     }
 
-    void aSilentUpdateIsNotInstalledAfterDownloadsWereSwitchedOff()
+    void switchingDownloadsOffCancelsASilentInstallation()
     {
         UpdaterFixture f(true, true);
         f.start();
         findAutomatically(f, UpdaterFixture::update());
         f.deliver();
-        f.installer.finish();
         f.updater->setAutomaticallyDownloadsUpdates(false);
-        f.updater->installAtQuit();
+        f.installer.finish();
         QCOMPARE(f.installer.log.size(), 1);
     }
 
@@ -375,13 +496,13 @@ private Q_SLOTS:
         QCOMPARE(f.driver.takeLog(), QStringList{u"relaunch 1.1?"_s});
     }
 
-    void theResultWarnsAfterThirtyDaysWithoutSuccess()
+    void theResultWarnsAfterTwoWeeksWithoutSuccess()
     {
         UpdaterFixture f(false);
         f.start().checkForUpdates();
         f.answer({});
         QVERIFY(!f.driver.lastInformation.contains("Aucune vérification"_L1));
-        f.runLoop.advance(24h * 29);
+        f.runLoop.advance(24h * 13);
         f.updater->checkForUpdates();
         f.http.answer(std::nullopt);
         QVERIFY(!f.driver.lastInformation.contains(u"Aucune vérification"_s));
@@ -391,20 +512,55 @@ private Q_SLOTS:
         QVERIFY(f.driver.lastInformation.endsWith(u"Aucune vérification n'a réussi depuis le 14.11.2023."_s));
     }
 
-    void aReplayedFeedIsNoSuccess()
+    void aFeedThatIsFrozenForTwoWeeksIsReportedOnce()
     {
-        UpdaterFixture f(false);
+        UpdaterFixture f;
+        f.start();
+        const QByteArray old = UpdaterFixture::expiry("Mon, 20 Nov 2023 10:00:00 +0000");
+        QStringList said;
+        for (int day = 0; day < 32; ++day) {
+            f.runLoop.advance(24h);
+            while (!f.http.requests.isEmpty())
+                f.answer(old);
+            const QStringList log = f.driver.takeLog();
+            said += log.isEmpty() ? QStringList() : QStringList(QString::number(day) + u' ' + log.join(u'|'));
+        }
+        QCOMPARE(said, (QStringList{u"19 Mises à jour quietly"_s}));
+        QCOMPARE(f.driver.lastInformation, u"Aucune vérification n'a réussi depuis le 19.11.2023."_s);
+    }
+
+    void anOlderFeedThanSeenIsRefused()
+    {
+        UpdaterFixture f(true, true);
+        const auto serial = [](int number) {
+            return "<o:serial xmlns:o='urn:orvanebreak:feed'>" + QByteArray::number(number) + "</o:serial>";
+        };
         f.start().checkForUpdates();
-        f.answer("<lastBuildDate>Mon, 13 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        f.answer(serial(8));
         const QJsonValue success = f.store.value(u"SULastSuccessTime"_s);
         QVERIFY(success.isString());
         f.runLoop.advance(1h);
-        f.updater->checkForUpdates();
-        f.answer("<lastBuildDate>Sun, 12 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        // A restart does not forget what was seen.
+        f.start().checkForUpdates();
+        f.driver.takeLog();
+        f.answer(serial(7) + UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"Liste des versions refusée"_s);
         QCOMPARE(f.store.value(u"SULastSuccessTime"_s), success);
         f.updater->checkForUpdates();
-        f.answer("<lastBuildDate>Mon, 13 Nov 2023 10:00:00 +0000</lastBuildDate>");
+        f.answer(serial(8) + UpdaterFixture::update());
         QVERIFY(f.store.value(u"SULastSuccessTime"_s) != success);
+        QCOMPARE(f.driver.takeLog().last(), u"offer 1.1"_s);
+    }
+
+    void aForgedFeedIsRefused()
+    {
+        UpdaterFixture f;
+        f.readFeed = [](const QByteArray &, const Ed25519::PublicKey &, QObject &,
+                        const FeedThread::Completion &completion) { completion(FeedProblem::NotGenuine); };
+        f.start().checkForUpdates();
+        f.answer(UpdaterFixture::update());
+        QCOMPARE(f.driver.takeLog().last(), u"Liste des versions refusée"_s);
+        QVERIFY(f.store.value(u"SULastSuccessTime"_s).isUndefined());
     }
 };
 

@@ -70,8 +70,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<UpdateInstaller::Ability>("ability");
         QTest::addColumn<QString>("ending");
-        QTest::newRow("package manager")
-            << UpdateInstaller::Ability::Others << u"par un autre programme, qui doit le mettre à jour."_s;
+        QTest::newRow("package manager") << UpdateInstaller::Ability::PackageManager
+                                         << u"par un autre programme, qui doit le mettre à jour."_s;
+        QTest::newRow("unpacked") << UpdateInstaller::Ability::Unpacked
+                                  << u"lance son fichier « install »."_s;
         QTest::newRow("not writable") << UpdateInstaller::Ability::NotAllowed
                                       << u"ne peut pas écrire dans son dossier : installe-la à la main."_s;
     }
@@ -128,7 +130,6 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         Fixture::press(u"updateReady"_s, u"Installer et relancer"_s);
         QCOMPARE(f.relaunches, 1);
-        f.delegate.applicationWillTerminate();
         QCOMPARE(f.installer.log.last(), u"activate 1.1"_s);
     }
 
@@ -172,9 +173,34 @@ private Q_SLOTS:
         QVERIFY(Fixture::dialog(u"updateOffer"_s));
     }
 
+    void aCriticalVersionCannotBeSkipped()
+    {
+        Fixture f;
+        f.find<QPushButton>(u"updatesButton"_s)->click();
+        f.answer("<s:criticalUpdate/>");
+        QStringList titles;
+        for (const QPushButton *button : Fixture::dialog(u"updateOffer"_s)->findChildren<QPushButton *>())
+            titles += button->text();
+        QVERIFY2(titles.contains(u"Installer"_s) && !titles.contains(u"Ignorer cette version"_s),
+                 qPrintable(titles.join(u'|')));
+    }
+
+    void permissionIsAskedForInFrontAfterABreak()
+    {
+        Fixture f({{u"SUHasLaunchedBefore"_s, true}});
+        f.engine.breakNow();
+        f.runLoop.advance(4s);
+        QVERIFY(!Fixture::dialog(u"updatePermission"_s));
+        f.runLoop.advance(30s);
+        QCoreApplication::processEvents();
+        QVERIFY(Fixture::dialog(u"updatePermission"_s)->isModal());
+        QCOMPARE(f.presence.log.last(), u"front updatePermission"_s);
+    }
+
     void permissionIsAskedForAtTheSecondStart()
     {
         Fixture f({{u"SUHasLaunchedBefore"_s, true}});
+        f.runLoop.advance(4s);
         QVERIFY(Fixture::dialog(u"updatePermission"_s));
         Fixture::press(u"updatePermission"_s, u"Rechercher automatiquement"_s);
         QVERIFY(f.updaterController.updater().automaticallyChecksForUpdates());
@@ -184,6 +210,7 @@ private Q_SLOTS:
     void closingTheQuestionMeansNo()
     {
         Fixture f({{u"SUHasLaunchedBefore"_s, true}});
+        f.runLoop.advance(4s);
         Fixture::dialog(u"updatePermission"_s)->close();
         QCOMPARE(f.updaterSettings.boolean(u"SUEnableAutomaticChecks"_s), false);
     }

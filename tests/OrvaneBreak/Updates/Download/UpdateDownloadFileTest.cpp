@@ -34,6 +34,23 @@ private Q_SLOTS:
         QVERIFY(f.isFinishedWith(archive));
     }
 
+    static void twoSessionsDoNotWriteToOneFile()
+    {
+        Fixture f;
+        f.start();
+        f.downloads.begin(0);
+        f.downloads.send("0123");
+        UpdateDownload other(f.downloads, f.runLoop, f.folder);
+        bool isFinished = false;
+        other.start({QUrl(u"https://example.org/archive"_s), archive.size(), u"1.3"_s}, {},
+                    [&](const std::optional<QByteArray> &bytes) { isFinished = !bytes; });
+        QTRY_VERIFY(isFinished);
+        QCOMPARE(f.requests(), 1);
+        f.downloads.send("456789");
+        f.downloads.end(Downloads::End::Complete);
+        QVERIFY(f.isFinishedWith(archive));
+    }
+
     static void thePartialFileOfAnotherDownloadIsRemoved()
     {
         const UpdateDownload::Request same{QUrl(u"https://example.org/archive"_s), archive.size(), u"1.3"_s};

@@ -33,6 +33,9 @@ private Q_SLOTS:
         f.downloads.end(End::Complete);
         QVERIFY(f.isFinishedWith(archive));
         QCOMPARE(f.progress, (std::vector<qint64>{4, 10}));
+        // A process that is killed while it installs the archive need not download it again.
+        QCOMPARE(ScratchFolder::bytesOf(f.partialFile()), archive);
+        f.download.discard();
         QVERIFY(f.names().isEmpty());
     }
 
@@ -202,8 +205,7 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QCOMPARE(f.completions, 0);
         f.start();
-        QCOMPARE(f.offset(), 0);
-        f.downloads.answer(archive, End::Complete);
+        QCOMPARE(f.requests(), 2);
         QVERIFY(f.isFinishedWith(archive));
     }
 

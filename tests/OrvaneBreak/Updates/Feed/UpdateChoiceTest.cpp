@@ -24,13 +24,13 @@ AppcastItem offered(const QString &version)
 
 UpdateCircumstances defaults()
 {
-    return {UpdateVersion(u"1.2"_s), u"linux"_s, u"x86_64"_s, UpdateVersion(u"6.1"_s), now, {}, false};
+    return {UpdateVersion(u"1.2"_s), u"linux"_s, u"x86_64"_s, UpdateVersion(u"6.1"_s), now, {}, 0, false};
 }
 
 /// The chosen version, or the reason why there is none.
 QString outcome(const std::vector<AppcastItem> &items, const UpdateCircumstances &circumstances = defaults())
 {
-    const auto choice = chooseUpdate({items, {}}, circumstances);
+    const auto choice = chooseUpdate({items, {}, 1, {}}, circumstances);
     if (const auto *item = std::get_if<AppcastItem>(&choice))
         return item->version.text();
     switch (std::get<NoUpdate>(choice)) {
@@ -46,6 +46,8 @@ QString outcome(const std::vector<AppcastItem> &items, const UpdateCircumstances
         return u"system too old"_s;
     case NoUpdate::Skipped:
         return u"skipped"_s;
+    case NoUpdate::Unusable:
+        return u"unusable"_s;
     }
     return {};
 }
@@ -129,8 +131,53 @@ private Q_SLOTS:
         QCOMPARE(outcome({item}, unknown), u"system too old"_s);
         item.minimumSystemVersion = UpdateVersion();
         QCOMPARE(outcome({item}, unknown), u"1.4"_s);
-        item.needsUnknownSystem = true;
-        QCOMPARE(outcome({item}), u"system too old"_s);
+    }
+
+    static void maximumSystemVersion()
+    {
+        AppcastItem item = offered(u"1.4"_s);
+        item.maximumSystemVersion = UpdateVersion(u"6.1"_s);
+        QCOMPARE(outcome({item}), u"1.4"_s);
+        item.maximumSystemVersion = UpdateVersion(u"6.0"_s);
+        QCOMPARE(outcome({item}), u"other system"_s);
+        UpdateCircumstances unknown = defaults();
+        unknown.systemVersion = UpdateVersion();
+        QCOMPARE(outcome({item}, unknown), u"other system"_s);
+    }
+
+    static void anUnknownConditionIsNotMet()
+    {
+        AppcastItem item = offered(u"1.4"_s);
+        item.isRestricted = true;
+        QCOMPARE(outcome({item}), u"other system"_s);
+        QCOMPARE(outcome({item, offered(u"1.3"_s)}), u"1.3"_s);
+    }
+
+    static void groupsOfUsersFollowOneAnother()
+    {
+        AppcastItem item = offered(u"1.4"_s);
+        item.date = now.addDays(-2);
+        item.rolloutInterval = std::chrono::hours(24);
+        UpdateCircumstances circumstances = defaults();
+        circumstances.rolloutGroup = 2;
+        QCOMPARE(outcome({item}, circumstances), u"1.4"_s);
+        circumstances.rolloutGroup = 3;
+        QCOMPARE(outcome({item}, circumstances), u"skipped"_s);
+        circumstances.isAskedByUser = true;
+        QCOMPARE(outcome({item}, circumstances), u"1.4"_s);
+        circumstances.isAskedByUser = false;
+        item.isCritical = true;
+        QCOMPARE(outcome({item}, circumstances), u"1.4"_s);
+    }
+
+    static void aNewerVersionThatIsUnusable()
+    {
+        const auto reason = [](const QString &version) {
+            return std::get<NoUpdate>(
+                chooseUpdate({{offered(u"1.2"_s)}, UpdateVersion(version), 1, {}}, defaults()));
+        };
+        QCOMPARE(reason(u"1.3"_s), NoUpdate::Unusable);
+        QCOMPARE(reason(u"1.2"_s), NoUpdate::UpToDate);
     }
 
     static void nothingFromTheFuture()

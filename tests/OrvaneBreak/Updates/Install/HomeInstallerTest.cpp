@@ -85,8 +85,8 @@ private Q_SLOTS:
         const auto ability = [](NoInstallation reason) {
             return HomeInstaller(reason, {}, UpdateVersion(u"1.2"_s), &open).ability();
         };
-        QCOMPARE(ability(NoInstallation::PackageManager), UpdateInstaller::Ability::Others);
-        QCOMPARE(ability(NoInstallation::BuildTree), UpdateInstaller::Ability::Others);
+        QCOMPARE(ability(NoInstallation::PackageManager), UpdateInstaller::Ability::PackageManager);
+        QCOMPARE(ability(NoInstallation::BuildTree), UpdateInstaller::Ability::Unpacked);
         QCOMPARE(ability(NoInstallation::NotWritable), UpdateInstaller::Ability::NotAllowed);
         QCOMPARE(Fixture().installer->ability(), UpdateInstaller::Ability::Itself);
     }
@@ -99,9 +99,12 @@ private Q_SLOTS:
         QVERIFY(f.installation.isComplete("1.3"));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
         QVERIFY(!f.installer->isOnTrial());
+        QVERIFY(f.installer->isInstalled(UpdateVersion(u"1.3"_s)));
+        QVERIFY(!f.installer->isInstalled(UpdateVersion(u"1.4"_s)));
 
         QVERIFY(f.installer->activate(UpdateVersion(u"1.3"_s)));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.3"_s);
+        QCOMPARE(f.installer->nextVersion().text(), u"1.3"_s);
 
         HomeInstaller next(f.installation.seenBy("1.3"), {}, UpdateVersion(u"1.3"_s), &open);
         QVERIFY(next.isOnTrial());
@@ -113,9 +116,54 @@ private Q_SLOTS:
     static void activatingAMissingVersion()
     {
         const Fixture f;
-        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: no other whole version: 1.3");
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: no newer whole version: 1.3");
         QVERIFY(!f.installer->activate(UpdateVersion(u"1.3"_s)));
         QCOMPARE(f.installation.seenBy("1.2").current().text(), u"1.2"_s);
+    }
+
+    static void aLaterKeyOfTheMakers()
+    {
+        Fixture f;
+        const Signer later;
+        const QByteArray archive = ArchiveMaker::packedUpdate("1.3");
+        AppcastItem item = f.announced(archive, "1.3");
+        item.signature = QByteArray::fromBase64(later.sign(archive), urlEncoding);
+        QVERIFY(f.prepare(archive, item));
+        QVERIFY(f.failedWith(UpdateFailure::NotGenuine));
+        item.laterKeys = {Ed25519::publicKey(later.publicKeyBase64()).value()};
+        QVERIFY(f.prepare(archive, item));
+        QVERIFY(f.prepared("1.3"));
+    }
+
+    static void anArchiveWithoutPrograms()
+    {
+        Fixture f;
+        std::vector<ArchiveMaker::Entry> entries = ArchiveMaker::update("1.3");
+        std::erase_if(entries, [](const auto &entry) { return entry.path.ends_with("orvanebreak-program"); });
+        const QByteArray archive = ArchiveMaker::packed(entries);
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: the archive contains no programs");
+        QVERIFY(f.prepare(archive, f.announced(archive, "1.3")));
+        QVERIFY(f.failedWith(UpdateFailure::Damaged));
+        QCOMPARE(f.installation.versions(), QStringList{u"1.2"_s});
+    }
+
+    static void theLogSaysWhatIsWrongWithAnArchive()
+    {
+        Fixture f;
+        QTest::ignoreMessage(QtInfoMsg, "OrvaneBreak: mise à jour: damaged archive: ");
+        QVERIFY(f.prepare("no archive", f.announced("no archive", "1.3")));
+        QVERIFY(f.failedWith(UpdateFailure::Damaged));
+    }
+
+    static void aVersionThatFailedItsTrial()
+    {
+        Fixture f;
+        QVERIFY(f.prepare("1.3"));
+        ScratchFolder::writeTo(f.installation.root() / "failed", "1.3\n2\n");
+        QCOMPARE(f.installer->failedVersion().text(), u"1.3"_s);
+        f.installer->forgetFailure();
+        QVERIFY(!f.installer->failedVersion().isValid());
+        QVERIFY(!f.installer->isInstalled(UpdateVersion(u"1.3"_s)));
     }
 
     static void aForeignSignature()

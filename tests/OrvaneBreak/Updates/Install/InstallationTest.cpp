@@ -56,7 +56,7 @@ private Q_SLOTS:
             QCOMPARE(std::get<Installation>(found).running().text(), u"1.2"_s);
             QCOMPARE(std::get<Installation>(found).current().text(), u"1.2"_s);
             QVERIFY(!std::get<Installation>(found).previous().isValid());
-            QVERIFY(!std::get<Installation>(found).isOnTrial());
+            QVERIFY(!std::get<Installation>(found).trial().version.isValid());
         }
     }
 
@@ -107,14 +107,14 @@ private Q_SLOTS:
         const Installation seen = f.seenBy("1.3");
         QCOMPARE(seen.current().text(), u"1.3"_s);
         QCOMPARE(seen.previous().text(), u"1.2"_s);
-        QVERIFY(seen.isOnTrial());
-        QCOMPARE(ScratchFolder::bytesOf(f.root() / "trial"), "1.3\n");
+        QVERIFY(seen.trial().version.isValid());
+        QCOMPARE(ScratchFolder::bytesOf(f.root() / "trial"), "1.3\n0\n");
         QCOMPARE(std::filesystem::read_symlink(f.root() / "current"), "versions/1.3");
         QVERIFY(std::filesystem::equivalent(seen.launcher(), f.root() / "versions/1.3/bin/orvanebreak"));
         QVERIFY(f.isComplete("1.2") && f.isComplete("1.3"));
 
         confirm(f, "1.3");
-        QVERIFY(!seen.isOnTrial());
+        QVERIFY(!seen.trial().version.isValid());
         QCOMPARE(f.names(), (QStringList{u".lock"_s, u"current"_s, u"previous"_s, u"versions"_s}));
         QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s}));
     }
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QVERIFY(f.isComplete("1.2"));
         // A running program of the old version does not end the trial.
         confirm(f, "1.3");
-        QVERIFY(f.seenBy("1.4").isOnTrial());
+        QVERIFY(f.seenBy("1.4").trial().version.isValid());
         QCOMPARE(f.versions(), (QStringList{u"1.2"_s, u"1.3"_s, u"1.4"_s, u"of mine"_s}));
         confirm(f, "1.4");
         QCOMPARE(f.versions(), (QStringList{u"1.3"_s, u"1.4"_s, u"of mine"_s}));
@@ -145,11 +145,11 @@ private Q_SLOTS:
         std::filesystem::remove(f.root() / "trial");
         const Installation seen = f.seenBy("1.2");
         QCOMPARE(seen.current().text(), u"1.2"_s);
-        QVERIFY(!seen.isOnTrial());
+        QVERIFY(!seen.trial().version.isValid());
         confirm(f, "1.2");
         QCOMPARE(f.versions(), QStringList{u"1.2"_s});
         update(f, "1.2", "1.3");
-        QVERIFY(f.seenBy("1.3").isOnTrial());
+        QVERIFY(f.seenBy("1.3").trial().version.isValid());
     }
 
     static void invalidVersionsAreRefused()
@@ -165,10 +165,72 @@ private Q_SLOTS:
         std::filesystem::remove(folder / "bin/orvanebreak-program");
         QVERIFY(change->stage(folder, version("1.3")).has_value());
         QVERIFY(change->activate(version("1.3")).has_value());
-        QVERIFY(change->activate(version("1.2")).has_value());
+        QVERIFY(change->activate(version("1.1")).has_value());
+        QCOMPARE(change->activate(version("1.2")), std::nullopt);
         QVERIFY(change->activate(UpdateVersion()).has_value());
         QCOMPARE(f.seenBy("1.2").current().text(), u"1.2"_s);
         QVERIFY(!f.names().contains(u"trial"_s) && f.isComplete("1.2"));
+    }
+
+    static void neverFromNewerToOlder()
+    {
+        const InstallationFixture f;
+        f.put("1.3");
+        f.put("1.4");
+        // What installing 1.4 by hand does while 1.2 runs.
+        std::filesystem::remove(f.root() / "current");
+        std::filesystem::create_directory_symlink("versions/1.4", f.root() / "current");
+        auto change = InstallationChange::begin(f.seenBy("1.2"));
+        QVERIFY(change);
+        QVERIFY(change->activate(version("1.3")).has_value());
+        QVERIFY(change->stage(unpacked(*change, "1.3"), version("1.3")).has_value());
+        QCOMPARE(f.seenBy("1.2").current().text(), u"1.4"_s);
+        QVERIFY(!f.names().contains(u"trial"_s));
+    }
+
+    static void aSecondUpdateBeforeTheFirstOneStarted()
+    {
+        const InstallationFixture f;
+        update(f, "1.2", "1.3");
+        update(f, "1.2", "1.4");
+        QCOMPARE(f.seenBy("1.2").current().text(), u"1.4"_s);
+        // Version 1.3 has never run, so it is nothing to go back to.
+        QCOMPARE(f.seenBy("1.2").previous().text(), u"1.2"_s);
+    }
+
+    static void aStartThatSaysNothingIsTakenBack()
+    {
+        const InstallationFixture f;
+        update(f, "1.2", "1.3");
+        const auto startsAfter = [&f](const char *trial) {
+            ScratchFolder::writeTo(f.root() / "trial", trial);
+            auto change = InstallationChange::begin(f.seenBy("1.3"));
+            return change && !change->takeBackStart() ? f.seenBy("1.3").trial().starts : -1;
+        };
+        QCOMPARE(startsAfter("1.3\n2\n"), 1);
+        QCOMPARE(startsAfter("1.3\n1\n"), 0);
+        QCOMPARE(startsAfter("1.3\n0\n"), 0);
+        QCOMPARE(startsAfter("1.3\n"), 0);
+        confirm(f, "1.3");
+        auto change = InstallationChange::begin(f.seenBy("1.3"));
+        QCOMPARE(change->takeBackStart(), std::nullopt);
+        QVERIFY(!f.names().contains(u"trial"_s));
+    }
+
+    static void aFailureIsForgottenWithItsVersion()
+    {
+        const InstallationFixture f;
+        update(f, "1.2", "1.3");
+        // What the launcher does after two starts.
+        std::filesystem::rename(f.root() / "previous", f.root() / "current");
+        std::filesystem::rename(f.root() / "trial", f.root() / "failed");
+        QCOMPARE(f.seenBy("1.2").failed().text(), u"1.3"_s);
+        auto change = InstallationChange::begin(f.seenBy("1.2"));
+        QVERIFY(change);
+        QCOMPARE(change->forgetFailure(), std::nullopt);
+        QVERIFY(!f.seenBy("1.2").failed().isValid());
+        QCOMPARE(f.versions(), QStringList{u"1.2"_s});
+        QCOMPARE(change->forgetFailure(), std::nullopt);
     }
 
     static void theRunningVersionIsNotReplaced()
@@ -194,10 +256,10 @@ private Q_SLOTS:
     {
         const InstallationFixture f;
         std::filesystem::create_directories(f.root() / "versions/.staging-1/OrvaneBreak-1.3/bin");
-        ScratchFolder::writeTo(f.root() / ".new-trial", "1.3\n");
-        ScratchFolder::writeTo(f.root() / "trial", "1.3\n");
+        ScratchFolder::writeTo(f.root() / ".new-trial", "1.3\n0\n");
+        ScratchFolder::writeTo(f.root() / "trial", "1.3\n0\n");
         std::filesystem::create_directory_symlink("versions/1.3", f.root() / ".new-current");
-        QVERIFY(!f.seenBy("1.2").isOnTrial());
+        QVERIFY(!f.seenBy("1.2").trial().version.isValid());
         confirm(f, "1.2");
         QCOMPARE(f.names(), (QStringList{u".lock"_s, u"current"_s, u"versions"_s}));
         QCOMPARE(f.versions(), QStringList{u"1.2"_s});

@@ -44,7 +44,7 @@ void checkInstallation(const InstallationFixture &f)
     if (current == "1.3"_L1)
         QCOMPARE(seen.previous().text(), u"1.2"_s);
     else
-        QVERIFY(!seen.isOnTrial());
+        QVERIFY(!seen.trial().version.isValid());
     QVERIFY(f.versions().contains(u"1.2"_s) && f.versions().contains(current));
     for (const QString &name : f.versions())
         QVERIFY(name.startsWith(u'.') || f.isComplete(name.toStdString()));
@@ -54,7 +54,7 @@ void checkInstallation(const InstallationFixture &f)
 void checkTrial(const InstallationFixture &f)
 {
     const Installation seen = f.seenBy("1.3");
-    QCOMPARE(seen.isOnTrial(), seen.current().text() == "1.3"_L1);
+    QCOMPARE(seen.trial().version.isValid(), seen.current().text() == "1.3"_L1);
 }
 
 /// Checks that uninterrupted attempts complete the update and leave nothing behind.
@@ -147,7 +147,9 @@ private Q_SLOTS:
                 QCOMPARE(installUpdate(f, m_archive), 0);
             },
             confirmUpdate,
-            [&](const InstallationFixture &f) { trials += f.seenBy("1.3").isOnTrial() ? 1 : 0; });
+            [&](const InstallationFixture &f) {
+                trials += f.seenBy("1.3").trial().version.isValid() ? 1 : 0;
+            });
         QVERIFY(trials > 0 && trials < calls);
     }
 
@@ -173,7 +175,7 @@ private Q_SLOTS:
             [this](const InstallationFixture &f) { return installUpdate(f, m_archive); },
             [removesLeftovers](const InstallationFixture &f, int status) {
                 const bool isSwitched = f.seenBy("1.2").current().text() == "1.3"_L1;
-                QVERIFY(!isSwitched || f.seenBy("1.3").isOnTrial());
+                QVERIFY(!isSwitched || f.seenBy("1.3").trial().version.isValid());
                 QCOMPARE(isSwitched, status == 0 || status == SystemCalls::killedStatus);
                 QVERIFY(isSwitched || !removesLeftovers || !f.names().contains(u"trial"_s));
                 // An unpacked folder is removed at once, a staged one by the next attempt.
@@ -200,7 +202,7 @@ private Q_SLOTS:
             },
             confirmUpdate,
             [](const InstallationFixture &f, int status) {
-                QVERIFY(status != 0 || !f.seenBy("1.3").isOnTrial());
+                QVERIFY(status != 0 || !f.seenBy("1.3").trial().version.isValid());
             });
     }
 };
