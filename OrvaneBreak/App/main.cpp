@@ -13,6 +13,7 @@
 #include "DescriptorReserve.h"
 #include "Diagnostics.h"
 #include "DisplayProbe.h"
+#include "FrenchToolkit.h"
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
@@ -33,10 +34,12 @@
 #include "SessionLock.h"
 #include "SharedInstance.h"
 #include "SleepAwareUserIdle.h"
+#include "StartupNotification.h"
 #include "Symbols.h"
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
 #include "UpdaterParts.h"
+#include "UserFolders.h"
 #include "UserIdleFactory.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
@@ -44,6 +47,7 @@
 #include "X11LockWindow.h"
 
 #include <QApplication>
+#include <QByteArray>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -83,8 +87,11 @@ void releaseFreedMemory()
 std::unique_ptr<LoginItem> makeLoginItem()
 {
     const QString applicationId = QStringLiteral(ORVANE_APP_ID);
-    if (!PortalLoginItem::isNeeded())
-        return std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+    if (!PortalLoginItem::isNeeded()) {
+        auto entry = std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+        entry->renew();
+        return entry;
+    }
     auto item = std::make_unique<PortalLoginItem>(PortalLoginItem::standardParameters(applicationId));
     item->requestBackground();
     return item;
@@ -99,10 +106,27 @@ void limitPaintThreads()
     QThreadPool::globalInstance()->setMaxThreadCount(1);
 }
 
+QtMessageHandler toolkitMessageHandler;
+
+/// Handles the toolkit's messages while it starts. Without a platform plugin it would abort, and leave a core
+/// dump.
+void endWithoutToolkit(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type != QtFatalMsg) {
+        toolkitMessageHandler(type, context, message);
+        return;
+    }
+    std::fprintf(stderr,
+                 CommandLine::isFrench() ? "orvanebreak : Qt ne démarre pas avec QT_QPA_PLATFORM « %s »\n"
+                                         : "orvanebreak: Qt cannot start with QT_QPA_PLATFORM \"%s\"\n",
+                 qgetenv("QT_QPA_PLATFORM").constData());
+    std::_Exit(EXIT_FAILURE);
+}
+
 /// Runs the application until it quits and returns its exit status; sets `launcher` to the file that restarts
 /// it.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
-                   std::filesystem::path &launcher)
+                   const QByteArray &startupId, std::filesystem::path &launcher)
 {
     const Bundle bundle = Bundle::main();
     const std::filesystem::path preferencesFile = JsonPreferences::defaultFile();
@@ -154,6 +178,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
                           installCrashReporter});
 
     service.onActivate = [&delegate] { delegate.showMainWindow(); };
+    service.onLaunch = [&delegate] { delegate.showLaunchedWindow(); };
+    service.onStartupId = endStartupNotification;
     service.onBreakNow = [&delegate] { delegate.breakNowPressed(); };
     const UnixSignals signalHandling([&delegate] { delegate.terminate(); });
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
@@ -161,7 +187,9 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(AppDelegate::deferredWorkDelay, &application, [] {
+    QTimer::singleShot(AppDelegate::deferredWorkDelay, &application, [startupId] {
+        // Qt does so for the first window, if one is shown.
+        endStartupNotification(startupId);
         QApplication::setWindowIcon(Symbols::applicationIcon());
         BreakOverlayController::warmUp();
         releaseFreedMemory();
@@ -188,6 +216,7 @@ int main(int argc, char **argv)
     const CommandLine commandLine = CommandLine::parse(argc, argv);
     if (commandLine.exitStatus)
         return *commandLine.exitStatus;
+    UserFolders::provideHome();
     if (installMessageFilter())
         dropWaylandMessages();
     if (commandLine.isDiagnostics) {
@@ -200,34 +229,45 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     preventSessionBusLaunch();
+    // Read before the toolkit removes it from the environment.
+    const QByteArray startupId = qgetenv("DESKTOP_STARTUP_ID");
 
     limitPaintThreads();
     // Keeps Qt from loading the desktop's theme plugin, which would load another toolkit.
     QApplication::setDesktopSettingsAware(false);
     // Set before the application is created, which would otherwise load the desktop's style first.
     QApplication::setStyle(new HouseStyle);
+    toolkitMessageHandler = qInstallMessageHandler(endWithoutToolkit);
     QApplication application(argc, argv);
+    qInstallMessageHandler(toolkitMessageHandler);
     platformEnvironment.reset();
+    FrenchToolkit french;
+    QApplication::installTranslator(&french);
     QApplication::setApplicationName(u"OrvaneBreak"_s);
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Symbols::applicationIcon(largestIconAtStart(application)));
 
     ApplicationService service(QStringLiteral(ORVANE_APP_ID));
-    switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {
+    // An action that the running instance does not know brings no window to the front.
+    const QString actionWhenRestored = commandLine.isRestored ? u"restore"_s : QString();
+    switch (service.start(commandLine.isBreakNow ? u"break-now"_s : actionWhenRestored)) {
     case ApplicationService::Start::First: {
         std::filesystem::path launcher;
-        const int status = runApplication(application, service, commandLine, launcher);
+        const int status = runApplication(application, service, commandLine, startupId, launcher);
         if (status != UpdaterParts::relaunchStatus)
             return status;
         relaunch(service, launcher);
         return EXIT_FAILURE;
     }
     case ApplicationService::Start::Second:
+        endStartupNotification(startupId);
         return EXIT_SUCCESS;
     case ApplicationService::Start::Failed:
         break;
     }
-    std::fprintf(stderr, "orvanebreak: another instance is running and does not answer\n");
+    std::fputs(CommandLine::isFrench() ? "orvanebreak : une autre instance tourne et ne répond pas\n"
+                                       : "orvanebreak: another instance is running and does not answer\n",
+               stderr);
     return EXIT_FAILURE;
 }
