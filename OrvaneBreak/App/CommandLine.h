@@ -11,7 +11,11 @@ struct CommandLine
     /// application object nor a display.
     [[nodiscard]] static CommandLine parse(int argc, char **argv);
 
+    /// Whether to write to the user of a terminal in French; otherwise in English.
+    [[nodiscard]] static bool isFrench();
+
     std::optional<int> exitStatus; ///< If set, the process exits with it at once.
     bool isBreakNow = false;       ///< Start a break at once, in the running instance if there is one.
     bool isDiagnostics = false;    ///< Print the diagnostics and do nothing else.
+    bool isRestored = false; ///< Started by a session manager with a saved session, which shows nothing.
 };

@@ -13,6 +13,7 @@
 #include "DescriptorReserve.h"
 #include "DesktopUserIdle.h"
 #include "Diagnostics.h"
+#include "FrenchToolkit.h"
 #include "HouseStyle.h"
 #include "JsonPreferences.h"
 #include "LauncherCount.h"
@@ -33,16 +34,19 @@
 #include "SessionLock.h"
 #include "SharedInstance.h"
 #include "SleepAwareUserIdle.h"
+#include "StartupNotification.h"
 #include "Symbols.h"
 #include "TimerfdRunLoop.h"
 #include "UnixSignals.h"
 #include "UpdaterParts.h"
+#include "UserFolders.h"
 #include "WaylandDisplay.h"
 #include "WindowPresence.h"
 #include "X11Connection.h"
 #include "X11LockWindow.h"
 
 #include <QApplication>
+#include <QByteArray>
 #include <QThreadPool>
 #include <QTimer>
 
@@ -87,8 +91,11 @@ void releaseFreedMemory()
 std::unique_ptr<LoginItem> makeLoginItem()
 {
     const QString applicationId = QStringLiteral(ORVANE_APP_ID);
-    if (!PortalLoginItem::isNeeded())
-        return std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+    if (!PortalLoginItem::isNeeded()) {
+        auto entry = std::make_unique<AutostartEntry>(AutostartEntry::standardParameters(applicationId));
+        entry->renew();
+        return entry;
+    }
     auto item = std::make_unique<PortalLoginItem>(PortalLoginItem::standardParameters(applicationId));
     item->requestBackground();
     return item;
@@ -103,10 +110,28 @@ void limitPaintThreads()
     QThreadPool::globalInstance()->setMaxThreadCount(1);
 }
 
+QtMessageHandler toolkitMessageHandler;
+
+/// Handles the toolkit's messages while it starts. Without a platform plugin it would abort, and leave a core
+/// dump.
+void endWithoutToolkit(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type != QtFatalMsg) {
+        toolkitMessageHandler(type, context, message);
+        return;
+    }
+    UpdaterParts::takeBackStart();
+    std::fprintf(stderr,
+                 CommandLine::isFrench() ? "orvanebreak : Qt ne démarre pas avec QT_QPA_PLATFORM « %s »\n"
+                                         : "orvanebreak: Qt cannot start with QT_QPA_PLATFORM \"%s\"\n",
+                 qgetenv("QT_QPA_PLATFORM").constData());
+    std::_Exit(EXIT_FAILURE);
+}
+
 /// Runs the application until it quits and returns its exit status; sets `launcher` to the file that restarts
 /// it.
 int runApplication(QApplication &application, ApplicationService &service, const CommandLine &commandLine,
-                   std::filesystem::path &launcher)
+                   const QByteArray &startupId, std::filesystem::path &launcher)
 {
     const Bundle bundle = Bundle::main();
     const std::filesystem::path preferencesFile = JsonPreferences::defaultFile();
@@ -158,6 +183,8 @@ int runApplication(QApplication &application, ApplicationService &service, const
                           installCrashReporter});
 
     service.onActivate = [&delegate] { delegate.showMainWindow(); };
+    service.onLaunch = [&delegate] { delegate.showLaunchedWindow(); };
+    service.onStartupId = endStartupNotification;
     service.onBreakNow = [&delegate] { delegate.breakNowPressed(); };
     const UnixSignals signalHandling([&delegate] { delegate.terminate(); });
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
@@ -165,7 +192,9 @@ int runApplication(QApplication &application, ApplicationService &service, const
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
     if (commandLine.isBreakNow)
         QTimer::singleShot(0, &delegate, &AppDelegate::breakNowPressed);
-    QTimer::singleShot(AppDelegate::deferredWorkDelay, &application, [] {
+    QTimer::singleShot(AppDelegate::deferredWorkDelay, &application, [startupId] {
+        // Qt does so for the first window, if one is shown.
+        endStartupNotification(startupId);
         QApplication::setWindowIcon(Symbols::applicationIcon());
         BreakOverlayController::warmUp();
         releaseFreedMemory();
@@ -192,6 +221,7 @@ int main(int argc, char **argv)
     const CommandLine commandLine = CommandLine::parse(argc, argv);
     if (commandLine.exitStatus)
         return *commandLine.exitStatus;
+    UserFolders::provideHome();
     if (installMessageFilter())
         dropWaylandMessages();
     if (commandLine.isDiagnostics) {
@@ -206,24 +236,32 @@ int main(int argc, char **argv)
     }
     std::optional<PlatformEnvironment> platformEnvironment(choosePlatform(display));
     preventSessionBusLaunch();
+    // Read before the toolkit removes it from the environment.
+    const QByteArray startupId = qgetenv("DESKTOP_STARTUP_ID");
 
     limitPaintThreads();
     // Keeps Qt from loading the desktop's theme plugin, which would load another toolkit.
     QApplication::setDesktopSettingsAware(false);
     // Set before the application is created, which would otherwise load the desktop's style first.
     QApplication::setStyle(new HouseStyle);
+    toolkitMessageHandler = qInstallMessageHandler(endWithoutToolkit);
     QApplication application(argc, argv);
+    qInstallMessageHandler(toolkitMessageHandler);
     platformEnvironment.reset();
+    FrenchToolkit french;
+    QApplication::installTranslator(&french);
     QApplication::setApplicationName(u"OrvaneBreak"_s);
     QApplication::setDesktopFileName(QStringLiteral(ORVANE_APP_ID));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Symbols::applicationIcon(largestIconAtStart(application)));
 
     ApplicationService service(QStringLiteral(ORVANE_APP_ID));
-    switch (service.start(commandLine.isBreakNow ? u"break-now"_s : QString())) {
+    // An action that the running instance does not know brings no window to the front.
+    const QString actionWhenRestored = commandLine.isRestored ? u"restore"_s : QString();
+    switch (service.start(commandLine.isBreakNow ? u"break-now"_s : actionWhenRestored)) {
     case ApplicationService::Start::First: {
         std::filesystem::path launcher;
-        const int status = runApplication(application, service, commandLine, launcher);
+        const int status = runApplication(application, service, commandLine, startupId, launcher);
         if (status != UpdaterParts::relaunchStatus)
             return status;
         relaunch(service, launcher);
@@ -231,11 +269,14 @@ int main(int argc, char **argv)
     }
     case ApplicationService::Start::Second:
         UpdaterParts::takeBackStart();
+        endStartupNotification(startupId);
         return EXIT_SUCCESS;
     case ApplicationService::Start::Failed:
         UpdaterParts::takeBackStart();
         break;
     }
-    std::fprintf(stderr, "orvanebreak: another instance is running and does not answer\n");
+    std::fputs(CommandLine::isFrench() ? "orvanebreak : une autre instance tourne et ne répond pas\n"
+                                       : "orvanebreak: another instance is running and does not answer\n",
+               stderr);
     return EXIT_FAILURE;
 }

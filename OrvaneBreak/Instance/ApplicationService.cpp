@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -22,11 +23,8 @@ QVariantMap platformDataOfThisStart()
 {
     QVariantMap data;
     const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
-    const QString startupId = qEnvironmentVariable("DESKTOP_STARTUP_ID");
     if (!token.isEmpty())
         data.insert(u"activation-token"_s, token);
-    if (!startupId.isEmpty())
-        data.insert(u"desktop-startup-id"_s, startupId);
     return data;
 }
 
@@ -35,14 +33,14 @@ bool isControl(char byte)
     return (byte >= 0 && byte < ' ') || byte == '\x7f';
 }
 
-/// Puts the token into the environment, from where Qt takes it for the next activation of a window. Any
-/// process on the bus may send one, and an overlong variable would keep this process from starting others.
-void rememberToken(const QVariantMap &platformData)
+/// The text `key`; empty if it is not one that launchers make. Any process on the bus may send one, and an
+/// overlong environment variable would keep this process from starting others.
+QByteArray tokenIn(const QVariantMap &platformData, const QString &key)
 {
-    const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();
-    if (!token.isEmpty() && token.size() <= maxTokenLength &&
-        std::none_of(token.begin(), token.end(), isControl))
-        qputenv("XDG_ACTIVATION_TOKEN", token);
+    QByteArray token = platformData.value(key).toString().toUtf8();
+    if (token.size() > maxTokenLength || std::any_of(token.begin(), token.end(), isControl))
+        token.clear();
+    return token;
 }
 
 } // namespace
@@ -59,6 +57,9 @@ ApplicationService::Start ApplicationService::start(const QString &action)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return Start::First;
+    m_isLaunchToCome = qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS");
+    for (const char *variable : {"DBUS_STARTER_ADDRESS", "DBUS_STARTER_BUS_TYPE"})
+        qunsetenv(variable);
     // The object is registered first, because other processes call it as soon as the name is taken.
     bus.registerObject(m_objectPath, this, QDBusConnection::ExportAdaptors);
     const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
@@ -89,16 +90,28 @@ ApplicationService::Start ApplicationService::handOver(const QString &action) co
     return answer.type() == QDBusMessage::ReplyMessage ? Start::Second : Start::Failed;
 }
 
-void ApplicationService::activate(const QVariantMap &platformData) const
+void ApplicationService::takePlatformData(const QVariantMap &platformData) const
 {
-    rememberToken(platformData);
-    if (onActivate)
-        onActivate();
+    // Qt takes the token from the environment for the next activation of a window.
+    const QByteArray token = tokenIn(platformData, u"activation-token"_s);
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token);
+    const QByteArray startupId = tokenIn(platformData, u"desktop-startup-id"_s);
+    if (!startupId.isEmpty() && onStartupId)
+        onStartupId(startupId);
 }
 
-void ApplicationService::activateAction(const QString &name, const QVariantMap &platformData) const
+void ApplicationService::activate(const QVariantMap &platformData)
 {
-    rememberToken(platformData);
+    takePlatformData(platformData);
+    if (const auto &listener = std::exchange(m_isLaunchToCome, false) ? onLaunch : onActivate)
+        listener();
+}
+
+void ApplicationService::activateAction(const QString &name, const QVariantMap &platformData)
+{
+    takePlatformData(platformData);
+    m_isLaunchToCome = false;
     if (name == "break-now"_L1 && onBreakNow)
         onBreakNow();
 }

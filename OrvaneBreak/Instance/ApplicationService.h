@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QDBusAbstractAdaptor>
 #include <QObject>
 #include <QStringList>
@@ -33,22 +34,31 @@ public:
     /// nothing without a bus.
     void release() const;
 
-    /// Called in the first process when a second start, the launcher or the tray activates the application.
+    /// Called in the first process when a second start or a launcher activates the application.
     std::function<void()> onActivate;
+
+    /// Called instead for the activation with which the bus has started this process.
+    std::function<void()> onLaunch;
+
+    /// Called with the identifier of each start that a launcher announces as under way.
+    std::function<void(const QByteArray &id)> onStartupId;
 
     /// Called for the desktop entry's action "break-now".
     std::function<void()> onBreakNow;
 
-    /// The methods that are called over the bus. `platformData` may contain an activation token, which is
-    /// ignored if it contains control characters or is longer than 1,024 bytes.
-    void activate(const QVariantMap &platformData) const;
-    void activateAction(const QString &name, const QVariantMap &platformData) const;
+    /// The methods that are called over the bus. `platformData` may contain an activation token and the
+    /// identifier of a start, which are ignored if they contain control characters or are longer than 1,024
+    /// bytes.
+    void activate(const QVariantMap &platformData);
+    void activateAction(const QString &name, const QVariantMap &platformData);
 
 private:
     [[nodiscard]] Start handOver(const QString &action) const;
+    void takePlatformData(const QVariantMap &platformData) const;
 
     QString m_applicationId;
     QString m_objectPath;
+    bool m_isLaunchToCome = false; ///< Whether the bus has started this process and not activated it yet.
 };
 
 /// The D-Bus adaptor of `ApplicationService`.

@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QStandardPaths>
 
 #include <algorithm>
 #include <utility>
@@ -60,6 +61,30 @@ QString quoted(const QString &argument)
     return u'"' + result + u'"';
 }
 
+/// The program in the value of an Exec key, whose first argument may be quoted; the inverse of `quoted()`.
+QString programIn(QString command)
+{
+    static const QRegularExpression escaped(uR"(\\(.))"_s);
+    static const QRegularExpression firstArgument(uR"re(^"((?:[^"\\]|\\.)*)"|^([^\s"]+))re"_s);
+    const QRegularExpressionMatch match = firstArgument.match(command.replace(uR"(\\)"_s, uR"(\)"_s));
+    QString program = match.captured(1).replace(escaped, uR"(\1)"_s) + match.captured(2);
+    return program.replace(u"%%"_s, u"%"_s);
+}
+
+bool isProgram(const QString &name)
+{
+    const QString path = QStandardPaths::findExecutable(name);
+    // Some tools switch an entry off by letting it start the program that does nothing.
+    return !path.isEmpty() && QFileInfo(path).fileName() != "false"_L1;
+}
+
+/// Whether what an entry with these keys starts exists.
+bool startsAProgram(const QHash<QString, QString> &keys)
+{
+    return isProgram(programIn(keys.value(u"Exec"_s))) &&
+           (!keys.contains(u"TryExec"_s) || isProgram(keys.value(u"TryExec"_s)));
+}
+
 /// The launcher script beside the program of a released archive; otherwise the program itself.
 QString launcherOf(const QString &executable)
 {
@@ -104,6 +129,20 @@ QString AutostartEntry::stableExecutable(const QString &executable)
 bool AutostartEntry::isEnabled() const
 {
     const QHash<QString, QString> keys = entryKeys(m_parameters.file);
+    return isSwitchedOn(keys) && (!m_parameters.isLocal || startsAProgram(keys));
+}
+
+void AutostartEntry::renew()
+{
+    const QHash<QString, QString> keys = entryKeys(m_parameters.file);
+    const QString program = programIn(keys.value(u"Exec"_s));
+    const bool isOurs = QFileInfo(program).fileName() == QFileInfo(m_parameters.executable).fileName();
+    if (isOurs && isSwitchedOn(keys) && !startsAProgram(keys))
+        static_cast<void>(setEnabled(true));
+}
+
+bool AutostartEntry::isSwitchedOn(const QHash<QString, QString> &keys) const
+{
     const bool isApplication = keys.value(u"Type"_s) == "Application"_L1 && !keys.value(u"Exec"_s).isEmpty();
     const bool isSwitchedOff =
         keys.value(u"Hidden"_s) == "true"_L1 || keys.value(u"X-GNOME-Autostart-enabled"_s) == "false"_L1;

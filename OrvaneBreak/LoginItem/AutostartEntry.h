@@ -3,6 +3,7 @@
 
 #include "LoginItem.h"
 
+#include <QHash>
 #include <QStringList>
 
 /// The login item as an XDG autostart entry in the user's own autostart folder.
@@ -15,6 +16,7 @@ public:
         QString file;         ///< `<autostart folder>/<application id>.desktop`
         QString executable;   ///< Absolute path, see `stableExecutable()`.
         QStringList desktops; ///< The names in XDG_CURRENT_DESKTOP.
+        bool isLocal = true;  ///< Whether this process sees the programs that the entry may name.
     };
 
     explicit AutostartEntry(Parameters parameters);
@@ -28,14 +30,19 @@ public:
     /// it is the launcher `orvanebreak` beside it, if there is one.
     [[nodiscard]] static QString stableExecutable(const QString &executable);
 
-    /// True if the entry exists and is not hidden, disabled or limited to other desktops.
+    /// True if the entry exists, is not hidden, disabled or limited to other desktops, and starts a program
+    /// that exists.
     [[nodiscard]] bool isEnabled() const override;
+
+    /// Writes the entry again if it is switched on and names a copy of the program that is gone.
+    void renew();
 
     /// Writes the entry, replacing an earlier one, or removes it.
     [[nodiscard]] bool setEnabled(bool enabled) override;
 
 private:
     [[nodiscard]] QString content() const;
+    [[nodiscard]] bool isSwitchedOn(const QHash<QString, QString> &keys) const;
 
     Parameters m_parameters;
 };

@@ -38,6 +38,7 @@ AutostartEntry::Parameters PortalLoginItem::standardParameters(const QString &ap
     AutostartEntry::Parameters parameters = AutostartEntry::standardParameters(applicationId);
     const QString configured = qEnvironmentVariable("HOST_XDG_CONFIG_HOME");
     const QString folder = QDir::isAbsolutePath(configured) ? configured : QDir::homePath() + u"/.config"_s;
+    parameters.isLocal = false;
     parameters.file = folder + u"/autostart/"_s + applicationId + u".desktop"_s;
     return parameters;
 }

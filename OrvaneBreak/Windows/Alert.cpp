@@ -32,10 +32,11 @@ QLabel *makeIcon()
 }
 
 /// The whole text, or a part of it with a scroll bar if it is long.
-QScrollArea *makeInformation(const QString &text)
+QScrollArea *makeInformation(const QString &message, const QString &text)
 {
     auto *body = new TextView(text, Alert::contentWidth - scrollBarWidth, labelColor());
     body->setObjectName(u"alertInformation"_s);
+    body->setAccessibleName(message);
     body->setFocusPolicy(Qt::NoFocus);
     auto *scroll = new QScrollArea;
     scroll->setFrameShape(QFrame::NoFrame);
@@ -58,14 +59,14 @@ Alert::Alert(const QString &name, const QString &message, const QString &informa
 {
     setObjectName(name);
     setWindowTitle(u"OrvaneBreak"_s);
-    setAccessibleDescription(message);
+    setAccessibleDescription(message + u'\n' + information);
 
     AppearanceLabel *title = makeLabel(message, 15, QFont::DemiBold, labelColor());
     title->setObjectName(u"alertMessage"_s);
     title->setAlignment(Qt::AlignLeft);
     m_column->setSpacing(8);
     m_column->addWidget(title);
-    m_column->addWidget(makeInformation(information));
+    m_column->addWidget(makeInformation(message, information));
 
     connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -2,6 +2,7 @@
 #include "AlertQueue.h"
 
 #include "BreakEngine.h"
+#include "EarlyKeys.h"
 #include "WindowPresence.h"
 
 #include <QApplication>
@@ -44,7 +45,7 @@ void AlertQueue::proceed()
 bool AlertQueue::hasFront() const
 {
     return std::any_of(m_open.begin(), m_open.end(),
-                       [](const Entry &entry) { return entry.attention == Attention::Front; });
+                       [](const Entry &entry) { return entry.attention != Attention::Quiet; });
 }
 
 void AlertQueue::open(Entry entry)
@@ -54,9 +55,19 @@ void AlertQueue::open(Entry entry)
     connect(&dialog, &QDialog::finished, this, [this, &dialog](int result) { finish(&dialog, result); });
     m_open.push_back(std::move(entry));
     m_presence.adopt(dialog);
-    if (attention == Attention::Front) {
+    if (onOpen)
+        onOpen(dialog);
+    if (attention == Attention::Unasked)
+        new EarlyKeys(dialog);
+    if (attention != Attention::Quiet)
         dialog.setWindowModality(Qt::ApplicationModal);
+    if (attention == Attention::Front || (attention == Attention::Unasked && QApplication::activeWindow())) {
         m_presence.bringToFront(dialog);
+    } else if (attention == Attention::Unasked) {
+        dialog.setAttribute(Qt::WA_ShowWithoutActivating);
+        dialog.show();
+        dialog.raise();
+        QApplication::alert(&dialog);
     } else {
         dialog.setAttribute(Qt::WA_ShowWithoutActivating);
         // The user has not asked for this dialog, so it does not keep the program running after the windows
@@ -78,5 +89,12 @@ void AlertQueue::finish(const QDialog *dialog, int result)
         entry.finished(result);
     // The dialog is still emitting its signal.
     entry.dialog.release()->deleteLater();
-    QMetaObject::invokeMethod(this, &AlertQueue::proceed, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            proceed();
+            if (onIdle && !isBusy())
+                onIdle();
+        },
+        Qt::QueuedConnection);
 }

@@ -24,8 +24,9 @@ public:
     /// How a dialog is shown.
     enum class Attention
     {
-        Front, ///< Modal, in front of all windows, with the focus.
-        Quiet  ///< Not modal, without the focus; closing the last window still ends the application.
+        Front,   ///< Modal, in front of all windows, with the focus.
+        Unasked, ///< The same, except that it leaves the focus to other programs and ignores early keys.
+        Quiet    ///< Not modal, without the focus; closing the last window still ends the application.
     };
 
     /// `engine` and `presence` outlive this object.
@@ -41,6 +42,12 @@ public:
 
     /// Shows the next dialog if it need not wait any longer. To be called when a break has ended.
     void proceed();
+
+    /// Called after the last dialog that is not quiet was closed.
+    std::function<void()> onIdle;
+
+    /// Called with each dialog before it is shown.
+    std::function<void(QDialog &dialog)> onOpen;
 
     /// Whether a dialog that is not quiet is open, or any is waiting.
     [[nodiscard]] bool isBusy() const { return hasFront() || !m_waiting.empty(); }

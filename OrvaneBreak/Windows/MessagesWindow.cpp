@@ -131,7 +131,6 @@ MessagesWindow::MessagesWindow()
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
     setFixedSize(windowSize);
-    addAction({}, Qt::CTRL | Qt::Key_W, this, &QWidget::close);
 }
 
 void MessagesWindow::display(const QList<ArchivedMessage> &history)

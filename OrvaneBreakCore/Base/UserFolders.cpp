@@ -4,6 +4,9 @@
 #include <QDir>
 #include <QFile>
 
+#include <pwd.h>
+#include <unistd.h>
+
 namespace {
 
 std::filesystem::path folder(const char *variable, const char *belowHome)
@@ -15,6 +18,13 @@ std::filesystem::path folder(const char *variable, const char *belowHome)
 }
 
 } // namespace
+
+void UserFolders::provideHome()
+{
+    const passwd *user = qEnvironmentVariableIsEmpty("HOME") ? getpwuid(getuid()) : nullptr;
+    if (user)
+        qputenv("HOME", user->pw_dir);
+}
 
 std::filesystem::path UserFolders::configuration()
 {

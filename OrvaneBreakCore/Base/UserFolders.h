@@ -6,6 +6,10 @@
 /// The folders for a user's files. Nothing is created. Any thread.
 struct UserFolders
 {
+    /// Sets HOME to the folder in the user database where the environment has none. Before threads are
+    /// started.
+    static void provideHome();
+
     /// $XDG_CONFIG_HOME, or ~/.config when that is not an absolute path.
     [[nodiscard]] static std::filesystem::path configuration();
 

@@ -52,9 +52,12 @@ NotifierTrayItem::NotifierTrayItem()
     if (!bus.isConnected())
         return;
     auto *serviceWatcher =
-        new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForRegistration, this);
+        new QDBusServiceWatcher(watcherService, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(serviceWatcher, &QDBusServiceWatcher::serviceRegistered, this, &NotifierTrayItem::lookForHost);
+    connect(serviceWatcher, &QDBusServiceWatcher::serviceUnregistered, this, &NotifierTrayItem::hostLost);
     bus.connect(watcherService, watcherPath, watcherService, u"StatusNotifierHostRegistered"_s, this,
+                SLOT(lookForHost()));
+    bus.connect(watcherService, watcherPath, watcherService, u"StatusNotifierHostUnregistered"_s, this,
                 SLOT(lookForHost()));
     // The bus library sends this signal to its own process. Qt does not connect to the session bus again.
     bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
@@ -91,15 +94,30 @@ void NotifierTrayItem::lookForHost()
                                   m_embeddingTimer.start();
                               else if (BusQuestion::valueOf(reply).toBool())
                                   showIcon();
+                              else
+                                  setHosted(false);
                           });
+}
+
+void NotifierTrayItem::hostLost()
+{
+    setHosted(false);
+}
+
+void NotifierTrayItem::setHosted(bool isHosted)
+{
+    if (isHosted == m_isHosted)
+        return;
+    m_isHosted = isHosted;
+    if (const auto &listener = isHosted ? onHosted : onLost)
+        listener();
 }
 
 void NotifierTrayItem::busLost()
 {
     m_object.reset();
     m_trayIcon.reset();
-    if (onLost)
-        onLost();
+    setHosted(false);
 }
 
 void NotifierTrayItem::lookForEmbeddingTray()
@@ -117,8 +135,10 @@ void NotifierTrayItem::showIcon()
     // Qt decides when the first icon is created, and for the life of the process, which kind of tray there
     // is, so no icon is created before a tray is running. From then on Qt registers the icon with every new
     // host.
-    if (m_trayIcon)
+    if (m_trayIcon) {
+        setHosted(true);
         return;
+    }
     m_trayIcon = std::make_unique<QSystemTrayIcon>(m_icon);
     m_trayIcon->setContextMenu(m_menu.shownMenu());
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
@@ -128,6 +148,7 @@ void NotifierTrayItem::showIcon()
             });
     m_trayIcon->show();
     m_object = NotifierObject::replaceOfQt(m_icon, [this](QPoint place) { openMenu(place); });
+    setHosted(true);
 }
 
 void NotifierTrayItem::openMenu(QPoint place)

@@ -23,17 +23,19 @@ class NotifierTrayItem final : public QObject, public TrayItem
 public:
     NotifierTrayItem();
 
-    [[nodiscard]] bool isHosted() const override { return m_trayIcon != nullptr; }
+    [[nodiscard]] bool isHosted() const override { return m_isHosted; }
     void setSymbol(const QString &symbol, const std::optional<QColor> &tint) override;
     void setMenu(std::unique_ptr<QMenu> menu) override;
 
 private Q_SLOTS:
     void lookForHost();
+    void hostLost();
     void busLost();
 
 private:
     void lookForEmbeddingTray();
     void showIcon();
+    void setHosted(bool isHosted);
     void openMenu(QPoint place);
 
     QString m_symbol;
@@ -41,6 +43,7 @@ private:
     QIcon m_icon;
     MenuMirror m_menu;
     QTimer m_embeddingTimer;
+    bool m_isHosted = false;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     std::unique_ptr<QObject> m_object;
     std::unique_ptr<QMenu> m_openMenu;

@@ -7,7 +7,9 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -19,8 +21,12 @@ const QString path = u"/org/freedesktop/portal/desktop"_s;
 const QString settingsInterface = u"org.freedesktop.portal.Settings"_s;
 const QString appearanceNameSpace = u"org.freedesktop.appearance"_s;
 const QString colorScheme = u"color-scheme"_s;
+const QString contrast = u"contrast"_s;
+constexpr unsigned higherContrast = 1;
+constexpr double smallestFont = 6;
+constexpr double largestFont = 32;
 
-constexpr std::chrono::milliseconds schemeAnswerTimeout(250);
+constexpr std::chrono::milliseconds answerTimeout(250);
 
 PortalAppearance::Scheme schemeOf(const QVariant &value)
 {
@@ -34,50 +40,75 @@ PortalAppearance::Scheme schemeOf(const QVariant &value)
     }
 }
 
-/// What the portal on `bus` says, waiting for a quarter of a second at most.
-PortalAppearance::Scheme askedFor(const QDBusConnection &bus)
+/// What the portal on `bus` says; nothing if it does not know the setting or does not answer in time.
+QVariant setting(const QDBusConnection &bus, const QString &nameSpace, const QString &key)
 {
     QDBusMessage question = QDBusMessage::createMethodCall(service, path, settingsInterface, u"Read"_s);
-    question << appearanceNameSpace << colorScheme;
-    return schemeOf(BusQuestion::valueOf(BusQuestion::ask(bus, question, schemeAnswerTimeout)));
+    question << nameSpace << key;
+    return BusQuestion::valueOf(BusQuestion::ask(bus, question, answerTimeout));
+}
+
+/// The application's font with the family and the size in points of "Cantarell 11" or "Noto Sans,10,-1,5,50",
+/// the forms of GNOME and KDE.
+QFont fontIn(const QString &text)
+{
+    static const QRegularExpression form(uR"(^\s*([^,]+?)[\s,]+(\d+(?:\.\d+)?)\s*(?:,|$))"_s);
+    const QRegularExpressionMatch match = form.match(text);
+    QFont font = QApplication::font();
+    if (match.hasMatch()) {
+        font.setFamily(match.captured(1));
+        font.setPointSizeF(std::clamp(match.captured(2).toDouble(), smallestFont, largestFont));
+    }
+    return font;
 }
 
 } // namespace
 
 PortalAppearance::PortalAppearance(QDBusConnection bus)
 {
-    if (!bus.isConnected()) {
-        apply(Scheme::NoPreference);
-        return;
+    const QVariant scheme = bus.isConnected() ? setting(bus, appearanceNameSpace, colorScheme) : QVariant();
+    if (bus.isConnected()) {
+        // connect() looks up the types of the slot by name and fails silently for an unregistered one.
+        qRegisterMetaType<QDBusVariant>();
+        bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
+                    SLOT(settingChanged(QString, QString, QDBusVariant)));
     }
-    // connect() looks up the types of the slot by name and fails silently for an unregistered one.
-    qRegisterMetaType<QDBusVariant>();
-    bus.connect(service, path, settingsInterface, u"SettingChanged"_s, this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
-    apply(askedFor(bus));
+    // A portal that does not answer is asked once only.
+    if (scheme.isValid()) {
+        m_scheme = schemeOf(scheme);
+        m_isHighContrast = setting(bus, appearanceNameSpace, contrast).toUInt() == higherContrast;
+        QVariant font = setting(bus, u"org.gnome.desktop.interface"_s, u"font-name"_s);
+        if (!font.isValid())
+            font = setting(bus, u"org.kde.kdeglobals.General"_s, u"font"_s);
+        QApplication::setFont(fontIn(font.toString()));
+    }
+    apply();
 }
 
-void PortalAppearance::apply(Scheme scheme)
+void PortalAppearance::apply() const
 {
-    switch (scheme) {
-    case Scheme::Dark:
-        QApplication::setPalette(darkPalette());
-        break;
-    case Scheme::Light:
-        QApplication::setPalette(lightPalette());
-        break;
-    case Scheme::NoPreference:
-        QApplication::setPalette(QPalette());
-        // A dark palette of the desktop is kept.
-        if (!isDarkAppearance(QApplication::palette()))
-            QApplication::setPalette(lightPalette());
-        break;
+    QPalette palette;
+    if (m_scheme == Scheme::NoPreference) {
+        QApplication::setPalette(palette);
+        palette = QApplication::palette();
     }
+    // Without a preference a dark palette of the desktop is kept.
+    if (m_scheme == Scheme::Dark)
+        palette = darkPalette();
+    else if (m_scheme == Scheme::Light || !isDarkAppearance(palette))
+        palette = lightPalette();
+    QApplication::setPalette(m_isHighContrast ? inHighContrast(palette) : palette);
 }
 
 void PortalAppearance::settingChanged(const QString &nameSpace, const QString &key, const QDBusVariant &value)
 {
-    // Another namespace has a key of the same name with a text as its value.
-    if (nameSpace == appearanceNameSpace && key == colorScheme)
-        apply(schemeOf(BusQuestion::unwrapped(value.variant())));
+    // Other namespaces have keys of the same names with values of other types.
+    if (nameSpace != appearanceNameSpace || (key != colorScheme && key != contrast))
+        return;
+    const QVariant changed = BusQuestion::unwrapped(value.variant());
+    if (key == colorScheme)
+        m_scheme = schemeOf(changed);
+    else
+        m_isHighContrast = changed.toUInt() == higherContrast;
+    apply();
 }

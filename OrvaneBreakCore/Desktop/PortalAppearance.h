@@ -5,9 +5,10 @@
 #include <QDBusVariant>
 #include <QObject>
 
-/// Sets the application's palette to the light or dark one that the desktop's settings portal asks for, now
-/// and at every change. Without a portal or a preference, keeps the desktop's palette if that is dark and
-/// otherwise sets the light one.
+/// Sets the application's palette to the light or dark one that the desktop's settings portal asks for, in
+/// high contrast if it asks for that, now and at every change. Without a portal or a preference, keeps the
+/// desktop's palette if that is dark and otherwise sets the light one. Sets the application's font to the
+/// portal's, once.
 class PortalAppearance final : public QObject
 {
     Q_OBJECT
@@ -21,13 +22,16 @@ public:
         Light = 2
     };
 
-    /// Queries the portal on `bus` and waits at most a quarter of a second, so that the first window has the
-    /// right colours from the start. A bus that is not connected has no portal.
+    /// Queries the portal on `bus` and waits at most a quarter of a second for its first answer, so that the
+    /// first window has the right colours from the start. A bus that is not connected has no portal.
     explicit PortalAppearance(QDBusConnection bus = QDBusConnection::sessionBus());
-
-    /// Sets the application's palette for `scheme`.
-    static void apply(Scheme scheme);
 
 private Q_SLOTS:
     void settingChanged(const QString &nameSpace, const QString &key, const QDBusVariant &value);
+
+private:
+    void apply() const;
+
+    Scheme m_scheme = Scheme::NoPreference;
+    bool m_isHighContrast = false;
 };

@@ -16,10 +16,8 @@ void StatusItemController::enable(std::unique_ptr<QMenu> menu)
 {
     if (!m_statusItem) {
         m_statusItem = m_makeTrayItem();
-        m_statusItem->onLost = [this] {
-            if (onLost)
-                onLost();
-        };
+        m_statusItem->onHosted = onHosted;
+        m_statusItem->onLost = onLost;
     }
     m_statusItem->setMenu(std::move(menu));
     refreshIcon();

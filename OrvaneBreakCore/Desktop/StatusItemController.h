@@ -30,7 +30,8 @@ public:
     /// Chooses the variant of the icon. Remembered while hidden.
     void setActive(bool active);
 
-    /// Called when an icon that was shown is lost for good, because no tray can be reached any more.
+    /// Called when a tray shows the icon, and when no tray does any more.
+    std::function<void()> onHosted;
     std::function<void()> onLost;
 
 private:

@@ -19,7 +19,7 @@ public:
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;
 
-    /// Whether a tray has shown the icon, which has not been lost since.
+    /// Whether a tray shows the icon, as far as its host tells.
     [[nodiscard]] virtual bool isHosted() const = 0;
 
     /// Shows the symbol named `symbol` in `tint`; without a tint, in a colour that suits any panel. An
@@ -30,6 +30,10 @@ public:
     /// object name, by which entries are matched from one menu to the next.
     virtual void setMenu(std::unique_ptr<QMenu> menu) = 0;
 
-    /// Called from the event loop when the connection to the tray is lost for good.
+    /// Called from the event loop whenever `isHosted()` becomes true.
+    std::function<void()> onHosted;
+
+    /// Called from the event loop when no tray shows the icon any more. It returns with the next tray, except
+    /// after the loss of the session bus.
     std::function<void()> onLost;
 };

@@ -49,13 +49,6 @@ bool hasDisplay(const QString &platform, const DisplayFacts &facts)
     return !platform.startsWith("wayland"_L1) || facts.compositor != CompositorAnswer::Absent;
 }
 
-[[noreturn]] void endWithOneLine()
-{
-    std::fprintf(stderr, "orvanebreak: Qt cannot use the platform \"%s\" (QT_QPA_PLATFORM)\n",
-                 qgetenv(platformVariable).constData());
-    std::_Exit(EXIT_FAILURE);
-}
-
 } // namespace
 
 PlatformChoice choosePlatform(const DisplayFacts &facts)
@@ -130,15 +123,7 @@ std::optional<QString> missingDisplay(const DisplayFacts &facts)
 PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)
     : m_isSet(!choice.platform.isEmpty())
     , m_isSharedMemoryFree(!qEnvironmentVariableIsSet(noSharedMemoryVariable))
-    , m_previousHandler(qInstallMessageHandler(nullptr))
 {
-    static QtMessageHandler previous = nullptr;
-    previous = m_previousHandler;
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &message) {
-        if (type == QtFatalMsg)
-            endWithOneLine();
-        previous(type, context, message);
-    });
     if (m_isSet)
         qputenv(platformVariable, choice.platform);
     if (m_isSharedMemoryFree)
@@ -149,7 +134,6 @@ PlatformEnvironment::PlatformEnvironment(const PlatformChoice &choice)
 
 PlatformEnvironment::~PlatformEnvironment()
 {
-    qInstallMessageHandler(m_previousHandler);
     if (m_isSet)
         qunsetenv(platformVariable);
     if (m_isSharedMemoryFree)

@@ -55,11 +55,10 @@ struct PlatformChoice
 [[nodiscard]] std::optional<QString> missingDisplay(const DisplayFacts &facts);
 
 /// Sets the chosen platform in this process's environment while the application object is created, and unsets
-/// it when destroyed, so that programs started from here make their own choice. In between, a fatal message
-/// of the toolkit, such as one about an unknown platform, ends the process with one line instead of a core
-/// dump. Also makes Qt send pictures to the X server instead of sharing memory with it: the pictures of a
-/// break are small, and Qt would wait before each until the server has read the last one. Permanently lets the
-/// toolkit create Wayland surfaces without a role, which the layer surfaces need.
+/// it when destroyed, so that programs started from here make their own choice. Also makes Qt send pictures to
+/// the X server instead of sharing memory with it: the pictures of a break are small, and Qt would wait before
+/// each until the server has read the last one. Permanently lets the toolkit create Wayland surfaces without a
+/// role, which the layer surfaces need.
 class PlatformEnvironment
 {
 public:
@@ -71,5 +70,4 @@ public:
 private:
     bool m_isSet;
     bool m_isSharedMemoryFree; ///< The user has not decided about it.
-    QtMessageHandler m_previousHandler;
 };

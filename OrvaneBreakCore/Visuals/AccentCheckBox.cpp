@@ -68,12 +68,12 @@ void AccentCheckBox::paintIndicator(QPainter &painter) const
     const QRectF square = indicator();
     const bool isHot = isDown() || underMouse();
     if (!isChecked()) {
-        painter.setPen(QPen(shade(palette(), isHot ? 0.8F : 0.55F), 1));
+        painter.setPen(QPen(outline(palette(), isHot ? 0.8F : 0.55F), 1));
         painter.setBrush(shade(palette(), isDown() ? 0.15F : 0.04F));
         painter.drawRoundedRect(square, boxCornerRadius, boxCornerRadius);
         return;
     }
-    const QColor fill = AppearanceColor(QColor(0x0d, 0x80, 0x76), breakTealFixed).resolved(palette());
+    const QColor fill = accentColor().resolved(palette());
     painter.setPen(Qt::NoPen);
     painter.setBrush(isDown() ? fill.darker(115) : fill);
     painter.drawRoundedRect(square.adjusted(-0.5, -0.5, 0.5, 0.5), boxCornerRadius, boxCornerRadius);

@@ -15,7 +15,7 @@ void Card::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(shade(palette(), 0.08F), 1));
+    painter.setPen(QPen(outline(palette(), 0.08F), 1));
     painter.setBrush(shade(palette(), 0.05F));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cardCornerRadius,
                             cardCornerRadius);

@@ -41,7 +41,7 @@ void paintBezel(QPainter &painter, const QStyleOption &option, const QWidget *wi
     const bool isDefault = isDefaultButton(option);
     const bool isDark = isDarkAppearance(option.palette);
     const QColor plain = isDark ? shade(option.palette, 0.1F) : QColor(Qt::white);
-    painter.setPen(isDefault ? QPen(Qt::NoPen) : QPen(shade(option.palette, 0.22F), 1));
+    painter.setPen(isDefault ? QPen(Qt::NoPen) : QPen(outline(option.palette, 0.22F), 1));
     painter.setBrush(isDefault ? breakTealFixed : plain);
     painter.drawRoundedRect(isDefault ? area.adjusted(-0.5, -0.5, 0.5, 0.5) : area, controlCornerRadius,
                             controlCornerRadius);
@@ -62,7 +62,7 @@ void paintTextField(QPainter &painter, const QStyleOption &option)
     painter.setBrush(option.palette.base());
     // Text fields show the focus to users of the pointer as well.
     painter.setPen(hasFocus ? QPen(breakTeal().resolved(option.palette), 2)
-                            : QPen(shade(option.palette, 0.25F), 1));
+                            : QPen(outline(option.palette, 0.25F), 1));
     const qreal inset = painter.pen().widthF() / 2;
     painter.drawRoundedRect(QRectF(option.rect).adjusted(inset, inset, -inset, -inset), controlCornerRadius,
                             controlCornerRadius);
@@ -104,7 +104,7 @@ QPalette lightPalette()
 {
     QPalette palette(QColor(0xe9, 0xeb, 0xed), QColor(0xf4, 0xf5, 0xf6));
     palette.setColor(QPalette::Base, Qt::white);
-    palette.setColor(QPalette::Highlight, QColor(0x0d, 0x80, 0x76));
+    palette.setColor(QPalette::Highlight, accentColor().light);
     palette.setColor(QPalette::HighlightedText, Qt::white);
     palette.setColor(QPalette::Link, QColor(0x0d, 0x94, 0x88));
     palette.setColor(QPalette::PlaceholderText, QColor(0x6b, 0x6f, 0x75));
@@ -126,6 +126,20 @@ QPalette darkPalette()
         palette.setColor(QPalette::Disabled, role, QColor(0x80, 0x84, 0x8a));
     }
     palette.setColor(QPalette::PlaceholderText, QColor(0x9a, 0x9e, 0xa4));
+    return palette;
+}
+
+QPalette inHighContrast(QPalette palette)
+{
+    const bool isDark = isDarkAppearance(palette);
+    const QColor surface = isDark ? Qt::black : Qt::white;
+    const QColor ink = isDark ? Qt::white : Qt::black;
+    for (const QPalette::ColorRole role :
+         {QPalette::Window, QPalette::Base, QPalette::AlternateBase, QPalette::Button, QPalette::ToolTipBase})
+        palette.setColor(role, surface);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                                           QPalette::ToolTipText, QPalette::PlaceholderText})
+        palette.setColor(role, ink);
     return palette;
 }
 
@@ -200,6 +214,15 @@ void HouseStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
     paintChevron(*painter, subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, widget), option->palette);
 }
 
+int HouseStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                          QStyleHintReturn *returned) const
+{
+    // The list of a pop-up looks like a menu, with a tick at the current entry.
+    if (hint == SH_ComboBox_Popup)
+        return 1;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
+}
+
 int HouseStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
 {
     if (metric == PM_DefaultFrameWidth && qobject_cast<const QPlainTextEdit *>(widget))
@@ -225,6 +248,8 @@ QSize HouseStyle::sizeFromContents(ContentsType type, const QStyleOption *option
                                    const QWidget *widget) const
 {
     const QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+    if (type == CT_ComboBox)
+        return result + QSize(textPadding, 0);
     return type == CT_PushButton ? result.expandedTo({0, buttonHeight}) : result;
 }
 

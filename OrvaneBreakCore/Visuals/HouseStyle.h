@@ -9,6 +9,9 @@
 [[nodiscard]] QPalette lightPalette();
 [[nodiscard]] QPalette darkPalette();
 
+/// `palette` in black and white.
+[[nodiscard]] QPalette inHighContrast(QPalette palette);
+
 /// Draws Qt's standard controls to match those of this folder on every desktop: flat, with the same round
 /// corners, focus ring and hover effect. Needs Qt's Fusion style and no plugin.
 class HouseStyle final : public QProxyStyle
@@ -24,6 +27,8 @@ public:
                      const QWidget *widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
                             const QWidget *widget) const override;
+    [[nodiscard]] int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                                QStyleHintReturn *returned) const override;
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption *option,
                                   const QWidget *widget) const override;
     [[nodiscard]] QRect subControlRect(ComplexControl control, const QStyleOptionComplex *option,

@@ -2,8 +2,8 @@
 #include "Palette.h"
 
 #include <QEvent>
-#include <QFontDatabase>
 #include <QFontMetricsF>
+#include <QGuiApplication>
 #include <QPainter>
 
 #include <algorithm>
@@ -18,9 +18,19 @@ AppearanceColor gray(float lightAlpha, float darkAlpha)
 
 } // namespace
 
-const QColor &AppearanceColor::resolved(const QPalette &palette) const
+QColor AppearanceColor::resolved(const QPalette &palette) const
 {
-    return isDarkAppearance(palette) ? dark : light;
+    QColor color = isDarkAppearance(palette) ? dark : light;
+    if (isHighContrast(palette))
+        color.setAlphaF(1);
+    return color;
+}
+
+bool isHighContrast(const QPalette &palette)
+{
+    // The panel of a break, which has other colours, is a translucent black.
+    const QRgb window = palette.color(QPalette::Window).rgba();
+    return window == qRgb(0, 0, 0) || window == qRgb(255, 255, 255);
 }
 
 bool isDarkAppearance(const QPalette &palette)
@@ -31,6 +41,11 @@ bool isDarkAppearance(const QPalette &palette)
 AppearanceColor breakTeal()
 {
     return {QColor::fromRgbF(0.051F, 0.58F, 0.533F), QColor::fromRgbF(0.176F, 0.831F, 0.749F)};
+}
+
+AppearanceColor accentColor()
+{
+    return {QColor(0x0b, 0x75, 0x6c), breakTealFixed};
 }
 
 AppearanceColor orvaneMauve()
@@ -60,6 +75,11 @@ QColor shade(const QPalette &palette, float alpha)
     return color;
 }
 
+QColor outline(const QPalette &palette, float alpha)
+{
+    return shade(palette, isHighContrast(palette) ? 1 : alpha);
+}
+
 bool showsFocus(const QWidget &widget)
 {
     return widget.hasFocus() && widget.window()->testAttribute(Qt::WA_KeyboardFocusChange);
@@ -78,7 +98,7 @@ void paintFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area
 void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const AppearanceColor &color)
 {
     QPalette changed = widget.palette();
-    const QColor &resolved = color.resolved(changed);
+    const QColor resolved = color.resolved(changed);
     // Setting a palette sends another event for a palette change.
     if (changed.color(role) == resolved)
         return;
@@ -88,7 +108,7 @@ void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const Appea
 
 QFont systemFont(qreal size, QFont::Weight weight)
 {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    QFont font = QGuiApplication::font();
     font.setPixelSize(std::max(1, qRound(size)));
     font.setWeight(weight);
     return font;
@@ -141,7 +161,8 @@ QImage quotaBadgeImage(int count, qreal diameter, qreal devicePixelRatio)
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 59, 48));
+    const AppearanceColor red(QColor(255, 59, 48), QColor(255, 69, 58));
+    painter.setBrush(red.resolved(QGuiApplication::palette()));
     painter.drawEllipse(QRectF(0, 0, diameter, diameter));
 
     // Font sizes are whole pixels; a large font scaled down gives the exact size.

@@ -28,17 +28,24 @@ struct AppearanceColor
     {
     }
 
-    [[nodiscard]] const QColor &resolved(const QPalette &palette) const;
+    /// Opaque where `isHighContrast()`.
+    [[nodiscard]] QColor resolved(const QPalette &palette) const;
 };
 
 /// Whether `palette` has light text on a dark window.
 [[nodiscard]] bool isDarkAppearance(const QPalette &palette);
+
+/// Whether `palette` is in black and white, see `inHighContrast()`.
+[[nodiscard]] bool isHighContrast(const QPalette &palette);
 
 /// The accent of the break feature.
 [[nodiscard]] AppearanceColor breakTeal();
 
 /// The accent of the makers' own elements.
 [[nodiscard]] AppearanceColor orvaneMauve();
+
+/// Marks what is on or new; its contrast on the windows is at least 4.5:1.
+[[nodiscard]] AppearanceColor accentColor();
 
 /// The accents that do not follow the appearance.
 inline const QColor breakTealFixed = QColor::fromRgbF(0.078F, 0.722F, 0.651F);
@@ -55,6 +62,9 @@ inline const QColor breakTealInk(4, 47, 46);
 /// The label colour of `palette`'s appearance at the opacity `alpha`, for faint surfaces.
 [[nodiscard]] QColor shade(const QPalette &palette, float alpha);
 
+/// The same for the line around a control; opaque where `isHighContrast()`.
+[[nodiscard]] QColor outline(const QPalette &palette, float alpha);
+
 /// Whether `widget` has the focus and shows it: only after the user has moved the focus with the keyboard.
 [[nodiscard]] bool showsFocus(const QWidget &widget);
 
@@ -66,7 +76,7 @@ void paintFocusRing(QPainter &painter, const QWidget &widget, const QRectF &area
 /// palette has changed.
 void applyAppearanceColor(QWidget &widget, QPalette::ColorRole role, const AppearanceColor &color);
 
-/// The desktop's own sans-serif font at `size` device-independent pixels.
+/// The application's font, which is the desktop's own, at `size` device-independent pixels.
 [[nodiscard]] QFont systemFont(qreal size, QFont::Weight weight);
 
 /// A label that shows every text as plain text, in a colour that follows the appearance.
@@ -101,6 +111,6 @@ public:
     explicit BadgeImageView(QWidget *parent = nullptr);
 };
 
-/// A red disc of `diameter` device-independent pixels with the larger of `count` and 1 in white; longer
-/// numbers may run over the disc and are cut off at the image's edge.
+/// A disc in the red of the application's appearance, of `diameter` device-independent pixels with the larger
+/// of `count` and 1 in white; longer numbers may run over the disc and are cut off at the image's edge.
 [[nodiscard]] QImage quotaBadgeImage(int count, qreal diameter, qreal devicePixelRatio);

@@ -60,7 +60,7 @@ def application(desk, report):
     desk.tray = Tray(desk.bed)
     for part in (first_launch_part.answers, first_launch_part.interrupted, first_launch_part.watched, modes_part.closing,
                  modes_part.switching, switches_part.debug_switches, switches_part.log_switch, switches_part.break_at_launch,
-                 switches_part.command_line, accessibility_part.tree, accessibility_part.break_aloud,
+                 switches_part.command_line, switches_part.saved_session, accessibility_part.tree, accessibility_part.break_aloud,
                  accessibility_part.keyboard_only, accessibility_part.scales, session_part.appearance,
                  session_part.desktop_theme, session_part.global_menu, session_part.launcher, sound_part.chime,
                  diagnostics_part.desktop, diagnostics_part.troubles, trouble_part.starts_at_once, trouble_part.bus_dies,

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A stand-in for the desktop's settings portal with one setting, the colour scheme.
+"""A stand-in for the desktop's settings portal with the colour scheme, the contrast and the font.
 
 usage: settings_portal.py SCHEME
-SCHEME is "none", "dark" or "light"; every line of standard input sets a new one. "foreign" announces a string under the same
+SCHEME is "none", "dark", "light", "dark-contrast" or "light-contrast"; every line of standard input sets a new one. "foreign" announces a string under the same
 key in another namespace, as some desktops do. The answer is one line of JSON, printed after the change."""
 
 import sys
@@ -18,7 +18,9 @@ PATH = "/org/freedesktop/portal/desktop"
 SETTINGS = "org.freedesktop.portal.Settings"
 APPEARANCE = "org.freedesktop.appearance"
 KEY = "color-scheme"
-VALUES = {"none": 0, "dark": 1, "light": 2}
+#: The colour scheme and the contrast.
+VALUES = {"none": (0, 0), "dark": (1, 0), "light": (2, 0), "dark-contrast": (1, 1), "light-contrast": (2, 1)}
+FONT = "DejaVu Sans 11"
 
 
 class Portal(dbus.service.Object):
@@ -31,9 +33,12 @@ class Portal(dbus.service.Object):
 
     @dbus.service.method(SETTINGS, in_signature="ss", out_signature="v")
     def Read(self, name_space, key):
-        if (name_space, key) != (APPEARANCE, KEY):
+        settings = {(APPEARANCE, KEY): dbus.UInt32(self._value[0], variant_level=1),
+                    (APPEARANCE, "contrast"): dbus.UInt32(self._value[1], variant_level=1),
+                    ("org.gnome.desktop.interface", "font-name"): dbus.String(FONT, variant_level=1)}
+        if (name_space, key) not in settings:
             raise dbus.DBusException("no such setting", name="org.freedesktop.portal.Error.NotFound")
-        return dbus.UInt32(self._value, variant_level=1)
+        return settings[name_space, key]
 
     @dbus.service.method("org.freedesktop.DBus.Properties", in_signature="ss", out_signature="v")
     def Get(self, interface, name):
@@ -50,7 +55,8 @@ class Portal(dbus.service.Object):
             self.SettingChanged("org.gnome.desktop.interface", KEY, "prefer-dark")
         else:
             self._value = VALUES[scheme]
-            self.SettingChanged(APPEARANCE, KEY, dbus.UInt32(self._value))
+            self.SettingChanged(APPEARANCE, KEY, dbus.UInt32(self._value[0]))
+            self.SettingChanged(APPEARANCE, "contrast", dbus.UInt32(self._value[1]))
 
 
 if __name__ == "__main__":

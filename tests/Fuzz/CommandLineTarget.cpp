@@ -56,6 +56,11 @@ bool isSwitch(const QByteArray &argument)
     return argument == "--break-now" || argument == "--diagnostics";
 }
 
+bool isSwitchesUpTo(const QList<QByteArray> &arguments, qsizetype index)
+{
+    return std::all_of(arguments.cbegin() + 1, arguments.cbegin() + index, isSwitch);
+}
+
 /// Checks the output for the first argument that is not a switch.
 void checkAnswer(const QByteArray &argument, int status, const std::string &output, const std::string &error)
 {
@@ -88,6 +93,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     const std::string error = printedError.take();
     const std::string output = printedOutput.take();
 
+    for (qsizetype index = arguments.indexOf("-session", 1); index > 0 && isSwitchesUpTo(arguments, index);
+         index = arguments.indexOf("-session", index))
+        arguments.remove(index, std::min<qsizetype>(2, arguments.size() - index));
     const auto end = std::find_if_not(arguments.cbegin() + 1, arguments.cend(), isSwitch);
     const auto isGiven = [&](const char *name) { return std::count(arguments.cbegin() + 1, end, name) > 0; };
     require(commandLine.isBreakNow == isGiven("--break-now") &&

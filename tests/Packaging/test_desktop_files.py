@@ -5,8 +5,11 @@
 usage: test_desktop_files.py BUILD-FOLDER"""
 
 import configparser
+import pathlib
 import re
+import shlex
 import subprocess
+import tempfile
 import unittest
 import xml.etree.ElementTree as ElementTree
 
@@ -24,7 +27,9 @@ class DesktopFiles(unittest.TestCase):
         cls.program = BUILD_FOLDER / "bin/orvanebreak"
 
     def test_desktop_entry(self):
-        self.assertEqual(complaints("desktop-file-validate", self.entry), "")
+        # Version 0.26 does not know this key of the current rules.
+        found = [line for line in complaints("desktop-file-validate", self.entry).splitlines() if "SingleMainWindow" not in line]
+        self.assertEqual(found, [])
         entry = configparser.RawConfigParser(delimiters="=")
         entry.optionxform = str
         entry.read(self.entry, "utf-8")
@@ -32,8 +37,21 @@ class DesktopFiles(unittest.TestCase):
             command, option = entry[f"Desktop Action {action}"]["Exec"].split()
             self.assertEqual((command, option), ("orvanebreak", f"--{action}"))
             self.assertIn(option, output_of(self.program, "--help"))
+        # X11 desktops find the entry of a window by the class that the toolkit takes from the application's name.
+        self.assertEqual(entry["Desktop Entry"]["StartupWMClass"], "OrvaneBreak")
+        self.assertEqual(entry["Desktop Entry"]["SingleMainWindow"], "true")
         for key in ("GenericName", "Comment", "Keywords"):
             self.assertIn(f"{key}[fr]", entry["Desktop Entry"])
+
+    def test_service_starts_what_is_installed(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("plain", "with a space", "with \"quotes\""):
+                prefix = pathlib.Path(folder) / name
+                output_of("cmake", "--install", BUILD_FOLDER, "--prefix", prefix, "--component", "service")
+                service = configparser.RawConfigParser(delimiters="=")
+                service.optionxform = str
+                service.read(prefix / f"share/dbus-1/services/{self.application}.service", "utf-8")
+                self.assertEqual(shlex.split(service["D-BUS Service"]["Exec"]), [str(prefix / "bin/orvanebreak")])
 
     def test_metainfo_is_valid(self):
         result = subprocess.run(["appstreamcli", "validate", "--no-net", "--no-color", self.metainfo], env=ENVIRONMENT,

@@ -16,7 +16,14 @@ struct Tray
     bool isHosted = true;
     TrayItem *item = nullptr;
 
-    /// Removes the icon for good, as a tray that ends does.
+    /// Shows the icon, as a tray that starts does.
+    void host()
+    {
+        isHosted = true;
+        item->onHosted();
+    }
+
+    /// Removes the icon, as a tray that ends does.
     void lose()
     {
         isHosted = false;

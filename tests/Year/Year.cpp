@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Year.h"
 
+#include "Support/MessagesFixture.h"
+
 #include <QCheckBox>
 #include <QTimeZone>
 
@@ -192,6 +194,10 @@ void Year::settle()
         return;
     m_app->surface.log.clear();
     m_app->presence.log.clear();
+    // A message that has waited for another dialog comes with the end of that.
+    const QDialog *dialog = Launched::dialog();
+    if (dialog && dialog->objectName() == "messageAlert"_L1 && !m_inDialog)
+        m_inDialog = m_conversation.pending;
 }
 
 void Year::note(const QString &what)

@@ -4,6 +4,7 @@
 #include "BreakSettings.h"
 #include "CheckBoxes.h"
 #include "LoginItem.h"
+#include "MainWindow.h"
 #include "Palette.h"
 #include "StandardUpdaterController.h"
 
@@ -25,6 +26,7 @@ constexpr int postponementMinutes = 10;
 
 void AppDelegate::refreshBreakUI()
 {
+    followStoredMode();
     const bool isActive = m_engine.isActive();
     m_breakButton->setText(isActive ? u"Arrêter les rappels"_s : u"Protéger mes yeux"_s);
     m_breakStatusLabel->setText(m_engine.statusText());
@@ -79,16 +81,15 @@ void AppDelegate::toggleSound(const QCheckBox &sender)
 void AppDelegate::showSettings()
 {
     ensureSettingsView();
-    m_mainView->hide();
-    m_settingsView->show();
-    setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled());
+    m_mainWindow->showPage(m_settingsView);
+    m_settingsView->findChild<QWidget *>(u"backButton"_s)->setFocus();
+    showStoredSettings();
 }
 
 void AppDelegate::showMain()
 {
-    if (m_settingsView)
-        m_settingsView->hide();
-    m_mainView->show();
+    m_mainWindow->showPage(m_mainView);
+    m_mainView->findChild<QWidget *>(u"settingsButton"_s)->setFocus();
 }
 
 void AppDelegate::toggleLoginItem(QCheckBox &sender)

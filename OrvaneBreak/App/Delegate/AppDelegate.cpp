@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long to wait for a tray, which may start with the session, before showing the main window instead.
+/// How long to wait for a tray, which may start with the session, before the main window stands in for it.
 constexpr Interval trayTimeout = 5s;
 
 bool isDebugSwitchOn(const char *variable)
@@ -44,12 +44,20 @@ AppDelegate::AppDelegate(Services services)
     , m_alerts(services.alerts)
     , m_statusController(std::move(services.makeTrayItem))
 {
+    m_alerts.onOpen = [this](QDialog &dialog) { addShortcuts(dialog); };
+    m_alerts.onIdle = [this] {
+        if (std::exchange(m_isMessageHeldBack, false))
+            showPendingMessageIfSafe();
+    };
+    m_statusController.onHosted = [this] { leaveToTray(); };
     m_statusController.onLost = [this] { awaitTray(); };
 }
 
 AppDelegate::~AppDelegate()
 {
     m_engine.onChange = nullptr;
+    m_alerts.onOpen = nullptr;
+    m_alerts.onIdle = nullptr;
     m_loginItem.onRefused = nullptr;
 }
 
@@ -91,7 +99,7 @@ void AppDelegate::awaitTray()
         if (m_engine.isOnBreak())
             awaitTray();
         else
-            showMainWindow();
+            standInForTray();
     });
 }
 

@@ -110,6 +110,9 @@ public:
     /// Brings the main window to the front, on the page it was left on. Does nothing before the launch.
     void showMainWindow();
 
+    /// The same in Dock mode; in menu-bar mode a launch shows no window.
+    void showLaunchedWindow();
+
     /// Sets whether the session opens the application at login. After a failure the check box shows the
     /// actual state.
     void toggleLoginItem(QCheckBox &sender);
@@ -144,11 +147,14 @@ protected:
 private:
     void buildMenu();
     [[nodiscard]] static QMenu *editMenuItem(QWidget &parent);
+    void addShortcuts(QWidget &window) const;
     [[nodiscard]] std::unique_ptr<QMenu> buildStatusMenu();
     void buildMainWindow();
     [[nodiscard]] QWidget *buildMainView();
     [[nodiscard]] QWidget *buildSettingsView();
     void ensureSettingsView();
+    void showStoredSettings();
+    void followStoredMode();
     void buildRhythmCards(QWidget &root);
     void buildSystemCard(QWidget &root);
     void buildFooter(QWidget &root);
@@ -163,6 +169,9 @@ private:
                    const QString &button = QStringLiteral("OK"), const std::function<void()> &dismissed = {});
     void activate();
     void awaitTray();
+    void standInForTray();
+    void leaveToTray();
+    void showMenuBarMode();
     void terminateWithoutWindows();
     [[nodiscard]] bool isMenuBarMode() const;
 
@@ -198,7 +207,10 @@ private:
         QString email;
     } m_unsentReport;
     QStringList m_unsentReplies; ///< In the conversation, but not sent.
-    bool m_shownActive = false; ///< Whether the status menu shows reminders as on.
+    bool m_shownActive = false;       ///< Whether the status menu shows reminders as on.
+    bool m_isMessageHeldBack = false; ///< Whether the pending message waits for the open dialogs.
+    bool m_isStandingIn = false;      ///< Whether the main window is there in place of the eye.
+    bool m_isUnused = false;          ///< Whether it opened for that, and the user has not been in it since.
     QWidget *m_mainView = nullptr;
     QWidget *m_settingsView = nullptr;
     Timer m_trayTimer;

@@ -16,6 +16,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +38,8 @@ void AppDelegate::buildMainWindow()
     m_presence.adopt(*m_mainWindow);
     m_mainView = buildMainView();
     m_mainWindow->addPage(m_mainView);
+    m_mainWindow->menuBar()->setVisible(!isMenuBarMode());
+    addShortcuts(*m_mainWindow);
     m_mainWindow->installEventFilter(this);
     m_mainWindow->onReturn = [this] {
         if (!m_mainView->isHidden())
@@ -76,9 +79,13 @@ void AppDelegate::showOnboardingIfNeeded()
     const QPushButton *menuBar = question.addButton(u"Dans la barre de menus"_s, QMessageBox::ActionRole);
     question.setDefaultButton(dock);
     question.setEscapeButton(dock);
+    addShortcuts(question);
     m_presence.adopt(question);
     m_presence.bringToFront(question);
     question.exec();
+    // The process ends before there is an answer.
+    if (!question.clickedButton())
+        return;
 
     m_preferences.setValue(menuBarModeKey, question.clickedButton() == menuBar);
     if (m_menuBarCheckbox)
@@ -91,11 +98,13 @@ void AppDelegate::applyDisplayMode()
     if (isMenuBarMode()) {
         m_statusController.enable(buildStatusMenu());
         m_statusController.setActive(m_engine.isActive());
-        m_presence.setAccessory(true);
+        showMenuBarMode();
+        awaitTray();
         return;
     }
     m_statusController.disable();
-    m_presence.setAccessory(false);
+    m_isStandingIn = false;
+    showMenuBarMode();
     QTimer::singleShot(0, this, [this] {
         // Desktops with focus-stealing prevention accept the second activation, once the window is visible.
         activate();
@@ -103,6 +112,44 @@ void AppDelegate::applyDisplayMode()
         activate();
         refreshMessageBadges();
     });
+}
+
+void AppDelegate::showMenuBarMode()
+{
+    const bool isAccessory = isMenuBarMode() && !m_isStandingIn;
+    m_presence.setAccessory(isAccessory);
+    m_mainWindow->menuBar()->setVisible(!isAccessory);
+    m_mainWindow->setNote(m_isStandingIn ? u"Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."_s
+                                         : QString());
+}
+
+void AppDelegate::standInForTray()
+{
+    m_isStandingIn = true;
+    showMenuBarMode();
+    if (m_mainWindow->isVisible())
+        return;
+    m_isUnused = true;
+    // The keyboard stays with whoever is typing.
+    m_mainWindow->setAttribute(Qt::WA_ShowWithoutActivating);
+    m_mainWindow->show();
+    m_mainWindow->setAttribute(Qt::WA_ShowWithoutActivating, false);
+}
+
+void AppDelegate::leaveToTray()
+{
+    if (!m_isStandingIn)
+        return;
+    m_isStandingIn = false;
+    if (std::exchange(m_isUnused, false) || m_mainWindow->isMinimized())
+        m_mainWindow->hide();
+    showMenuBarMode();
+}
+
+void AppDelegate::followStoredMode()
+{
+    if (isMenuBarMode() != m_statusController.isEnabled())
+        applyDisplayMode();
 }
 
 void AppDelegate::toggleMenuBarMode(const QCheckBox &sender)
@@ -118,6 +165,12 @@ void AppDelegate::showMainWindow()
     m_presence.bringToFront(*m_mainWindow);
     activate();
     refreshMessageBadges();
+}
+
+void AppDelegate::showLaunchedWindow()
+{
+    if (!isMenuBarMode())
+        showMainWindow();
 }
 
 void AppDelegate::activate()
@@ -136,9 +189,23 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() const
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::Close && watched == m_mainWindow.get() && m_isStandingIn) {
+        // Hidden, it would leave the user without a door.
+        m_mainWindow->showMinimized();
+        event->ignore();
+        return true;
+    }
     // The window is still visible during this event, so the check is deferred.
     if (event->type() == QEvent::Close)
         QMetaObject::invokeMethod(this, &AppDelegate::terminateWithoutWindows, Qt::QueuedConnection);
+    if (event->type() == QEvent::WindowActivate && watched == m_mainWindow.get()) {
+        m_isUnused = false;
+        // The user may come from editing the file.
+        refreshBreakUI();
+        showStoredSettings();
+    }
+    if (event->type() == QEvent::PaletteChange && watched == m_mainWindow.get())
+        refreshMessageBadges();
     return QObject::eventFilter(watched, event);
 }
 

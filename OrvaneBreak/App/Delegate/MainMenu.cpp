@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppDelegate.h"
 #include "Entries.h"
+#include "MainWindow.h"
 #include "StandardUpdaterController.h"
 
 #include <QApplication>
@@ -50,6 +51,13 @@ void AppDelegate::buildMenu()
     addEntry(application, u"quit"_s, u"Quitter OrvaneBreak"_s, this, &AppDelegate::terminate,
              QKeySequence(Qt::CTRL | Qt::Key_Q));
     m_menuBar->addMenu(editMenuItem(*m_menuBar));
+}
+
+void AppDelegate::addShortcuts(QWidget &window) const
+{
+    // An entry's shortcut works in every window that has the entry's menu among its actions.
+    window.addActions(m_mainWindow->menuBar()->actions());
+    window.addAction({}, Qt::CTRL | Qt::Key_W, &window, &QWidget::close);
 }
 
 QMenu *AppDelegate::editMenuItem(QWidget &parent)

@@ -18,6 +18,9 @@ constexpr int cornerMargin = 14;
 constexpr int cornerButtonSize = 30;
 constexpr int badgeSize = 14;
 
+/// Leaves the buttons in the corner below the column.
+constexpr int lowestMainView = 390;
+
 /// How far the column is above the centre, in device-independent pixels.
 constexpr int columnLift = 4;
 
@@ -41,6 +44,7 @@ QWidget *AppDelegate::buildMainView()
     auto *root = new QWidget;
     root->setObjectName(u"mainView"_s);
     root->resize(winSize);
+    root->setMinimumHeight(lowestMainView);
 
     auto *title = makeLabel(u"OrvaneBreak"_s, 24, QFont::Bold, labelColor());
     title->setObjectName(u"title"_s);
@@ -80,6 +84,7 @@ QWidget *AppDelegate::buildMainView()
 
     auto *gear = new SymbolButton(u"gearshape.fill"_s, 16, u"Réglages"_s);
     gear->setObjectName(u"settingsButton"_s);
+    gear->setAccessibleDescription(u"Rythme des pauses, son et système"_s);
     gear->setFixedSize(cornerButtonSize, cornerButtonSize);
     connect(gear, &QPushButton::clicked, this, &AppDelegate::showSettings);
 

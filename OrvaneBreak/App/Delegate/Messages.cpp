@@ -40,10 +40,9 @@ void AppDelegate::refreshMessageBadges()
                                                1, badgeDiameter, m_messagesBadge->devicePixelRatioF()))
                                          : QPixmap());
     m_messagesBadge->setVisible(isPending);
-    // The desktop's accent colour.
-    m_messagesButton->setTint(isPending ? AppearanceColor(QPalette().color(QPalette::Highlight))
-                                        : secondaryLabelColor());
-    m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s : QString());
+    m_messagesButton->setTint(isPending ? accentColor() : secondaryLabelColor());
+    m_messagesButton->setAccessibleDescription(isPending ? u"Message de Orvane Labs"_s
+                                                         : u"Conversation avec Orvane Labs"_s);
     m_appMessagesItem->setVisible(isPending);
     if (m_statusController.isEnabled())
         m_statusController.enable(buildStatusMenu());
@@ -52,9 +51,10 @@ void AppDelegate::refreshMessageBadges()
 void AppDelegate::showPendingMessageIfSafe()
 {
     refreshMessageBadges();
+    const bool isSafe = !m_engine.isOnBreak() && m_mainWindow->isVisible() && !m_mainWindow->isMinimized();
     // An open or waiting dialog may show this very message.
-    const bool isSafe = !m_engine.isOnBreak() && m_mainWindow->isVisible() && !m_alerts.isBusy();
-    if (isSafe)
+    m_isMessageHeldBack = isSafe && m_alerts.isBusy();
+    if (isSafe && !m_isMessageHeldBack)
         showPendingMessage();
 }
 
@@ -80,6 +80,7 @@ void AppDelegate::showMessages()
         m_messagesWindow = std::make_unique<MessagesWindow>();
         m_messagesWindow->installEventFilter(this);
         m_messagesWindow->onSend = [this] { sendReply(); };
+        addShortcuts(*m_messagesWindow);
         m_presence.adopt(*m_messagesWindow);
     }
     m_messagesWindow->display(m_channel.messageHistory());
@@ -143,8 +144,11 @@ void AppDelegate::showAlert(const QString &name, const QString &message, const Q
 {
     auto alert = std::make_unique<Alert>(name, message, information);
     alert->addDefaultButton(button);
-    m_alerts.add(std::move(alert), [dismissed](int /*result*/) {
-        if (dismissed)
-            dismissed();
-    });
+    m_alerts.add(
+        std::move(alert),
+        [dismissed](int /*result*/) {
+            if (dismissed)
+                dismissed();
+        },
+        AlertQueue::Attention::Unasked);
 }

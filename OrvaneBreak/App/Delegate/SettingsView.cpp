@@ -17,8 +17,10 @@
 #include <QComboBox>
 #include <QFontMetrics>
 #include <QPushButton>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <initializer_list>
 
 using namespace Qt::StringLiterals;
 
@@ -54,6 +56,25 @@ void fitWithPadding(QPushButton &button)
     button.resize(std::max(button.sizeHint().width(), width), button.sizeHint().height());
 }
 
+/// Gives all the smallest of their fonts.
+void fitAlike(std::initializer_list<QWidget *> views)
+{
+    const QWidget *smallest = std::min(views, [](const QWidget *one, const QWidget *other) {
+        return one->font().pixelSize() < other->font().pixelSize();
+    });
+    for (QWidget *view : views) {
+        view->setFont(smallest->font());
+        view->adjustSize();
+    }
+}
+
+/// A pop-up that leaves the wheel to the page.
+class PopUpButton final : public QComboBox
+{
+protected:
+    void wheelEvent(QWheelEvent *event) override { event->ignore(); }
+};
+
 /// Adds named controls to a page.
 class PageBuilder
 {
@@ -84,11 +105,11 @@ public:
     /// Adds a label and, to its right, a pop-up button for `options`.
     template <typename Options, typename Number>
     QComboBox *popUpRow(const QString &title, const QString &name, int middle, const Options &options,
-                        Number number, int selected)
+                        Number number)
     {
         AppearanceLabel *caption =
             label(title, name + u"Label"_s, controlFontSize, QFont::Normal, labelColor());
-        auto *popUp = add(new QComboBox, name);
+        auto *popUp = add(new PopUpButton, name);
         popUp->setFont(systemFont(controlFontSize, QFont::Normal));
         // Screen readers take the name of a pop-up button from its buddy.
         caption->setBuddy(popUp);
@@ -98,15 +119,13 @@ public:
         popUp->setGeometry(left, middle - 13, cardRight - left, 26);
         fit(*caption, {cardLeft, 0}, left - 8);
         caption->move(cardLeft, middle - caption->height() / 2);
-        popUp->setCurrentIndex(popUp->findData(selected));
         return popUp;
     }
 
-    QCheckBox *checkBox(const QString &title, const QString &name, int top, bool isOn)
+    QCheckBox *checkBox(const QString &title, const QString &name, int top)
     {
         auto *box = add(new AccentCheckBox(title), name);
         box->setFont(systemFont(controlFontSize, QFont::Normal));
-        box->setChecked(isOn);
         fit(*box, {cardLeft, top}, cardRight);
         return box;
     }
@@ -147,8 +166,29 @@ void AppDelegate::ensureSettingsView()
     if (m_settingsView)
         return;
     m_settingsView = buildSettingsView();
-    m_settingsView->hide();
     m_mainWindow->addPage(m_settingsView);
+    showStoredSettings();
+}
+
+void AppDelegate::showStoredSettings()
+{
+    if (!m_settingsView)
+        return;
+    const auto select = [this](const QString &name, int number) {
+        auto *popUp = m_settingsView->findChild<QComboBox *>(name);
+        popUp->setCurrentIndex(popUp->findData(number));
+    };
+    const auto check = [this](const QString &name, bool isOn) {
+        setCheckedQuietly(*m_settingsView->findChild<QCheckBox *>(name), isOn);
+    };
+    const SPUUpdater &updater = m_updaterController.updater();
+    select(u"intervalPopUp"_s, BreakSettings::intervalMinutes(m_preferences));
+    select(u"pausePopUp"_s, BreakSettings::pauseSeconds(m_preferences));
+    check(u"soundCheckbox"_s, BreakSettings::soundEnabled(m_preferences));
+    check(u"autoUpdatesCheckbox"_s,
+          updater.automaticallyChecksForUpdates() && updater.automaticallyDownloadsUpdates());
+    setCheckedQuietly(*m_menuBarCheckbox, isMenuBarMode());
+    setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled());
 }
 
 QWidget *AppDelegate::buildSettingsView()
@@ -160,6 +200,7 @@ QWidget *AppDelegate::buildSettingsView()
 
     auto *back = page.add(new SymbolButton(u"chevron.left"_s, 15, u"Retour"_s), u"backButton"_s);
     back->setGeometry(18, 46, 28, 28);
+    back->setAccessibleDescription(u"Quitte les réglages"_s);
     connect(back, &QPushButton::clicked, this, &AppDelegate::showMain);
     AppearanceLabel *title = page.label(u"Réglages"_s, u"settingsTitle"_s, 20, QFont::Bold, labelColor());
     title->adjustSize();
@@ -184,18 +225,15 @@ void AppDelegate::buildRhythmCards(QWidget &root)
 {
     PageBuilder page(&root);
     page.card({pageMargin, 94, 382, 80});
-    QComboBox *interval =
-        page.popUpRow(u"Intervalle entre les pauses"_s, u"intervalPopUp"_s, 115, BreakSettings::intervals,
-                      &BreakSettings::IntervalOption::minutes, BreakSettings::intervalMinutes(m_preferences));
+    QComboBox *interval = page.popUpRow(u"Intervalle entre les pauses"_s, u"intervalPopUp"_s, 115,
+                                        BreakSettings::intervals, &BreakSettings::IntervalOption::minutes);
     connect(interval, &QComboBox::activated, this, [this, interval] { intervalChanged(*interval); });
-    QComboBox *pause =
-        page.popUpRow(u"Durée d'une pause"_s, u"pausePopUp"_s, 149, BreakSettings::pauseDurations,
-                      &BreakSettings::PauseOption::secondes, BreakSettings::pauseSeconds(m_preferences));
+    QComboBox *pause = page.popUpRow(u"Durée d'une pause"_s, u"pausePopUp"_s, 149,
+                                     BreakSettings::pauseDurations, &BreakSettings::PauseOption::secondes);
     connect(pause, &QComboBox::activated, this, [this, pause] { pauseDurationChanged(*pause); });
 
     page.card({pageMargin, 184, 382, 38});
-    QCheckBox *sound = page.checkBox(u"Jouer un son doux au début de la pause"_s, u"soundCheckbox"_s, 193,
-                                     BreakSettings::soundEnabled(m_preferences));
+    QCheckBox *sound = page.checkBox(u"Jouer un son doux au début de la pause"_s, u"soundCheckbox"_s, 193);
     connect(sound, &QCheckBox::toggled, this, [this, sound] { toggleSound(*sound); });
 }
 
@@ -203,17 +241,15 @@ void AppDelegate::buildSystemCard(QWidget &root)
 {
     PageBuilder page(&root);
     page.card({pageMargin, 232, 382, 90});
-    const SPUUpdater &updater = m_updaterController.updater();
     QCheckBox *updates =
-        page.checkBox(u"Installer les mises à jour automatiquement"_s, u"autoUpdatesCheckbox"_s, 242,
-                      updater.automaticallyChecksForUpdates() && updater.automaticallyDownloadsUpdates());
+        page.checkBox(u"Installer les mises à jour automatiquement"_s, u"autoUpdatesCheckbox"_s, 242);
     connect(updates, &QCheckBox::toggled, this, [this, updates] { toggleAutoUpdates(*updates); });
-    m_menuBarCheckbox = page.checkBox(u"Icône dans la barre de menus (au lieu du Dock)"_s,
-                                      u"menuBarCheckbox"_s, 269, isMenuBarMode());
+    m_menuBarCheckbox =
+        page.checkBox(u"Icône dans la barre de menus (au lieu du Dock)"_s, u"menuBarCheckbox"_s, 269);
     connect(m_menuBarCheckbox, &QCheckBox::toggled, this, [this] { toggleMenuBarMode(*m_menuBarCheckbox); });
-    m_loginCheckbox =
-        page.checkBox(u"Ouvrir à la connexion"_s, u"loginCheckbox"_s, 296, m_loginItem.isEnabled());
+    m_loginCheckbox = page.checkBox(u"Ouvrir à la connexion"_s, u"loginCheckbox"_s, 296);
     connect(m_loginCheckbox, &QCheckBox::toggled, this, [this] { toggleLoginItem(*m_loginCheckbox); });
+    fitAlike({updates, m_menuBarCheckbox, m_loginCheckbox});
     m_loginItem.onRefused = [this] { setCheckedQuietly(*m_loginCheckbox, m_loginItem.isEnabled()); };
 }
 

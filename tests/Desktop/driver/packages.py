@@ -25,9 +25,9 @@ OF_PROGRAM = {
     "pkg-config": "pkg-config", "pulseaudio": "pulseaudio", "python3": "python3", "readelf": "binutils",
     "setxkbmap": "x11-xkb-utils", "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg", "swaymsg": "sway",
     "systemd-journal-remote": "systemd-journal-remote", "tint2": "tint2", "valgrind": "valgrind", "waybar": "waybar",
-    "wayland-scanner": "libwayland-bin", "wmctrl": "wmctrl", "xdotool": "xdotool", "xfce4-panel": "xfce4-panel",
-    "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils", "xrdb": "x11-xserver-utils",
-    "xsecurelock": "xsecurelock libpam-wrapper", "xterm": "xterm", "xwininfo": "x11-utils", "zstd": "zstd"}
+    "wayland-scanner": "libwayland-bin", "wmctrl": "wmctrl", "xdotool": "xdotool", "xev": "x11-utils",
+    "xfce4-panel": "xfce4-panel", "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils",
+    "xrdb": "x11-xserver-utils", "xsecurelock": "xsecurelock libpam-wrapper", "xterm": "xterm", "xwininfo": "x11-utils", "zstd": "zstd"}
 
 #: Maps each Python module to its package.
 OF_MODULE = {

@@ -110,11 +110,34 @@ def scales(desk, report):
     for scale in ("1", "1.25", "1.5", "2"):
         desk.start_in_dock({"QT_SCALE_FACTOR": scale})
         desk.reader.control(SWITCH_ON)
-        _fits(desk, report, f"the main page at scale {scale}")
+        is_low = scale in ("1.5", "2")
+        if is_low:
+            _is_reached(desk, report, f"the main page at scale {scale}", _MAIN_ORDER)
+        else:
+            _fits(desk, report, f"the main page at scale {scale}")
         desk.reader.press(SETTINGS)
         desk.reader.control(BACK)
-        _fits(desk, report, f"the settings page at scale {scale}")
+        if is_low:
+            _is_reached(desk, report, f"the settings page at scale {scale}", _SETTINGS_ORDER)
+        else:
+            _fits(desk, report, f"the settings page at scale {scale}")
         desk.finish()
+
+
+def _is_reached(desk, report, what, order):
+    """On a screen that is too low for the page, Tab scrolls it to each control."""
+    screen = desk.bed.outputs()[0].box
+    unreached = []
+    for name in order:
+        def is_visible(name=name):
+            left, top, right, bottom = desk.bed.window_box(min(desk.windows()))
+            return any("focused" in control.states and control.name == name and left <= control.box[0]
+                       and max(top, screen[1]) <= control.box[1] and control.box[0] + control.box[2] <= right
+                       and control.box[1] + control.box[3] <= min(bottom, screen[3]) for control in desk.reader.controls())
+        if not comes_true(is_visible, 2):
+            unreached.append(name)
+        desk.bed.press("Tab")
+    report.promise("where the screen is too low for a page, every control can be reached", not unreached, (what, unreached))
 
 
 def _fits(desk, report, what):

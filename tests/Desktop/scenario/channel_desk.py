@@ -2,6 +2,7 @@
 """A desk for the makers' channel: the application and their server."""
 
 import re
+import time
 
 from driver.waiting import comes_true, wait_until
 
@@ -38,6 +39,11 @@ class ChannelDesk(ApplicationDesk):
 
     def has_alert(self):
         return any(control.role in ("dialog", "alert") for control in self.reader.controls())
+
+    def dismiss_alert(self):
+        """Presses Return once the open alert takes keys, which it does not in its first second."""
+        time.sleep(1.2)
+        self.bed.press("Return")
 
     def messages_window(self):
         return self.bed.windows_titled(MESSAGES_TITLE)

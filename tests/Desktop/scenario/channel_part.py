@@ -107,6 +107,9 @@ def replies(desk, report):
     desk.bed.press("Return")
     report.promise("the user is told when a reply could not be sent", desk.alert_shows(_REPLY_FAILED))
     desk.bed.press("Return")
+    report.promise("an alert is not answered by what is being typed", stays_true(desk.has_alert, 0.3))
+    desk.dismiss_alert()
+    report.promise("an alert is answered by the keyboard", comes_true(lambda: not desk.has_alert(), 3))
     report.promise("a reply that could not be sent stays in the conversation",
                    comes_true(lambda: desk.conversation()[:2] == ["encore", "merci beaucoup"], 3), desk.conversation())
     desk.server.misbehave("none")
@@ -135,7 +138,7 @@ def reports(desk, report):
                        and ("email" in str(desk.server.received("report")[-1])) == bool(address),
                        desk.server.received("report")[-1:])
         report.promise("the user is told that the report was sent", desk.alert_shows("Merci !"))
-        desk.bed.press("Return")
+        desk.dismiss_alert()
         wait_until(lambda: not desk.has_alert(), "the end of the alert")
     report.promise("silent while reports go", not desk.said(), desk.said())
     desk.finish()

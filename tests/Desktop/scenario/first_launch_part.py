@@ -57,6 +57,8 @@ def interrupted(desk, report):
         report.promise(f"{number.name} ends it while it asks",
                        desk.has_ended(-number if number == signal.SIGKILL else 0), desk.process.returncode)
         report.promise("silent when it is ended while it asks", not desk.said(), desk.said())
+        report.promise("ended while it asks, it stores no answer", desk.preferences() == {"OBOnboarded": True},
+                       desk.preferences())
         desk.bed.stop(desk.process)
         desk.start_over()
         desk.wait_for_window()

@@ -17,7 +17,7 @@ def whole_run(desk, report):
     report.promise("the eye appears", comes_true(desk.tray.items))
 
     wait_until(lambda: len(desk.windows()) == 2 and desk.has_keyboard(), "the message over the window")
-    desk.bed.press("Return")
+    desk.dismiss_alert()
     report.promise("a message is shown and answered",
                    comes_true(lambda: desk.preferences().get("OBShownMessages") == [7]), desk.preferences())
 

@@ -1,8 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-from driver.waiting import comes_true, stays_true
+from driver.tray import Tray
+from driver.waiting import comes_true, stays_true, wait_until
 
-from .application_desk import BACK, MENU_BAR_BOX, SETTINGS
+from .application_desk import BACK, MENU_BAR_BOX, SETTINGS, TO_DOCK, TO_MENU_BAR
 from .desk import BREAK_NOW, OPEN, SWITCH_OFF, SWITCH_ON
+
+_NOTE = "Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."
 
 #: The colour of the eye in the tray while reminders are on.
 _TEAL = "ff14b8a6"
@@ -73,5 +76,36 @@ def switching(desk, report):
 def without_tray(desk, report):
     """Menu-bar mode on a desktop without a tray."""
     desk.start({"OBOnboarded": True, "OBMenuBarMode": True})
-    report.promise("without a tray the window opens by itself", comes_true(desk.windows, 8))
+    other = desk.other_window()
+    report.promise("without a tray the window opens by itself", comes_true(desk.windows, 10))
+    report.promise("it leaves the keyboard to the program that has it",
+                   stays_true(lambda: desk.probe.state()["focus"] == other.identifier, 1))
+    report.promise("it has an entry in the task bar, and says why", comes_true(desk.is_listed, 2) and desk.shows(_NOTE))
+    desk.keep_picture("without-tray")
+    desk.close_by_window_manager()
+    report.promise("closing it leaves its entry in the task bar",
+                   comes_true(lambda: not desk.windows(), 3) and desk.process.poll() is None)
+    second = desk.start_again()
+    report.promise("a second start shows it again", comes_true(desk.windows, 3))
+    desk.bed.stop(second)
+    desk.finish()
+
+    desk.start({"OBOnboarded": True, "OBMenuBarMode": True})
+    wait_until(desk.windows, "the window that stands in", 10)
+    tray = Tray(desk.bed)
+    report.promise("a late tray takes over, and the window that nobody has used is gone",
+                   comes_true(tray.items, 5) and comes_true(lambda: not desk.windows(), 3))
+    tray.stop()
+    report.promise("without the tray that showed the eye the window is there again",
+                   comes_true(lambda: desk.windows() and desk.is_listed(), 10))
+    desk.finish()
+
+    desk.start()
+    desk.reader.control(TO_DOCK)
+    desk.click_control(TO_MENU_BAR)
+    wait_until(lambda: len(desk.windows()) == 1, "the end of the question")
+    desk.close_by_window_manager()
+    report.promise("without a tray the answer “Dans la barre de menus” leaves a window", comes_true(lambda: not desk.windows(), 3)
+                   and comes_true(lambda: desk.windows() and desk.is_listed(), 10))
+    report.promise("silent without a tray", not desk.said(), desk.said())
     desk.finish()

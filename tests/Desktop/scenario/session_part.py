@@ -3,6 +3,7 @@
 
 import pathlib
 import subprocess
+import time
 
 from PIL import ImageStat
 
@@ -57,6 +58,8 @@ def appearance(desk, report):
     report.promise("another setting of the same name changes nothing", stays_true(lambda: lightness() > 200, 0.3))
     portal.set_scheme("dark")
     report.promise("it becomes dark with the desktop", comes_true(lambda: lightness() < 70, 3), lightness())
+    portal.set_scheme("light-contrast")
+    report.promise("it is white in high contrast", comes_true(lambda: lightness() == 255, 3), lightness())
     portal.set_scheme("none")
     report.promise("a desktop without a preference gets the default colours", comes_true(lambda: lightness() > 200, 3))
     report.promise("silent when the colours change", not desk.said(), desk.said())
@@ -81,6 +84,11 @@ def launcher(desk, report):
     entry = _install(desk)
     desk.process = _launch(desk, entry)
     desk.wait_for_window()
+    described = desk.bed.run(["xprop", "-id", str(min(desk.windows())), "WM_CLASS"], stdout=subprocess.PIPE, text=True)
+    window_class = described.stdout.read().rpartition('"')[0].rpartition('"')[2]
+    desk.bed.stop(described)
+    report.promise("the window belongs to the desktop entry",
+                   f"\nStartupWMClass={window_class}\n" in entry.read_text("utf-8"), window_class)
     report.promise("a launcher starts the program and shows its window", desk.shows(SWITCH_ON))
     desk.click_control(SETTINGS)
     desk.reader.control(BACK)
@@ -89,6 +97,10 @@ def launcher(desk, report):
     report.promise("a second launch brings the same window to the front",
                    comes_true(desk.has_keyboard, 5) and len(desk.windows()) == 1 and desk.shows(BACK))
     other.close()
+    _ends_startup(desk, report, "a second start", [desk.program], {"DESKTOP_STARTUP_ID": "start-1_TIME1"})
+    _ends_startup(desk, report, "an activation over the bus", [
+        "gdbus", "call", "--session", "--dest", _APPLICATION_ID, "--object-path", "/" + _APPLICATION_ID.replace(".", "/"),
+        "--method", "org.freedesktop.Application.Activate", "{'desktop-startup-id': <'start-2_TIME2'>}"], {})
     action = _launch(desk, entry, "break-now")
     report.promise(f"the entry's action “{BREAK_NOW}” begins a break", comes_true(
         lambda: len([window for window in desk.probe.state()["windows"]
@@ -99,6 +111,29 @@ def launcher(desk, report):
     desk.bed.press("ctrl+q")
     report.promise("it ends by its menu's key when the bus has started it", comes_true(lambda: not desk.windows(), 5))
     desk.bed.stop(desk.process)
+    (desk.bed.home / "config-launcher/OrvaneBreak/preferences.json").write_text(
+        '{"OBOnboarded": true, "OBMenuBarMode": true}')
+    desk.process = _launch(desk, entry)
+    wait_until(desk.tray.items, "the icon in the tray", 10)
+    report.promise("a launch in menu-bar mode shows no window", stays_true(lambda: not desk.windows(), 1.5))
+    _launch(desk, entry).wait()
+    report.promise("the next launch shows it", comes_true(desk.windows, 5))
+    desk.tray.click(QUIT)
+    report.promise("it ends when the bus has started it in menu-bar mode", comes_true(lambda: not desk.tray.items(), 5))
+    desk.bed.stop(desk.process)
+
+
+def _ends_startup(desk, report, what, command, environment):
+    """Whether the desktop is told that a start is over, in a message to its root window."""
+    told = desk.bed.home / "told.txt"
+    with open(told, "wb") as output:
+        watch = desk.bed.run(["xev", "-root", "-event", "property"], stdout=output)
+        # It prints nothing before the first event.
+        time.sleep(0.5)
+        desk.bed.run(command, environment).wait()
+        report.promise(f"the desktop is told that {what} is over",
+                       comes_true(lambda: "_NET_STARTUP_INFO_BEGIN" in told.read_text("utf-8", "replace"), 3))
+        desk.bed.stop(watch)
 
 
 def _install(desk):

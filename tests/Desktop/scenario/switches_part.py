@@ -47,10 +47,25 @@ def break_at_launch(desk, report):
     desk.finish()
 
 
+def saved_session(desk, report):
+    """A session manager starts the program again, beside the login item."""
+    desk.start({"OBOnboarded": True}, arguments=["-session", "10b1c1d-1"])
+    desk.wait_for_window()
+    other = desk.other_window()
+    second = desk.start_again("-session", "10b1c1d-1")
+    report.promise("a saved session and the login item start one program",
+                   comes_true(lambda: second.poll() is not None, 5) and second.returncode == 0)
+    report.promise("the second of them leaves the keyboard where it is",
+                   stays_true(lambda: desk.probe.state()["focus"] == other.identifier, 0.5))
+    report.promise("silent in a restored session", not desk.said(), desk.said())
+    desk.bed.stop(second)
+    desk.finish()
+
+
 def command_line(desk, report):
     """The command line without a display or a session bus."""
-    def run(*arguments):
-        environment = {**desk.bed.environment(), "DISPLAY": "", "DBUS_SESSION_BUS_ADDRESS": ""}
+    def run(*arguments, language="C.UTF-8"):
+        environment = {**desk.bed.environment(), "DISPLAY": "", "DBUS_SESSION_BUS_ADDRESS": "", "LC_ALL": language}
         return subprocess.run([desk.program, *arguments], env=environment, capture_output=True, text=True, timeout=10,
                               check=False)
     version, usage = run("--version"), run("--help")
@@ -58,6 +73,13 @@ def command_line(desk, report):
                    and version.stdout.count("\n") == 1 and not version.stderr, version)
     report.promise("--help fits one screen", usage.returncode == 0 and not usage.stderr
                    and "--break-now" in usage.stdout and usage.stdout.count("\n") <= 24, usage)
+    nonsense = subprocess.run([desk.program], env={**desk.bed.environment(), "QT_QPA_PLATFORM": "nonsense"},
+                              capture_output=True, text=True, timeout=10, check=False)
+    report.promise("an unknown platform ends it with one line and status 1", nonsense.returncode == 1
+                   and nonsense.stderr.count("\n") == 1 and "nonsense" in nonsense.stderr, nonsense)
+    report.promise("--help and errors are French for a French user",
+                   "reposer tes yeux" in run("--help", language="fr_CH.UTF-8").stdout
+                   and "inconnue" in run("--frobnicate", language="fr_CH.UTF-8").stderr)
     for arguments in (["--frobnicate"], ["file.txt"], ["--break-now", "-x"], [""]):
         refused = run(*arguments)
         report.promise("an unknown argument is refused with one line and status 2", refused.returncode == 2

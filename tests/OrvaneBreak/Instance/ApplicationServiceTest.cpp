@@ -31,7 +31,6 @@ class ApplicationServiceTest : public QObject
         auto *process = new QProcess(QCoreApplication::instance());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"XDG_ACTIVATION_TOKEN"_s, token);
-        environment.insert(u"DESKTOP_STARTUP_ID"_s, token);
         process->setProcessEnvironment(environment);
         process->start(QCoreApplication::applicationFilePath(),
                        {u"ApplicationServiceTest"_s, u"--second"_s, action});
@@ -102,6 +101,32 @@ private Q_SLOTS:
         }
         // Without listeners, an unknown action is ignored.
         service.activateAction(u"something-else"_s, {{u"activation-token"_s, 7.5}});
+    }
+
+    void theActivationThatTheBusStartsWithIsTheLaunch()
+    {
+        qputenv("DBUS_STARTER_ADDRESS", m_bus.address().toLatin1());
+        ApplicationService service(applicationId);
+        QStringList calls;
+        service.onActivate = [&] { calls << u"activate"_s; };
+        service.onLaunch = [&] { calls << u"launch"_s; };
+        QCOMPARE(service.start({}), ApplicationService::Start::First);
+        QVERIFY(!qEnvironmentVariableIsSet("DBUS_STARTER_ADDRESS"));
+        service.activate({});
+        service.activate({});
+        QCOMPARE(calls, (QStringList{u"launch"_s, u"activate"_s}));
+    }
+
+    void everyStartThatIsUnderWayIsReported()
+    {
+        ApplicationService service(applicationId);
+        QList<QByteArray> starts;
+        service.onStartupId = [&](const QByteArray &id) { starts << id; };
+        service.activate({{u"desktop-startup-id"_s, u"launcher-1"_s}});
+        service.activateAction(u"break-now"_s, {{u"desktop-startup-id"_s, u"launcher-2"_s}});
+        service.activate({{u"desktop-startup-id"_s, u"two\nlines"_s}});
+        service.activate({});
+        QCOMPARE(starts, (QList<QByteArray>{"launcher-1", "launcher-2"}));
     }
 
     void openActivatesTheApplication()

@@ -17,7 +17,8 @@ namespace {
 QString emptyProgram(const QString &version, const QString &name)
 {
     QFile program(version + u"/bin/"_s + name);
-    if (!QDir().mkpath(version + u"/bin"_s) || !program.open(QIODevice::WriteOnly))
+    if (!QDir().mkpath(version + u"/bin"_s) || !program.open(QIODevice::WriteOnly) ||
+        !program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
         qFatal("cannot write a program of the test");
     return program.fileName();
 }
@@ -39,7 +40,8 @@ class AutostartEntryTest : public QObject
     {
         QTemporaryDir folder;
         QString file = folder.filePath(u"autostart/ch.example.Eyes.desktop"_s);
-        AutostartEntry entry{{file, u"/opt/eyes/bin/orvanebreak"_s, {u"ubuntu"_s, u"GNOME"_s}}};
+        QString program = emptyProgram(folder.filePath(u"a b"_s), u"orvanebreak"_s);
+        AutostartEntry entry{{file, program, {u"ubuntu"_s, u"GNOME"_s}}};
 
         void write(const QByteArray &content) const
         {
@@ -63,7 +65,7 @@ private Q_SLOTS:
         QVERIFY(!f.entry.isEnabled());
         QVERIFY(f.entry.setEnabled(true));
         QVERIFY(f.entry.isEnabled());
-        QVERIFY(f.content().contains(u"\nExec=\"/opt/eyes/bin/orvanebreak\"\n"_s));
+        QVERIFY(f.content().contains(u"\nExec=\"%1\"\n"_s.arg(f.program)));
         QVERIFY(f.entry.setEnabled(false));
         QVERIFY(!f.entry.isEnabled());
         QVERIFY(!QFile::exists(f.file));
@@ -74,7 +76,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<bool>("isOn");
-        const QByteArray start = "[Desktop Entry]\nType=Application\nExec=x\n";
+        const QByteArray start = "[Desktop Entry]\nType=Application\nExec=sh\n";
         QTest::newRow("plain") << start << true;
         QTest::newRow("hidden") << start + "Hidden=true\n" << false;
         QTest::newRow("not hidden") << start + "Hidden = false\n" << true;
@@ -87,7 +89,14 @@ private Q_SLOTS:
         QTest::newRow("not for this desktop") << start + "NotShowIn=GNOME;\n" << false;
         QTest::newRow("not for another desktop") << start + "NotShowIn=KDE;\n" << true;
         QTest::newRow("windows line ends")
-            << QByteArray("[Desktop Entry]\r\nType=Application\r\nExec=x\r\nHidden=true\r\n") << false;
+            << QByteArray("[Desktop Entry]\r\nType=Application\r\nExec=sh\r\nHidden=true\r\n") << false;
+        const QByteArray application = "[Desktop Entry]\nType=Application\n";
+        QTest::newRow("with arguments") << application + "Exec=/bin/sh -c true\n" << true;
+        QTest::newRow("no such program") << application + "Exec=\"/gone/bin/orvanebreak\"\n" << false;
+        QTest::newRow("no such command") << application + "Exec=orvanebreak-gone\n" << false;
+        QTest::newRow("switched off by a tool") << application + "Exec=/bin/false\n" << false;
+        QTest::newRow("program to try") << start + "TryExec=/bin/sh\n" << true;
+        QTest::newRow("no program to try") << start + "TryExec=/gone/bin/orvanebreak\n" << false;
         QTest::newRow("no command") << QByteArray("[Desktop Entry]\nType=Application\n") << false;
         QTest::newRow("no group") << QByteArray("Type=Application\nExec=x\n") << false;
         QTest::newRow("empty") << QByteArray() << false;
@@ -134,12 +143,41 @@ private Q_SLOTS:
         const QString file = folder.filePath(u"e.desktop"_s);
         AutostartEntry entry({file, uR"(/home/a b/100 %/"q"$`\/orvanebreak)"_s, {}});
         QVERIFY(entry.setEnabled(true));
+        QVERIFY2(!entry.isEnabled(), "there is no such program");
         QFile read(file);
         QVERIFY(read.open(QIODevice::ReadOnly));
         const QByteArray expected =
             "\nExec=\"/home/a b/100 %%/\\\\\"q\\\\\"\\\\$\\\\`\\\\\\\\/orvanebreak\"\n";
         const QByteArray content = read.readAll();
         QVERIFY2(content.contains(expected), content.constData());
+    }
+
+    void theEntryOfAProgramThatIsGoneIsRenewed()
+    {
+        const QByteArray gone = "[Desktop Entry]\nType=Application\nExec=\"/gone/bin/orvanebreak\"\n";
+        Folder f;
+        f.entry.renew();
+        QVERIFY(!QFile::exists(f.file));
+        f.write(gone);
+        f.entry.renew();
+        QVERIFY(f.entry.isEnabled());
+        QVERIFY(f.content().contains(f.program));
+        for (const QByteArray &other :
+             {gone + "Hidden=true\n", QByteArray(gone).replace("orvanebreak", "other"),
+              QByteArray(gone).replace("/gone/bin/orvanebreak", "/bin/false")}) {
+            f.write(other);
+            f.entry.renew();
+            QCOMPARE(f.content(), QString::fromUtf8(other));
+        }
+    }
+
+    void pathsAreReadAsTheyAreWritten()
+    {
+        const QTemporaryDir folder;
+        const QString program = emptyProgram(folder.filePath(uR"(100 %"q"$`\x)"_s), u"orvanebreak"_s);
+        AutostartEntry entry({folder.filePath(u"e.desktop"_s), program, {}});
+        QVERIFY(entry.setEnabled(true));
+        QVERIFY(entry.isEnabled());
     }
 
     void theCommandStaysValidAfterUpdates()

@@ -78,7 +78,7 @@ class PortalLoginItemTest : public QObject
         ThreadedBusService<FakeBackground> portal{daemon.address(), u"org.freedesktop.portal.Desktop"_s,
                                                   u"/org/freedesktop/portal/desktop"_s};
         QString file = folder.filePath(u"ch.example.Eyes.desktop"_s);
-        PortalLoginItem item{{file, u"/app/bin/orvanebreak"_s, {}},
+        PortalLoginItem item{{file, u"/app/bin/orvanebreak"_s, {}, false},
                              QDBusConnection::connectToBus(daemon.address(), u"program"_s)};
         int refusals = 0;
 

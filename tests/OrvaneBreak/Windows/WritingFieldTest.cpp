@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "WritingField.h"
 
+#include "FrenchToolkit.h"
 #include "MessagesWindow.h"
 #include "ReportForm.h"
 #include "Support/TestProgram.h"
@@ -9,10 +10,12 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 
 #include <ctime>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +38,30 @@ class WritingFieldTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theContextMenuIsFrench()
+    {
+        FrenchToolkit french;
+        QApplication::installTranslator(&french);
+        WritingField field;
+        const std::unique_ptr<QMenu> menu(field.createStandardContextMenu());
+        QLineEdit line;
+        const std::unique_ptr<QMenu> menuOfLine(line.createStandardContextMenu());
+        for (const QMenu *each : {menu.get(), menuOfLine.get()}) {
+            QStringList texts;
+            for (const QAction *action : each->actions())
+                texts << action->text().section(u'\t', 0, 0).remove(u'&');
+            QCOMPARE(texts, (QStringList{u"Annuler"_s,
+                                         u"Rétablir"_s,
+                                         {},
+                                         u"Couper"_s,
+                                         u"Copier"_s,
+                                         u"Coller"_s,
+                                         u"Supprimer"_s,
+                                         {},
+                                         u"Tout sélectionner"_s}));
+        }
+    }
+
     void theTextIsExact()
     {
         WritingField field;

@@ -17,12 +17,18 @@ class FakePortalSettings : public QObject
 
 public:
     std::atomic<unsigned> scheme = 0;
+    std::atomic<unsigned> contrast = 0;
+    std::atomic<const char *> font = "";
+    std::atomic<const char *> fontOfKde = "";
 
 public Q_SLOTS:
     /// Portals wrap the value in two variants.
-    QDBusVariant Read(const QString & /*nameSpace*/, const QString & /*key*/)
+    QDBusVariant Read(const QString & /*nameSpace*/, const QString &key)
     {
-        return QDBusVariant(QVariant::fromValue(QDBusVariant(scheme.load())));
+        QVariant value(key == QStringLiteral("contrast") ? contrast.load() : scheme.load());
+        if (key == QStringLiteral("font-name"))
+            value = QString::fromLatin1(font.load());
+        return QDBusVariant(QVariant::fromValue(QDBusVariant(value)));
     }
 };
 

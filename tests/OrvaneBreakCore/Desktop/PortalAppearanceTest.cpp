@@ -3,6 +3,7 @@
 
 #include "FakePortal.h"
 #include "HouseStyle.h"
+#include "Palette.h"
 #include "Support/SessionBusDaemon.h"
 #include "Support/TestProgram.h"
 #include "Support/Widgets.h"
@@ -84,6 +85,45 @@ private Q_SLOTS:
         QTRY_VERIFY(isDark());
         portal.announce(appearance, colorScheme, 0U);
         QTRY_VERIFY(!isDark());
+    }
+
+    void highContrastIsBlackAndWhite()
+    {
+        FakePortal portal(m_daemon->address(), 1);
+        portal.object.contrast = 1;
+        const PortalAppearance program(bus());
+        QCOMPARE(QApplication::palette().window().color(), QColor(Qt::black));
+        QCOMPARE(tertiaryLabelColor().resolved(QApplication::palette()), QColor(Qt::white));
+        portal.announce(appearance, colorScheme, 2U);
+        QTRY_COMPARE(QApplication::palette().window().color(), QColor(Qt::white));
+        portal.announce(appearance, u"contrast"_s, 0U);
+        QTRY_COMPARE(QApplication::palette().window().color(), lightPalette().window().color());
+    }
+
+    void theFontIsTheDesktops_data()
+    {
+        QTest::addColumn<QByteArray>("font");
+        QTest::addColumn<QString>("family");
+        QTest::addColumn<double>("size");
+        QTest::newRow("GNOME") << QByteArray("DejaVu Serif Condensed 11.5") << u"DejaVu Serif Condensed"_s
+                               << 11.5;
+        QTest::newRow("KDE") << QByteArray("DejaVu Serif,10,-1,5,50,0,0,0,0,0") << u"DejaVu Serif"_s << 10.0;
+        QTest::newRow("a size too large") << QByteArray("DejaVu Serif 900") << u"DejaVu Serif"_s << 32.0;
+        QTest::newRow("no font") << QByteArray("x") << QApplication::font().family()
+                                 << QApplication::font().pointSizeF();
+    }
+
+    void theFontIsTheDesktops()
+    {
+        QFETCH(const QByteArray, font);
+        const QFont before = QApplication::font();
+        FakePortal portal(m_daemon->address(), 1);
+        portal.object.font = font.constData();
+        const PortalAppearance program(bus());
+        QTEST(systemFont(13, QFont::Normal).family(), "family");
+        QCOMPARE(systemFont(13, QFont::Normal).pixelSize(), 13);
+        QTEST(QApplication::font().pointSizeF(), "size");
+        QApplication::setFont(before);
     }
 
     void ignoresOtherSettings()

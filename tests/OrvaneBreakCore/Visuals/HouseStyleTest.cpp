@@ -100,7 +100,7 @@ private Q_SLOTS:
         const QColor window = palette.color(QPalette::Window);
         const QColor card = over(shade(palette, 0.05F), window);
         for (const AppearanceColor &text :
-             {labelColor(), secondaryLabelColor(), tertiaryLabelColor(), orvaneMauve()}) {
+             {labelColor(), secondaryLabelColor(), tertiaryLabelColor(), orvaneMauve(), accentColor()}) {
             QVERIFY(contrast(text.resolved(palette), window) >= 4.5);
             QVERIFY(contrast(text.resolved(palette), card) >= 4.5);
         }

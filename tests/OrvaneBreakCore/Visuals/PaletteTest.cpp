@@ -3,6 +3,7 @@
 
 #include "AccentButton.h"
 #include "AccentCheckBox.h"
+#include "HouseStyle.h"
 #include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 #include "SymbolButton.h"
@@ -122,6 +123,13 @@ private Q_SLOTS:
         }
         QVERIFY(quotaBadgeImage(3, 16, 2) != quotaBadgeImage(1, 16, 2));
         QVERIFY(quotaBadgeImage(12, 16, 2) != quotaBadgeImage(1, 16, 2));
+    }
+
+    void theBadgeFollowsTheAppearance()
+    {
+        QApplication::setPalette(darkPalette());
+        QVERIFY(isNear(quotaBadgeImage(1, 16, 1).pixelColor(2, 8), QColor(255, 69, 58)));
+        QApplication::setPalette(QPalette());
     }
 
     void textButtonBrightensUnderThePointer()

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -105,15 +106,78 @@ private Q_SLOTS:
         QVERIFY(!f.delegate.applicationShouldTerminateAfterLastWindowClosed());
     }
 
-    void withoutATrayTheWindowIsShown()
+    void withoutATrayTheWindowStandsInForTheEye()
     {
         ApplicationFixture f;
         f.preferences.setValue(u"OBMenuBarMode"_s, true);
         f.tray.isHosted = false;
         f.launch();
         QVERIFY(!f.window()->isVisible());
+        QVERIFY(f.presence.isAccessory);
+        f.presence.log.clear();
         f.runLoop.advance(10s);
         QVERIFY(f.window()->isVisible());
+        // In the task bar, and without a request for the keyboard.
+        QCOMPARE(f.presence.log, QStringList{u"regular"_s});
+        const auto *note = f.find<QLabel>(u"note"_s);
+        QVERIFY(note->isVisible());
+        QCOMPARE(note->text(), u"Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."_s);
+        QVERIFY(note->sizeHint().width() <= note->width());
+
+        f.window()->close();
+        QVERIFY(f.window()->isVisible() && f.window()->isMinimized());
+    }
+
+    void aLateTrayTakesOver()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.tray.isHosted = false;
+        f.launch();
+        f.runLoop.advance(10s);
+        f.tray.host();
+        QVERIFY(!f.window()->isVisible());
+        QVERIFY(f.presence.isAccessory);
+
+        f.tray.lose();
+        f.runLoop.advance(10s);
+        QVERIFY(!f.presence.isAccessory);
+        f.delegate.showMainWindow();
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        f.tray.host();
+        QVERIFY2(f.window()->isVisible(), "a window that the user has been in stays");
+        QVERIFY(f.find<QLabel>(u"note"_s)->isHidden());
+        QVERIFY(f.presence.isAccessory);
+    }
+
+    void withoutATrayAnOpenWindowGetsTheNoteAfterASwitch()
+    {
+        ApplicationFixture f;
+        f.tray.isHosted = false;
+        f.launch();
+        auto *box = f.find<QCheckBox>(u"menuBarCheckbox"_s);
+        box->click();
+        QVERIFY(f.presence.isAccessory);
+        f.runLoop.advance(10s);
+        QVERIFY(!f.presence.isAccessory);
+        QVERIFY(!f.find<QLabel>(u"note"_s)->isHidden());
+        box->click();
+        QVERIFY(f.find<QLabel>(u"note"_s)->isHidden());
+        f.window()->close();
+        QVERIFY(!f.window()->isVisible());
+    }
+
+    void withoutATrayTheAnswerToTheQuestionLeavesAWindow()
+    {
+        FirstLaunch f;
+        f.tray.isHosted = false;
+        answer(u"Dans la barre de menus"_s);
+        f.launch();
+        f.window()->close();
+        QVERIFY(!f.window()->isVisible());
+        f.runLoop.advance(10s);
+        QVERIFY(f.window()->isVisible());
+        QVERIFY(!f.presence.isAccessory);
     }
 
     void afterTheTrayIsLostTheWindowIsShown()
@@ -201,6 +265,26 @@ private Q_SLOTS:
         closed.launch();
         QCOMPARE(closed.preferences.stored.value("OBMenuBarMode"_L1), QJsonValue(false));
         QCOMPARE(closed.tray.itemsEverMade, 0);
+    }
+
+    void endingDuringTheQuestionStoresNoAnswer()
+    {
+        FirstLaunch f;
+        QTimer::singleShot(0, &f.delegate, [&f] { f.delegate.applicationDidFinishLaunching(); });
+        whenAsked([&f](const QMessageBox &) { f.delegate.terminate(); });
+        QApplication::exec();
+        QVERIFY(!f.preferences.stored.contains(u"OBMenuBarMode"_s));
+    }
+
+    void aLaunchInTheMenuBarShowsNoWindow()
+    {
+        ApplicationFixture f;
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        f.launch();
+        f.delegate.showLaunchedWindow();
+        QVERIFY(!f.window()->isVisible());
+        f.delegate.showMainWindow();
+        QVERIFY(f.window()->isVisible());
     }
 
     void switchingToTheMenuBarWhileRemindersAreOn()

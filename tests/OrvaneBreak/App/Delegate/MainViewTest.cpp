@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "BreakSettings.h"
+#include "MainWindow.h"
 #include "Palette.h"
 #include "Support/ApplicationFixture.h"
 #include "Support/TestProgram.h"
 #include "Support/Widgets.h"
 
 #include <QApplication>
+#include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -118,6 +123,45 @@ private Q_SLOTS:
         f.delegate.showSettings();
         QTest::keyClick(f.window(), Qt::Key_Return);
         QVERIFY(!f.engine.isActive());
+    }
+
+    void returnPressesTheButtonThatShowsTheFocus()
+    {
+        ApplicationFixture f;
+        f.launch();
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        f.find<QPushButton>(u"messagesButton"_s)->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), f.find<QWidget>(u"settingsButton"_s));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QVERIFY(f.find<QWidget>(u"settingsView"_s)->isVisible());
+        QVERIFY(!f.engine.isActive());
+    }
+
+    void theFocusFollowsThePage()
+    {
+        ApplicationFixture f;
+        f.launch();
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        f.delegate.showSettings();
+        QCOMPARE(QApplication::focusWidget(), f.find<QWidget>(u"backButton"_s));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QVERIFY(f.find<QWidget>(u"mainView"_s)->isVisible());
+        QCOMPARE(QApplication::focusWidget(), f.find<QWidget>(u"settingsButton"_s));
+    }
+
+    void thePageScrollsOnAScreenThatIsTooLow()
+    {
+        MainWindow window(std::make_unique<QMenuBar>(), {430, 2000});
+        auto *page = new QWidget;
+        window.addPage(page);
+        window.show();
+        const QRect room = window.screen()->availableGeometry();
+        QVERIFY(window.height() < room.height());
+        auto *scroll = window.findChild<QScrollArea *>();
+        scroll->verticalScrollBar()->setValue(scroll->verticalScrollBar()->maximum());
+        const QPoint bottom = page->mapTo(&window, page->rect().bottomRight());
+        QVERIFY2(window.rect().contains(bottom), "the last row can be scrolled to, beside the bar");
     }
 
     void clickOnTheBadgeIsAClickOnTheEnvelope()

@@ -120,6 +120,47 @@ private Q_SLOTS:
         QCOMPARE(entry(mainMenu(1), text).shortcut(), keys);
     }
 
+    void shortcutsWorkInEveryWindow()
+    {
+        ApplicationFixture f;
+        f.launch();
+        f.delegate.showMessages();
+        QWidget *messages = f.window(u"messagesWindow"_s);
+        QVERIFY(QTest::qWaitForWindowActive(messages));
+        QTest::keyClick(messages, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!messages->isVisible());
+        f.delegate.reportProblemPressed();
+        QWidget *form = QApplication::activeModalWidget();
+        QVERIFY(form && QTest::qWaitForWindowActive(form));
+        bool hasQuit = false;
+        connect(&entry(mainMenu(0), u"Quitter OrvaneBreak"_s), &QAction::triggered, form,
+                [&hasQuit] { hasQuit = true; });
+        QTest::keyClick(form, Qt::Key_Q, Qt::ControlModifier);
+        QVERIFY(hasQuit);
+        QTest::keyClick(form, Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!QApplication::activeModalWidget());
+    }
+
+    void inTheMenuBarTheWindowHasShortcutsOnly()
+    {
+        InMenuBar f;
+        f.delegate.showMainWindow();
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        QVERIFY(!f.window()->findChild<QMenuBar *>()->isVisible());
+        QTest::keyClick(f.window(), Qt::Key_W, Qt::ControlModifier);
+        QVERIFY(!f.window()->isVisible());
+    }
+
+    void f10OpensTheMenu()
+    {
+        ApplicationFixture f;
+        f.launch();
+        QVERIFY(QTest::qWaitForWindowActive(f.window()));
+        QTest::keyClick(f.window(), Qt::Key_F10);
+        QCOMPARE(QApplication::activePopupWidget(), &mainMenu(0));
+        QApplication::activePopupWidget()->close();
+    }
+
     void statusMenu()
     {
         InMenuBar f;

@@ -14,6 +14,13 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
+namespace {
+
+/// Milliseconds after which a dialog that comes by itself takes keys.
+constexpr int afterEarlyKeys = 1100;
+
+} // namespace
+
 /// Messages from the makers and replies, with the real windows and without a network.
 class MessagesTest : public QObject
 {
@@ -60,8 +67,47 @@ private Q_SLOTS:
     {
         Launched f;
         f.deliver(7, u"Bonjour"_s);
+        QTest::qWait(afterEarlyKeys);
         QTest::keyClick(f.dialog(), Qt::Key_Escape);
         QVERIFY(f.channel.messageHistory().size() == 1);
+    }
+
+    void aMessageIsNotAnsweredByWhatIsBeingTyped()
+    {
+        Launched f;
+        f.deliver(7, u"Bonjour"_s);
+        const auto type = [&f](QTest::KeyAction action, bool isRepeat = false) {
+            const QEvent::Type type = action == QTest::Press ? QEvent::KeyPress : QEvent::KeyRelease;
+            QKeyEvent event(type, Qt::Key_Space, {}, u" "_s, isRepeat);
+            QCoreApplication::sendEvent(f.dialog()->findChild<QPushButton *>(), &event);
+        };
+        type(QTest::Press);
+        QTest::qWait(afterEarlyKeys);
+        type(QTest::Press, true);
+        type(QTest::Release);
+        QVERIFY(f.dialog());
+        type(QTest::Press);
+        type(QTest::Release);
+        QVERIFY(!f.dialog());
+    }
+
+    void aMinimisedWindowIsNotVisible()
+    {
+        Launched f;
+        f.window()->showMinimized();
+        f.deliver(7, u"Bonjour"_s);
+        QVERIFY(!f.dialog());
+        QVERIFY(f.hasBadges());
+    }
+
+    void aMessageWaitsForTheEndOfAForm()
+    {
+        Launched f;
+        f.delegate.reportProblemPressed();
+        f.deliver(7, u"Bonjour"_s);
+        QVERIFY(f.dialogText().startsWith(u"Signaler"_s));
+        f.press(u"alertCancel"_s);
+        QCOMPARE(f.dialogText(), u"Message de Orvane Labs / Bonjour"_s);
     }
 
     void duringABreakAMessageWaitsForTheNextCheckIn()

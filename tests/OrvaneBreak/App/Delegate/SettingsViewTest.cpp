@@ -11,7 +11,9 @@
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyleOptionComboBox>
 #include <QTest>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -100,10 +102,30 @@ private Q_SLOTS:
             QVERIFY2(page->rect().contains(control->geometry()), name.constData());
             const bool isFrameGiven = name == "backButton" || name == "separator";
             QVERIFY2(isFrameGiven || control->width() >= control->sizeHint().width(), name.constData());
+            if (const auto *popUp = qobject_cast<const QComboBox *>(control)) {
+                QStyleOptionComboBox option;
+                option.initFrom(popUp);
+                const int room =
+                    popUp->style()
+                        ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, popUp)
+                        .width();
+                QVERIFY2(popUp->fontMetrics().horizontalAdvance(popUp->currentText()) <= room,
+                         name.constData());
+            }
             for (const QWidget *other : controls)
                 QVERIFY2(other == control || !other->geometry().intersects(control->geometry()),
                          name.constData());
         }
+    }
+
+    void boxesOfACardAreAlike()
+    {
+        const WideFont font(130);
+        OnSettings f;
+        QSet<int> sizes;
+        for (const QString &name : {u"autoUpdatesCheckbox"_s, u"menuBarCheckbox"_s, u"loginCheckbox"_s})
+            sizes.insert(f.find<QCheckBox>(name)->font().pixelSize());
+        QCOMPARE(sizes.size(), 1);
     }
 
     void popUpsShowTheSettings()
@@ -223,6 +245,36 @@ private Q_SLOTS:
         f.loginItem.onRefused();
         QVERIFY(!box->isChecked());
         QVERIFY(!f.loginItem.isOn);
+    }
+
+    void theWheelLeavesThePopUps()
+    {
+        OnSettings f;
+        auto *popUp = f.find<QComboBox>(u"intervalPopUp"_s);
+        QWheelEvent wheel(popUp->rect().center(), popUp->mapToGlobal(popUp->rect().center()), {}, {0, -120},
+                          {}, {}, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(popUp, &wheel);
+        QCOMPARE(popUp->currentText(), u"20 minutes"_s);
+    }
+
+    void whatOthersStoreIsShown()
+    {
+        OnSettings f;
+        f.preferences.setValue(u"OBIntervalMinutes"_s, 45);
+        f.preferences.setValue(u"OBPauseSeconds"_s, 60);
+        f.preferences.setValue(u"OBSoundEnabled"_s, true);
+        f.preferences.setValue(u"OBMenuBarMode"_s, true);
+        // As when the user returns from an editor.
+        QEvent activation(QEvent::WindowActivate);
+        QCoreApplication::sendEvent(f.window(), &activation);
+        QCOMPARE(f.find<QComboBox>(u"intervalPopUp"_s)->currentText(), u"45 minutes"_s);
+        QCOMPARE(f.find<QComboBox>(u"pausePopUp"_s)->currentData().toInt(), 60);
+        QVERIFY(f.find<QCheckBox>(u"soundCheckbox"_s)->isChecked());
+        QVERIFY(f.find<QCheckBox>(u"menuBarCheckbox"_s)->isChecked());
+        QCOMPARE(f.tray.items, 1);
+        f.preferences.setValue(u"OBMenuBarMode"_s, false);
+        f.engine.start();
+        QCOMPARE(f.tray.items, 0);
     }
 
     void versionIsAQuestionMarkIfUnknown()
