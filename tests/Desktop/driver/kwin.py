@@ -1,25 +1,28 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with waybar as panel."""
+"""A desktop with layer surfaces: KWin on Wayland, in full-screen windows of another compositor."""
 
+import io
 import json
-import os
 import shutil
 
 import dbus
 from PIL import Image
 
 from . import desktop_files
+from .layer_shell import LayerShellBed
 from .waiting import comes_true, wait_until
-from .wayland import ProtocolHands, WaylandBed
+from .wlroots import HEADLESS
 
-_SCREENSHOT = "org.kde.KWin.ScreenShot2"
+#: The socket of the compositor that shows KWin's monitors.
+_HOST = "wayland-1"
+_HOST_OUTPUTS = {"WL-0": "HEADLESS-1", "WL-1": "HEADLESS-2"}
 
 
-class KWinBed(WaylandBed):
-    """Virtual-0 with the panel at its bottom, and Virtual-1 right of it."""
+class KWinBed(LayerShellBed):
+    """WL-0 with the panel at its bottom, and WL-1 right of it."""
 
     name = "wayland-kwin"
-    required_programs = ("kwin_wayland", "kscreen-doctor", "swaybg", "waybar")
+    required_programs = ("kwin_wayland", "kscreen-doctor", "sway", "grim", *LayerShellBed.dress_programs)
     sizes = ((1280, 720), (1280, 720))
     socket = "wayland-kwin"
 
@@ -39,36 +42,27 @@ class KWinBed(WaylandBed):
         shutil.copyfile(shutil.which("kwin_wayland"), program)
         program.chmod(0o755)
         width, height = self.sizes[0]
+        self._start_host(width, height)
         self._run_compositor(
-            [program, "--virtual", "--width", width, "--height", height, "--output-count", len(self.sizes),
+            [program, "--wayland-display", _HOST, "--width", width, "--height", height, "--output-count", len(self.sizes),
              "--no-lockscreen", "--no-global-shortcuts", "--socket", self.socket],
-            {"KWIN_COMPOSE": "O2", "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1",
-             "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS": "1"},
+            {"KWIN_COMPOSE": "Q", "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1"},
             (self.home / "runtime" / self.socket).exists)
         self._bus = dbus.bus.BusConnection(self._bus_address)
         self._bus.set_exit_on_disconnect(False)
         wait_until(lambda: self._bus.name_has_owner("org.kde.KWin"), "the compositor on the bus", 20)
 
+    def _start_host(self, width, height):
+        windows = "".join(desktop_files.HOST_WINDOW.format(inner=inner, outer=outer, width=width, height=height, x=index * width)
+                          for index, (inner, outer) in enumerate(_HOST_OUTPUTS.items()))
+        config = self.write("host.conf", desktop_files.HOST.format(windows=windows))
+        self.run(["sway", "-c", config], HEADLESS)
+        wait_until((self.home / "runtime" / _HOST).exists, "the compositor that shows the monitors")
+
     def end(self):
         if self._bus:
             self._bus.close()
         super().end()
-
-    def _start_hands(self):
-        self._hands = ProtocolHands(self, self._helpers / "wayland-hands")
-
-    def _dress(self):
-        outputs = self.outputs()
-        colours = [word for output, colour in zip(outputs, self.wallpaper_colours)
-                   for word in ("-o", output.name, "-c", "#%02x%02x%02x" % colour)]
-        self.run(["swaybg", *colours])
-        config = self.write("waybar.json", json.dumps({**desktop_files.WAYBAR, "output": [outputs[0].name]}))
-        self.run(["waybar", "-c", config, "-s", self.write("waybar.css", desktop_files.WAYBAR_STYLE)])
-        places = [(output.x + 5, output.y + 5) for output in outputs]
-        wait_until(lambda: [self.picture().getpixel(place) for place in places] == list(self.wallpaper_colours),
-                   "the wallpapers")
-        place = (outputs[0].width // 2, outputs[0].box[3] - 5)
-        wait_until(lambda: self.picture().getpixel(place) == self.panel_colour, "the panel", 20)
 
     def _monitors(self):
         """The query is slow, so its answer is cached until something changes."""
@@ -122,38 +116,7 @@ class KWinBed(WaylandBed):
         wait_until(is_so, f"{name} as a mirror")
 
     def _picture_of(self, output):
-        """Retries, because the compositor takes no screenshots while monitors change."""
-        taken = []
-
-        def is_taken():
-            try:
-                taken.append(self._capture(output))
-            except dbus.DBusException as problem:
-                taken.append(problem)
-            return isinstance(taken[-1], Image.Image)
-        if not comes_true(is_taken, 5):
-            raise taken[-1]
-        return taken[-1]
-
-    def _capture(self, output):
-        service = dbus.Interface(self._bus.get_object("org.kde.KWin", "/org/kde/KWin/ScreenShot2", introspect=False),
-                                 _SCREENSHOT)
-        reading, writing = os.pipe()
-        with os.fdopen(reading, "rb") as stream:
-            try:
-                facts = service.CaptureScreen(output.name, dbus.Dictionary({"native-resolution": True}, signature="sv"),
-                                              dbus.types.UnixFd(writing), signature="sa{sv}h", timeout=10)
-            finally:
-                os.close(writing)
-            data = stream.read()
-        size = (int(facts["width"]), int(facts["height"]))
-        return Image.frombytes("RGB", size, data, "raw", "BGRX", int(facts["stride"]))
-
-    def _move(self, x, y):
-        self._hands.do("move", x, y, 0, 0)
-
-    def _button(self, code, is_down):
-        self._hands.do("button", code, int(is_down))
-
-    def _key(self, code, is_down):
-        self._hands.do("key", code, int(is_down))
+        """The host's picture, because the compositor takes screenshots only with a graphics card."""
+        window = _HOST_OUTPUTS[output.name]
+        data = self._call(["env", f"WAYLAND_DISPLAY={_HOST}", "grim", "-t", "ppm", "-o", window, "-"], text=False)
+        return Image.open(io.BytesIO(data)).convert("RGB")

@@ -3,6 +3,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -104,6 +105,11 @@ class SessionBed(Bed):
         """Gives a file or a folder to the bed's user."""
         if self._as_account():
             shutil.chown(path, self.account, self.account)
+
+    def _version_of(self, program):
+        """The program's name and the version that it prints."""
+        found = re.search(r"\d+(\.\d+)+", self._call([program, "--version"]))
+        return f"{program} {found[0] if found else ''}".strip()
 
     def _call(self, arguments, timeout=20, **options):
         """Runs a short command on the desktop; returns its output, even if it failed."""

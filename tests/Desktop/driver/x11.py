@@ -61,6 +61,9 @@ class X11Bed(SessionBed):
             self.panel_process = self.run(["xfce4-panel", "--disable-wm-check"])
             wait_until(self._panel_is_up, "the panel", 20)
 
+    def version(self):
+        return self._version_of(self.window_manager) if self.window_manager else "none"
+
     def environment(self):
         return {**super().environment(), "DISPLAY": self._display or "", "GSETTINGS_BACKEND": "memory"}
 
