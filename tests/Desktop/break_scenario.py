@@ -94,6 +94,8 @@ def hotplug(desk, report):
 
 BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
         "x11-i3": (managed("i3"), Desk, everyday), "x11-bare": (X11Bed, Desk, everyday),
+        "x11-marco": (lambda: X11Bed("marco", compositor="own", panel=True), Desk, everyday),
+        "x11-muffin": (lambda: X11Bed("muffin", compositor="own", panel=True), Desk, everyday),
         "x11-hotplug": (lambda: XorgDummyBed("xfwm4", compositor="own"), Desk, hotplug),
         "x11-trays": (lambda: X11Bed("openbox", panel=True, panel_options={"tray": True}), Desk, trays),
         "x11-application": (managed("openbox"), ApplicationDesk, application)}
