@@ -12,7 +12,8 @@ import time
 
 from driver.bed import CannotStart
 from driver.gnome import GnomeBed
-from driver.kwin import KWinBed
+from driver.hosted_kwin import HostedKWinBed
+from driver.kwin import KWinBed, kwin_version
 from driver.wlroots_desktops import LabwcBed, SwayBed, WayfireBed
 from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
@@ -33,7 +34,14 @@ def managed(window_manager):
     return lambda: X11Bed(window_manager, compositor=True, panel=True)
 
 
-WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, LabwcBed, WayfireBed, KWinBed, GnomeBed)}
+
+def kwin(helpers):
+    """KWin 5 has virtual monitors with OpenGL, KWin 6 only where there is a graphics card."""
+    return (KWinBed if kwin_version().startswith("5.") else HostedKWinBed)(helpers)
+
+
+WAYLAND_BEDS = {SwayBed.name: SwayBed, LabwcBed.name: LabwcBed, WayfireBed.name: WayfireBed, KWinBed.name: kwin,
+                GnomeBed.name: GnomeBed}
 
 
 def everyday(desk, report):

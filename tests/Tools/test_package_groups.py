@@ -49,7 +49,7 @@ _CHOOSING = ROOT / "tests/Desktop/break_scenario.py"
 
 #: Used only when Wayland desktops are requested.
 _WAYLAND = {ROOT / "tests/Desktop/driver" / f"{name}.py" for name in (
-    "gnome", "kwin", "layer_shell", "wayland", "wayland_locker", "wlroots", "wlroots_desktops")}
+    "gnome", "hosted_kwin", "kwin", "layer_shell", "wayland", "wayland_locker", "wlroots", "wlroots_desktops")}
 
 
 def table():

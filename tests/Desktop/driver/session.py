@@ -15,6 +15,12 @@ from .children import Children
 _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
 
 
+def version_in(text):
+    """The first version number in a text, or a question mark."""
+    found = re.search(r"\d+(\.\d+)+", text)
+    return found[0] if found else "?"
+
+
 class SessionBed(Bed):
     """A bed with the folders, the bus and the processes of one user. When the tests run as root, everything runs as the user
     `account`, or as root if that is None."""
@@ -108,8 +114,7 @@ class SessionBed(Bed):
 
     def _version_of(self, program):
         """The program's name and the version that it prints."""
-        found = re.search(r"\d+(\.\d+)+", self._call([program, "--version"]))
-        return f"{program} {found[0] if found else ''}".strip()
+        return f"{pathlib.Path(program).name} {version_in(self._call([program, '--version']))}"
 
     def _call(self, arguments, timeout=20, **options):
         """Runs a short command on the desktop; returns its output, even if it failed."""

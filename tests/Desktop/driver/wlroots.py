@@ -60,10 +60,10 @@ class WlrootsBed(LayerShellBed):
         self.write("icons/default/cursors/default", "").write_bytes(_INVISIBLE_POINTER)
         self._run_compositor([self.required_programs[0], *self._arguments()], {**HEADLESS, **self.own_environment},
                              self._finds_socket)
-        # A compositor may show its monitors after its socket.
-        wait_until(lambda: len(self._monitors()) == len(self.sizes), "the monitors")
-        self._arrange(*((name, "--custom-mode", f"{size[0]}x{size[1]}", "--pos", f"{x},0") for name, size, x in zip(
-            _NAMES, self.sizes, (0, self.sizes[0][0]))))
+        # A compositor may offer its monitors after its socket, and may leave them off.
+        wait_until(lambda: all(name in self._call(["wlr-randr"]) for name in _NAMES), "the monitors")
+        self._arrange(*((name, "--on", "--custom-mode", f"{width}x{height}", "--pos", f"{x},0")
+                        for name, (width, height), x in zip(_NAMES, self.sizes, (0, self.sizes[0][0]))))
         wait_until(lambda: tuple(monitor["size"] for monitor in self._monitors()) == self.sizes, "the monitors' sizes")
 
     def _arguments(self):
