@@ -114,8 +114,8 @@ def everyday_on_wayland(desk, report, helpers):
     report.run(wayland_break_part.starting, desk, report)
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.held_escape, wayland_break_part.pointer,
                  wayland_break_part.button, wayland_break_part.lasting, wayland_change_part.scales, wayland_change_part.turned,
-                 wayland_change_part.mirrored, wayland_change_part.unplugging, wayland_others_part.opened_window,
-                 wayland_others_part.open_menu, wayland_lock_part.lockers, wayland_others_part.sudden_unplugging):
+                 wayland_change_part.mirrored, wayland_change_part.unplugging, wayland_others_part.open_menu,
+                 wayland_lock_part.lockers, wayland_others_part.sudden_unplugging):
         _run_on_wayland(desk, report, True, part)
     _run_on_wayland(desk, report, False, wayland_change_part.idle, helpers)
     for part in (wayland_change_part.signals, wayland_change_part.compositor_killed):

@@ -33,11 +33,6 @@ class HostedKWinBed(KWinBed):
         wait_until((self.home / "runtime" / _HOST).exists, "the compositor that shows the monitors")
         return ["--wayland-display", _HOST]
 
-    def unplug(self, name):
-        if len(self._monitors()) == 1:
-            raise NotPossibleHere("KWin keeps its last monitor")
-        super().unplug(name)
-
     def set_scale(self, name, scale):
         raise NotPossibleHere("KWin 6 without a graphics card paints scaled monitors wrongly")
 

@@ -12,6 +12,7 @@ import dbus
 from PIL import Image
 
 from . import desktop_files
+from .bed import NotPossibleHere
 from .layer_shell import LayerShellBed
 from .session import version_in
 from .waiting import comes_true, wait_until
@@ -104,6 +105,8 @@ class KWinBed(LayerShellBed):
         comes_true(lambda: self._has(name), 5)
 
     def unplug(self, name):
+        if len(self._monitors()) == 1:
+            raise NotPossibleHere("KWin keeps its last monitor")
         self._configure(f"output.{name}.disable")
         wait_until(lambda: not self._has(name), f"{name} switched off")
 

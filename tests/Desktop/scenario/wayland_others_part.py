@@ -10,19 +10,6 @@ from .desk import BREAK_NOW
 _MOMENTS = (0, 0.02, 0.05, 0.1)
 
 
-def opened_window(desk, report):
-    """A window that another program opens during a break."""
-    desk.begin_break()
-    window = desk.probe.window("Other", (0, 160, 80), (30, 60, 280, 200))
-    comes_true(window.has_focus, 1)
-    desk.bed.type("xyz")
-    report.promise("keys during a break reach no window that opens in it", not window.keys(), window.keys())
-    report.promise("a window that opens during a break is covered", all(desk.parts()), desk.parts())
-    desk.bed.press("Escape")
-    report.promise("Escape ends a break in which a window opened", comes_true(lambda: not desk.overlays(), 2))
-    window.close()
-
-
 def open_menu(desk, report):
     """A menu of another program that is open when a break begins."""
     window = desk.other_window()
