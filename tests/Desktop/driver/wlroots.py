@@ -32,8 +32,8 @@ def _described(text):
     size = mode = tuple(map(int, found["size"].groups()))
     size = size[::-1] if found["turn"][1].endswith(("90", "270")) else size
     scale = float(found["scale"][1])
-    return {"name": text.split()[0], "scale": scale, "size": size, "mode": "{}x{}".format(*mode), "corner": tuple(map(int, found["corner"].groups())),
-            "extent": tuple(int(side / scale) for side in size)}
+    return {"name": text.split()[0], "scale": scale, "size": size, "mode": "{}x{}".format(*mode),
+            "corner": tuple(map(int, found["corner"].groups())), "extent": tuple(int(side / scale) for side in size)}
 
 
 class WlrootsBed(LayerShellBed):

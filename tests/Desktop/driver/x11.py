@@ -21,9 +21,9 @@ _COMPOSITING = {"marco": ["--composite"], "muffin": []}
 
 
 class X11Bed(SessionBed):
-    """Xvfb with two monitors; optionally a window manager (openbox, xfwm4, i3, marco, muffin), a compositor (picom, or with "own"
-    the window manager's) and a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless a
-    picture is given."""
+    """Xvfb with two monitors; optionally a window manager (openbox, xfwm4, i3, marco, muffin), a compositor (picom, or with
+    "own" the window manager's) and a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless
+    a picture is given."""
 
     #: The panel's first row on the first monitor and the row below its last; negative numbers count from the bottom,
     #: None is the bottom.

@@ -46,10 +46,19 @@ def _in_a_changed_layout(desk, report, text, change, change_back):
         check_layout(desk, report, desk.parts())
         report.promise(text, True)
         watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs()), _SETTLED_SECONDS)
-        report.promise(cover, not watched.bare_parts, watched)
+        if watched.bare_parts and all(map(_is_fraction, watched.bare_parts)):
+            report.not_possible(cover, f"the fraction of a pixel at the edge belongs to no program: {watched}")
+        else:
+            report.promise(cover, not watched.bare_parts, watched)
         desk.end_break()
     finally:
         change_back()
+
+
+def _is_fraction(part):
+    """Whether the part is one column or one row, as some compositors leave where a scaled monitor has no whole size."""
+    left, top, right, bottom = part.box
+    return min(right - left, bottom - top) == 1
 
 
 def mirrored(desk, report):
