@@ -10,8 +10,6 @@
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 

@@ -3,8 +3,10 @@
 // keyboard when the window has it. Prints a line for everything that happens to it. Usage: field-window TITLE
 // RRGGBB X,Y,WIDTH,HEIGHT [full-screen]
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPainter>
 #include <QScreen>
 #include <QWidget>
@@ -45,6 +47,15 @@ protected:
     }
 
     void mousePressEvent(QMouseEvent * /*event*/) override { say(u"click"_s); }
+
+    void contextMenuEvent(QContextMenuEvent *event) override
+    {
+        auto *menu = new QMenu(this);
+        menu->addAction(u"Entry"_s);
+        connect(menu, &QMenu::aboutToHide, this, [] { say(u"menu closed"_s); });
+        menu->popup(event->globalPos());
+        say(u"menu open"_s);
+    }
 
     void paintEvent(QPaintEvent * /*event*/) override
     {

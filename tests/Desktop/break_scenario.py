@@ -12,15 +12,17 @@ import time
 
 from driver.bed import CannotStart
 from driver.gnome import GnomeBed
-from driver.kwin import KWinBed
-from driver.sway import SwayBed
+from driver.hosted_kwin import HostedKWinBed
+from driver.kwin import KWinBed, kwin_version
+from driver.wlroots_desktops import LabwcBed, SwayBed, WayfireBed
 from driver.x11 import X11Bed
 from driver.xorg_dummy import XorgDummyBed
 from driver.tray import Tray
 from scenario import (accessibility_part, diagnostics_part, ending_part, first_launch_part, hotplug_part,
                       input_part, keyboard_part, look_part, modes_part, pace_part, panel_part, pause_part, service_part,
                       session_part, shell_part, sound_part, stacking_part, switches_part, tray_part, trouble_part,
-                      wayland_break_part, wayland_change_part, wayland_keyboard_part)
+                       wayland_break_part, wayland_change_part, wayland_keyboard_part, wayland_lock_part,
+                       wayland_others_part)
 from scenario.application_desk import ApplicationDesk
 from scenario.desk import Desk
 from scenario.promises import Report, read_json, summary, table, write_json
@@ -33,7 +35,14 @@ def managed(window_manager):
     return lambda: X11Bed(window_manager, compositor=True, panel=True)
 
 
-WAYLAND_BEDS = {bed.name: bed for bed in (SwayBed, KWinBed, GnomeBed)}
+
+def kwin(helpers):
+    """KWin 5 has virtual monitors with OpenGL, KWin 6 only where there is a graphics card."""
+    return (KWinBed if kwin_version().startswith("5.") else HostedKWinBed)(helpers)
+
+
+WAYLAND_BEDS = {SwayBed.name: SwayBed, LabwcBed.name: LabwcBed, WayfireBed.name: WayfireBed, KWinBed.name: kwin,
+                GnomeBed.name: GnomeBed}
 
 
 def everyday(desk, report):
@@ -94,6 +103,8 @@ def hotplug(desk, report):
 
 BEDS = {"x11-openbox": (managed("openbox"), Desk, everyday), "x11-xfwm4": (managed("xfwm4"), Desk, everyday),
         "x11-i3": (managed("i3"), Desk, everyday), "x11-bare": (X11Bed, Desk, everyday),
+        "x11-marco": (lambda: X11Bed("marco", compositor="own", panel=True), Desk, everyday),
+        "x11-muffin": (lambda: X11Bed("muffin", compositor="own", panel=True), Desk, everyday),
         "x11-hotplug": (lambda: XorgDummyBed("xfwm4", compositor="own"), Desk, hotplug),
         "x11-trays": (lambda: X11Bed("openbox", panel=True, panel_options={"tray": True}), Desk, trays),
         "x11-application": (managed("openbox"), ApplicationDesk, application)}
@@ -105,14 +116,24 @@ def everyday_on_wayland(desk, report, helpers):
     for part in (look_part.cover, wayland_break_part.keyboard, wayland_break_part.held_escape, wayland_break_part.pointer,
                  wayland_break_part.button, wayland_break_part.lasting, wayland_keyboard_part.late_window,
                  wayland_keyboard_part.overview, wayland_keyboard_part.menu, wayland_change_part.scales, wayland_change_part.turned,
-                 wayland_change_part.mirrored, wayland_change_part.unplugging):
-        desk.clean_up(program_runs=True)
-        report.run(part, desk, report)
-    desk.clean_up(program_runs=False)
-    report.run(wayland_change_part.idle, desk, report, helpers)
+                 wayland_change_part.mirrored, wayland_change_part.unplugging, wayland_others_part.open_menu,
+                 wayland_lock_part.lockers, wayland_others_part.sudden_unplugging):
+        _run_on_wayland(desk, report, True, part)
+    _run_on_wayland(desk, report, False, wayland_change_part.idle, helpers)
     for part in (wayland_change_part.signals, wayland_change_part.compositor_killed):
-        desk.clean_up(program_runs=False)
-        report.run(part, desk, report)
+        _run_on_wayland(desk, report, False, part)
+
+
+def _run_on_wayland(desk, report, program_runs, part, *more):
+    """Runs one part after a clean-up, unless the compositor has died."""
+    if report.promise("the compositor runs on", desk.bed.server.poll() is None, f"dead before: {part.__doc__}"):
+        report.run(_clean_up, desk, program_runs)
+        report.run(part, desk, report, *more)
+
+
+def _clean_up(desk, program_runs):
+    """Getting ready for the next part."""
+    desk.clean_up(program_runs=program_runs)
 
 
 def try_on_wayland(name, program, helpers, pictures):
@@ -120,7 +141,8 @@ def try_on_wayland(name, program, helpers, pictures):
     report = Report(name)
     began = time.monotonic()
     with WAYLAND_BEDS[name](helpers) as bed:
-        print(f"{name}: startup: {time.monotonic() - began:.1f} s", flush=True)
+        report.version = bed.version()
+        print(f"{name}: {report.version}, startup: {time.monotonic() - began:.1f} s", flush=True)
         everyday_on_wayland(WaylandDesk(bed, program, helpers, pictures), report, helpers)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
     return report
@@ -131,6 +153,7 @@ def try_on(name, program, helpers, pictures):
     report = Report(name)
     make_bed, make_desk, scenario = BEDS[name]
     with make_bed() as bed:
+        report.version = bed.version()
         scenario(make_desk(bed, program, helpers, pictures), report)
     report.promise("the desktop ends with all its processes", not bed.leftovers(), bed.leftovers())
     return report

@@ -24,7 +24,7 @@ _GROUPS = {
     "tools/measure-coverage": ["build", "test", "coverage", "desktops"], "tools/package-debian": ["build", "release"],
     "tools/portraits": ["build", "test"], "tools/release": ["build", "release"],
     "tools/run-with-makers-server": ["build", "makers-server"], "tools/side-by-side": ["tour"],
-    "tools/tour": ["tour"], "tools/try-on": ["bare"], "tools/where-it-crashed": ["release"]}
+    "tools/tour": ["tour"], "tools/try-desktops": ["build", "desktops"], "tools/try-on": ["bare"], "tools/where-it-crashed": ["release"]}
 
 #: Programs of packages that every Debian system has, Essential or of the priority "required".
 _EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock grep id ldd ln
@@ -48,7 +48,8 @@ _CHOSEN = {"i3", "i3-msg", "xfwm4"}
 _CHOOSING = ROOT / "tests/Desktop/break_scenario.py"
 
 #: Used only when Wayland desktops are requested.
-_WAYLAND = {ROOT / "tests/Desktop/driver" / f"{name}.py" for name in ("gnome", "kwin", "sway", "wayland")}
+_WAYLAND = {ROOT / "tests/Desktop/driver" / f"{name}.py" for name in (
+    "gnome", "hosted_kwin", "kwin", "layer_shell", "wayland", "wayland_locker", "wlroots", "wlroots_desktops")}
 
 
 def table():

@@ -65,6 +65,10 @@ class Bed(abc.ABC):
         """Ends every process of the desktop and removes its folders, also after a start that failed."""
 
     @abc.abstractmethod
+    def version(self):
+        """The desktop's name and version."""
+
+    @abc.abstractmethod
     def environment(self):
         """The environment of the programs on this desktop."""
 
@@ -136,9 +140,9 @@ class Bed(abc.ABC):
         """Undoes `turn`."""
         raise NotPossibleHere(f"{self.name} cannot turn monitors here")
 
-    def lock(self):
-        """Locks the screen."""
-        raise NotPossibleHere(f"{self.name} has no screen locker")
+    def require_lock_protocol(self):
+        """Raises NotPossibleHere if any program may not lock the screen."""
+        raise NotPossibleHere(f"{self.name} has only its own screen locker")
 
     def open_own(self, name):
         """Opens what the desktop itself shows over everything: its "overview" or its "menu"."""

@@ -50,36 +50,44 @@ workspace 3 output {second}
 
 SWAY = """xwayland disable
 focus_follows_mouse no
-seat * hide_cursor 100
 default_border none
 default_floating_border none
-{outputs}
 for_window [title="Other"] floating enable, move absolute position 30 60, focus
-bar {{
-    output {panel}
-    position bottom
-    height {height}
-    tray_output none
-    font sans 10
-    status_command while echo working day; do sleep 3600; done
-    colors {{
-        background #e6e6eb
-        statusline #202020
-        focused_workspace #c0c0c8 #c0c0c8 #202020
-        inactive_workspace #c0c0c8 #c0c0c8 #202020
-    }}
-}}
+for_window [title="Full"] focus
 """
-SWAY_OUTPUT = """output {name} resolution {width}x{height} position {x} {y} bg {colour} solid_color
-workspace {number} output {name}
+
+#: For a compositor that only shows another one.
+HOST = """xwayland disable
+{windows}"""
+HOST_WINDOW = """output {outer} resolution {width}x{height} position {x} 0
+for_window [title="{inner}"] move container to output {outer}, fullscreen enable
+"""
+
+LABWC = """<?xml version="1.0"?>
+<labwc_config>
+  <mouse><context name="Client"><mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+  </context></mouse>
+  <windowRules><windowRule title="Other" serverDecoration="no"><action name="MoveTo" x="30" y="60"/></windowRule></windowRules>
+</labwc_config>
+"""
+
+WAYFIRE = """[core]
+plugins = place window-rules
+xwayland = false
+[window-rules]
+other = on created if title is "Other" then move 30 60
 """
 
 KDE_GLOBALS = """[KDE]
 AnimationDurationFactor=0
 """
 
+#: Without the resistance of a monitor's edge to the pointer.
 KWIN = """[Windows]
 Placement=ZeroCornered
+[EdgeBarrier]
+EdgeBarrier=0
+CornerBarrier=false
 """
 
 GNOME_SETTINGS = """[org/gnome/desktop/interface]
@@ -89,6 +97,8 @@ enable-animations=false
 picture-options='none'
 color-shading-type='solid'
 primary-color='{colour}'
+[org/gnome/mutter]
+center-new-windows=false
 [org/gnome/desktop/notifications]
 show-banners=false
 [org/gnome/shell]

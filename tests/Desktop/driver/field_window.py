@@ -34,3 +34,7 @@ class FieldWindow(OtherWindow):
 
     def has_focus(self):
         return self._told("focus")[-1:] == [["in"]]
+
+    def has_menu(self):
+        """Whether its menu, which a right click opens, is on the screen."""
+        return self._told("menu")[-1:] == [["open"]]

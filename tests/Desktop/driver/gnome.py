@@ -3,6 +3,8 @@
 
 import io
 import json
+import os
+import pathlib
 import re
 
 import dbus
@@ -17,10 +19,11 @@ _SHELL = "org.gnome.Shell"
 _REMOTE = "org.gnome.Mutter.RemoteDesktop"
 _DISPLAYS = "org.gnome.Mutter.DisplayConfig"
 _TEMPORARY = 1
+_X_SOCKETS = pathlib.Path("/tmp/.X11-unix")
 
-#: Hides the overview of a new session, and the clock, which would make pictures differ.
-_TIDY = ("Main.overview.hide(); Main.panel.statusArea.dateMenu.hide(); "
-         "Main.layoutManager._startingUp || Main.overview.visible")
+#: Hides the overview of a new session, and the clock, which would make pictures differ, once the shell has started.
+_TIDY = ("Main.layoutManager._startingUp || "
+         "(Main.overview.hide(), Main.panel.statusArea.dateMenu.hide(), Main.overview.visible)")
 
 #: The shell's objects with the methods open and close; the name of the menu changed with GNOME Shell 44.
 _OWN = {"overview": "({open: () => Main.overview.show(), close: () => Main.overview.hide()})",
@@ -62,13 +65,17 @@ class GnomeBed(WaylandBed):
         self.write("config/glib-2.0/settings/keyfile", desktop_files.GNOME_SETTINGS.format(
             colour="#%02x%02x%02x" % self.wallpaper_colours[0]))
         self._start_logins()
+        # A minimal system has no service that makes this folder, which XWayland needs.
+        if os.geteuid() == 0:
+            _X_SOCKETS.mkdir(exist_ok=True)
+            _X_SOCKETS.chmod(0o1777)
         monitors = [word for width, height in self.sizes for word in ("--virtual-monitor", f"{width}x{height}")]
         self._run_compositor(["gnome-shell", "--headless", "--wayland", "--unsafe-mode", "--wayland-display",
                               self.socket, *monitors], {"LIBGL_ALWAYS_SOFTWARE": "1"},
                              (self.home / "runtime" / self.socket).exists)
         self._bus = dbus.bus.BusConnection(self._bus_address)
         self._bus.set_exit_on_disconnect(False)
-        wait_until(lambda: self._bus.name_has_owner(_SHELL), "the shell on the bus", 40)
+        wait_until(lambda: all(map(self._bus.name_has_owner, (_SHELL, _REMOTE))), "the shell on the bus", 40)
         log = (self.home / "compositor.log").read_text("utf-8", "replace")
         found = re.search(r"public X11 display (:\d+)", log)
         self._x_display = found and found[1]
@@ -147,7 +154,10 @@ class GnomeBed(WaylandBed):
         self._configure(self._all)
 
     def unplug(self, name):
-        self._configure([monitor for monitor in self._monitors() if monitor["name"] != name])
+        left = [monitor for monitor in self._monitors() if monitor["name"] != name]
+        if not left:
+            raise NotPossibleHere("the shell keeps its last monitor")
+        self._configure(left)
 
     def set_scale(self, name, scale):
         """Not possible: X11 programs learn the scale from a service that does not run here."""

@@ -1,25 +1,46 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop with layer surfaces whose monitors can be unplugged: KWin on Wayland, with waybar as panel."""
+"""A desktop with layer surfaces whose monitors can be unplugged: KWin 5 on Wayland."""
 
 import json
 import os
+import pathlib
 import shutil
+import subprocess
+import tempfile
 
 import dbus
 from PIL import Image
 
 from . import desktop_files
+from .bed import NotPossibleHere
+from .layer_shell import LayerShellBed
+from .session import version_in
 from .waiting import comes_true, wait_until
-from .wayland import ProtocolHands, WaylandBed
 
 _SCREENSHOT = "org.kde.KWin.ScreenShot2"
 
 
-class KWinBed(WaylandBed):
+def _copy(folder):
+    """Copies the program. A copy has no file capabilities, which a container may not grant."""
+    program = pathlib.Path(folder) / "kwin_wayland"
+    shutil.copyfile(shutil.which("kwin_wayland"), program)
+    program.chmod(0o755)
+    return program
+
+
+def kwin_version():
+    """The version of the installed KWin; empty without one."""
+    if not shutil.which("kwin_wayland"):
+        return ""
+    with tempfile.TemporaryDirectory() as folder:
+        return version_in(subprocess.run([_copy(folder), "--version"], stdout=subprocess.PIPE, text=True, check=False).stdout)
+
+
+class KWinBed(LayerShellBed):
     """Virtual-0 with the panel at its bottom, and Virtual-1 right of it."""
 
     name = "wayland-kwin"
-    required_programs = ("kwin_wayland", "kscreen-doctor", "swaybg", "waybar")
+    required_programs = ("kwin_wayland", "kscreen-doctor", *LayerShellBed.dress_programs)
     sizes = ((1280, 720), (1280, 720))
     socket = "wayland-kwin"
 
@@ -28,47 +49,38 @@ class KWinBed(WaylandBed):
         self._bus = None
         self._known = None
 
+    def version(self):
+        return f"KWin {kwin_version()}"
+
     def environment(self):
         return {**super().environment(), "XDG_CURRENT_DESKTOP": "KDE", "QT_LOGGING_RULES": "*=false"}
 
     def _start_compositor(self):
         self.write("config/kdeglobals", desktop_files.KDE_GLOBALS)
         self.write("config/kwinrc", desktop_files.KWIN)
-        # A copy has no file capabilities, which a container may not grant.
-        program = self.home / "kwin_wayland"
-        shutil.copyfile(shutil.which("kwin_wayland"), program)
-        program.chmod(0o755)
+        program = _copy(self.home)
         width, height = self.sizes[0]
         self._run_compositor(
-            [program, "--virtual", "--width", width, "--height", height, "--output-count", len(self.sizes),
+            [program, *self._display(), "--width", width, "--height", height, "--output-count", len(self.sizes),
              "--no-lockscreen", "--no-global-shortcuts", "--socket", self.socket],
-            {"KWIN_COMPOSE": "O2", "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1",
+            {"KWIN_COMPOSE": self.compositing, "LIBGL_ALWAYS_SOFTWARE": "1", "KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1",
              "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS": "1"},
             (self.home / "runtime" / self.socket).exists)
         self._bus = dbus.bus.BusConnection(self._bus_address)
         self._bus.set_exit_on_disconnect(False)
         wait_until(lambda: self._bus.name_has_owner("org.kde.KWin"), "the compositor on the bus", 20)
 
+    #: OpenGL.
+    compositing = "O2"
+
+    def _display(self):
+        """The arguments that say what the monitors are."""
+        return ["--virtual"]
+
     def end(self):
         if self._bus:
             self._bus.close()
         super().end()
-
-    def _start_hands(self):
-        self._hands = ProtocolHands(self, self._helpers / "wayland-hands")
-
-    def _dress(self):
-        outputs = self.outputs()
-        colours = [word for output, colour in zip(outputs, self.wallpaper_colours)
-                   for word in ("-o", output.name, "-c", "#%02x%02x%02x" % colour)]
-        self.run(["swaybg", *colours])
-        config = self.write("waybar.json", json.dumps({**desktop_files.WAYBAR, "output": [outputs[0].name]}))
-        self.run(["waybar", "-c", config, "-s", self.write("waybar.css", desktop_files.WAYBAR_STYLE)])
-        places = [(output.x + 5, output.y + 5) for output in outputs]
-        wait_until(lambda: [self.picture().getpixel(place) for place in places] == list(self.wallpaper_colours),
-                   "the wallpapers")
-        place = (outputs[0].width // 2, outputs[0].box[3] - 5)
-        wait_until(lambda: self.picture().getpixel(place) == self.panel_colour, "the panel", 20)
 
     def _monitors(self):
         """The query is slow, so its answer is cached until something changes."""
@@ -93,6 +105,8 @@ class KWinBed(WaylandBed):
         comes_true(lambda: self._has(name), 5)
 
     def unplug(self, name):
+        if len(self._monitors()) == 1:
+            raise NotPossibleHere("KWin keeps its last monitor")
         self._configure(f"output.{name}.disable")
         wait_until(lambda: not self._has(name), f"{name} switched off")
 
@@ -148,12 +162,3 @@ class KWinBed(WaylandBed):
             data = stream.read()
         size = (int(facts["width"]), int(facts["height"]))
         return Image.frombytes("RGB", size, data, "raw", "BGRX", int(facts["stride"]))
-
-    def _move(self, x, y):
-        self._hands.do("move", x, y, 0, 0)
-
-    def _button(self, code, is_down):
-        self._hands.do("button", code, int(is_down))
-
-    def _key(self, code, is_down):
-        self._hands.do("key", code, int(is_down))

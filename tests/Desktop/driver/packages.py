@@ -15,19 +15,23 @@ OF_PROGRAM = {
     "dbus-monitor": "dbus", "dbus-run-session": "dbus", "dbus-send": "dbus",
     "desktop-file-validate": "desktop-file-utils", "dpkg-shlibdeps": "dpkg-dev", "dunst": "dunst", "dunstctl": "dunst",
     "dunstify": "dunst", "fc-match": "fontconfig", "file": "file", "gcov": "g++", "gcovr": "gcovr",
-    "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "hsetroot": "hsetroot",
+    "git": "git", "gnome-shell": "gnome-shell", "grim": "grim", "gtklock": "gtklock|swaylock libpam-wrapper",
+    "hsetroot": "hsetroot",
     "i3": "i3-wm", "i3-msg": "i3-wm", "i3lock": "i3lock libpam-wrapper", "kscreen-doctor": "libkscreen-bin|libkf5screen-bin",
-    "kwin_wayland": "kwin-wayland",
-    "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db",
+    "kwin_wayland": "kwin-wayland", "labwc": "labwc|sway",
+    "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db", "marco": "marco",
     "mate-screensaver": "mate-screensaver", "mate-screensaver-command": "mate-screensaver", "mmdebstrap": "mmdebstrap",
-    "ninja": "ninja-build", "objcopy": "binutils",
+    "muffin": "muffin", "ninja": "ninja-build", "objcopy": "binutils",
     "openbox": "openbox", "openssl": "openssl", "orca": "orca", "parec": "pulseaudio-utils", "picom": "picom",
     "pkg-config": "pkg-config", "pulseaudio": "pulseaudio", "python3": "python3", "readelf": "binutils",
-    "setxkbmap": "x11-xkb-utils", "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg", "swaymsg": "sway",
+    "setxkbmap": "x11-xkb-utils", "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg",
+    "swaylock": "swaylock libpam-wrapper", "swaymsg": "sway",
     "systemd-journal-remote": "systemd-journal-remote", "tint2": "tint2", "valgrind": "valgrind", "waybar": "waybar",
-    "wayland-scanner": "libwayland-bin", "wmctrl": "wmctrl", "xdotool": "xdotool", "xev": "x11-utils",
-    "xfce4-panel": "xfce4-panel", "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils",
-    "xrdb": "x11-xserver-utils", "xsecurelock": "xsecurelock libpam-wrapper", "xterm": "xterm", "xwininfo": "x11-utils", "zstd": "zstd"}
+    "wayfire": "wayfire", "wayland-scanner": "libwayland-bin", "wlr-randr": "wlr-randr",
+    "wmctrl": "wmctrl", "xdotool": "xdotool", "xev": "x11-utils",
+    "xfce4-panel": "xfce4-panel",
+    "xfconfd": "xfconf", "xfwm4": "xfwm4", "xprop": "x11-utils", "xrandr": "x11-xserver-utils", "xrdb": "x11-xserver-utils",
+    "xsecurelock": "xsecurelock libpam-wrapper", "xterm": "xterm", "xwininfo": "x11-utils", "zstd": "zstd"}
 
 #: Maps each Python module to its package.
 OF_MODULE = {

@@ -11,16 +11,20 @@ _WAKING_KEYS = {"i3lock": [], "xsecurelock": ["space"]}
 LOCKERS = tuple(_COMMANDS)
 
 
+def under_any_password(bed, name):
+    """The environment in which the locker with this name accepts any password."""
+    services = bed.write(f"pam/{name}", _PAM_SERVICE).parent
+    return {"LD_PRELOAD": "libpam_wrapper.so", "PAM_WRAPPER": "1", "PAM_WRAPPER_SERVICE_DIR": str(services)}
+
+
 class ScreenLocker:
     """Locks the screen from construction until the password is typed."""
 
     def __init__(self, desk, name):
         self._desk = desk
         self._name = name
-        services = desk.bed.write(f"pam/{name}", _PAM_SERVICE).parent
         self._process = desk.bed.run(_COMMANDS[name], {
-            "LD_PRELOAD": "libpam_wrapper.so", "PAM_WRAPPER": "1", "PAM_WRAPPER_SERVICE_DIR": str(services),
-            "XSECURELOCK_PAM_SERVICE": name, "XSECURELOCK_SAVER": "saver_blank"})
+            **under_any_password(desk.bed, name), "XSECURELOCK_PAM_SERVICE": name, "XSECURELOCK_SAVER": "saver_blank"})
 
     def covers(self):
         """Whether its window covers the screen."""

@@ -3,6 +3,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -12,6 +13,12 @@ from .bed import Bed, CannotStart
 from .children import Children
 
 _KEPT_VARIABLES = ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS")
+
+
+def version_in(text):
+    """The first version number in a text, or a question mark."""
+    found = re.search(r"\d+(\.\d+)+", text)
+    return found[0] if found else "?"
 
 
 class SessionBed(Bed):
@@ -104,6 +111,10 @@ class SessionBed(Bed):
         """Gives a file or a folder to the bed's user."""
         if self._as_account():
             shutil.chown(path, self.account, self.account)
+
+    def _version_of(self, program):
+        """The program's name and the version that it prints."""
+        return f"{pathlib.Path(program).name} {version_in(self._call([program, '--version']))}"
 
     def _call(self, arguments, timeout=20, **options):
         """Runs a short command on the desktop; returns its output, even if it failed."""

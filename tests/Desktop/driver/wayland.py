@@ -64,8 +64,11 @@ class WaylandBed(SessionBed):
             reason = f"{type(problem).__name__}: {problem}; the compositor said: {self._last_log_lines()}"
             raise CannotStart(reason) from problem
 
-    #: Programs without which the desktop cannot start.
+    #: Programs without which the desktop cannot start, the compositor first.
     required_programs = ()
+
+    def version(self):
+        return self._version_of(self.required_programs[0])
 
     def _start_compositor(self):
         """Starts the compositor as `server` and returns when programs can connect to it."""

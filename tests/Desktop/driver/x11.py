@@ -16,10 +16,14 @@ from .waiting import wait_until
 #: Two monitors of different sizes.
 SMALL = (Output("LEFT", 0, 0, 1280, 720), Output("RIGHT", 1280, 0, 1024, 768))
 
+#: The arguments of the window managers that are tried only with their own compositor.
+_COMPOSITING = {"marco": ["--composite"], "muffin": []}
+
 
 class X11Bed(SessionBed):
-    """Xvfb with two monitors; optionally a window manager (openbox, xfwm4, i3), a compositor (picom, or with "own" xfwm4's) and
-    a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless a picture is given."""
+    """Xvfb with two monitors; optionally a window manager (openbox, xfwm4, i3, marco, muffin), a compositor (picom, or with
+    "own" the window manager's) and a panel at the bottom of the first monitor. Each monitor has a wallpaper of one colour unless
+    a picture is given."""
 
     #: The panel's first row on the first monitor and the row below its last; negative numbers count from the bottom,
     #: None is the bottom.
@@ -60,6 +64,9 @@ class X11Bed(SessionBed):
         if self.panel:
             self.panel_process = self.run(["xfce4-panel", "--disable-wm-check"])
             wait_until(self._panel_is_up, "the panel", 20)
+
+    def version(self):
+        return self._version_of(self.window_manager) if self.window_manager else "none"
 
     def environment(self):
         return {**super().environment(), "DISPLAY": self._display or "", "GSETTINGS_BACKEND": "memory"}
@@ -211,6 +218,9 @@ class X11Bed(SessionBed):
             self.run(["openbox", "--sm-disable", "--config-file", config])
         elif self.window_manager == "xfwm4":
             self.run(["xfwm4", "--compositor=on" if self.compositor == "own" else "--compositor=off"])
+        elif self.window_manager in _COMPOSITING:
+            self.run([self.window_manager, *_COMPOSITING[self.window_manager]],
+                     {"LIBGL_ALWAYS_SOFTWARE": "1", "XDG_SESSION_TYPE": "x11"})
         else:
             first, second = self._monitors[0].name, self._monitors[-1].name
             self.run(["i3", "-c", self.write("i3.conf", desktop_files.I3.format(first=first, second=second))])

@@ -15,6 +15,8 @@ class Report:
 
     def __init__(self, desktop):
         self.desktop = desktop
+        #: The name and version of the desktop, once it has started.
+        self.version = ""
         self.results = {}
         self.figures = {}
 
@@ -38,11 +40,20 @@ class Report:
             where = traceback.extract_tb(problem.__traceback__)[1:2] or [line]
             self.promise(f"no trouble with: {title}", False,
                          f"{type(problem).__name__}: {problem} ({where[0].name}, line {where[0].lineno})")
+            _keep_picture(arguments[0], f"trouble-{part.__name__}")
         print(f"{self.desktop}: {title}: {time.monotonic() - began:.1f} s", flush=True)
 
     @property
     def broken(self):
         return [text for text, entry in self.results.items() if entry["result"] == BROKEN]
+
+
+def _keep_picture(desk, name):
+    """Saves what the monitors show, if the desktop still takes pictures."""
+    try:
+        desk.keep_picture(name)
+    except Exception as problem:  # noqa: BLE001 - the trouble itself is reported already
+        print(f"no picture {name}: {problem}", flush=True)
 
 
 def table(reports):
@@ -51,11 +62,13 @@ def table(reports):
     for report in reports:
         texts += [text for text in report.results if text not in texts]
     width = max(map(len, texts), default=0)
-    lines = [" " * width + "".join(f"  {report.desktop:>12}" for report in reports)]
+    columns = [max(12, len(report.desktop), len(report.version)) for report in reports]
+    lines = [" " * width + "".join(f"  {getattr(report, name):>{column}}" for report, column in zip(reports, columns))
+             for name in ("desktop", "version")]
     for text in texts:
         cells = [report.results.get(text, {"result": ""})["result"] for report in reports]
         short = {NOT_POSSIBLE: "-", BROKEN: "NO"}
-        lines.append(text.ljust(width) + "".join(f"  {short.get(cell, cell):>12}" for cell in cells))
+        lines.append(text.ljust(width) + "".join(f"  {short.get(cell, cell):>{column}}" for cell, column in zip(cells, columns)))
     return "\n".join(lines + list(map(summary, reports)))
 
 
@@ -69,7 +82,8 @@ def summary(report):
 
 def write_json(reports, path):
     path.parent.mkdir(parents=True, exist_ok=True)
-    content = {report.desktop: {"promises": report.results, "figures": report.figures} for report in reports}
+    content = {report.desktop: {"version": report.version, "promises": report.results, "figures": report.figures}
+               for report in reports}
     path.write_text(json.dumps(content, indent=1, ensure_ascii=False) + "\n", "utf-8")
 
 
@@ -78,7 +92,7 @@ def read_json(path):
     reports = []
     for desktop, content in json.loads(path.read_text("utf-8")).items():
         report = Report(desktop)
-        report.results, report.figures = content["promises"], content["figures"]
+        report.version, report.results, report.figures = content["version"], content["promises"], content["figures"]
         reports.append(report)
     return reports
 

@@ -5,48 +5,60 @@ import subprocess
 from driver.bed import NotPossibleHere
 from driver.waiting import comes_true, stays_true, wait_until
 
+from .cover import Cover, watch
 from .ending_part import check_end_by_signal, check_end_with_server
 from .hotplug_part import check_mirrored
 from .look_part import check_layout
 
 
+_SETTLED_SECONDS = 1
+_TURNED = "a break is upright on a rotated monitor at a negative position"
+
+
 def scales(desk, report):
     """Scaled screens."""
-    for factor in (1.5, 2):
-        text = f"scale {factor:g}: ring and texts are there on each screen"
-        name = desk.bed.outputs()[0].name
-        try:
-            desk.bed.set_scale(name, factor)
-        except NotPossibleHere as reason:
-            report.not_possible(text, reason)
-            continue
-        try:
-            desk.begin_break()
-            desk.keep_picture(f"scale-{factor:g}")
-            check_layout(desk, report, desk.parts())
-            report.promise(text, True)
-            desk.end_break()
-        finally:
-            desk.bed.set_scale(name, 1)
+    # The last monitor has no panel, which would be where the texts are.
+    name = desk.bed.outputs()[-1].name
+    for factor in (1.25, 1.5, 2):
+        _in_a_changed_layout(desk, report, f"scale {factor:g}: ring and texts are there on each screen",
+                             lambda: desk.bed.set_scale(name, factor), lambda: desk.bed.set_scale(name, 1))
 
 
 def turned(desk, report):
     """A rotated monitor at a negative position."""
-    text = "a break is upright on a rotated monitor at a negative position"
     name = desk.bed.outputs()[-1].name
+    _in_a_changed_layout(desk, report, _TURNED, lambda: desk.bed.turn(name), lambda: desk.bed.turn_back(name))
+
+
+def _in_a_changed_layout(desk, report, text, change, change_back):
+    """Checks a break, and every pixel of it, after a change of the monitors."""
+    cover = f"{text.split(':')[0]}: covers every pixel of every screen"
     try:
-        desk.bed.turn(name)
+        change()
     except NotPossibleHere as reason:
-        report.not_possible(text, reason)
+        for promise in (text, cover):
+            report.not_possible(promise, reason)
         return
     try:
+        before = desk.settled_picture()
         desk.begin_break()
-        desk.keep_picture("turned")
+        desk.keep_picture(text.split(":")[0].replace(" ", "-"))
         check_layout(desk, report, desk.parts())
         report.promise(text, True)
+        watched = watch(desk.bed, Cover(before, outputs=desk.bed.outputs()), _SETTLED_SECONDS)
+        if watched.bare_parts and all(map(_is_fraction, watched.bare_parts)):
+            report.not_possible(cover, f"the fraction of a pixel at the edge belongs to no program: {watched}")
+        else:
+            report.promise(cover, not watched.bare_parts, watched)
         desk.end_break()
     finally:
-        desk.bed.turn_back(name)
+        change_back()
+
+
+def _is_fraction(part):
+    """Whether the part is one column or one row, as some compositors leave where a scaled monitor has no whole size."""
+    left, top, right, bottom = part.box
+    return min(right - left, bottom - top) == 1
 
 
 def mirrored(desk, report):
