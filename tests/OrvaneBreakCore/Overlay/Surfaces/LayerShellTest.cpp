@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(!f.layer().resource);
     }
 
-    void keyboardThatIsRequestedAgain()
+    void keyboardThatIsNotWantedForAMoment()
     {
         Fixture f;
         const std::unique_ptr<LayerSurface> covering = f.cover();
@@ -172,7 +172,8 @@ private Q_SLOTS:
         f.running.stop();
         const int commits = f.layer().commits;
         f.exchangeAfter([&] {
-            covering->requestKeyboardAgain();
+            covering->setKeyboardWanted(false);
+            covering->setKeyboardWanted(true);
             wl_display_flush(f.display.get());
         });
         QCOMPARE(f.layer().commits, commits + 2);
