@@ -135,7 +135,7 @@ FakeLayerShell::FakeLayerShell(FakeCompositor &compositor, Answer answer)
 {
 }
 
-void FakeLayerShell::offer(bool isShellOffered)
+void FakeLayerShell::offer(bool isShellOffered, bool isLockOffered)
 {
     wl_display *display = m_compositor.display();
     wl_display_init_shm(display);
@@ -143,6 +143,11 @@ void FakeLayerShell::offer(bool isShellOffered)
     wl_global_create(display, &wl_output_interface, 1, this, Requests::bindOutput);
     if (isShellOffered)
         wl_global_create(display, &zwlr_layer_shell_v1_interface, 1, this, Requests::bindShell);
+    // Nobody binds it.
+    static const wl_interface sessionLock{"ext_session_lock_manager_v1", 1, 0, nullptr, 0, nullptr};
+    if (isLockOffered)
+        wl_global_create(display, &sessionLock, 1, this,
+                         [](wl_client *, void *, std::uint32_t, std::uint32_t) {});
 }
 
 void FakeLayerShell::setDrawing(bool isDrawing)

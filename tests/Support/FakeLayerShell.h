@@ -40,8 +40,9 @@ public:
     FakeLayerShell(const FakeLayerShell &) = delete;
     FakeLayerShell &operator=(const FakeLayerShell &) = delete;
 
-    /// Announces the globals that a layer needs; without `isShellOffered` all but the shell.
-    void offer(bool isShellOffered = true);
+    /// Announces the globals that a layer needs, without `isShellOffered` all but the shell, and that of
+    /// ext-session-lock-v1 if `isLockOffered`.
+    void offer(bool isShellOffered = true, bool isLockOffered = true);
 
     /// Each sends its event to every remaining layer.
     void configure(std::uint32_t serial, std::uint32_t newWidth, std::uint32_t newHeight) const;

@@ -11,13 +11,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int attempts = 20;
-constexpr std::chrono::seconds answerTimeout(5);
+constexpr int maxCloses = 20;
+constexpr std::chrono::seconds overviewAnswerTimeout(5);
 
-const QString shell = u"org.gnome.Shell"_s;
-const QString shellPath = u"/org/gnome/Shell"_s;
+const QString gnomeShell = u"org.gnome.Shell"_s;
+const QString gnomeShellPath = u"/org/gnome/Shell"_s;
 const QString overviewActive = u"OverviewActive"_s;
-const QString properties = u"org.freedesktop.DBus.Properties"_s;
+const QString propertiesInterface = u"org.freedesktop.DBus.Properties"_s;
 
 } // namespace
 
@@ -33,24 +33,25 @@ void GnomeOverview::keepClosed()
     leaveAlone();
     if (!m_bus.isConnected())
         return;
-    m_attemptsLeft = attempts;
-    m_bus.connect(shell, shellPath, properties, u"PropertiesChanged"_s, this,
+    m_attemptsLeft = maxCloses;
+    m_bus.connect(gnomeShell, gnomeShellPath, propertiesInterface, u"PropertiesChanged"_s, this,
                   SLOT(propertiesChanged(QString, QVariantMap)));
-    BusQuestion::askLater(m_bus, BusQuestion::forProperty(shell, shellPath, shell, overviewActive),
-                          answerTimeout, *this,
+    BusQuestion::askLater(m_bus,
+                          BusQuestion::forProperty(gnomeShell, gnomeShellPath, gnomeShell, overviewActive),
+                          overviewAnswerTimeout, *this,
                           [this](const QDBusMessage &reply) { closeIfOpen(BusQuestion::valueOf(reply)); });
 }
 
 void GnomeOverview::leaveAlone()
 {
     m_attemptsLeft = 0;
-    m_bus.disconnect(shell, shellPath, properties, u"PropertiesChanged"_s, this,
+    m_bus.disconnect(gnomeShell, gnomeShellPath, propertiesInterface, u"PropertiesChanged"_s, this,
                      SLOT(propertiesChanged(QString, QVariantMap)));
 }
 
 void GnomeOverview::propertiesChanged(const QString &interface, const QVariantMap &changed)
 {
-    if (interface == shell)
+    if (interface == gnomeShell)
         closeIfOpen(changed.value(overviewActive));
 }
 
@@ -59,7 +60,8 @@ void GnomeOverview::closeIfOpen(const QVariant &isOpen)
     if (!isOpen.toBool() || m_attemptsLeft == 0)
         return;
     --m_attemptsLeft;
-    QDBusMessage request = BusQuestion::toRunningService(shell, shellPath, properties, u"Set"_s);
-    request << shell << overviewActive << QVariant::fromValue(QDBusVariant(false));
+    QDBusMessage request =
+        BusQuestion::toRunningService(gnomeShell, gnomeShellPath, propertiesInterface, u"Set"_s);
+    request << gnomeShell << overviewActive << QVariant::fromValue(QDBusVariant(false));
     m_bus.send(request);
 }

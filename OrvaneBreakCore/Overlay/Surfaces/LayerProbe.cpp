@@ -40,7 +40,7 @@ LayerProbe::LayerProbe(wl_display &display, const LayerShell &shell)
     , m_queue(display)
 {
     const std::optional<WaylandGlobals> globals = WaylandGlobals::ask(m_queue);
-    if (!globals)
+    if (!globals || !globals->offers("ext_session_lock_manager_v1"))
         return;
     m_compositor.reset(static_cast<wl_compositor *>(globals->bind(wl_compositor_interface, 1)));
     const NativePointer<wl_shm> memory(static_cast<wl_shm *>(globals->bind(wl_shm_interface, 1)));

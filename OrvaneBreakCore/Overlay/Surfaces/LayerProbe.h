@@ -6,7 +6,8 @@
 #include <memory>
 
 /// Finds out whether the compositor draws layer surfaces. It does not while a lock screen of
-/// ext-session-lock-v1 is up, and tells nobody else of it. User-interface thread only.
+/// ext-session-lock-v1 is up, and tells nobody else of it. Where the compositor does not offer that protocol,
+/// nothing is probed. User-interface thread only.
 class LayerProbe
 {
 public:

@@ -41,13 +41,11 @@ LayerSurface::LayerSurface(zwlr_layer_surface_v1 *layer, wl_surface &surface)
     wl_surface_commit(&m_surface);
 }
 
-/// Compositors look at whom to give the keyboard when the request changes.
-void LayerSurface::requestKeyboardAgain()
+void LayerSurface::setKeyboardWanted(bool isWanted)
 {
-    for (const std::uint32_t keyboard : {noKeyboard, exclusiveKeyboard}) {
-        zwlr_layer_surface_v1_set_keyboard_interactivity(m_layer.get(), keyboard);
-        wl_surface_commit(&m_surface);
-    }
+    zwlr_layer_surface_v1_set_keyboard_interactivity(m_layer.get(),
+                                                     isWanted ? exclusiveKeyboard : noKeyboard);
+    wl_surface_commit(&m_surface);
 }
 
 void LayerSurface::leave(const WaylandQueue &queue)

@@ -41,8 +41,8 @@ public:
     /// program.
     [[nodiscard]] QSize size() const { return m_size; }
 
-    /// Requests the keyboard anew, for when the compositor has given it to somebody else.
-    void requestKeyboardAgain();
+    /// Whether this surface wants the keyboard, as one that covers an output does at first.
+    void setKeyboardWanted(bool isWanted);
 
     /// Moves from `queue` to the connection's default queue, which delivers all later events.
     void leave(const WaylandQueue &queue);

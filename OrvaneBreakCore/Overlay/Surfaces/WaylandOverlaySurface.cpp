@@ -125,6 +125,9 @@ void WaylandOverlaySurface::end(const EndingPress & /*press*/)
     disconnect(m_screenWatch);
     m_keyboardTimer.stop();
     m_keyboard.reset();
+    // Otherwise the keyboard goes from each panel to the next, and from the last one to nobody.
+    for (const Layer &layer : m_layers)
+        layer.surface->setKeyboardWanted(false);
     m_layers.clear();
     m_isBreak = false;
 }
@@ -156,8 +159,11 @@ void WaylandOverlaySurface::takeKeyboardBack()
         return;
     wl_output *output = outputOf(m_layers.front().screen);
     m_isUnderLock = output && !m_probe->isDrawn(*output);
-    if (!m_isUnderLock)
-        m_layers.front().surface->requestKeyboardAgain();
+    if (m_isUnderLock)
+        return;
+    // Compositors look at whom to give the keyboard when this changes.
+    for (const bool isWanted : {false, true})
+        m_layers.front().surface->setKeyboardWanted(isWanted);
 }
 
 /// Runs before the panel is shown: the toolkit's first action on the surface is to attach a buffer, which is

@@ -27,10 +27,10 @@ constexpr std::uint32_t allEdges = 15;
 struct Fixture
 {
     explicit Fixture(FakeLayerShell::Answer answer = FakeLayerShell::Answer::Configure,
-                     bool isShellOffered = true)
+                     bool isShellOffered = true, bool isLockOffered = true)
         : running([&](FakeCompositor &offering) {
             server.emplace(offering, answer);
-            server->offer(isShellOffered);
+            server->offer(isShellOffered, isLockOffered);
         })
         , display(wl_display_connect(nullptr))
     {
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(!f.layer().resource);
     }
 
-    void keyboardThatIsRequestedAgain()
+    void keyboardThatIsNotWantedForAMoment()
     {
         Fixture f;
         const std::unique_ptr<LayerSurface> covering = f.cover();
@@ -172,7 +172,8 @@ private Q_SLOTS:
         f.running.stop();
         const int commits = f.layer().commits;
         f.exchangeAfter([&] {
-            covering->requestKeyboardAgain();
+            covering->setKeyboardWanted(false);
+            covering->setKeyboardWanted(true);
             wl_display_flush(f.display.get());
         });
         QCOMPARE(f.layer().commits, commits + 2);
@@ -198,6 +199,16 @@ private Q_SLOTS:
         QVERIFY(probe.isDrawn(*f.output));
         f.exchangeAfter([] {});
         QVERIFY(!f.server->layers().back().resource);
+    }
+
+    void probeIsNotNeededWhereNoSessionCanBeLocked()
+    {
+        Fixture f(FakeLayerShell::Answer::Configure, true, false);
+        f.server->setDrawing(false);
+        LayerProbe probe(*f.display, *f.shell);
+        QVERIFY(probe.isDrawn(*f.output));
+        f.running.stop();
+        QVERIFY(f.server->layers().empty());
     }
 
     void probeLearnsNothingWithoutAnOutput()
