@@ -55,10 +55,10 @@ struct PlatformChoice
 [[nodiscard]] std::optional<QString> missingDisplay(const DisplayFacts &facts);
 
 /// Sets the chosen platform in this process's environment while the application object is created, and unsets
-/// it when destroyed, so that programs started from here make their own choice. Also makes Qt send pictures to
-/// the X server instead of sharing memory with it: the pictures of a break are small, and Qt would wait before
-/// each until the server has read the last one. Permanently lets the toolkit create Wayland surfaces without a
-/// role, which the layer surfaces need.
+/// it when destroyed, so that programs started from here make their own choice. Also makes Qt send pictures
+/// to the X server instead of sharing memory with it: the pictures of a break are small, and Qt would wait
+/// before each until the server has read the last one. Permanently lets the toolkit create Wayland surfaces
+/// without a role, which the layer surfaces need.
 class PlatformEnvironment
 {
 public:

@@ -12,8 +12,8 @@
 class LockAwareOverlay final : public BreakOverlay
 {
 public:
-    /// `isLocked` is asked at every `show` and every fifth `update`: twice a second, because it may have to ask
-    /// the display server.
+    /// `isLocked` is asked at every `show` and every fifth `update`: twice a second, because it may have to
+    /// ask the display server.
     LockAwareOverlay(std::unique_ptr<BreakOverlay> overlay, std::function<bool()> isLocked);
 
     void show(int pauseSeconds) override;

@@ -27,9 +27,9 @@ _GROUPS = {
     "tools/tour": ["tour"], "tools/try-desktops": ["build", "desktops"], "tools/try-on": ["bare"], "tools/where-it-crashed": ["release"]}
 
 #: Programs of packages that every Debian system has, Essential or of the priority "required".
-_EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock grep id ldd ln
-    mkdir mktemp mount mv nologin nproc readlink renice rm rmdir sed setarch setpriv sh sort tail tar tee touch tr umount unshare useradd
-    xargs""".split())
+_EVERYWHERE = set("""apt-cache apt-get awk bash cat chmod chroot cp date diff dirname dpkg dpkg-deb dpkg-query env find flock
+    grep id ldd ln mkdir mktemp mount mv nologin nproc readlink renice rm rmdir sed setarch setpriv sh sha256sum sort sync
+    tail tar tee touch tr umount unshare useradd xargs""".split())
 
 #: Used only if installed.
 _OPTIONAL = {"ccache", "gdbus", "llvm-symbolizer-14", "sudo"}
@@ -41,7 +41,7 @@ _IN_ITS_TURN = {"cmake": {"ninja", "c++", "pkg-config"}, "cpack": {"dpkg-shlibde
 _OF_PRESETS = {"tests/Fuzz/run": {"clang", "clang++"}}
 
 #: Looks like a program but is an argument that a program must refuse.
-_NO_PROGRAMS = {"file.txt"}
+_NO_PROGRAMS = {"file.txt", "signing"}
 
 #: Window managers that only this scenario uses.
 _CHOSEN = {"i3", "i3-msg", "xfwm4"}

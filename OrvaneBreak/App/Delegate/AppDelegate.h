@@ -206,7 +206,7 @@ private:
         QString text;
         QString email;
     } m_unsentReport;
-    QStringList m_unsentReplies; ///< In the conversation, but not sent.
+    QStringList m_unsentReplies;      ///< In the conversation, but not sent.
     bool m_shownActive = false;       ///< Whether the status menu shows reminders as on.
     bool m_isMessageHeldBack = false; ///< Whether the pending message waits for the open dialogs.
     bool m_isStandingIn = false;      ///< Whether the main window is there in place of the eye.

@@ -21,7 +21,7 @@ OF_PROGRAM = {
     "kwin_wayland": "kwin-wayland", "labwc": "labwc|sway",
     "lintian": "lintian", "llvm-symbolizer": "llvm", "man": "man-db", "marco": "marco",
     "mate-screensaver": "mate-screensaver", "mate-screensaver-command": "mate-screensaver", "mmdebstrap": "mmdebstrap",
-    "muffin": "muffin", "ninja": "ninja-build", "objcopy": "binutils",
+    "muffin": "muffin", "ninja": "ninja-build", "objcopy": "binutils", "objdump": "binutils",
     "openbox": "openbox", "openssl": "openssl", "orca": "orca", "parec": "pulseaudio-utils", "picom": "picom",
     "pkg-config": "pkg-config", "pulseaudio": "pulseaudio", "python3": "python3", "readelf": "binutils",
     "setxkbmap": "x11-xkb-utils", "strip": "binutils", "sway": "sway", "swaybar": "sway", "swaybg": "swaybg",

@@ -115,7 +115,8 @@ private Q_SLOTS:
         const Alert *offer = Fixture::dialog(u"updateOffer"_s);
         QVERIFY(offer);
         const auto *text = offer->findChild<QTextEdit *>(u"alertInformation"_s);
-        QVERIFY(text->toPlainText().startsWith(u"La version 1.1 est disponible\u202f; tu as la version 1.0."_s));
+        QVERIFY(
+            text->toPlainText().startsWith(u"La version 1.1 est disponible\u202f; tu as la version 1.0."_s));
         QVERIFY(text->toPlainText().endsWith(u"Plus calme <b>encore</b>"_s));
         Fixture::press(u"updateOffer"_s, u"Installer"_s);
         const auto *bar = Fixture::dialog(u"updateProgress"_s)->findChild<QProgressBar *>();

@@ -10,6 +10,7 @@
 #include <QPaintEvent>
 #include <QTest>
 #include <QtMath>
+
 #include <private/qhighdpiscaling_p.h>
 
 #include <utility>
