@@ -14,10 +14,9 @@ QString dayOf(const QDateTime &date)
 
 UpdaterText UpdaterTexts::notConfigured()
 {
-    return {
-        u"Mises à jour indisponibles"_s,
-        u"Cette version d'OrvaneBreak n'est reliée à aucun serveur de mises à jour sûr : il lui manque une "
-        "adresse https ou la clé de ses auteurs."_s};
+    return {u"Mises à jour indisponibles"_s, u"Cette version d'OrvaneBreak n'est reliée à aucun serveur de "
+                                             u"mises à jour sûr\u00a0: il lui manque une "
+                                             "adresse https ou la clé de ses auteurs."_s};
 }
 
 UpdaterText UpdaterTexts::noFeed()
@@ -43,8 +42,8 @@ UpdaterText UpdaterTexts::expiredFeed(const QDateTime &expiry)
 {
     return {
         u"Liste des versions périmée"_s,
-        u"La liste reçue n'est plus valable depuis le %1. L'horloge de cet ordinateur est-elle juste ?"_s.arg(
-            dayOf(expiry))};
+        u"La liste reçue n'est plus valable depuis le %1. L'horloge de cet ordinateur est-elle juste\u202f?"_s
+            .arg(dayOf(expiry))};
 }
 
 UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
@@ -65,7 +64,7 @@ UpdaterText UpdaterTexts::noUpdate(NoUpdate reason, const QString &installed)
     case NoUpdate::FromTheFuture:
         return {
             u"Vérification impossible"_s,
-            u"Les versions annoncées portent une date à venir. L'horloge de cet ordinateur retarde-t-elle ?"_s};
+            u"Les versions annoncées portent une date à venir. L'horloge de cet ordinateur retarde-t-elle\u202f?"_s};
     case NoUpdate::Unusable:
         return {u"Mise à jour refusée"_s, u"Une version plus récente que la %1 est annoncée, mais son "
                                           u"annonce est incomplète ou son adresse "
@@ -103,9 +102,9 @@ UpdaterText UpdaterTexts::failure(UpdateFailure failure)
 
 UpdaterText UpdaterTexts::failedTrial(const QString &failed, const QString &installed)
 {
-    return {
-        u"Mise à jour annulée"_s,
-        u"La version %1 n'a pas démarré : OrvaneBreak est revenu à la version %2."_s.arg(failed, installed)};
+    return {u"Mise à jour annulée"_s,
+            u"La version %1 n'a pas démarré\u00a0: OrvaneBreak est revenu à la version %2."_s.arg(failed,
+                                                                                                  installed)};
 }
 
 UpdaterText UpdaterTexts::staleWarning(const QDateTime &lastSuccess)

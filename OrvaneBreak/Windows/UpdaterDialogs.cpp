@@ -18,7 +18,7 @@ constexpr int progressSteps = 1000;
 QString describe(const UpdaterDriver::Offer &offer)
 {
     QString text =
-        u"La version %1 est disponible ; tu as la version %2."_s.arg(offer.version, offer.installed);
+        u"La version %1 est disponible\u202f; tu as la version %2."_s.arg(offer.version, offer.installed);
     switch (offer.ability) {
     case UpdateInstaller::Ability::Itself:
         break;
@@ -27,10 +27,10 @@ QString describe(const UpdaterDriver::Offer &offer)
         break;
     case UpdateInstaller::Ability::Unpacked:
         text +=
-            u" Cette copie n'est pas installée : prends la nouvelle sur le site et lance son fichier « install »."_s;
+            u" Cette copie n'est pas installée\u00a0: prends la nouvelle sur le site et lance son fichier «\u00a0install\u00a0»."_s;
         break;
     case UpdateInstaller::Ability::NotAllowed:
-        text += u" OrvaneBreak ne peut pas écrire dans son dossier : installe-la à la main."_s;
+        text += u" OrvaneBreak ne peut pas écrire dans son dossier\u00a0: installe-la à la main."_s;
         break;
     }
     return offer.notes.isEmpty() ? text : text + u"\n\n"_s + offer.notes;

@@ -119,8 +119,8 @@ void AppDelegate::showMenuBarMode()
     const bool isAccessory = isMenuBarMode() && !m_isStandingIn;
     m_presence.setAccessory(isAccessory);
     m_mainWindow->menuBar()->setVisible(!isAccessory);
-    m_mainWindow->setNote(m_isStandingIn ? u"Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."_s
-                                         : QString());
+    m_mainWindow->setNote(
+        m_isStandingIn ? u"Ce bureau n'affiche pas l'œil\u00a0: cette fenêtre le remplace."_s : QString());
 }
 
 void AppDelegate::standInForTray()

@@ -5,7 +5,7 @@ from driver.waiting import comes_true, stays_true, wait_until
 from .application_desk import BACK, MENU_BAR_BOX, SETTINGS, TO_DOCK, TO_MENU_BAR
 from .desk import BREAK_NOW, OPEN, SWITCH_OFF, SWITCH_ON
 
-_NOTE = "Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."
+_NOTE = "Ce bureau n'affiche pas l'œil\u00a0: cette fenêtre le remplace."
 
 #: The colour of the eye in the tray while reminders are on.
 _TEAL = "ff14b8a6"

@@ -397,7 +397,7 @@ private Q_SLOTS:
         f.runLoop.advance(5s);
         QCOMPARE(f.driver.takeLog(), QStringList{u"Mise à jour annulée quietly"_s});
         QCOMPARE(f.driver.lastInformation,
-                 u"La version 1.1 n'a pas démarré : OrvaneBreak est revenu à la version 1.0."_s);
+                 u"La version 1.1 n'a pas démarré\u00a0: OrvaneBreak est revenu à la version 1.0."_s);
         f.answer(UpdaterFixture::update("1.1", "<s:criticalUpdate/>"));
         QVERIFY(f.downloads.requests.isEmpty());
         f.runLoop.advance(1h);

@@ -121,7 +121,7 @@ private Q_SLOTS:
         QCOMPARE(f.presence.log, QStringList{u"regular"_s});
         const auto *note = f.find<QLabel>(u"note"_s);
         QVERIFY(note->isVisible());
-        QCOMPARE(note->text(), u"Ce bureau n'affiche pas l'œil : cette fenêtre le remplace."_s);
+        QCOMPARE(note->text(), u"Ce bureau n'affiche pas l'œil\u00a0: cette fenêtre le remplace."_s);
         QVERIFY(note->sizeHint().width() <= note->width());
 
         f.window()->close();
