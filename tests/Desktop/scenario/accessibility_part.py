@@ -126,18 +126,25 @@ def scales(desk, report):
 
 def _is_reached(desk, report, what, order):
     """On a screen that is too low for the page, Tab scrolls it to each control."""
-    screen = desk.bed.outputs()[0].box
+    box = desk.bed.window_box(min(desk.windows()))
+    report.promise("the window fits a low screen", box[3] <= desk.bed.outputs()[0].box[3], (what, box))
     unreached = []
     for name in order:
         def is_visible(name=name):
-            left, top, right, bottom = desk.bed.window_box(min(desk.windows()))
-            return any("focused" in control.states and control.name == name and left <= control.box[0]
-                       and max(top, screen[1]) <= control.box[1] and control.box[0] + control.box[2] <= right
-                       and control.box[1] + control.box[3] <= min(bottom, screen[3]) for control in desk.reader.controls())
+            controls = desk.reader.controls()
+            # The reader has coordinates of its own where the scale is not a whole number.
+            frame = next((control.box for control in controls if control.role == "frame"), None)
+            return frame and any("focused" in control.states and control.name == name and _contains(frame, control.box)
+                                 for control in controls)
         if not comes_true(is_visible, 2):
             unreached.append(name)
         desk.bed.press("Tab")
     report.promise("where the screen is too low for a page, every control can be reached", not unreached, (what, unreached))
+
+
+def _contains(outer, inner):
+    return (outer[0] <= inner[0] and inner[0] + inner[2] <= outer[0] + outer[2]
+            and outer[1] <= inner[1] and inner[1] + inner[3] <= outer[1] + outer[3])
 
 
 def _fits(desk, report, what):
