@@ -77,8 +77,8 @@ private Q_SLOTS:
         Launched f;
         f.deliver(7, u"Bonjour"_s);
         const auto type = [&f](QTest::KeyAction action, bool isRepeat = false) {
-            const QEvent::Type type = action == QTest::Press ? QEvent::KeyPress : QEvent::KeyRelease;
-            QKeyEvent event(type, Qt::Key_Space, {}, u" "_s, isRepeat);
+            const QEvent::Type eventType = action == QTest::Press ? QEvent::KeyPress : QEvent::KeyRelease;
+            QKeyEvent event(eventType, Qt::Key_Space, {}, u" "_s, isRepeat);
             QCoreApplication::sendEvent(f.dialog()->findChild<QPushButton *>(), &event);
         };
         type(QTest::Press);
