@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QImage>
+#include <QTransform>
 #include <QWidget>
 
 /// The countdown of a break: a faint circle, a teal arc over it for what is left, and the seconds at its
-/// centre. Setting either value repaints this widget and nothing else.
+/// centre. Setting a value repaints what it changes: the quarter of the ring with the end of the arc, or the
+/// number.
 class RingView final : public QWidget
 {
     Q_OBJECT
@@ -31,8 +34,16 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    [[nodiscard]] qreal radius() const;
+    [[nodiscard]] QPointF toView(QPointF point) const;
+    [[nodiscard]] QRect lastQuarter() const;
+    [[nodiscard]] QRect numberArea() const;
+    void prepareTrack(const QTransform &toScreen);
+    void paintArc(QPainter &painter) const;
     void paintNumber(QPainter &painter) const;
 
+    QImage m_track; ///< In pixels of the screen.
+    QTransform m_trackTransform;
     qreal m_scale = 1;
     double m_fraction = 1.0;
     qint64 m_secondsLeft = 20;

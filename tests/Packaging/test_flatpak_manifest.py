@@ -15,7 +15,7 @@ from built import PROJECT
 _OF_THE_TOOLKIT = {"com.canonical.AppMenu.Registrar"}
 #: Names that every sandbox may talk to, and names that are not services, such as interfaces.
 _FREE = re.compile(r"org\.freedesktop\.(portal\..*|DBus.*|Application|appearance|login1\..*)|com\.canonical\.Unity\.LauncherEntry|"
-                   r"org\.(gnome\.Shell|kde\.plasmashell)")
+                   r"org\.(gnome\.(Shell|desktop\.interface)|kde\.(plasmashell|StatusNotifierItem|kdeglobals\.General))")
 
 
 class FlatpakManifest(unittest.TestCase):
@@ -40,7 +40,7 @@ class FlatpakManifest(unittest.TestCase):
         allowed = {option.partition("=")[2] for option in self.manifest["finish-args"] if "talk-name=" in option}
         used = set()
         for module in ("OrvaneBreak", "OrvaneBreakCore"):
-            for source in (PROJECT / module).rglob("*.cpp"):
+            for source in [*(PROJECT / module).rglob("*.cpp"), *(PROJECT / module).rglob("*.h")]:
                 used |= set(re.findall(r'"((?:org|com)\.[A-Za-z0-9.]+)"', source.read_text("utf-8")))
         self.assertEqual(allowed - _OF_THE_TOOLKIT, {name for name in used if not _FREE.fullmatch(name)})
 

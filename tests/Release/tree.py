@@ -46,7 +46,7 @@ class HomeCase(unittest.TestCase):
             shutil.copy(_ARCHIVE_PARTS / name, folder / name)
         shutil.copy(_ARCHIVE_PARTS / "orvanebreak", folder / "bin/orvanebreak")
         values = {"PROJECT_VERSION": version, "ORVANE_APP_ID": APPLICATION, "VERSION": version,
-                  "CMAKE_INSTALL_FULL_BINDIR": "/usr/local/bin"}
+                  "CMAKE_INSTALL_FULL_BINDIR": "/usr/local/bin", "quote": ""}
 
         def write(path, text):
             for name, value in values.items():

@@ -70,13 +70,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<UpdateInstaller::Ability>("ability");
         QTest::addColumn<QString>("ending");
+        // As plain text, no-break spaces are spaces.
         QTest::newRow("package manager") << UpdateInstaller::Ability::PackageManager
                                          << u"par un autre programme, qui doit le mettre à jour."_s;
         QTest::newRow("unpacked") << UpdateInstaller::Ability::Unpacked
-                                  << u"lance son fichier «\u00a0install\u00a0»."_s;
-        QTest::newRow("not writable")
-            << UpdateInstaller::Ability::NotAllowed
-            << u"ne peut pas écrire dans son dossier\u00a0: installe-la à la main."_s;
+                                  << u"lance son fichier « install »."_s;
+        QTest::newRow("not writable") << UpdateInstaller::Ability::NotAllowed
+                                      << u"ne peut pas écrire dans son dossier : installe-la à la main."_s;
     }
 
     void theOfferSaysWhoInstallsTheUpdate()

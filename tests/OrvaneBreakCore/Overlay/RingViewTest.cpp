@@ -47,16 +47,28 @@ QRect numberBox(const QImage &image, qreal innerRadius)
     return box;
 }
 
-/// Collects what is painted in a window.
+/// Paints what has been requested, which the window would do a few milliseconds later.
+void paintRequested(QWidget &window)
+{
+    QEvent request(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(&window, &request);
+}
+
+/// Collects what is painted in a window from now on.
 class PaintLog : public QObject
 {
 public:
-    explicit PaintLog(QWidget &window) { window.installEventFilter(this); }
+    explicit PaintLog(QWidget &window)
+        : m_window(window)
+    {
+        paintRequested(window);
+        window.installEventFilter(this);
+    }
 
-    /// What has been painted since the last call, once everything that was requested is painted.
+    /// What has been painted since the last call, with all that was requested.
     QRegion takeRegion()
     {
-        QCoreApplication::processEvents();
+        paintRequested(m_window);
         return std::exchange(m_region, {});
     }
 
@@ -68,6 +80,7 @@ public:
     }
 
 private:
+    QWidget &m_window;
     QRegion m_region;
 };
 
@@ -245,7 +258,6 @@ private Q_SLOTS:
         ring->setGeometry(125, 125, 150, 150);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCoreApplication::processEvents();
         PaintLog log(window);
 
         ring->setFraction(0.75);
@@ -268,7 +280,6 @@ private Q_SLOTS:
         ring.resize(150, 150);
         ring.show();
         QVERIFY(QTest::qWaitForWindowExposed(&ring));
-        QCoreApplication::processEvents();
         PaintLog log(ring);
         ring.setFraction(1);
         ring.setFraction(1.7);
@@ -299,7 +310,7 @@ private Q_SLOTS:
         for (int tick = 0; tick <= ticks; ++tick) {
             panel.ring()->setSecondsLeft((ticks - tick + 9) / 10);
             panel.ring()->setFraction(double(ticks - tick) / ticks);
-            QCoreApplication::processEvents();
+            paintRequested(panel);
             const QImage inPart = ringImage(panel);
             panel.ring()->repaint();
             QVERIFY2(inPart == ringImage(panel), qPrintable(QString::number(tick)));
