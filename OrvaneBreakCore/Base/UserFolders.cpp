@@ -7,6 +7,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <array>
+
 namespace {
 
 std::filesystem::path folder(const char *variable, const char *belowHome)
@@ -21,8 +23,12 @@ std::filesystem::path folder(const char *variable, const char *belowHome)
 
 void UserFolders::provideHome()
 {
-    const passwd *user = qEnvironmentVariableIsEmpty("HOME") ? getpwuid(getuid()) : nullptr;
-    if (user)
+    if (!qEnvironmentVariableIsEmpty("HOME"))
+        return;
+    std::array<char, 4096> texts{};
+    passwd entry{};
+    passwd *user = nullptr;
+    if (getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &user) == 0 && user)
         qputenv("HOME", user->pw_dir);
 }
 

@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Keys and clicks around a break: before it shows, while it shows, and the rest of the press that ends it."""
 
+import pathlib
 import time
 
 from driver.waiting import comes_true, stays_true, wait_until
 
-from .desk import BREAK_NOW, HELD_SECONDS, OPEN, near
+from .desk import BREAK_NOW, HELD_SECONDS, near
 
 _TITLE = "OrvaneBreak"
 #: The first menu of the window's menu bar, from the window's upper left corner.
@@ -17,13 +18,16 @@ _COLOUR = (0, 160, 80)
 
 def menus(desk, report):
     """A break that begins while one of the program's own menus is open."""
-    desk.tray.click(OPEN)
+    configuration = pathlib.Path(desk.bed.environment()["XDG_CONFIG_HOME"])
+    desk.stop_program()
+    desk.write_preferences(configuration, OBMenuBarMode=False)
+    desk.start_program()
     window = min(wait_until(lambda: desk.bed.windows_titled(_TITLE), "the program's window"))
     for _ in range(3):
         left, top, *_ = desk.bed.window_box(window)
         desk.bed.click(left + _FIRST_MENU[0], top + _FIRST_MENU[1])
         wait_until(desk.overlays, "the open menu")
-        desk.tray.click(BREAK_NOW)
+        desk.start_again("--break-now").wait(10)
         report.promise("the program's own menus close before a break", comes_true(
             lambda: len(desk.overlays()) == len(desk.bed.outputs()), 3), desk.overlays())
         desk.bed.press("Tab")
@@ -38,6 +42,7 @@ def menus(desk, report):
             desk.end_break()
     # Without a window manager nothing else closes the window.
     desk.stop_program()
+    desk.write_preferences(configuration)
 
 
 def _background_points(desk):
