@@ -56,8 +56,8 @@ class Measure(unittest.TestCase):
 
     def test_a_missing_line_is_stale(self):
         erased = self.shown.copy()
-        # The second check box of the last card, on the page in light colours.
-        place = (560, 335, 880, 355)
+        # The third check box of the last card, on the page in light colours.
+        place = (560, 366, 880, 386)
         ImageDraw.Draw(erased).rectangle(place, fill=erased.getpixel(place[:2]))
         self.assertGreater(stale_tiles(self.shown, erased), _MAX_TILES)
 

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Breaks while nobody is there: locked sessions and suspended machines."""
 
+import time
+
 from driver.lock_screen import LockScreen, MateScreensaver
 from driver.screen_locker import LOCKERS, ScreenLocker
 from driver.waiting import comes_true, stays_true, wait_until
@@ -12,6 +14,7 @@ _INTERVAL = 10 * _MINUTE
 _NIGHT = 8 * 60 * _MINUTE
 #: How late a break may be that nobody waits for, in seconds.
 _TOLERANCE = 15
+_SECONDS_TO_NOTICE = 1
 
 
 def _start_with_reminders(desk, clock):
@@ -51,6 +54,8 @@ def due_while_locked(desk, report, clock):
     _start_with_reminders(desk, clock)
     lock = LockScreen(desk.bed)
     lock.set_locked(True)
+    # The signal and the clock reach the program on different ways.
+    time.sleep(_SECONDS_TO_NOTICE)
     clock.set_forward(desk.process, _INTERVAL + _TOLERANCE)
     report.promise("a break that becomes due in a locked session is skipped", stays_true(lambda: not desk.overlays(), 1))
     lock.set_locked(False)
