@@ -4,6 +4,7 @@
 import json
 
 from . import desktop_files
+from .bed import NotPossibleHere
 from .wlroots import WlrootsBed
 
 
@@ -21,7 +22,7 @@ def _described(entry):
 
 
 class SwayBed(WlrootsBed):
-    """sway 1.7 never withdraws a monitor."""
+    """sway 1.7 never withdraws a monitor, and offers no protocol by which a program learns of a lock."""
 
     name = "wayland-sway"
     desktop = "sway"
@@ -36,6 +37,10 @@ class SwayBed(WlrootsBed):
     @property
     def withdraws_monitors(self):
         return self.version() != "sway 1.7"
+
+    def require_lock_protocol(self):
+        if self.version() == "sway 1.7":
+            raise NotPossibleHere("sway 1.7 has no ext-session-lock")
 
     def _monitors(self):
         try:

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """What other programs and monitors do just when a break begins, and during it."""
 
+from PIL import Image, ImageChops
+
 from driver.bed import NotPossibleHere
 from driver.waiting import comes_true, stays_true, wait_until
 
@@ -8,17 +10,26 @@ from .desk import BREAK_NOW
 
 #: Moments after the start of a break at which a monitor goes, in seconds.
 _MOMENTS = (0, 0.02, 0.05, 0.1)
+_COLOUR = (0, 160, 80)
 
 
 def open_menu(desk, report):
     """A menu of another program that is open when a break begins."""
-    window = desk.other_window()
-    desk.bed.click(230, 220, button=3)
+    window = desk.other_window(colour=_COLOUR)
+    desk.bed.click(*wait_until(lambda: _middle_of_colour(desk.bed.picture()), "another program's window"), button=3)
     wait_until(window.has_menu, "another program's menu")
     desk.tray.click(BREAK_NOW)
     # The first key may close the menu.
     report.promise("Escape, pressed twice, ends a break that began with a menu open",
                    comes_true(lambda: _escape(desk) and not desk.overlays(), 4))
+
+
+def _middle_of_colour(picture):
+    """The middle of the other program's window, which the compositor places; None where it is not shown."""
+    red, green, blue = ImageChops.difference(picture, Image.new("RGB", picture.size, _COLOUR)).split()
+    others = ImageChops.lighter(ImageChops.lighter(red, green), blue)
+    box = others.point(lambda difference: 0 if difference else 255).getbbox()
+    return box and ((box[0] + box[2]) // 2, (box[1] + box[3]) // 2)
 
 
 def _escape(desk):
