@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "SignedFeed.h"
 
+#include "QueuedAnswer.h"
 #include "SignalStack.h"
-
-#include <QPointer>
 
 #include <algorithm>
 #include <system_error>
@@ -69,16 +68,7 @@ FeedResult readSignedFeed(const QByteArray &bytes, const Ed25519::PublicKey &key
 void FeedThread::read(const QByteArray &bytes, const Ed25519::PublicKey &key, AddressRule isAllowed,
                       QObject &context, Completion completion)
 {
-    const auto finish = [this, context = QPointer(&context),
-                         completion = std::move(completion)](const FeedResult &result) {
-        QMetaObject::invokeMethod(
-            this,
-            [context, completion, result] {
-                if (context)
-                    completion(result);
-            },
-            Qt::QueuedConnection);
-    };
+    const auto finish = queuedAnswer(*this, context, std::move(completion));
     try {
         m_thread = std::jthread([=](const std::stop_token &stop) {
             const SignalStack signalStack;

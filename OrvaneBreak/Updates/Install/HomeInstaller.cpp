@@ -2,10 +2,9 @@
 #include "HomeInstaller.h"
 
 #include "MessageFilter.h"
+#include "QueuedAnswer.h"
 #include "SignalStack.h"
 #include "UnpackedUpdate.h"
-
-#include <QPointer>
 
 #include <algorithm>
 #include <array>
@@ -81,16 +80,7 @@ UpdateInstaller::Ability HomeInstaller::ability() const
 void HomeInstaller::prepare(const QByteArray &archive, const AppcastItem &item, QObject &context,
                             Completion completion)
 {
-    const auto finish = [this, context = QPointer(&context),
-                         completion = std::move(completion)](const Result &result) {
-        QMetaObject::invokeMethod(
-            this,
-            [context, completion, result] {
-                if (context)
-                    completion(result);
-            },
-            Qt::QueuedConnection);
-    };
+    const auto finish = queuedAnswer(*this, context, std::move(completion));
     try {
         // An abandoned call may still be writing; join it first.
         m_thread = std::jthread();
