@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "NetworkHttp.h"
-
+#include "NetworkHttpFixture.h"
 #include "Support/NoDescriptors.h"
-#include "Support/ScriptedServer.h"
 #include "Support/TestProgram.h"
 
 #include <QFile>
@@ -52,41 +50,6 @@ extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char *, 
     return EAI_AGAIN;
 }
 
-namespace {
-
-struct Fixture
-{
-    void send(std::chrono::milliseconds limit = 20s) { sendTo(server.url(), limit); }
-
-    void sendTo(const QUrl &url, std::chrono::milliseconds limit = 20s)
-    {
-        const auto complete = [this](const std::optional<HttpAnswer> &result) {
-            ++completions;
-            answer = result;
-        };
-        if (isPost())
-            http.post(url, R"({"a":1})", limit, *context, complete);
-        else
-            http.get(url, limit, *context, complete);
-    }
-
-    static bool isPost()
-    {
-        QFETCH_GLOBAL(bool, isPost);
-        return isPost;
-    }
-
-    [[nodiscard]] bool isAnswered() const { return completions == 1; }
-
-    ScriptedServer server;
-    NetworkHttp http;
-    std::unique_ptr<QObject> context = std::make_unique<QObject>();
-    std::optional<HttpAnswer> answer;
-    int completions = 0;
-};
-
-} // namespace
-
 /// Requests over sockets of this machine.
 class NetworkHttpTest : public QObject
 {
@@ -104,7 +67,7 @@ private Q_SLOTS:
 
     static void aRequestGetsAnAnswer()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.server.reply = answerWith("200 OK", "{\"ok\":true}");
         f.send();
         QVERIFY(!f.isAnswered());
@@ -126,7 +89,7 @@ private Q_SLOTS:
         const qsizetype begin = text.indexOf("    POST /api/check.php");
         QByteArray documented = text.mid(begin, text.indexOf("}\n", begin) + 1 - begin);
         documented.replace("    ", "").replace("\n", "\r\n");
-        Fixture f;
+        NetworkHttpFixture f;
         documented.replace("/api/check.php", "/api");
         documented.replace("example.org", f.server.url().authority().toLatin1());
         f.send();
@@ -139,7 +102,7 @@ private Q_SLOTS:
     {
         for (const QByteArray &status :
              {QByteArray("500 Trouble"), QByteArray("404 Not Found"), QByteArray("401 No")}) {
-            Fixture f;
+            NetworkHttpFixture f;
             f.server.reply = answerWith(status, "text");
             f.send();
             QTRY_VERIFY(f.isAnswered());
@@ -151,7 +114,7 @@ private Q_SLOTS:
 
     static void aClosedPortGivesNoAnswer()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.sendTo(QUrl(u"http://127.0.0.1:1/"_s));
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(!f.answer);
@@ -159,7 +122,7 @@ private Q_SLOTS:
 
     static void forbiddenAddressesAreNotContacted()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.sendTo(QUrl(u"http://example.invalid/"_s));
         QVERIFY(!f.isAnswered());
         QTRY_VERIFY(f.isAnswered());
@@ -168,7 +131,7 @@ private Q_SLOTS:
 
     static void withoutDescriptorsThereIsNoAnswer()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.server.reply = answerWith("200 OK", "{}");
         {
             const NoDescriptors none;
@@ -187,7 +150,7 @@ private Q_SLOTS:
     {
         for (const QByteArray &reply :
              {QByteArray(), QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab")}) {
-            Fixture f;
+            NetworkHttpFixture f;
             f.server.reply = reply;
             f.send(100ms);
             QTRY_VERIFY(f.isAnswered());
@@ -198,60 +161,26 @@ private Q_SLOTS:
     static void tooLargeAnswersAreCancelled()
     {
         const QByteArray mebibyte(1'048'576, 'x');
-        Fixture whole;
+        NetworkHttpFixture whole;
         whole.server.reply = answerWith("200 OK", mebibyte);
         whole.send();
         QTRY_VERIFY(whole.isAnswered());
         QCOMPARE(whole.answer->body.size(), mebibyte.size());
-        Fixture tooLarge;
+        NetworkHttpFixture tooLarge;
         tooLarge.server.reply = answerWith("200 OK", mebibyte + 'x');
         tooLarge.send();
         QTRY_VERIFY(tooLarge.isAnswered());
         QVERIFY(!tooLarge.answer);
-        Fixture endless;
+        NetworkHttpFixture endless;
         endless.server.reply = "HTTP/1.1 200 OK\r\n\r\n" + mebibyte + mebibyte;
         endless.send();
         QTRY_VERIFY(endless.isAnswered());
         QVERIFY(!endless.answer);
     }
 
-    static void brokenAnswersAreIgnored()
-    {
-        for (const QByteArray &reply :
-             {QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab"), QByteArray("nonsense\r\n\r\n")}) {
-            Fixture f;
-            f.send();
-            QTRY_VERIFY(f.server.socket && f.server.isWhole());
-            f.server.socket->write(reply);
-            f.server.socket->disconnectFromHost();
-            QTRY_VERIFY(f.isAnswered());
-            QVERIFY(!f.answer);
-        }
-    }
-
-    static void whateverGoesWrongTheRequestIsSentOnce()
-    {
-        for (const QByteArray &reply :
-             {QByteArray(), QByteArray("HTTP/1.1 200 O"), QByteArray("HTTP/1.1 200 OK\r\nContent-Le"),
-              QByteArray("{\"ok\":true}"), QByteArray("\r\n\r\n"), QByteArray("HTTP/9 ? ?\r\n\r\n"),
-              QByteArray("HTTP/1.1 417 No\r\nContent-Length: 9\r\n\r\n"),
-              QByteArray("HTTP/1.1 103 Early\r\n\r\n"), QByteArray("HTTP/1.1 102 Wait\r\n\r\n"),
-              QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nb\r\n{\"ok\":true}\r\nz\r\n"),
-              QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nb\r\n{\"ok\":true}\r\n")}) {
-            Fixture f;
-            f.server.reply = reply;
-            f.server.closes = true;
-            f.send();
-            QTRY_VERIFY2(f.isAnswered(), reply);
-            QVERIFY2(!f.answer, reply);
-            QCOMPARE(f.server.received.count(" /api HTTP/1.1\r\n"), 1);
-            QCOMPARE(f.server.connections, 1);
-        }
-    }
-
     static void aRequestHasAConnectionOfItsOwn()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         for (int count = 1; count <= 2; ++count) {
             f.server.reply = answerWith("200 OK", "{}");
             f.send();
@@ -263,100 +192,18 @@ private Q_SLOTS:
 
     static void requestsDoNotWaitForEachOther()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         for (int request = 0; request < 20; ++request)
             f.send();
         QTRY_COMPARE(f.server.received.count(" /api HTTP/1.1\r\n"), 20);
         QCOMPARE(f.completions, 0);
     }
 
-    static void endlessAnswersEndEarly_data()
-    {
-        QTest::addColumn<QByteArray>("begin");
-        QTest::addColumn<QByteArray>("endless");
-        const QByteArray chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-        QTest::newRow("status line") << QByteArray("HTTP/1.1 200 ") << QByteArray("O");
-        QTest::newRow("header") << QByteArray("HTTP/1.1 200 OK\r\nA: ") << QByteArray("a");
-        QTest::newRow("headers") << QByteArray("HTTP/1.1 200 OK\r\n") << QByteArray("A: a\r\n");
-        QTest::newRow("interim answers") << QByteArray() << QByteArray("HTTP/1.1 100 Continue\r\n\r\n");
-        QTest::newRow("early hints") << QByteArray() << QByteArray("HTTP/1.1 103 Early\r\n\r\n");
-        QTest::newRow("body") << QByteArray("HTTP/1.1 200 OK\r\n\r\n") << QByteArray("x");
-        QTest::newRow("chunk extension") << QByteArray(chunked + "1;") << QByteArray("x");
-        QTest::newRow("chunks") << chunked << QByteArray("1\r\nx\r\n");
-        QTest::newRow("trailers") << QByteArray(chunked + "0\r\n") << QByteArray("A: a\r\n");
-        QTest::newRow("redirect") << QByteArray("HTTP/1.1 302 Found\r\nLocation: /\r\n\r\n")
-                                  << QByteArray("x");
-        QTest::newRow("garbage") << QByteArray() << QByteArray("garbage");
-    }
-
-    static void endlessAnswersEndEarly()
-    {
-        QFETCH(QByteArray, begin);
-        QFETCH(QByteArray, endless);
-        Fixture f;
-        f.server.reply = begin;
-        f.server.endless = endless;
-        // Without a limit on bytes it would go on until the time limit, which comes too late.
-        f.send(1h);
-        QTRY_VERIFY_WITH_TIMEOUT(f.isAnswered(), 30'000);
-        QVERIFY(!f.answer);
-        QCOMPARE(f.server.connections, 1);
-    }
-
-    static void interimAnswersAreNotTheAnswer()
-    {
-        Fixture f;
-        f.server.reply =
-            "HTTP/1.1 102 Wait\r\n\r\nHTTP/1.1 103 Early\r\nLink: x\r\n\r\n" + answerWith("200 OK", "{}");
-        f.send();
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(f.answer);
-        QCOMPARE(f.answer->status, 200);
-        QCOMPARE(f.answer->body, "{}");
-    }
-
-    static void chunksMayHaveExtensionsAndTrailers()
-    {
-        Fixture f;
-        f.server.reply =
-            "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2;a=b\r\n{}\r\n0\r\nA: a\r\n\r\n";
-        f.send();
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(f.answer);
-        QCOMPARE(f.answer->body, "{}");
-    }
-
-    static void onlyTheFirstAnswerCounts()
-    {
-        for (const QByteArray &rest :
-             {QByteArray("x"), answerWith("500 No", "other"), QByteArray(70'000, 'x')}) {
-            Fixture f;
-            f.server.reply = answerWith("200 OK", "{}") + rest;
-            f.send();
-            QTRY_VERIFY(f.isAnswered());
-            QVERIFY(f.answer);
-            QCOMPARE(f.answer->status, 200);
-            QCOMPARE(f.answer->body, "{}");
-        }
-    }
-
-    static void bodiesAreNotDecompressed()
-    {
-        Fixture f;
-        f.server.reply =
-            "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 4\r\n\r\n\x1f\x8b\x08z";
-        f.send();
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(f.answer);
-        QCOMPARE(f.answer->body, "\x1f\x8b\x08z");
-        QVERIFY(!f.server.received.toLower().contains("accept-encoding"));
-    }
-
     static void theAddressMayBeOfIPv6()
     {
         ScriptedServer server(QHostAddress::LocalHostIPv6);
         server.reply = answerWith("200 OK", "{}");
-        Fixture f;
+        NetworkHttpFixture f;
         f.sendTo(server.url());
         QTRY_VERIFY(f.isAnswered());
         QVERIFY(f.answer);
@@ -368,7 +215,7 @@ private Q_SLOTS:
         ScriptedServer proxy;
         for (const char *variable : {"http_proxy", "HTTP_PROXY", "https_proxy", "all_proxy", "ALL_PROXY"})
             qputenv(variable, proxy.url().toEncoded());
-        Fixture f;
+        NetworkHttpFixture f;
         f.server.reply = answerWith("200 OK", "{}");
         f.send();
         QTRY_VERIFY(f.isAnswered());
@@ -384,7 +231,7 @@ private Q_SLOTS:
 
     static void cookiesAreNotKept()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.server.standingReply = answerWith("200 OK", "{}");
         f.server.reply =
             "HTTP/1.1 307 Go\r\nSet-Cookie: a=b\r\nLocation: elsewhere?x#y\r\nContent-Length: 0\r\n\r\n";
@@ -399,7 +246,7 @@ private Q_SLOTS:
     static void aRequestLeavesOnlyWhenItMay()
     {
         for (const bool mayLeave : {true, false}) {
-            Fixture f;
+            NetworkHttpFixture f;
             f.server.reply = answerWith("200 OK", "{}");
             int departures = 0;
             f.http.post(
@@ -424,7 +271,7 @@ private Q_SLOTS:
     {
         StuckLookup stuck;
         {
-            Fixture f;
+            NetworkHttpFixture f;
             f.sendTo(QUrl(u"https://stuck.test/"_s), 50ms);
             QTRY_VERIFY(f.isAnswered());
             QVERIFY(!f.answer);
@@ -434,52 +281,9 @@ private Q_SLOTS:
         QCOMPARE(stuck.count(), 2);
     }
 
-    static void redirectsToUnsafePlacesAreNotFollowed()
-    {
-        for (const QByteArray &target :
-             {QByteArray("http://example.invalid/"), QByteArray("http://localhost/"),
-              QByteArray("http://a:b@127.0.0.1/"), QByteArray("ftp://127.0.0.1/"),
-              QByteArray("file:///etc/passwd"), QByteArray("http://[::1"), QByteArray("https://")}) {
-            Fixture f;
-            f.server.reply = "HTTP/1.1 302 Found\r\nLocation: " + target + "\r\nContent-Length: 0\r\n\r\n";
-            f.send();
-            QTRY_VERIFY2(f.isAnswered(), target);
-            QVERIFY2(!f.answer, target);
-        }
-    }
-
-    static void redirectsWithinThisMachineAreFollowed()
-    {
-        for (const QByteArray &status : {QByteArray("301"), QByteArray("302"), QByteArray("303"),
-                                         QByteArray("307"), QByteArray("308")}) {
-            ScriptedServer target;
-            target.reply = answerWith("200 OK", "there");
-            Fixture f;
-            f.server.reply = "HTTP/1.1 " + status + " Go\r\nLocation: " + target.url().toEncoded() +
-                             "\r\nContent-Length: 4\r\n\r\ntext";
-            f.send();
-            QTRY_VERIFY(f.isAnswered());
-            QVERIFY2(f.answer, status);
-            QCOMPARE(f.answer->body, "there");
-            const bool keepsBody = f.isPost() && status > "303";
-            QVERIFY2(target.received.startsWith(keepsBody ? "POST" : "GET"), target.received);
-            QVERIFY2(target.received.endsWith(keepsBody ? "{\"a\":1}" : "\r\n\r\n"), target.received);
-        }
-    }
-
-    static void aRedirectLoopEnds()
-    {
-        Fixture f;
-        f.server.standingReply = "HTTP/1.1 307 Go\r\nLocation: /api\r\nContent-Length: 0\r\n\r\n";
-        f.send();
-        QTRY_VERIFY(f.isAnswered());
-        QVERIFY(!f.answer);
-        QCOMPARE(f.server.connections, 6);
-    }
-
     static void destroyingTheContextCancelsTheExchange()
     {
-        Fixture f;
+        NetworkHttpFixture f;
         f.send();
         QTRY_VERIFY(f.server.socket && f.server.isWhole());
         f.context.reset();
